@@ -1,0 +1,36 @@
+# SPDX-License-Identifier: MIT
+# How this project declares a folder's library, and how every target is compiled.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(mover_options INTERFACE)
+add_library(mover::options ALIAS mover_options)
+target_include_directories(mover_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_definitions(mover_options INTERFACE QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS)
+if(MSVC)
+    target_compile_options(mover_options INTERFACE /W4 /utf-8 /permissive- $<$<BOOL:${MOVER_WERROR}>:/WX>)
+else()
+    target_compile_options(mover_options INTERFACE -Wall -Wextra -Wpedantic $<$<BOOL:${MOVER_WERROR}>:-Werror>)
+endif()
+if(MOVER_SANITIZE)
+    # The first finding ends the process, so that a test cannot pass over it.
+    set(flags -fsanitize=${MOVER_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(mover_options INTERFACE ${flags})
+    target_link_options(mover_options INTERFACE ${flags})
+endif()
+
+# mover_library(NAME SOURCES ... [DEPENDS ...]): the static library of one folder, reached as mover::NAME.
+# A folder's forms are found beside the class of the same name.
+function(mover_library name)
+    cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_library(mover_${name} STATIC ${arg_SOURCES})
+    add_library(mover::${name} ALIAS mover_${name})
+    set_target_properties(mover_${name} PROPERTIES AUTOMOC ON AUTOUIC ON)
+    target_link_libraries(mover_${name} PUBLIC mover::options ${arg_DEPENDS})
+endfunction()
