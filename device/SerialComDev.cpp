@@ -1,0 +1,564 @@
+// SPDX-License-Identifier: MIT
+#include "device/SerialComDev.h"
+
+#include "device/LibraryLock.h"
+#include "device/LibraryText.h"
+#include "device/moverLibrary.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QSemaphore>
+#include <QThread>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr int GeneralMessage = 99;
+
+struct Singleton {
+    QMutex creation; // guards only the creation
+    QSharedPointer<SerialComDev> worker;
+    std::atomic<SerialComDev *> created{nullptr}; // tells without the mutex that `worker` is set
+};
+
+// Never destroyed: at exit the worker's thread may still hang in a library call.
+Singleton &singleton()
+{
+    static auto *const instance = new Singleton;
+    return *instance;
+}
+
+struct StartMode {
+    int mode;
+    int (*start)(int id, int axis);
+    const char *text;
+    int type;
+};
+
+constexpr StartMode startModes[] = {
+    {MOVE_CODE_MOVE, [](int id, int axis) { return startMove(id, axis); }, QT_TRANSLATE_NOOP("SerialComDev", "Move"), 1},
+    {MOVE_CODE_DRIVE_POSITIVE, [](int id, int axis) { return startDrive(id, axis, 1); },
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), 3},
+    {MOVE_CODE_DRIVE_NEGATIVE, [](int id, int axis) { return startDrive(id, axis, 2); },
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), 3},
+    {MOVE_CODE_JOG_POSITIVE, [](int id, int axis) { return startJog(id, axis, 1); },
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), 5},
+    {MOVE_CODE_JOG_NEGATIVE, [](int id, int axis) { return startJog(id, axis, 2); },
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), 5},
+    {MOVE_CODE_CIRCLE_POSITIVE, [](int id, int axis) { return startCircle(id, axis, 1); },
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), 10},
+    {MOVE_CODE_CIRCLE_NEGATIVE, [](int id, int axis) { return startCircle(id, axis, 2); },
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), 10},
+};
+
+/** Values as messages show them: no more digits than needed, none lost of what the number fields take. */
+QString shown(double value)
+{
+    return QString::number(value, 'g', 12);
+}
+
+/** One read of readAxisParams(): false when the library reports failure. */
+using AxisRead = bool (*)(int id, int axis, MotorDevInfo &info);
+
+/** Stores a value whose failures are below 0. */
+template <typename Value, typename Field>
+bool store(Value value, Field &field)
+{
+    if (value < 0)
+        return false;
+    field = value;
+    return true;
+}
+
+/** In the order in which they are made; a failure of the n-th one is reported as -n. */
+constexpr AxisRead axisReads[] = {
+    [](int id, int axis, MotorDevInfo &info) {
+        LibraryText text;
+        const bool ok = getMotorModelName(id, axis, text.data(), text.length()) >= 0;
+        info.modelName = text.toString();
+        return ok;
+    },
+    [](int id, int axis, MotorDevInfo &info) {
+        LibraryText text;
+        const bool ok = getMotorSerialNumber(id, axis, text.data(), text.length()) >= 0;
+        info.serialNumber = text.toString();
+        return ok;
+    },
+    [](int id, int axis, MotorDevInfo &info) {
+        int status = 0;
+        info.currentPos = getCurrentPos(id, axis, &status);
+        return status >= 0;
+    },
+    [](int id, int axis, MotorDevInfo &info) { return store(getSpeed(id, axis), info.speed); },
+    [](int id, int axis, MotorDevInfo &info) { return store(getAcceleration(id, axis), info.acceleration); },
+    [](int id, int axis, MotorDevInfo &info) { return store(getRelativeDisp(id, axis), info.relativeDisp); },
+    [](int id, int axis, MotorDevInfo &info) {
+        unsigned char success = 0;
+        info.targetPos = getTargetPos(id, axis, &success);
+        return success != 0;
+    },
+    [](int id, int axis, MotorDevInfo &info) {
+        return store(getRelativeDispEnable(id, axis), info.relativeDispEnable);
+    },
+    [](int id, int axis, MotorDevInfo &info) { return store(getJogStep(id, axis), info.jogStep); },
+    [](int id, int axis, MotorDevInfo &info) { return store(getJogDelay(id, axis), info.jogDelay); },
+    [](int id, int axis, MotorDevInfo &info) { return store(getJogCount(id, axis), info.jogCount); },
+    [](int id, int axis, MotorDevInfo &info) { return store(getCircleCount(id, axis), info.circleCount); },
+    [](int id, int axis, MotorDevInfo &info) { return store(getCircleDisp(id, axis), info.circleDisp); },
+    [](int id, int axis, MotorDevInfo &info) { return store(getCircleDelay(id, axis), info.circleDelay); },
+};
+
+} // namespace
+
+QSharedPointer<SerialComDev> SerialComDev::instance()
+{
+    Singleton &single = singleton();
+    if (single.created.load(std::memory_order_acquire))
+        return single.worker;
+
+    const QMutexLocker creation(&single.creation);
+    if (!single.worker) {
+        single.worker = QSharedPointer<SerialComDev>(new SerialComDev);
+        auto *thread = new QThread;
+        thread->setObjectName(QStringLiteral("SerialComDev"));
+        single.worker->moveToThread(thread);
+        thread->start();
+        single.created.store(single.worker.data(), std::memory_order_release);
+    }
+    return single.worker;
+}
+
+bool SerialComDev::shutDown(int limitMs)
+{
+    Singleton &single = singleton();
+    const QMutexLocker creation(&single.creation);
+    if (!single.worker)
+        return true;
+
+    QThread *thread = single.worker->thread();
+    QCoreApplication::removePostedEvents(single.worker.data());
+    thread->quit();
+    if (!thread->wait(QDeadlineTimer(limitMs))) {
+        qDebug() << "SerialComDev: a library call still runs, its thread is left behind";
+        return false;
+    }
+    single.created.store(nullptr, std::memory_order_release);
+    single.worker.reset();
+    delete thread;
+    return true;
+}
+
+SerialComDev::SerialComDev()
+{
+    // Requests are counted in the thread that emits them, see PollBacklog.
+    connect(this, &SerialComDev::signal_getCurrentPos, this, [this](int axis) { m_positionPolls.add(axis); },
+            Qt::DirectConnection);
+    connect(this, &SerialComDev::signal_getDevState, this, [this](int axis) { m_statePolls.add(axis); },
+            Qt::DirectConnection);
+
+    connect(this, &SerialComDev::signal_getCurrentPos, this, &SerialComDev::slot_getCurrentPos);
+    connect(this, &SerialComDev::signal_getDevState, this, &SerialComDev::slot_getCurrentState);
+    connect(this, &SerialComDev::signal_setSpeedParams, this, &SerialComDev::slot_setSpeedParams);
+    connect(this, &SerialComDev::signal_setRelativeDispParams, this, &SerialComDev::slot_setRelativeDispParams);
+    connect(this, &SerialComDev::signal_setAbsoluteDispParams, this, &SerialComDev::slot_setAbsoluteDispParams);
+    connect(this, &SerialComDev::signal_setJogParams, this, &SerialComDev::slot_setJogParams);
+    connect(this, &SerialComDev::signal_setCircleParams, this, &SerialComDev::slot_setCircleParams);
+    connect(this, &SerialComDev::signal_setTriggerParams, this, &SerialComDev::slot_setTriggerParams);
+    connect(this, &SerialComDev::signal_setMotorConfig, this, &SerialComDev::slot_setMotorConfig);
+    connect(this, &SerialComDev::signal_stopMotor, this, &SerialComDev::slot_stopMotor);
+    connect(this, &SerialComDev::signal_startMotor, this, &SerialComDev::slot_startMotor);
+    connect(this, &SerialComDev::signal_home, this, &SerialComDev::slot_homeMotor);
+    connect(this, &SerialComDev::signal_enableMotor, this, &SerialComDev::slot_enableMotor);
+    connect(this, &SerialComDev::signal_setRockerEnabled, this, &SerialComDev::slot_setRockerEnabled);
+    connect(this, &SerialComDev::signal_setTriggerInDisp, this, &SerialComDev::slot_setTriggerInDisp);
+    connect(this, &SerialComDev::signal_setPosConpenEnable, this, &SerialComDev::slot_setPosConpenEnable);
+}
+
+SerialComDev::~SerialComDev()
+{
+    if (!m_bOpened)
+        return;
+    qDebug() << "~SerialComDev";
+    closeDevice(QDeadlineTimer::Forever);
+}
+
+int SerialComDev::open(int id)
+{
+    const LibraryLock library;
+    addDev(id);
+    const int result = openTSDevice(id);
+    if (result < 0) {
+        removeDev(id);
+        return result;
+    }
+    m_iDeviceId = id;
+    return id;
+}
+
+int SerialComDev::close()
+{
+    closeWithin(-1);
+    return 0;
+}
+
+bool SerialComDev::closeWithin(int limitMs)
+{
+    const QDeadlineTimer deadline(limitMs);
+    if (waitForRequests(deadline) && closeDevice(deadline))
+        return true;
+    qDebug() << "SerialComDev: a library call still runs, the device is left open";
+    return false;
+}
+
+bool SerialComDev::closeDevice(QDeadlineTimer deadline)
+{
+    const LibraryLock library(int(deadline.remainingTime()));
+    if (!library.isLocked())
+        return false;
+    if (m_iDeviceId != 0) {
+        closeTSDevice(m_iDeviceId);
+        removeDev(m_iDeviceId);
+    }
+    m_iDeviceId = 0;
+    m_bOpened = false;
+    return true;
+}
+
+/** Waits until the worker has run what was requested before, so that no close overtakes a stop. */
+bool SerialComDev::waitForRequests(QDeadlineTimer deadline)
+{
+    if (QThread::currentThread() == thread() || !thread()->isRunning())
+        return true;
+    // Shared with the worker, which may come to it long after this thread has given up.
+    const auto reached = QSharedPointer<QSemaphore>::create();
+    QMetaObject::invokeMethod(this, [reached] { reached->release(); }, Qt::QueuedConnection);
+    return reached->tryAcquire(1, int(deadline.remainingTime()));
+}
+
+int SerialComDev::setMotorEnable(int axis, int enable)
+{
+    const LibraryLock library;
+    return ::setMotorEnable(m_iDeviceId, axis, enable);
+}
+
+int SerialComDev::setRockerEnable(int enable)
+{
+    const LibraryLock library;
+    return ::setRockerEnable(m_iDeviceId, enable);
+}
+
+int SerialComDev::getRockerEnable()
+{
+    const LibraryLock library;
+    return ::getRockerEnable(m_iDeviceId);
+}
+
+int SerialComDev::setPosConpenEnable(int axis, int enable)
+{
+    const LibraryLock library;
+    return ::setPosConpenEnable(m_iDeviceId, axis, enable);
+}
+
+int SerialComDev::getPosConpenEnable(int axis)
+{
+    const LibraryLock library;
+    return ::getPosConpenEnable(m_iDeviceId, axis);
+}
+
+int SerialComDev::getRuningState(int axis, MotorStageState &state)
+{
+    state = {};
+    const LibraryLock library;
+    return ::getRuningState(m_iDeviceId, axis, &state);
+}
+
+int SerialComDev::getDevAxisCount()
+{
+    const LibraryLock library;
+    return ::getDevAxisCount(m_iDeviceId);
+}
+
+QString SerialComDev::getMotorModelName(int axis)
+{
+    LibraryText text;
+    const LibraryLock library;
+    return ::getMotorModelName(m_iDeviceId, axis, text.data(), text.length()) < 0 ? QString() : text.toString();
+}
+
+int SerialComDev::setMotorModelName(int axis, const QString &name)
+{
+    const QByteArray bytes = name.toLatin1();
+    const LibraryLock library;
+    return ::setMotorModelName(m_iDeviceId, axis, bytes.constData(), bytes.size());
+}
+
+int SerialComDev::getMotorParams(int axis, MotorParams &params)
+{
+    const LibraryLock library;
+    return ::getMotorParams(m_iDeviceId, axis, &params);
+}
+
+int SerialComDev::setMotorParams(int axis, const MotorParams &params)
+{
+    const LibraryLock library;
+    return ::setMotorParams(m_iDeviceId, axis, params);
+}
+
+QString SerialComDev::getDevSoftVersion()
+{
+    LibraryText text;
+    const LibraryLock library;
+    return ::getDevSoftVersion(m_iDeviceId, text.data(), text.length()) < 0 ? QString() : text.toString();
+}
+
+bool SerialComDev::readMotorAutoDetect(int axis, int *code)
+{
+    const LibraryLock library;
+    if (getMotorAutoDetect(m_iDeviceId, axis, code) < 0)
+        return false;
+    qDebug() << "readMotorAutoDetect " << *code;
+    const QMutexLocker registry(&m_registryMutex);
+    m_autoDetect.insert(axis, *code);
+    return true;
+}
+
+int SerialComDev::getAxisAutoDetect(int axis) const
+{
+    const QMutexLocker registry(&m_registryMutex);
+    return m_autoDetect.value(axis);
+}
+
+int SerialComDev::readAxisParams(int axis)
+{
+    const LibraryLock library;
+    MotorDevInfo info;
+    info.axis = axis;
+    int step = 0;
+    for (const AxisRead read : axisReads) {
+        --step;
+        if (!read(m_iDeviceId, axis, info))
+            return step;
+    }
+    const QMutexLocker registry(&m_registryMutex);
+    m_axisInfo.insert(axis, info);
+    qDebug() << "readAxisParams";
+    return 0;
+}
+
+MotorDevInfo SerialComDev::axisInfo(int axis) const
+{
+    const QMutexLocker registry(&m_registryMutex);
+    return m_axisInfo.value(axis);
+}
+
+QString SerialComDev::getAxisSerialNo(int axis) const
+{
+    const MotorDevInfo info = axisInfo(axis);
+    qDebug() << "getAxisSerialNo";
+    return info.serialNumber;
+}
+
+QString SerialComDev::getAxisModelName(int axis) const { return axisInfo(axis).modelName; }
+double SerialComDev::getAxisCurrentPos(int axis) const { return axisInfo(axis).currentPos; }
+double SerialComDev::getAxisSpeed(int axis) const { return axisInfo(axis).speed; }
+double SerialComDev::getAxisAcceleration(int axis) const { return axisInfo(axis).acceleration; }
+double SerialComDev::getAxisRelativeDisp(int axis) const { return axisInfo(axis).relativeDisp; }
+double SerialComDev::getAxisTargetPos(int axis) const { return axisInfo(axis).targetPos; }
+bool SerialComDev::getAxisRelativeDispEnable(int axis) const { return axisInfo(axis).relativeDispEnable; }
+double SerialComDev::getAxisJogStep(int axis) const { return axisInfo(axis).jogStep; }
+int SerialComDev::getAxisJogDelay(int axis) const { return axisInfo(axis).jogDelay; }
+int SerialComDev::getAxisJogCount(int axis) const { return axisInfo(axis).jogCount; }
+int SerialComDev::getAxisCircleCount(int axis) const { return axisInfo(axis).circleCount; }
+double SerialComDev::getAxisCircleDisp(int axis) const { return axisInfo(axis).circleDisp; }
+int SerialComDev::getAxisCircleDelay(int axis) const { return axisInfo(axis).circleDelay; }
+
+/** Keeps what is known of an axis in step with a write that the controller accepted. */
+template <typename Change>
+void SerialComDev::updateAxisInfo(int axis, Change change)
+{
+    const QMutexLocker registry(&m_registryMutex);
+    const auto info = m_axisInfo.find(axis);
+    if (info != m_axisInfo.end())
+        change(*info);
+}
+
+/** Whether a sequence of calls goes on; if not, its failure is reported. */
+bool SerialComDev::accepted(int result, int axis, int failureType, const QString &failure)
+{
+    if (result >= 0)
+        return true;
+    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, failureType, failure);
+    return false;
+}
+
+/** Reports a single call whose text is the same whether it succeeded or failed. */
+void SerialComDev::report(int result, int axis, int type, const QString &text)
+{
+    emit signal_showOperationMsg(axis, result >= 0 ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, type, text);
+}
+
+void SerialComDev::slot_getCurrentPos(int Axis)
+{
+    if (!m_positionPolls.take(Axis))
+        return;
+    const LibraryLock library;
+    int status = 0;
+    const double position = ::getCurrentPos(m_iDeviceId, Axis, &status);
+    if (accepted(status, Axis, GeneralMessage, tr("读取当前位置出错")))
+        emit signal_updateCurrentPos(Axis, position);
+}
+
+void SerialComDev::slot_getCurrentState(int Axis)
+{
+    if (!m_statePolls.take(Axis))
+        return;
+    const LibraryLock library;
+    MotorStageState state = {};
+    const int result = ::getRuningState(m_iDeviceId, Axis, &state);
+    if (accepted(result, Axis, GeneralMessage, tr("获取设备状态出错")))
+        emit signal_updateDevState(Axis, state);
+}
+
+void SerialComDev::slot_setSpeedParams(int Axis, double acc, double speed)
+{
+    const LibraryLock library;
+    if (!accepted(setSpeed(m_iDeviceId, Axis, speed), Axis, GeneralMessage, tr("设置速度参数出错")))
+        return;
+    updateAxisInfo(Axis, [speed](MotorDevInfo &info) { info.speed = speed; });
+    if (!accepted(setAcceleration(m_iDeviceId, Axis, acc), Axis, GeneralMessage, tr("设置加速度参数出错")))
+        return;
+    updateAxisInfo(Axis, [acc](MotorDevInfo &info) { info.acceleration = acc; });
+    emit signal_showOperationMsg(
+        Axis, OPERATION_STATE_OK, GeneralMessage, tr("设置参数，速度：%1，加速度：%2").arg(shown(speed), shown(acc)));
+}
+
+void SerialComDev::slot_setRelativeDispParams(int Axis, double disp, bool enable)
+{
+    const LibraryLock library;
+    if (!accepted(setRelativeDisp(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置相对位移参数出错")))
+        return;
+    updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.relativeDisp = disp; });
+    if (!accepted(
+            setRelativeDispEnable(m_iDeviceId, Axis, enable), Axis, GeneralMessage, tr("设置相对位移使能参数出错")))
+        return;
+    updateAxisInfo(Axis, [enable](MotorDevInfo &info) { info.relativeDispEnable = enable; });
+    emit signal_showOperationMsg(
+        Axis, OPERATION_STATE_OK, 4,
+        tr("设置参数，相对位移：%1，使能：%2").arg(shown(disp), QString::number(int(enable))));
+}
+
+void SerialComDev::slot_setAbsoluteDispParams(int Axis, double disp)
+{
+    const LibraryLock library;
+    if (!accepted(setTargetPos(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置目标位置参数出错")))
+        return;
+    updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.targetPos = disp; });
+    emit signal_showOperationMsg(Axis, OPERATION_STATE_OK, 2, tr("设置参数，目标位置：%1").arg(shown(disp)));
+}
+
+void SerialComDev::slot_setJogParams(int Axis, double step, int count, int delay)
+{
+    constexpr int type = 6;
+    const LibraryLock library;
+    if (!accepted(setJogStep(m_iDeviceId, Axis, step), Axis, type, tr("设置JOG步长失败")))
+        return;
+    updateAxisInfo(Axis, [step](MotorDevInfo &info) { info.jogStep = step; });
+    if (!accepted(setJogCount(m_iDeviceId, Axis, count), Axis, type, tr("设置JOG次数失败")))
+        return;
+    updateAxisInfo(Axis, [count](MotorDevInfo &info) { info.jogCount = count; });
+    if (!accepted(setJogDelay(m_iDeviceId, Axis, delay), Axis, type, tr("设置JOG延时时间失败")))
+        return;
+    updateAxisInfo(Axis, [delay](MotorDevInfo &info) { info.jogDelay = delay; });
+    emit signal_showOperationMsg(
+        Axis, OPERATION_STATE_OK, type,
+        tr("JOG步长：%1, JOG次数：%2, JOG延时:%3")
+            .arg(shown(step), QString::number(count), QString::number(delay)));
+}
+
+void SerialComDev::slot_setCircleParams(int Axis, int count, double disp, int delay)
+{
+    constexpr int type = 11;
+    const LibraryLock library;
+    if (!accepted(setCircleCount(m_iDeviceId, Axis, count), Axis, type, tr("设置循环次数失败")))
+        return;
+    updateAxisInfo(Axis, [count](MotorDevInfo &info) { info.circleCount = count; });
+    if (!accepted(setCircleDisp(m_iDeviceId, Axis, disp), Axis, type, tr("设置循环位移量失败")))
+        return;
+    updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.circleDisp = disp; });
+    if (!accepted(setCircleDelay(m_iDeviceId, Axis, delay), Axis, type, tr("设置循环停留时间失败")))
+        return;
+    updateAxisInfo(Axis, [delay](MotorDevInfo &info) { info.circleDelay = delay; });
+    emit signal_showOperationMsg(
+        Axis, OPERATION_STATE_OK, type, tr("循环次数：%1, 循环位移：%2").arg(QString::number(count), shown(disp)));
+}
+
+void SerialComDev::slot_setTriggerParams(int Axis, int intput, int output)
+{
+    constexpr int type = 11;
+    const LibraryLock library;
+    if (accepted(
+            setTriggerInEnable(m_iDeviceId, Axis, intput), Axis, type, tr("设置触发输入参数失败，轴:%1").arg(Axis)))
+        accepted(
+            setTriggerOutEnable(m_iDeviceId, Axis, output), Axis, type, tr("设置触发输出参数失败，轴:%1").arg(Axis));
+}
+
+void SerialComDev::slot_setTriggerInDisp(int Axis, double disp)
+{
+    const LibraryLock library;
+    accepted(setTriggerStep(m_iDeviceId, Axis, disp), Axis, 11, tr("设置触发输入位移量失败，轴:%1").arg(Axis));
+}
+
+void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
+{
+    // The controller has no operation for it: the request is accepted and does nothing.
+    Q_UNUSED(ID)
+    Q_UNUSED(model)
+    Q_UNUSED(fileName)
+}
+
+void SerialComDev::slot_stopMotor(int Axis)
+{
+    const LibraryLock library;
+    report(stopRuning(m_iDeviceId, Axis), Axis, 8, tr("停止运行"));
+}
+
+void SerialComDev::slot_startMotor(int Axis, int mode)
+{
+    const auto *start = std::find_if(
+        std::begin(startModes), std::end(startModes), [mode](const StartMode &row) { return row.mode == mode; });
+    if (start == std::end(startModes))
+        return;
+    const LibraryLock library;
+    report(start->start(m_iDeviceId, Axis), Axis, start->type, tr(start->text));
+}
+
+void SerialComDev::slot_homeMotor(int Axis)
+{
+    const LibraryLock library;
+    report(home(m_iDeviceId, Axis), Axis, 13, tr("电机复位"));
+}
+
+void SerialComDev::slot_enableMotor(int Axis, bool enable)
+{
+    setMotorEnable(Axis, enable);
+}
+
+void SerialComDev::slot_setRockerEnabled(bool b)
+{
+    setRockerEnable(b);
+}
+
+void SerialComDev::slot_setPosConpenEnable(int Axis, bool b)
+{
+    setPosConpenEnable(Axis, b);
+}
+
+void SerialComDev::slot_heartBeat()
+{
+    const LibraryLock library;
+    CONTROLER_STATE state = {};
+    const int result = getRockerInfo(m_iDeviceId, &state);
+    emit signal_heartBeatInfo(state, result);
+}

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "device/DeviceRecords.h"
+#include "device/PollBacklog.h"
+
+#include <QDeadlineTimer>
+#include <QMap>
+#include <QObject>
+#include <QSharedPointer>
+
+#include <atomic>
+
+/** States of an operation message, see SerialComDev::signal_showOperationMsg. */
+enum OperationState {
+    OPERATION_STATE_FAIL = 2, // the library reported failure
+    OPERATION_STATE_OK = 3,   // the operation was accepted
+};
+
+/** Start modes of SerialComDev::signal_startMotor. */
+enum MoveCode {
+    MOVE_CODE_MOVE = 3,
+    MOVE_CODE_DRIVE_POSITIVE = 4,
+    MOVE_CODE_DRIVE_NEGATIVE = 5,
+    MOVE_CODE_JOG_POSITIVE = 6,
+    MOVE_CODE_JOG_NEGATIVE = 7,
+    MOVE_CODE_CIRCLE_POSITIVE = 8,
+    MOVE_CODE_CIRCLE_NEGATIVE = 9,
+};
+
+/**
+ * The command worker: the one object through which the user interface reaches the motion library. A process-wide
+ * singleton in a thread of its own.
+ *
+ * Two ways in. Request signals (signal_set…, signal_start…, …) are emitted by the GUI and run the slot of the same
+ * name in the worker thread, in the order of emission; the outcome comes back as a signal. Synchronous accessors are
+ * called from the GUI thread and return the library's status or value unchanged (below 0 is failure). Both take the
+ * library mutex (LibraryLock) around every library call.
+ *
+ * Axes count from 0; lengths are in the stage's unit, delays in milliseconds.
+ */
+class SerialComDev final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** The worker; created, with its thread, on first use. Any thread. */
+    static QSharedPointer<SerialComDev> instance();
+
+    /**
+     * Ends the worker thread and releases the worker. GUI thread, after the event loop. Requests that still wait are
+     * dropped. False when the thread hangs in a library call beyond limitMs: then everything is left as it is, and
+     * the process can only leave without tidying up.
+     */
+    static bool shutDown(int limitMs);
+
+    ~SerialComDev() override;
+
+    /** Opens controller `id`. Returns id, or the library's negative status; the identifier is then unchanged. */
+    int open(int id);
+    /**
+     * Closes the open controller, if any, after the requests that were emitted before have reached it. Always 0.
+     */
+    int close();
+    /** As close(), but gives up when the library does not come free within limitMs (-1: no limit). */
+    bool closeWithin(int limitMs);
+    /** Identifier of the open controller, 0 for none. */
+    int deviceId() const { return m_iDeviceId; }
+
+    /** Whether the user is connected: set by the connection dialog, cleared by close(). GUI thread. */
+    void setOpened(bool b) { m_bOpened = b; }
+    bool isOpened() const { return m_bOpened; }
+
+    int setMotorEnable(int axis, int enable);
+    int setRockerEnable(int enable);
+    int getRockerEnable();
+    int setPosConpenEnable(int axis, int enable);
+    int getPosConpenEnable(int axis);
+    /** Zeroes the record, then reads it. */
+    int getRuningState(int axis, MotorStageState &state);
+    int getDevAxisCount();
+    /** Null text on failure, empty for an empty name. */
+    QString getMotorModelName(int axis);
+    /** The text's Latin-1 bytes are sent. */
+    int setMotorModelName(int axis, const QString &name);
+    int getMotorParams(int axis, MotorParams &params);
+    int setMotorParams(int axis, const MotorParams &params);
+    /** Null text on failure. */
+    QString getDevSoftVersion();
+
+    /** Reads the code of the axis's identification chip (2 written, 1 blank, 0 none) and keeps it. */
+    bool readMotorAutoDetect(int axis, int *code);
+    /** The code that readMotorAutoDetect() kept, 0 when there is none. */
+    int getAxisAutoDetect(int axis) const;
+
+    /**
+     * Reads everything about one axis and keeps it for the getters below. 0, or -1 to -14 for the step that failed
+     * (the order is that of the table in the implementation); then nothing is kept.
+     */
+    int readAxisParams(int axis);
+
+    // What is known of an axis, without a library call. 0 or empty for an axis that was never read.
+    QString getAxisModelName(int axis) const;
+    QString getAxisSerialNo(int axis) const;
+    double getAxisCurrentPos(int axis) const;
+    double getAxisSpeed(int axis) const;
+    double getAxisAcceleration(int axis) const;
+    double getAxisRelativeDisp(int axis) const;
+    double getAxisTargetPos(int axis) const;
+    bool getAxisRelativeDispEnable(int axis) const;
+    double getAxisJogStep(int axis) const;
+    int getAxisJogDelay(int axis) const;
+    int getAxisJogCount(int axis) const;
+    int getAxisCircleCount(int axis) const;
+    double getAxisCircleDisp(int axis) const;
+    int getAxisCircleDelay(int axis) const;
+
+signals:
+    // Requests, to be emitted by the GUI.
+    void signal_getCurrentPos(int ID);
+    void signal_getDevState(int ID);
+    void signal_setSpeedParams(int Axis, double acc, double speed);
+    void signal_setRelativeDispParams(int Axis, double disp, bool enable);
+    void signal_setAbsoluteDispParams(int Axis, double disp);
+    void signal_setJogParams(int Axis, double step, int count, int delay);
+    void signal_setCircleParams(int Axis, int count, double disp, int delay);
+    void signal_setTriggerParams(int Axis, int intput, int output);
+    void signal_setMotorConfig(int ID, QString model, QString fileName);
+    void signal_stopMotor(int Axis);
+    void signal_startMotor(int Axis, int mode);
+    void signal_home(int Axis);
+    void signal_enableMotor(int Axis, bool enable);
+    void signal_setRockerEnabled(bool b);
+    void signal_setTriggerInDisp(int Axis, double disp);
+    void signal_setPosConpenEnable(int Axis, bool b);
+
+    // Answers, from the worker thread.
+    void signal_updateCurrentPos(int ID, double pos);
+    void signal_updateDevState(int Axis, MotorStageState state);
+    void signal_heartBeatInfo(CONTROLER_STATE state, int ret);
+    /**
+     * Outcome of an operation on axis ID. state: OperationState. type: 1 move, 2 target set, 3 drive, 4 displacement
+     * set, 5 jog, 6 jog parameters, 8 stop, 10 loop run, 11 loop parameters and trigger, 13 homing, 99 general.
+     * msg: already translated.
+     */
+    void signal_showOperationMsg(int ID, int state, int type, QString msg);
+
+public slots:
+    // Run in the worker thread through the requests above.
+    void slot_getCurrentPos(int Axis);
+    void slot_getCurrentState(int Axis);
+    void slot_setSpeedParams(int Axis, double acc, double speed);
+    void slot_setRelativeDispParams(int Axis, double disp, bool enable);
+    void slot_setAbsoluteDispParams(int Axis, double disp);
+    void slot_setJogParams(int Axis, double step, int count, int delay);
+    void slot_setCircleParams(int Axis, int count, double disp, int delay);
+    void slot_setTriggerParams(int Axis, int intput, int output);
+    void slot_setMotorConfig(int ID, QString model, QString fileName);
+    void slot_stopMotor(int Axis);
+    void slot_startMotor(int Axis, int mode);
+    void slot_homeMotor(int Axis);
+    void slot_enableMotor(int Axis, bool enable);
+    void slot_setRockerEnabled(bool b);
+    void slot_setTriggerInDisp(int Axis, double disp);
+    void slot_setPosConpenEnable(int Axis, bool b);
+    /** One sign of life: reads the joystick information. */
+    void slot_heartBeat();
+
+private:
+    SerialComDev();
+
+    bool accepted(int result, int axis, int failureType, const QString &failure);
+    void report(int result, int axis, int type, const QString &text);
+    bool waitForRequests(QDeadlineTimer deadline);
+    bool closeDevice(QDeadlineTimer deadline);
+    MotorDevInfo axisInfo(int axis) const;
+    template <typename Change>
+    void updateAxisInfo(int axis, Change change);
+
+    std::atomic<int> m_iDeviceId{0};
+    bool m_bOpened = false;
+    mutable QMutex m_registryMutex; // both registries are written by either thread
+    QMap<int, MotorDevInfo> m_axisInfo;
+    QMap<int, int> m_autoDetect;
+    PollBacklog m_positionPolls;
+    PollBacklog m_statePolls;
+};

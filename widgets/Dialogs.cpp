@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/Dialogs.h"
+
+#include <QGraphicsDropShadowEffect>
+#include <QPainter>
+#include <QStyle>
+#include <QStyleOption>
+#include <QWidget>
+
+void Dialogs::makeFrameless(QWidget *dialog, QWidget *body)
+{
+    dialog->setAttribute(Qt::WA_TranslucentBackground);
+    dialog->setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    dialog->setWindowModality(Qt::ApplicationModal);
+
+    auto *shadow = new QGraphicsDropShadowEffect(body);
+    shadow->setBlurRadius(10);
+    shadow->setOffset(0, 0);
+    shadow->setColor(Qt::gray);
+    body->setGraphicsEffect(shadow);
+}
+
+void Dialogs::centreOn(QWidget *popup, const QWidget *window)
+{
+    popup->move(
+        window->x() + (window->width() - popup->width()) / 2, window->y() + (window->height() - popup->height()) / 2);
+}
+
+void Dialogs::paintBackground(QWidget *widget)
+{
+    QStyleOption option;
+    option.initFrom(widget);
+    QPainter painter(widget);
+    widget->style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, widget);
+}

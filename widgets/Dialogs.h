@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+class QWidget;
+
+/** What the program's frameless dialogs have in common. */
+namespace Dialogs {
+
+/** Frameless, translucent, application-modal top-level window; `body` carries the gray shadow (radius 10, no offset). */
+void makeFrameless(QWidget *dialog, QWidget *body);
+
+/** Moves `popup` over the middle of `window` (integer division), for just before it is shown. */
+void centreOn(QWidget *popup, const QWidget *window);
+
+/** Paints the style-sheet background of a plain QWidget subclass; for its paintEvent. */
+void paintBackground(QWidget *widget);
+
+} // namespace Dialogs

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/TitleBarDrag.h"
+
+#include <QMouseEvent>
+#include <QWidget>
+
+TitleBarDrag::TitleBarDrag(QWidget *window, const QWidget *titleBar)
+    : m_window(window)
+    , m_titleBar(titleBar)
+{
+}
+
+bool TitleBarDrag::press(QMouseEvent *event)
+{
+    // QPointF::toPoint() rounds halves away from zero.
+    const QPoint pos = event->localPos().toPoint();
+    const QRect bar(m_titleBar->mapTo(m_window, QPoint(0, 0)), m_titleBar->size());
+    if (m_window->isFullScreen() || !bar.contains(pos))
+        return false;
+    m_pressPos = pos;
+    m_bDragging = true;
+    event->accept();
+    return true;
+}
+
+bool TitleBarDrag::move(QMouseEvent *event)
+{
+    if (!m_bDragging)
+        return false;
+    m_window->move(m_window->pos() + event->localPos().toPoint() - m_pressPos);
+    event->accept();
+    return true;
+}
+
+void TitleBarDrag::release()
+{
+    m_bDragging = false;
+}
