@@ -43,7 +43,7 @@ def main(source, face, output):
     options = subset.Options()
     options.layout_features = ["kern", "mark", "mkmk", "ccmp", "locl", "tnum", "lnum"]
     options.name_IDs = [0, 1, 2, 3, 4, 5, 6, 13, 14]
-    options.hinting = True
+    options.hinting = False
     options.drop_tables += ["vhea", "vmtx", "VORG"]
     subsetter = subset.Subsetter(options)
     subsetter.populate(unicodes={code for first, last in RANGES for code in range(first, last + 1)} | set(gb2312()))
