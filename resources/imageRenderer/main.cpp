@@ -25,7 +25,10 @@ namespace {
 
 using Values = QHash<QString, QString>;
 
-[[noreturn]] void fail(const QString &message) { throw std::runtime_error(message.toStdString()); }
+[[noreturn]] void fail(const QString &message)
+{
+    throw std::runtime_error(message.toStdString());
+}
 
 QByteArray readFile(const QString &path)
 {
@@ -58,7 +61,8 @@ QByteArray fillIn(const QString &text, const Values &values, const QString &name
     for (auto matches = role.globalMatch(text); matches.hasNext();) {
         const auto match = matches.next();
         if (!values.contains(match.captured(1))) {
-            fail(QStringLiteral("%1: its template has a role @%2 that the table does not give").arg(name, match.captured(1)));
+            fail(QStringLiteral("%1: its template has a role @%2 that the table does not give")
+                     .arg(name, match.captured(1)));
         }
         filled += text.midRef(end, match.capturedStart() - end);
         filled += values.value(match.captured(1)).toHtmlEscaped();
@@ -93,7 +97,8 @@ public:
         }
         const QJsonObject spelling = row[QStringLiteral("spelling")].toObject();
         for (const QString &state : palette.keys()) {
-            const QString name = base + QLatin1Char('_') + spelling[state].toString(state) + row[QStringLiteral("suffix")].toString();
+            const QString name =
+                base + QLatin1Char('_') + spelling[state].toString(state) + row[QStringLiteral("suffix")].toString();
             draw(row, palette[state].toObject(), name);
         }
     }
@@ -107,7 +112,8 @@ private:
         for (auto it = texts.begin(); it != texts.end(); ++it) {
             values.insert(it.key(), it->toString());
         }
-        QString templateName = row[QStringLiteral("template")].toString(row[QStringLiteral("base")].toString().section(QLatin1Char('/'), -1));
+        QString templateName = row[QStringLiteral("template")].toString(
+            row[QStringLiteral("base")].toString().section(QLatin1Char('/'), -1));
         for (auto it = colours.begin(); it != colours.end(); ++it) {
             if (it.key() == QLatin1String("template")) {
                 templateName = it->toString();
@@ -131,7 +137,8 @@ private:
             painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
             svg.render(&painter);
             painter.end();
-            const QString path = QStringLiteral("%1/%2%3.png").arg(m_output, name, scale == 2 ? QStringLiteral("@2x") : QString());
+            const QString path =
+                QStringLiteral("%1/%2%3.png").arg(m_output, name, scale == 2 ? QStringLiteral("@2x") : QString());
             QDir().mkpath(QFileInfo(path).path());
             if (!image.save(path)) {
                 fail(QStringLiteral("cannot write %1").arg(path));
@@ -161,7 +168,8 @@ int main(int argc, char *argv[])
     try {
         QString family = QStringLiteral("sans-serif");
         if (arguments.size() > 5) {
-            const auto families = QFontDatabase::applicationFontFamilies(QFontDatabase::addApplicationFont(arguments[5]));
+            const auto families =
+                QFontDatabase::applicationFontFamilies(QFontDatabase::addApplicationFont(arguments[5]));
             if (families.isEmpty()) {
                 fail(QStringLiteral("%1 is not a usable font").arg(arguments[5]));
             }

@@ -16,8 +16,7 @@
 namespace {
 
 /// A family of images: base name, states as the file names spell them, and what follows the state.
-struct Family
-{
+struct Family {
     const char *base;
     QStringList states;
     const char *suffix = "";
@@ -57,8 +56,7 @@ QVector<Family> families()
     };
 }
 
-struct Single
-{
+struct Single {
     const char *name;
     QSize size;
 };
@@ -107,7 +105,10 @@ QString readText(const QString &path)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-QString sourcePath(const char *path) { return QStringLiteral(MOVER_SOURCE_DIR "/") + QLatin1String(path); }
+QString sourcePath(const char *path)
+{
+    return QStringLiteral(MOVER_SOURCE_DIR "/") + QLatin1String(path);
+}
 
 /// Every complete resource path in the style sheet, the forms and the sources, with the file that names it.
 QHash<QString, QString> resourceReferences()
@@ -131,7 +132,8 @@ QHash<QString, QString> resourceReferences()
 
 QHash<QString, QColor> tokens()
 {
-    static const QRegularExpression row(QStringLiteral("^(\\w+) +(#[0-9A-Fa-f]+)$"), QRegularExpression::MultilineOption);
+    static const QRegularExpression row(
+        QStringLiteral("^(\\w+) +(#[0-9A-Fa-f]+)$"), QRegularExpression::MultilineOption);
     QHash<QString, QColor> tokens;
     for (auto it = row.globalMatch(readText(sourcePath("resources/tokens.txt"))); it.hasNext();) {
         const auto match = it.next();
@@ -142,7 +144,9 @@ QHash<QString, QColor> tokens()
 
 double luminance(const QColor &colour)
 {
-    const auto linear = [](double part) { return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4); };
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
     return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
 }
 
@@ -156,7 +160,10 @@ double contrast(const QColor &a, const QColor &b)
 
 QStringList messages;
 
-void collectMessage(QtMsgType, const QMessageLogContext &, const QString &message) { messages << message; }
+void collectMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    messages << message;
+}
 
 } // namespace
 
@@ -238,8 +245,9 @@ void tst_Resources::drawsEveryStateDifferently()
     for (int scale = 1; scale <= 2; ++scale) {
         for (int first = 0; first < names.size(); ++first) {
             for (int second = first + 1; second < names.size(); ++second) {
-                QVERIFY2(load(names[first], scale) != load(names[second], scale),
-                         qPrintable(names[first] + QStringLiteral(" looks like ") + names[second]));
+                QVERIFY2(
+                    load(names[first], scale) != load(names[second], scale),
+                    qPrintable(names[first] + QStringLiteral(" looks like ") + names[second]));
             }
         }
     }
@@ -255,7 +263,10 @@ void tst_Resources::hasEverySingleImage_data()
     }
 }
 
-void tst_Resources::hasEverySingleImage() { hasEveryFamilyMember(); }
+void tst_Resources::hasEverySingleImage()
+{
+    hasEveryFamilyMember();
+}
 
 void tst_Resources::drawsLampsInTheirColours()
 {
@@ -271,7 +282,9 @@ void tst_Resources::drawsLampsInTheirColours()
 
 void tst_Resources::pointsTheBubblesAtTheirButtons()
 {
-    const auto inked = [](const char *name, int x, int y) { return load(QLatin1String(name), 1).pixelColor(x, y).alpha() > 0; };
+    const auto inked = [](const char *name, int x, int y) {
+        return load(QLatin1String(name), 1).pixelColor(x, y).alpha() > 0;
+    };
     for (const char *below : {"settings/moveParam", "settings/JogParam", "settings/driveParamUp"}) {
         QVERIFY(inked(below, 230, 3));
         QVERIFY(!inked(below, 100, 3));
@@ -312,7 +325,8 @@ void tst_Resources::namesOnlyColoursInUse()
     const auto names = tokens().keys();
     QVERIFY(!names.isEmpty());
     for (const QString &name : names) {
-        const bool used = sheet.contains(QLatin1Char('@') + name + QLatin1Char('@')) || table.contains(QStringLiteral(": \"%1\"").arg(name));
+        const bool used = sheet.contains(QLatin1Char('@') + name + QLatin1Char('@')) ||
+                          table.contains(QStringLiteral(": \"%1\"").arg(name));
         QVERIFY2(used, qPrintable(name));
     }
 }
@@ -350,7 +364,8 @@ void tst_Resources::stylesEveryState_data()
     QTest::newRow("step up") << "QAbstractSpinBox::up-arrow" << QStringList{"hover", "pressed", "disabled", "off"};
     QTest::newRow("step down") << "QAbstractSpinBox::down-arrow" << QStringList{"hover", "pressed", "disabled", "off"};
     QTest::newRow("scroll bars") << "QScrollBar::handle" << QStringList{"hover", "pressed", "disabled"};
-    for (const char *name : {"move", "jogLeft", "jogRight", "driveLeft", "driveRight", "home", "stop", "enable", "circle"}) {
+    for (const char *name :
+         {"move", "jogLeft", "jogRight", "driveLeft", "driveRight", "home", "stop", "enable", "circle"}) {
         QTest::newRow(name) << QStringLiteral("MoverControlWidget QPushButton#pushButton_%1").arg(QLatin1String(name))
                             << QStringList{"hover", "pressed", "disabled"};
     }
@@ -362,8 +377,9 @@ void tst_Resources::stylesEveryState()
     QFETCH(QStringList, states);
     const QString sheet = readText(QStringLiteral(":/style.qss"));
     for (const QString &state : states) {
-        const QRegularExpression rule(QStringLiteral("(^|, ?)%1:%2\\s*[,{]").arg(QRegularExpression::escape(control), state),
-                                      QRegularExpression::MultilineOption);
+        const QRegularExpression rule(
+            QStringLiteral("(^|, ?)%1:%2\\s*[,{]").arg(QRegularExpression::escape(control), state),
+            QRegularExpression::MultilineOption);
         QVERIFY2(rule.match(sheet).hasMatch(), qPrintable(state));
     }
 }
@@ -377,8 +393,8 @@ void tst_Resources::keepsTextReadable_data()
             QTest::addRow("%s on %s", text, ground) << QString::fromLatin1(text) << QString::fromLatin1(ground);
         }
     };
-    add("text", {"window", "well", "panel", "titleBar", "line", "lineStrong", "control", "controlHover", "controlPressed",
-                 "action", "actionHover", "actionPressed", "stop", "stopHover", "stopPressed"});
+    add("text", {"window", "well", "panel", "titleBar", "line", "lineStrong", "control", "controlHover",
+                 "controlPressed", "action", "actionHover", "actionPressed", "stop", "stopHover", "stopPressed"});
     add("textSecondary", {"window", "well", "panel", "titleBar"});
     add("focusText", {"window", "well", "panel", "titleBar"});
     // The log writes its warnings in plain red.
