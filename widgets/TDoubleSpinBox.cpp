@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "axis/TDoubleSpinBox.h"
+#include "widgets/TDoubleSpinBox.h"
 
 #include <QRegularExpression>
 
