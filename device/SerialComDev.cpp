@@ -11,6 +11,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace {
@@ -265,6 +266,24 @@ int SerialComDev::getPosConpenEnable(int axis)
 {
     const LibraryLock library;
     return ::getPosConpenEnable(m_iDeviceId, axis);
+}
+
+int SerialComDev::getTriggerState(int axis, TriggerState &state)
+{
+    const LibraryLock library;
+    const int in = getTriggerInEnable(m_iDeviceId, axis);
+    if (in < 0)
+        return in;
+    const int out = getTriggerOutEnable(m_iDeviceId, axis);
+    if (out < 0)
+        return out;
+    // Below 0 is a failure or a step in the negative direction. A failure is a whole number, and hardly the same one
+    // twice right after two reads that succeeded.
+    const double step = getTriggerStep(m_iDeviceId, axis);
+    if (step < 0 && step == std::floor(step) && step != getTriggerStep(m_iDeviceId, axis))
+        return int(step);
+    state = {in != 0, out != 0, step};
+    return 0;
 }
 
 int SerialComDev::getRuningState(int axis, MotorStageState &state)

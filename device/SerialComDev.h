@@ -76,6 +76,14 @@ public:
     int getRockerEnable();
     int setPosConpenEnable(int axis, int enable);
     int getPosConpenEnable(int axis);
+    /** External trigger of one axis. */
+    struct TriggerState {
+        bool inEnabled = false;
+        bool outEnabled = false;
+        double step = 0; // displacement per pulse on the input; the sign is the direction
+    };
+    /** 0, or the negative status of the read that failed; then the state is unchanged. */
+    int getTriggerState(int axis, TriggerState &state);
     /** Zeroes the record, then reads it. */
     int getRuningState(int axis, MotorStageState &state);
     int getDevAxisCount();

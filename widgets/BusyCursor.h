@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QCursor>
 #include <QGuiApplication>
 
 /** Shows the busy cursor for as long as it lives: around whatever makes the GUI thread wait for the controller. */

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#include "axis/CycleOperationWidget.h"
+
+#include "axis/MotionLimits.h"
+#include "device/SerialComDev.h"
+#include "widgets/Dialogs.h"
+#include "widgets/MessageBox.h"
+
+#include "ui_CycleOperationWidget.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QPointer>
+
+CycleOperationWidget::CycleOperationWidget(QWidget *parent)
+    : QWidget(parent)
+    , ui(std::make_unique<Ui::CycleOperationWidget>())
+{
+    ui->setupUi(this);
+    setUnit(QStringLiteral("mm"));
+}
+
+CycleOperationWidget::~CycleOperationWidget() = default;
+
+void CycleOperationWidget::setUnit(const QString &unit)
+{
+    ui->label_dispUnit->setText(unit);
+    ui->label_speedUnit->setText(unit + QStringLiteral("/s"));
+    ui->label_accUnit->setText(unit + QStringLiteral("/s²"));
+}
+
+void CycleOperationWidget::load(double travel, double speed, double acceleration, int count, int dwellMs)
+{
+    ui->doubleSpinBox_relativeDisp->setValue(travel);
+    ui->doubleSpinBox_speed->setValue(speed);
+    ui->doubleSpinBox_acc->setValue(acceleration);
+    ui->spinBox_time->setValue(count);
+    ui->spinBox_delay->setValue(dwellMs);
+}
+
+void CycleOperationWidget::wait(int milliseconds)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (elapsed.elapsed() < milliseconds)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+}
+
+void CycleOperationWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        ui->retranslateUi(this);
+    QWidget::changeEvent(event);
+}
+
+void CycleOperationWidget::paintEvent(QPaintEvent *)
+{
+    Dialogs::paintBackground(this);
+}
+
+void CycleOperationWidget::start(int mode)
+{
+    const int count = ui->spinBox_time->value();
+    const double acceleration = ui->doubleSpinBox_acc->value();
+    const double speed = ui->doubleSpinBox_speed->value();
+    const double travel = ui->doubleSpinBox_relativeDisp->value();
+    const int dwellMs = ui->spinBox_delay->value();
+
+    const QString broken = MotionLimits::checkTravel(travel, m_dMaxTravel) + MotionLimits::checkSpeed(speed, m_dMaxSpeed)
+        + MotionLimits::checkAcceleration(acceleration, m_dMaxAcc) + MotionLimits::checkLoopCount(count);
+    if (!broken.isEmpty()) {
+        MessageBox::exec(this, broken, MessageBox::Kind::LoopRun);
+        return;
+    }
+    const auto worker = SerialComDev::instance();
+    emit worker->signal_setSpeedParams(m_iAxis, acceleration, speed);
+    emit worker->signal_setCircleParams(m_iAxis, count, travel, dwellMs);
+    emit worker->signal_startMotor(m_iAxis, mode);
+    emit signal_startDoing();
+}
+
+void CycleOperationWidget::stop()
+{
+    emit SerialComDev::instance()->signal_stopMotor(m_iAxis);
+    emit signal_stopDoing();
+}
+
+void CycleOperationWidget::on_pushButton_left_clicked()
+{
+    start(MOVE_CODE_CIRCLE_NEGATIVE);
+}
+
+void CycleOperationWidget::on_pushButton_right_clicked()
+{
+    start(MOVE_CODE_CIRCLE_POSITIVE);
+}
+
+void CycleOperationWidget::on_pushButton_stop_clicked()
+{
+    stop();
+}
+
+void CycleOperationWidget::on_pushButton_close_clicked()
+{
+    if (!m_bIdle) {
+        const QPointer<CycleOperationWidget> alive(this); // the panel may be closed under the box
+        constexpr int cancelled = 1;
+        // This question is shown as it is in every language.
+        const int answer = MessageBox::exec(
+            this, QStringLiteral("运行中关闭该界面将会自动停止，是否关闭？"), MessageBox::Kind::LoopRun);
+        if (!alive || answer == cancelled)
+            return;
+    }
+    // Also when the axis stands still: closing always leaves it stopped.
+    stop();
+    hide();
+}

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "axis/JogParamWidget.h"
+
+#include "axis/MotionLimits.h"
+#include "device/SerialComDev.h"
+
+#include "ui_JogParamWidget.h"
+
+JogParamWidget::JogParamWidget(QWidget *parent)
+    : MotionParamPopup(parent)
+    , ui(std::make_unique<Ui::JogParamWidget>())
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    ui->setupUi(this);
+    setUnitLabels(ui->label_stepUnit, nullptr, nullptr);
+}
+
+JogParamWidget::~JogParamWidget() = default;
+
+void JogParamWidget::load()
+{
+    const auto worker = SerialComDev::instance();
+    ui->doubleSpinBox_step->setValue(worker->getAxisJogStep(axis()));
+    ui->spinBox_count->setValue(worker->getAxisJogCount(axis()));
+    ui->spinBox_delay->setValue(worker->getAxisJogDelay(axis()));
+}
+
+QString JogParamWidget::check() const
+{
+    return MotionLimits::checkStep(ui->doubleSpinBox_step->value(), maxTravel())
+        + MotionLimits::checkStepCount(ui->spinBox_count->value())
+        + MotionLimits::checkStepDelay(ui->spinBox_delay->value());
+}
+
+void JogParamWidget::send()
+{
+    emit SerialComDev::instance()->signal_setJogParams(
+        axis(), ui->doubleSpinBox_step->value(), ui->spinBox_count->value(), ui->spinBox_delay->value());
+}
+
+void JogParamWidget::retranslate()
+{
+    ui->retranslateUi(this);
+}

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "axis/MotionParamPopup.h"
+
+#include "widgets/Dialogs.h"
+#include "widgets/MessageBox.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPointer>
+
+MotionParamPopup::MotionParamPopup(QWidget *parent)
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
+{
+}
+
+void MotionParamPopup::setUnitLabels(QLabel *length, QLabel *speed, QLabel *acceleration)
+{
+    m_lengthUnit = length;
+    m_speedUnit = speed;
+    m_accelerationUnit = acceleration;
+    showUnit();
+}
+
+void MotionParamPopup::setUnit(const QString &unit)
+{
+    m_sUnit = unit;
+    showUnit();
+}
+
+void MotionParamPopup::showUnit()
+{
+    if (m_lengthUnit)
+        m_lengthUnit->setText(m_sUnit);
+    if (m_speedUnit)
+        m_speedUnit->setText(m_sUnit + QStringLiteral("/s"));
+    if (m_accelerationUnit)
+        m_accelerationUnit->setText(m_sUnit + QStringLiteral("/s²"));
+}
+
+void MotionParamPopup::setPositionRange(double minimum, double maximum)
+{
+    m_dMinimum = minimum;
+    m_dMaximum = maximum;
+}
+
+bool MotionParamPopup::event(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::Show:
+        activateWindow();
+        break;
+    case QEvent::WindowDeactivate:
+        if (!m_bAsking)
+            close();
+        break;
+    case QEvent::Hide: // however it was closed, its toggle must hear of it
+        announceDeactivation();
+        break;
+    default:
+        break;
+    }
+    return QWidget::event(event);
+}
+
+void MotionParamPopup::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+    QWidget::changeEvent(event);
+}
+
+void MotionParamPopup::paintEvent(QPaintEvent *)
+{
+    Dialogs::paintBackground(this);
+}
+
+void MotionParamPopup::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        close();
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        on_pushButton_confirm_clicked();
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void MotionParamPopup::on_pushButton_confirm_clicked()
+{
+    const QString broken = check();
+    if (!broken.isEmpty()) {
+        const QPointer<MotionParamPopup> alive(this); // the panel may be closed under the box
+        m_bAsking = true;
+        MessageBox::exec(this, broken, MessageBox::Kind::MotionPopup);
+        if (!alive)
+            return;
+        m_bAsking = false;
+        activateWindow();
+        return;
+    }
+    send();
+    close();
+}
+
+void MotionParamPopup::on_pushButton_restore_clicked()
+{
+    load();
+}

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "axis/MoveParamWidget.h"
+
+#include "axis/MotionLimits.h"
+#include "device/SerialComDev.h"
+
+#include "ui_MoveParamWidget.h"
+
+MoveParamWidget::MoveParamWidget(QWidget *parent)
+    : MotionParamPopup(parent)
+    , ui(std::make_unique<Ui::MoveParamWidget>())
+{
+    ui->setupUi(this);
+    setUnitLabels(ui->label_posUnit, ui->label_speedUnit, ui->label_accUnit);
+}
+
+MoveParamWidget::~MoveParamWidget() = default;
+
+void MoveParamWidget::load()
+{
+    const auto worker = SerialComDev::instance();
+    ui->doubleSpinBox_disp->setValue(worker->getAxisTargetPos(axis()));
+    ui->doubleSpinBox_speed->setValue(worker->getAxisSpeed(axis()));
+    ui->doubleSpinBox_acc->setValue(worker->getAxisAcceleration(axis()));
+}
+
+QString MoveParamWidget::check() const
+{
+    return MotionLimits::checkPosition(ui->doubleSpinBox_disp->value(), minimum(), maximum())
+        + MotionLimits::checkSpeed(ui->doubleSpinBox_speed->value(), maxSpeed())
+        + MotionLimits::checkAcceleration(ui->doubleSpinBox_acc->value(), maxAcceleration());
+}
+
+void MoveParamWidget::send()
+{
+    const auto worker = SerialComDev::instance();
+    emit worker->signal_setAbsoluteDispParams(axis(), ui->doubleSpinBox_disp->value());
+    emit worker->signal_setSpeedParams(axis(), ui->doubleSpinBox_acc->value(), ui->doubleSpinBox_speed->value());
+}
+
+void MoveParamWidget::retranslate()
+{
+    ui->retranslateUi(this);
+}

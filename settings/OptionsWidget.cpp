@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: MIT
+#include "settings/OptionsWidget.h"
+
+#include "device/SerialComDev.h"
+#include "widgets/BusyCursor.h"
+#include "widgets/Dialogs.h"
+
+#include "ui_OptionsWidget.h"
+
+#include <QButtonGroup>
+#include <QDebug>
+#include <QEvent>
+#include <QLibraryInfo>
+#include <QMessageBox>
+#include <QSignalBlocker>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int Chinese = 0;
+constexpr int English = 1;
+
+constexpr int messageTimeMs = 10000;
+
+/** What label_msg shows when the record to be changed could not even be read. */
+constexpr int writeWithoutRead = 1000;
+
+std::unique_ptr<Ui::OptionsWidget> makeForm(QWidget *dialog)
+{
+    auto form = std::make_unique<Ui::OptionsWidget>();
+    form->setupUi(dialog);
+    return form;
+}
+
+} // namespace
+
+OptionsWidget::OptionsWidget(QWidget *parent)
+    : QWidget(parent)
+    , ui(makeForm(this))
+    , m_drag(this, ui->widget_title)
+    , m_store(
+          QCoreApplication::applicationDirPath(), QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation))
+    , m_axes{{
+          {0,
+           {ui->groupBox_trigger_1, ui->checkBox_triggerIn_1, ui->checkBox_triggerOut_1, ui->doubleSpinBox_Axis1,
+            ui->groupBox_posConpen_1, ui->checkBox_posConpen_on1, ui->checkBox_posConpen_close1}},
+          {1,
+           {ui->groupBox_trigger_2, ui->checkBox_triggerIn_2, ui->checkBox_triggerOut_2, ui->doubleSpinBox_Axis2,
+            ui->groupBox_posConpen_2, ui->checkBox_posConpen_on2, ui->checkBox_posConpen_close2}},
+          {2,
+           {ui->groupBox_trigger_3, ui->checkBox_triggerIn_3, ui->checkBox_triggerOut_3, ui->doubleSpinBox_Axis3,
+            ui->groupBox_posConpen_3, ui->checkBox_posConpen_on3, ui->checkBox_posConpen_close3}},
+      }}
+    , m_motorParams(*ui)
+{
+    Dialogs::makeFrameless(this, ui->widget_back);
+
+    auto *pages = new QButtonGroup(this); // exclusive
+    for (QPushButton *page :
+         {ui->pushButton_language, ui->pushButton_trigger, ui->pushButton_motorParam, ui->pushButton_posConpen})
+        pages->addButton(page);
+    ui->stackedWidget->setCurrentWidget(ui->page_language);
+
+    m_messageTimer.setSingleShot(true);
+    m_messageTimer.setInterval(messageTimeMs);
+    connect(&m_messageTimer, &QTimer::timeout, this, [this] { showMessage(nullptr); });
+
+    const QString qtChinese = QStringLiteral("qtbase_zh_CN");
+    if (m_qtChinese.load(qtChinese, QCoreApplication::applicationDirPath())
+        || m_qtChinese.load(qtChinese, QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&m_qtChinese);
+    loadLanguage();
+}
+
+OptionsWidget::~OptionsWidget() = default;
+
+void OptionsWidget::setLanguage(int code)
+{
+    m_iLanguage = code;
+    // Every change of translators makes all windows translate themselves anew, so nothing is done twice.
+    if (code == Chinese && m_english) {
+        QCoreApplication::removeTranslator(m_english.get());
+        m_english.reset();
+        QCoreApplication::installTranslator(&m_qtChinese);
+        retranslate();
+    } else if (code == English && !m_english) {
+        auto english = std::make_unique<QTranslator>();
+        // Empty delimiters and suffix: this file, and none with a shorter name, such as the program itself.
+        const QString exactly = QLatin1String("");
+        if (!english->load(QStringLiteral("mover_en_US.qm"), QCoreApplication::applicationDirPath(), exactly, exactly))
+            return;
+        m_english = std::move(english);
+        QCoreApplication::removeTranslator(&m_qtChinese);
+        QCoreApplication::installTranslator(m_english.get());
+        retranslate();
+    }
+}
+
+void OptionsWidget::saveLanguage(int code)
+{
+    m_store.save(code);
+}
+
+void OptionsWidget::loadLanguage()
+{
+    const int code = m_store.load();
+    setLanguage(code);
+    // Showing the stored choice is no new choice: nothing is to be written.
+    const QSignalBlocker quietCn(ui->radioButton_cn);
+    const QSignalBlocker quietEn(ui->radioButton_en);
+    if (code == Chinese)
+        ui->radioButton_cn->setChecked(true);
+    else if (code == English)
+        ui->radioButton_en->setChecked(true);
+}
+
+void OptionsWidget::loadDeviceSettings()
+{
+    const BusyCursor busy;
+    const int axisCount = SerialComDev::instance()->getDevAxisCount(); // below 0 without a controller
+    for (int axis = int(m_axes.size()) - 1; axis >= 0; --axis) {
+        if (axis < axisCount)
+            m_axes[size_t(axis)].load();
+        else
+            m_axes[size_t(axis)].hide();
+    }
+}
+
+void OptionsWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+    QWidget::changeEvent(event);
+}
+
+void OptionsWidget::retranslate()
+{
+    ui->retranslateUi(this);
+    showMessage(m_message);
+}
+
+void OptionsWidget::mousePressEvent(QMouseEvent *event)
+{
+    if (!m_drag.press(event))
+        QWidget::mousePressEvent(event);
+}
+
+void OptionsWidget::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_drag.move(event))
+        QWidget::mouseMoveEvent(event);
+}
+
+void OptionsWidget::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_drag.release();
+    QWidget::mouseReleaseEvent(event);
+}
+
+void OptionsWidget::on_pushButton_close_clicked()
+{
+    close();
+}
+
+void OptionsWidget::on_pushButton_language_clicked()
+{
+    ui->stackedWidget->setCurrentWidget(ui->page_language);
+}
+
+void OptionsWidget::on_pushButton_trigger_clicked()
+{
+    ui->stackedWidget->setCurrentWidget(ui->page_trigger);
+}
+
+void OptionsWidget::on_pushButton_motorParam_clicked()
+{
+    QMessageBox::warning(nullptr, tr("提示"), tr("修改电机参数可能会导致电机故障，请谨慎修改！"), QMessageBox::Ok);
+    ui->stackedWidget->setCurrentWidget(ui->page_motorParam);
+}
+
+void OptionsWidget::on_pushButton_posConpen_clicked()
+{
+    ui->stackedWidget->setCurrentWidget(ui->page_posConpen);
+}
+
+// The two radio buttons exclude each other, so one click runs both handlers, in either order; each alone leads to the
+// clicked language. Only the English one reads the stored choice back.
+
+void OptionsWidget::on_radioButton_cn_toggled(bool checked)
+{
+    const int code = checked ? Chinese : English;
+    setLanguage(code);
+    saveLanguage(code);
+}
+
+void OptionsWidget::on_radioButton_en_toggled(bool checked)
+{
+    const int code = checked ? English : Chinese;
+    setLanguage(code);
+    saveLanguage(code);
+    loadLanguage();
+}
+
+void OptionsWidget::on_doubleSpinBox_Axis3_editingFinished()
+{
+    qDebug() << "on_doubleSpinBox_Axis3_editingFinished" << ui->doubleSpinBox_Axis3->value();
+    m_axes[2].changeDisplacement();
+}
+
+void OptionsWidget::on_pushButton_ReadParam_clicked()
+{
+    const BusyCursor busy;
+    MotorParams params = {};
+    const int result = SerialComDev::instance()->getMotorParams(ui->comboBox_motorAxis->currentIndex(), params);
+    if (result < 0) {
+        showMessage([result] { return tr("读取电机参数失败：error（%1）").arg(result); });
+        m_messageTimer.start();
+        return;
+    }
+    m_motorParams.show(params);
+}
+
+void OptionsWidget::on_pushButton_WriteParam_clicked()
+{
+    if (QMessageBox::question(
+            nullptr, tr("提示"), tr("是否确认修改电机参数？"), QMessageBox::Yes | QMessageBox::No)
+        != QMessageBox::Yes)
+        return;
+
+    const BusyCursor busy;
+    const auto failed = [](int error) { return tr("写入电机参数失败：error（%1）").arg(error); };
+    const auto worker = SerialComDev::instance();
+    const int axis = ui->comboBox_motorAxis->currentIndex();
+    MotorParams params = {};
+    if (worker->getMotorParams(axis, params) < 0) {
+        showMessage([failed] { return failed(writeWithoutRead); }); // stays: the timer is not started
+        return;
+    }
+    m_motorParams.applyTo(params);
+    const int result = worker->setMotorParams(axis, params);
+    showMessage([failed, result] { return result < 0 ? failed(result) : tr("写入电机参数成功"); });
+    m_messageTimer.start();
+}
+
+/** Shows a text on the motor-parameter page, in whatever language is chosen; none empties the line. */
+void OptionsWidget::showMessage(const std::function<QString()> &text)
+{
+    m_message = text;
+    ui->label_msg->setText(text ? text() : QString());
+}
