@@ -53,6 +53,7 @@ AddControlsWidget::AddControlsWidget(QWidget *parent)
     m_ui->buttonGroup_types->setId(m_ui->pushButton_rotationControl, STAGE_ROTATION);
     m_ui->buttonGroup_types->setId(m_ui->pushButton_angularControl, STAGE_ANGULAR);
     m_ui->buttonGroup_types->setId(m_ui->pushButton_liftingControl, STAGE_LIFTING);
+    m_ui->comboBox_models->setFocus(); // ready for a name to be typed
 }
 
 AddControlsWidget::~AddControlsWidget() = default;

@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <thread>
 
@@ -32,10 +33,16 @@ constexpr int controllerId = 1001; // the one of the default scenario
 const QString error = "参数配置错误!请重试。";
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr qint64 openingLimitMs = 2000;
+constexpr double openingLimitMs = 2000;
 #else
-constexpr qint64 openingLimitMs = 200;
+constexpr double openingLimitMs = 200;
 #endif
+
+/** Processor time in milliseconds, which other programs on the machine do not lengthen. */
+double processorMs()
+{
+    return 1000.0 * double(std::clock()) / CLOCKS_PER_SEC;
+}
 
 QString modelPath()
 {
@@ -72,11 +79,17 @@ QJsonArray fewModels()
     return {model("LIN-50", 0), model("LIN-100", 0), model("ROT-60", 1), model("ANG-10", 2)};
 }
 
+/** Linear models "LIN-0", "LIN-1", …, each with all keys. */
 QByteArray manyModels(int count)
 {
+    QJsonObject rest;
+    for (const char *key :
+         {"AxisType", "positivePolarity", "negativePolarity", "originPolarity", "phaseDirction", "originSigID",
+          "limitDirection", "zeroOptWidth", "optNum", "motorPhase", "modifyDate"})
+        rest[key] = 1;
     QJsonArray models;
     for (int i = 0; i < count; ++i)
-        models.append(model(QString("LIN-%1").arg(i), 0));
+        models.append(model(QString("LIN-%1").arg(i), 0, rest));
     return fileOf(models);
 }
 
@@ -624,17 +637,16 @@ void tst_AddControlsWidget::findsTypedModelInTheOpenList()
 void tst_AddControlsWidget::opensQuicklyWithManyModels()
 {
     const QByteArray file = manyModels(20000);
-    qint64 fastest = std::numeric_limits<qint64>::max();
+    double fastest = std::numeric_limits<double>::max();
     for (int i = 0; i < 3; ++i) {
         m_dialog->close();
         writeModelFile(file);
-        QElapsedTimer timer;
-        timer.start();
+        const double start = processorMs();
         m_dialog->setAxisNames({"Axis1"});
         m_dialog->loadModelsData();
         m_dialog->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
-        fastest = std::min(fastest, timer.elapsed());
+        fastest = std::min(fastest, processorMs() - start);
     }
     QCOMPARE(models()->count(), 20000);
     QVERIFY2(fastest < openingLimitMs, qPrintable(QString("%1 ms").arg(fastest)));
@@ -643,13 +655,12 @@ void tst_AddControlsWidget::opensQuicklyWithManyModels()
 void tst_AddControlsWidget::dropsDownQuicklyWithManyModels()
 {
     open(manyModels(20000));
-    qint64 fastest = std::numeric_limits<qint64>::max();
+    double fastest = std::numeric_limits<double>::max();
     for (int i = 0; i < 3; ++i) {
-        QElapsedTimer timer;
-        timer.start();
+        const double start = processorMs();
         models()->showPopup();
         QVERIFY(QTest::qWaitForWindowExposed(models()->view()->window()));
-        fastest = std::min(fastest, timer.elapsed());
+        fastest = std::min(fastest, processorMs() - start);
         models()->hidePopup();
     }
     QVERIFY2(fastest < openingLimitMs, qPrintable(QString("%1 ms").arg(fastest)));
