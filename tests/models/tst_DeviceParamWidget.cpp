@@ -40,7 +40,8 @@ private slots:
     void changesLanguageAndKeepsItsContents();
 
 private:
-    template <typename Widget> Widget *find(const char *name) const
+    template <typename Widget>
+    Widget *find(const char *name) const
     {
         auto *widget = m_overlay->findChild<Widget *>(name);
         if (!widget)
