@@ -29,14 +29,12 @@ struct Options {
     {
         parser.setApplicationDescription(
             QStringLiteral("Control program for a bench-top stepper-motor controller."));
-        help = parser.addHelpOption();
-        version = parser.addVersionOption();
+        parser.addHelpOption();
+        parser.addVersionOption();
         parser.addOption(scenario);
     }
 
     QCommandLineParser parser;
-    QCommandLineOption help{QString()};
-    QCommandLineOption version{QString()};
     QCommandLineOption scenario{
         QStringLiteral("scenario"),
         QStringLiteral("What the simulated controller plays (a JSON file); the same as MOVER_SCENARIO in the "

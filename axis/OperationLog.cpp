@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "axis/OperationLog.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTextBrowser>
 #include <QTextCursor>
 #include <QTime>
@@ -40,7 +40,7 @@ QString wordFor(const Word (&words)[Count], int code)
 {
     for (const Word &word : words) {
         if (word.code == code)
-            return QCoreApplication::translate("OperationLog", word.text);
+            return QGuiApplication::translate("OperationLog", word.text);
     }
     return QString();
 }
@@ -52,7 +52,7 @@ OperationLog::OperationLog(QTextBrowser *browser)
 {
     // Entries are preformatted text, but set in the program's own font.
     m_browser->document()->setDefaultStyleSheet(
-        QStringLiteral("pre { font-family: \"%1\"; margin-bottom: 6px; }").arg(m_browser->font().family()));
+        QStringLiteral("pre { margin: 0; font-family: '%1'; }").arg(QGuiApplication::font().family()));
 }
 
 void OperationLog::append(int type, const QString &text, int state)

@@ -61,6 +61,9 @@ ConnectionWidget::ConnectionWidget(QWidget *parent)
 {
     Dialogs::makeFrameless(this, ui->widget_back);
     ui->comboBox_comList->setView(new QListView(ui->comboBox_comList));
+    QSizePolicy keepsItsPlace = ui->label_msg->sizePolicy();
+    keepsItsPlace.setRetainSizeWhenHidden(true);
+    ui->label_msg->setSizePolicy(keepsItsPlace);
     ui->label_msg->hide();
     m_hideTimer.setSingleShot(true);
     m_hideTimer.setInterval(hideMsgMs);

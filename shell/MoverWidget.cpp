@@ -461,7 +461,7 @@ void MoverWidget::mouseDoubleClickEvent(QMouseEvent *event)
 void MoverWidget::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    m_border->relay();
+    m_border->layoutBorders();
 }
 
 void MoverWidget::paintEvent(QPaintEvent *)

@@ -44,6 +44,7 @@ std::string functionOf(const char *call)
 }
 
 } // namespace
+Q_DECLARE_METATYPE(std::function<QVariant(SerialComDev &)>)
 Q_DECLARE_METATYPE(Request)
 Q_DECLARE_METATYPE(QVector<Step>)
 Q_DECLARE_METATYPE(Expected)
