@@ -62,11 +62,12 @@ void OperationLog::append(int type, const QString &text, int state)
         removeLastEntry();
     m_bEndsWithRunCount = type == LOG_RUN_COUNT;
 
-    const QString entry = QTime::currentTime().toString(QStringLiteral("hh:mm:ss")) + QLatin1Char('\n')
-        + wordFor(typeWords, type) + QLatin1Char(' ') + text + QLatin1Char(' ') + wordFor(stateWords, state);
+    const QString entry = QTime::currentTime().toString(QStringLiteral("hh:mm:ss")) + QLatin1Char('\n') +
+                          wordFor(typeWords, type) + QLatin1Char(' ') + text + QLatin1Char(' ') +
+                          wordFor(stateWords, state);
     const QString wrapped = type == LOG_WARNING
-        ? QStringLiteral("<pre><font color=red>%1</font></pre><font color=black> </font>")
-        : QStringLiteral("<pre><font color=white>%1</font></pre><font color=red> </font>");
+                                ? QStringLiteral("<pre><font color=red>%1</font></pre><font color=black> </font>")
+                                : QStringLiteral("<pre><font color=white>%1</font></pre><font color=red> </font>");
     m_browser->append(wrapped.arg(entry.toHtmlEscaped()));
 }
 

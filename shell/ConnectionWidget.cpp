@@ -46,8 +46,8 @@ QString probe(int id)
 {
     LibraryText serialNo;
     locked([&] { return addDev(id); });
-    const bool answers = locked([&] { return openTSDevice(id); }) >= 0
-        && locked([&] { return getDevSerialNumber(id, serialNo.data(), serialNo.length()); }) >= 0;
+    const bool answers = locked([&] { return openTSDevice(id); }) >= 0 &&
+                         locked([&] { return getDevSerialNumber(id, serialNo.data(), serialNo.length()); }) >= 0;
     locked([&] { return removeDev(id); });
     return answers ? serialNo.toString() : QString();
 }

@@ -33,11 +33,11 @@ Look lookOf(MessageBox::Kind kind)
     return {true, "min-width: 600px;min-height: 400px;", "80px", {600, 400}};
 }
 
-constexpr char buttonSheet[]
-    = ".QPushButton{color: #FFFFFF;font-size: 16px;border-radius: 3px;border: 2px solid #298DFF;min-width:70px;"
-      "min-height: 30px;background-color: rgb(80, 80, 80);}"
-      ".QPushButton:hover{background-color: rgb(50, 50, 50);}"
-      ".QPushButton:pressed{background-color: rgb(22, 110, 215);}";
+constexpr char buttonSheet[] =
+    ".QPushButton{color: #FFFFFF;font-size: 16px;border-radius: 3px;border: 2px solid #298DFF;min-width:70px;"
+    "min-height: 30px;background-color: rgb(80, 80, 80);}"
+    ".QPushButton:hover{background-color: rgb(50, 50, 50);}"
+    ".QPushButton:pressed{background-color: rgb(22, 110, 215);}";
 
 QString boxSheet(const Look &look, int labelWidth)
 {
@@ -92,8 +92,7 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     const QString cancelText = QCoreApplication::translate("MessageBox", "取消");
     if (look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    QPushButton *const confirm
-        = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
+    QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
     box.setDefaultButton(confirm);
