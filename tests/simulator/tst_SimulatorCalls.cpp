@@ -32,6 +32,7 @@ private slots:
     void writesCallsDown();
     void writesThreadsDown();
     void countsCalls();
+    void keepsTheLastCallsOfALongRun();
     void failsTheNthCall();
     void failsAllCalls();
     void changesNothingInAFailedCall();
@@ -45,7 +46,9 @@ private slots:
     void noticesNoOverlapInOneThread();
     void standsCallsFromManyThreads();
     void passesTimeByItself();
+    void passesTimeAtTheScale();
     void refusesUnknownNamesInTheControlInterface();
+    void hangsBeyondTheEndOfTheProcess();
 };
 
 void tst_SimulatorCalls::init()
@@ -294,6 +297,18 @@ void tst_SimulatorCalls::countsCalls()
     QCOMPARE(callCount("getDevAxisCount"), 0);
 }
 
+void tst_SimulatorCalls::keepsTheLastCallsOfALongRun()
+{
+    clearJournal();
+    getDevAxisCount(device);
+    getRockerEnable(device);
+    for (int i = 0; i < 199'999; ++i)
+        getJogIndex(device, 0);
+    QCOMPARE(journal().size(), std::size_t(200'000));
+    QCOMPARE(callCount("getDevAxisCount"), 0);
+    QCOMPARE(callCount("getRockerEnable"), 1);
+}
+
 // ---- Faults
 
 void tst_SimulatorCalls::failsTheNthCall()
@@ -488,6 +503,16 @@ void tst_SimulatorCalls::passesTimeByItself()
     QCOMPARE(now(), 0.0);
 }
 
+void tst_SimulatorCalls::passesTimeAtTheScale()
+{
+    openScenario(R"({"timeScale": 1000, "controllers": [{"id": 1001, "axes": [{}]}]})");
+    QElapsedTimer timer;
+    timer.start();
+    useRealClock();
+    QTRY_VERIFY(now() >= 200);
+    QVERIFY(now() <= (timer.elapsed() + 1) * 1.0); // milliseconds, at 1000 simulated seconds per second
+}
+
 void tst_SimulatorCalls::refusesUnknownNamesInTheControlInterface()
 {
     QVERIFY_EXCEPTION_THROWN(failCall("setSpeeed", -1), std::invalid_argument);
@@ -495,6 +520,14 @@ void tst_SimulatorCalls::refusesUnknownNamesInTheControlInterface()
     QVERIFY_EXCEPTION_THROWN(callCount("setSpeeed"), std::invalid_argument);
     QVERIFY_EXCEPTION_THROWN(loseLink(7), std::invalid_argument);
     QVERIFY_EXCEPTION_THROWN(setChip(device, 3, Chip::Blank), std::invalid_argument);
+}
+
+// The last one: what it leaves behind is the end of the process itself, which fails the test by crashing.
+void tst_SimulatorCalls::hangsBeyondTheEndOfTheProcess()
+{
+    hangCall("getDevAxisCount");
+    std::thread([] { getDevAxisCount(device); }).detach();
+    QVERIFY(waitUntilHanging(60000));
 }
 
 QTEST_GUILESS_MAIN(tst_SimulatorCalls)

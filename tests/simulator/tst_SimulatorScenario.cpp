@@ -217,7 +217,7 @@ void tst_SimulatorScenario::namesTheLineOfTheMistake_data()
         head + "\"events\": [{\"at\": 1, \"event\": \"plug\", \"controller\": 7,\n\"axis\": 0}]}",
         "scenario:4: the event has no \"axis\"");
     row("text that ends early", head + "\"events\": [\n",
-        "scenario:4: syntax error while parsing value - unexpected "
+        "scenario:3: syntax error while parsing value - unexpected "
         "end of input; expected '[', '{', or a literal");
 }
 
@@ -313,7 +313,7 @@ void tst_SimulatorScenario::pulsesAndDeflectsByEvents()
         "controllers": [{"id": 1001, "joystick": {}, "axes": [{}]}],
         "events": [
             {"at": 2, "every": 10, "event": "triggerPulse", "controller": 1001, "axis": 0},
-            {"at": 30, "event": "joystick", "controller": 1001, "deflection": 10},
+            {"at": 30, "event": "joystick", "controller": 1001, "deflection": 5},
             {"at": 40, "event": "joystick", "controller": 1001, "present": false}
         ]
     })");
