@@ -37,7 +37,7 @@ int giveText(LibraryCall &call, const std::string &ownText, char *buffer, int le
     const std::string &text = call.answer() ? *call.answer() : ownText;
     std::memset(buffer, 0, length);
     std::memcpy(buffer, text.data(), std::min<std::size_t>(text.size(), length));
-    return call.finish(Ok, formatted(TextArgument{buffer, length}));
+    return call.finish(Ok, formatted(std::string(buffer, strnlen(buffer, length))));
 }
 
 /** The text of a setter; refuses the call if it is none. It ends at the first zero byte, as it does in every reader. */
@@ -262,7 +262,7 @@ int closeTSDevice(int id)
 
 int addMotor(int first, int second, const char *model)
 {
-    LibraryCall call(__func__, first, second, TextArgument{model, MOVER_TEXT_LENGTH});
+    LibraryCall call(__func__, first, second, model ? std::string(model, strnlen(model, MOVER_TEXT_LENGTH)) : "");
     // The maker's library takes the model in; a simulated stage says itself what it is.
     if (!model)
         call.refuse(BadArgument);
