@@ -4,6 +4,15 @@
 #include <QMetaType>
 #include <QString>
 
+/** Stage types, as moveType carries them. */
+enum StageType {
+    STAGE_LINEAR = 0,
+    STAGE_ROTATION = 1,
+    STAGE_ANGULAR = 2,
+    STAGE_LIFTING = 3,
+};
+constexpr int StageTypeCount = 4;
+
 /**
  * The parameters of one stage model. The names are the keys of the model file, except for auxText, which has none.
  * Lengths are in the stage's unit, speeds per second.
@@ -21,7 +30,7 @@ struct MoverDevParam {
     int phaseDirction = 0;      ///< moving direction: 0 positive, 1 negative
     int originSigID = 0;        ///< origin signal
     QString unitString;         ///< unit of positions, "mm" or "°"
-    int moveType = 0;           ///< 0 linear, 1 rotation, 2 angular, 3 lifting
+    int moveType = 0;           ///< a StageType
     int limitDirection = 0;     ///< limit direction
     QString optOrder;           ///< order of the opto-couplers, up to 4 characters
     double maxSpeed = 0;        ///< highest speed

@@ -3,10 +3,17 @@
 
 #include "device/LibraryText.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace {
 
-/** Stage types of MotorParams::moveType and MoverDevParam::moveType. */
-enum MoveType { Linear = 0, Rotation = 1, Angular = 2, Lifting = 3 };
+/** Copies what fits; the rest of the field stays zero. A text that fills the field has no terminator. */
+template <size_t Size>
+void copyText(char (&field)[Size], const QByteArray &text, size_t limit = Size)
+{
+    std::memcpy(field, text.constData(), std::min({Size, limit, size_t(text.size())}));
+}
 
 } // namespace
 
@@ -23,7 +30,7 @@ MoverDevParam toDevParam(const MotorParams &params)
     stage.originPolarity = params.originPolarity;
     stage.phaseDirction = params.phaseDirction;
     stage.limitDirection = params.limitDirection;
-    const bool isAngle = params.moveType == Rotation || params.moveType == Angular;
+    const bool isAngle = params.moveType == STAGE_ROTATION || params.moveType == STAGE_ANGULAR;
     stage.unitString = isAngle ? QStringLiteral("°") : QStringLiteral("mm");
     stage.optOrder = QString::fromLatin1(params.optOrder, int(qstrnlen(params.optOrder, sizeof params.optOrder)));
     stage.maxSpeed = params.maxSpeed;
@@ -37,4 +44,32 @@ MoverDevParam toDevParam(const MotorParams &params)
     stage.modifyDate = params.modifyDate;
     stage.maxRockerSpeed = params.maxRockerSpeed;
     return stage;
+}
+
+MotorParams toMotorParams(const MoverDevParam &stage)
+{
+    MotorParams params = {};
+    copyText(params.modelName, stage.name.toUtf8());
+    params.pulseOneCircle = uint32_t(stage.pulseOneCircle);
+    params.dispOneCircle = double(stage.dispOneCircle);
+    params.restoreSpeed = double(stage.restoreSpeed);
+    params.moveType = uint16_t(stage.moveType);
+    params.positivePolarity = uint16_t(stage.positivePolarity);
+    params.negativePolarity = uint16_t(stage.negativePolarity);
+    params.originPolarity = uint16_t(stage.originPolarity);
+    params.phaseDirction = uint16_t(stage.phaseDirction);
+    params.limitDirection = uint16_t(stage.limitDirection);
+    params.unitType = stage.unitString == QLatin1String("mm") ? 0 : 1;
+    copyText(params.optOrder, stage.optOrder.toUtf8(), 4);
+    params.maxSpeed = stage.maxSpeed;
+    params.maxAcc = stage.maxAcc;
+    params.minPos = stage.minPos;
+    params.maxPos = stage.maxPos;
+    params.zeroOptWidth = uint16_t(stage.zeroOptWidth);
+    params.optNum = uint16_t(stage.optNum);
+    params.returnTrip = int16_t(stage.returnTrip);
+    params.motorPhase = uint16_t(stage.motorPhase);
+    params.modifyDate = stage.modifyDate;
+    params.maxRockerSpeed = stage.maxRockerSpeed;
+    return params;
 }

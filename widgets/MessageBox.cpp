@@ -90,15 +90,19 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
         button->setStyleSheet(QLatin1String(buttonSheet));
         return button;
     };
-    constexpr const char *cancel = QT_TRANSLATE_NOOP("MessageBox", "取消");
-    constexpr const char *confirm = QT_TRANSLATE_NOOP("MessageBox", "确认");
+    constexpr const char *cancelText = QT_TRANSLATE_NOOP("MessageBox", "取消");
+    constexpr const char *confirmText = QT_TRANSLATE_NOOP("MessageBox", "确认");
     if (look.cancelFirst)
-        addButton(cancel, QMessageBox::RejectRole);
-    box.setDefaultButton(addButton(confirm, QMessageBox::AcceptRole));
+        addButton(cancelText, QMessageBox::RejectRole);
+    QPushButton *const confirm = addButton(confirmText, QMessageBox::AcceptRole);
     if (!look.cancelFirst)
-        addButton(cancel, QMessageBox::RejectRole);
+        addButton(cancelText, QMessageBox::RejectRole);
+    box.setDefaultButton(confirm);
 
     box.setStyleSheet(boxSheet(look, widestLine(text) + 100));
     setMinimumSize(box, look.minimum);
-    return box.exec();
+    box.exec();
+    // Not the result of exec(): a box whose event loop was ended from outside has neither consented nor refused.
+    const bool confirmed = box.clickedButton() == confirm;
+    return confirmed == look.cancelFirst ? 1 : 0;
 }

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+#include "shell/ConnectionWidget.h"
+
+#include "device/LibraryLock.h"
+#include "device/LibraryText.h"
+#include "device/SerialComDev.h"
+#include "widgets/BusyCursor.h"
+#include "widgets/Dialogs.h"
+
+#include "ui_ConnectionWidget.h"
+
+#include "device/moverLibrary.h"
+
+#include <QDebug>
+#include <QKeyEvent>
+#include <QListView>
+#include <QMouseEvent>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int hideMsgMs = 5000;
+constexpr int maxDevices = 10;
+
+struct DeviceList {
+    int ids[maxDevices] = {};
+    int count = 0; // or the library's negative status
+
+    /** The caller holds the library mutex. */
+    void read() { count = listTSMotorControlerDevices(ids, maxDevices); }
+    const int *begin() const { return ids; }
+    const int *end() const { return ids + std::clamp(count, 0, maxDevices); }
+};
+
+/** Each call takes the mutex for itself, so that the worker is kept waiting for one call at most. */
+template <typename Function>
+auto locked(Function call)
+{
+    const LibraryLock library;
+    return call();
+}
+
+/** Serial number of a controller that is not open; null when it does not answer. Leaves nothing added. */
+QString probe(int id)
+{
+    LibraryText serialNo;
+    locked([&] { return addDev(id); });
+    const bool answers = locked([&] { return openTSDevice(id); }) >= 0
+        && locked([&] { return getDevSerialNumber(id, serialNo.data(), serialNo.length()); }) >= 0;
+    locked([&] { return removeDev(id); });
+    return answers ? serialNo.toString() : QString();
+}
+
+} // namespace
+
+ConnectionWidget::ConnectionWidget(QWidget *parent)
+    : QWidget(parent)
+    , ui(std::make_unique<Ui::ConnectionWidget>())
+    , m_drag((ui->setupUi(this), this), ui->widget_title)
+{
+    Dialogs::makeFrameless(this, ui->widget_back);
+    ui->comboBox_comList->setView(new QListView(ui->comboBox_comList));
+    ui->label_msg->hide();
+    m_hideTimer.setSingleShot(true);
+    m_hideTimer.setInterval(hideMsgMs);
+    connect(&m_hideTimer, &QTimer::timeout, this, &ConnectionWidget::slot_hideMsg);
+}
+
+ConnectionWidget::~ConnectionWidget() = default;
+
+void ConnectionWidget::refreshDevices()
+{
+    const BusyCursor busy;
+    ui->comboBox_comList->clear();
+    DeviceList devices;
+    locked([&] { devices.read(); });
+    for (const int id : devices) {
+        const QString text = id == m_iConnectedId ? m_sConnectedText : probe(id);
+        if (!text.isNull())
+            ui->comboBox_comList->addItem(QIcon(), text, id);
+    }
+    ui->comboBox_comList->setCurrentText(m_sConnectedText);
+}
+
+std::optional<bool> ConnectionWidget::isPortLost() const
+{
+    if (m_iConnectedId == 0)
+        return false;
+    const LibraryLock library(0);
+    if (!library.isLocked())
+        return std::nullopt;
+    DeviceList devices;
+    devices.read();
+    // An empty list is on purpose not taken for a loss.
+    if (devices.count == 0)
+        return false;
+    return std::find(devices.begin(), devices.end(), m_iConnectedId) == devices.end();
+}
+
+void ConnectionWidget::slot_hideMsg()
+{
+    ui->label_msg->hide();
+}
+
+void ConnectionWidget::setConnected(bool connected)
+{
+    ui->pushButton_connectSerial->setEnabled(!connected);
+    ui->pushButton_disConnect->setEnabled(connected);
+    ui->label_msg->setText(connected ? tr("设备已连接") : tr("设备已断开"));
+    SerialComDev::instance()->setOpened(connected);
+    ui->label_msg->show();
+    m_hideTimer.start();
+}
+
+void ConnectionWidget::on_pushButton_connectSerial_clicked()
+{
+    const int id = ui->comboBox_comList->currentData().toInt();
+    qDebug() << "devPort: " << id;
+    int result = 0;
+    {
+        const BusyCursor busy;
+        result = SerialComDev::instance()->open(id);
+    }
+    if (result < 0) {
+        // The text is set but not shown: it is seen only while the label still shows an earlier message.
+        ui->label_msg->setText(tr("打开设备失败(err:%1)").arg(result));
+        m_hideTimer.start();
+        return;
+    }
+    m_iConnectedId = id;
+    m_sConnectedText = ui->comboBox_comList->currentText();
+    setConnected(true);
+    close();
+    emit signal_devConnected();
+}
+
+void ConnectionWidget::on_pushButton_disConnect_clicked()
+{
+    {
+        const BusyCursor busy;
+        SerialComDev::instance()->close();
+    }
+    m_iConnectedId = 0;
+    setConnected(false);
+    emit signal_devDisConnected();
+}
+
+void ConnectionWidget::on_pushButton_close_clicked()
+{
+    hide();
+}
+
+void ConnectionWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        const QString entry = ui->comboBox_comList->currentText();
+        ui->retranslateUi(this);
+        ui->comboBox_comList->setCurrentText(entry);
+    }
+    QWidget::changeEvent(event);
+}
+
+void ConnectionWidget::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        hide();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void ConnectionWidget::mousePressEvent(QMouseEvent *event)
+{
+    if (!m_drag.press(event))
+        QWidget::mousePressEvent(event);
+}
+
+void ConnectionWidget::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_drag.move(event))
+        QWidget::mouseMoveEvent(event);
+}
+
+void ConnectionWidget::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_drag.release();
+    QWidget::mouseReleaseEvent(event);
+}

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "widgets/TitleBarDrag.h"
+
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+namespace Ui {
+class ConnectionWidget;
+}
+
+/**
+ * Connection dialog: lists the controllers that answer, opens and closes the chosen one. GUI thread; probing and
+ * opening wait for the controllers, with a busy cursor.
+ */
+class ConnectionWidget final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ConnectionWidget(QWidget *parent = nullptr);
+    ~ConnectionWidget() override;
+
+    /** Lists the controllers anew. Each one but the connected is opened for a moment to read its serial number. */
+    void refreshDevices();
+
+    /** Whether the connected controller is no longer listed; nothing while another thread is in a library call. */
+    std::optional<bool> isPortLost() const;
+
+signals:
+    void signal_devConnected();
+    void signal_devDisConnected();
+
+public slots:
+    void slot_hideMsg();
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private slots:
+    void on_pushButton_close_clicked();
+    void on_pushButton_connectSerial_clicked();
+    void on_pushButton_disConnect_clicked();
+
+private:
+    void setConnected(bool connected);
+
+    std::unique_ptr<Ui::ConnectionWidget> ui;
+    TitleBarDrag m_drag;
+    QTimer m_hideTimer;
+    int m_iConnectedId = 0;
+    QString m_sConnectedText;
+};

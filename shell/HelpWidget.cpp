@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "shell/HelpWidget.h"
+
+#include "ui_HelpWidget.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QUrl>
+
+namespace {
+
+struct Link {
+    QLabel *Ui::HelpWidget::*label;
+    const char *target;
+    const char *text;
+};
+
+// clang-format off
+constexpr Link links[] = {
+    {&Ui::HelpWidget::label_manual, "/help/台式步进电机驱动控制器用户手册.pdf", QT_TRANSLATE_NOOP("HelpWidget", "查看")},
+    {&Ui::HelpWidget::label_cplusSdk, "/help/Tarsel_mover_C++SDK", QT_TRANSLATE_NOOP("HelpWidget", "查看 C++ SDK")},
+    {&Ui::HelpWidget::label_labviewSdk, "/help/Tarsel_mover_LabViewSDK", QT_TRANSLATE_NOOP("HelpWidget", "查看 LabVIew SDK")},
+    {&Ui::HelpWidget::label_CSharpSdk, "/help/Tarsel_mover_C#SDK", QT_TRANSLATE_NOOP("HelpWidget", "查看C# SDK")},
+    {&Ui::HelpWidget::label_PythonSdk, "/help/Tarsel_mover_PythonSDK", QT_TRANSLATE_NOOP("HelpWidget", "查看Python SDK")},
+    {&Ui::HelpWidget::label_learnMore, MOVER_WEB_ADDRESS, QT_TRANSLATE_NOOP("HelpWidget", "了解更多详细信息")},
+};
+// clang-format on
+
+std::unique_ptr<Ui::HelpWidget> makeForm(HelpWidget *popup)
+{
+    auto form = std::make_unique<Ui::HelpWidget>();
+    form->setupUi(popup);
+    return form;
+}
+
+} // namespace
+
+HelpWidget::HelpWidget(QWidget *parent)
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
+    , m_ui(makeForm(this))
+    , m_drag(this, m_ui->widget_title)
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    m_ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));
+    m_ui->label_learnMore->setOpenExternalLinks(true);
+    for (const Link &link : links) {
+        if (link.label != &Ui::HelpWidget::label_learnMore)
+            connect(m_ui.get()->*link.label, &QLabel::linkActivated, this, &HelpWidget::slot_linkActivated);
+    }
+    showTexts();
+}
+
+HelpWidget::~HelpWidget() = default;
+
+void HelpWidget::setFirmwareVersion(const QString &version)
+{
+    m_sFirmwareVersion = version;
+    m_ui->label_firmwareVersion->setText(version);
+}
+
+void HelpWidget::showTexts()
+{
+    // The target is not quoted: the blank ends it, so a label reports the target alone.
+    const QString form = QStringLiteral("<a style='color: orange; text-decoration: none' href = %1 ?type=lately>%2");
+    for (const Link &link : links)
+        (m_ui.get()->*link.label)->setText(form.arg(QString::fromUtf8(link.target), tr(link.text)));
+    m_ui->label_firmwareVersion->setText(m_sFirmwareVersion);
+}
+
+void HelpWidget::slot_linkActivated(QString url)
+{
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + url));
+}
+
+void HelpWidget::on_pushButton_close_clicked()
+{
+    hide();
+}
+
+void HelpWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        m_ui->retranslateUi(this);
+        showTexts();
+    }
+    QWidget::changeEvent(event);
+}
+
+void HelpWidget::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        hide();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void HelpWidget::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || !m_drag.press(event))
+        QWidget::mousePressEvent(event);
+}
+
+void HelpWidget::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_drag.move(event))
+        QWidget::mouseMoveEvent(event);
+}
+
+void HelpWidget::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_drag.release();
+    QWidget::mouseReleaseEvent(event);
+}

@@ -1,0 +1,470 @@
+// SPDX-License-Identifier: MIT
+#include "shell/MoverWidget.h"
+
+#include "axis/MoverControlWidget.h"
+#include "device/SerialComDev.h"
+#include "models/AddControlsWidget.h"
+#include "models/StageParams.h"
+#include "settings/OptionsWidget.h"
+#include "shell/ConnectionWidget.h"
+#include "shell/HelpWidget.h"
+#include "shell/MyBorderContainer.h"
+#include "shell/PlaceholderWidget.h"
+#include "shell/SerialPortChangeFilter.h"
+#include "widgets/BusyCursor.h"
+#include "widgets/Dialogs.h"
+#include "widgets/MessageBox.h"
+
+#include "ui_MoverWidget.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDebug>
+#include <QPointer>
+
+namespace {
+
+constexpr int identifiedStage = 2;    // chip code of a stage that identifies itself
+constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
+constexpr int portCheckRetryMs = 100; // when the library was busy
+
+QString axisNameOf(int axis)
+{
+    return QStringLiteral("Axis%1").arg(axis + 1);
+}
+
+QString showMaxSheet(const char *image)
+{
+    return QStringLiteral(
+               ".QPushButton#pushButton_showMax{background-color: rgb(50, 50, 50);background-image: url(:/image/%1);"
+               "background-origin: content;background-position: center;background-repeat: no-repeat;}"
+               ".QPushButton#pushButton_showMax:hover{background-color: rgb(140, 140, 140);}"
+               ".QPushButton#pushButton_showMax:pressed{background-color: rgb(22,110,215);}")
+        .arg(QLatin1String(image));
+}
+
+/** The connect button's picture carries text: `suffix` chooses the language. */
+QString connectSheet(const char *suffix)
+{
+    return QStringLiteral(
+               "MoverWidget .QPushButton#pushButton_connect{border-image: url(:/image/connect_normal%1.png);}"
+               "MoverWidget .QPushButton#pushButton_connect:hover{border-image: url(:/image/connect_hover%1.png);}"
+               "MoverWidget .QPushButton#pushButton_connect:pressed{border-image: url(:/image/connect_checked%1.png);}")
+        .arg(QLatin1String(suffix));
+}
+
+} // namespace
+
+MoverWidget::MoverWidget(QWidget *parent)
+    : QWidget(parent)
+    , ui(std::make_unique<Ui::MoverWidget>())
+    , m_drag((ui->setupUi(this), this), ui->widget_titleBar)
+{
+    registerDeviceRecords();
+    m_board = std::make_unique<PanelBoard>(ui->widget_controls);
+    m_tabs = std::make_unique<AxisTabs>(ui->widget_menuBar);
+
+    setWindowFlag(Qt::FramelessWindowHint);
+    setMouseTracking(true);
+    m_border = new MyBorderContainer(this, 50, 50, 5);
+
+    m_portWatcher = std::make_unique<SerialPortChangeFilter>(this);
+    QCoreApplication::instance()->installNativeEventFilter(m_portWatcher.get());
+
+    m_heart = QSharedPointer<Heart>(new Heart);
+
+    connect(m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this,
+            &MoverWidget::slot_usbDevPortChanged);
+
+    m_portCheckRetry.setSingleShot(true);
+    m_portCheckRetry.setInterval(portCheckRetryMs);
+    connect(&m_portCheckRetry, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
+
+    m_addControls = new AddControlsWidget(this);
+    connect(m_addControls, &AddControlsWidget::signal_addControl, this,
+            QOverload<QString, int, MoverDevParam, bool>::of(&MoverWidget::slot_addControl));
+
+    m_help = new HelpWidget(this);
+    m_options = new OptionsWidget(this);
+    m_connection = new ConnectionWidget(this);
+    connect(m_connection, &ConnectionWidget::signal_devConnected, this, &MoverWidget::slot_devConnected);
+    connect(m_connection, &ConnectionWidget::signal_devDisConnected, this, &MoverWidget::slot_devDisConnected);
+
+    const auto worker = SerialComDev::instance();
+    connect(m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
+            Qt::QueuedConnection);
+    connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
+    connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
+
+    m_placeholder = new PlaceholderWidget(this);
+    m_placeholder->hide();
+
+    ui->radioButton_Rocker->setEnabled(false);
+    ui->radioButton_Rocker->hide();
+}
+
+MoverWidget::~MoverWidget() = default;
+
+void MoverWidget::showCentred(QWidget *popup)
+{
+    Dialogs::centreOn(popup, this);
+    popup->show();
+}
+
+// ---- Controller ----------------------------------------------------------------------------------------------------
+
+void MoverWidget::slot_devConnected()
+{
+    const auto worker = SerialComDev::instance();
+    const QPointer<MoverWidget> alive(this); // message boxes run the event loop
+    {
+        const BusyCursor busy;
+        m_iAxisCount = worker->getDevAxisCount();
+    }
+    ui->radioButton_Rocker->setChecked(false); // what the last controller left behind
+    for (int axis = 0; alive && axis < m_iAxisCount; ++axis)
+        initialiseAxis(axis);
+    if (!alive || m_bClosing)
+        return;
+
+    const BusyCursor busy;
+    m_help->setFirmwareVersion(worker->getDevSoftVersion());
+    m_heart->startHeart();
+    if (worker->getRockerEnable() > 0) {
+        ui->radioButton_Rocker->setChecked(true);
+        on_radioButton_Rocker_clicked();
+    }
+}
+
+/** Opens the panel of an axis whose stage identifies itself; an axis without such a stage is passed over. */
+void MoverWidget::initialiseAxis(int axis)
+{
+    QString failure;
+    QString model;
+    MotorParams params = {};
+    {
+        const BusyCursor busy;
+        failure = readAxis(axis, &model, &params);
+    }
+    if (!failure.isEmpty())
+        slot_showTipMessage(failure);
+    else if (!model.isNull())
+        slot_addControl(model, axis, toDevParam(params), true);
+}
+
+/** Returns the message of a failure. `model` stays null for an axis that is passed over. */
+QString MoverWidget::readAxis(int axis, QString *model, MotorParams *params)
+{
+    const auto worker = SerialComDev::instance();
+    int code = 0;
+    if (!worker->readMotorAutoDetect(axis, &code))
+        return tr("初始化轴，识别芯片错误(%1)！").arg(0); // always 0: the code is not put in
+    if (code != identifiedStage)
+        return QString();
+    const QString name = worker->getMotorModelName(axis);
+    if (name.isNull())
+        return QString();
+    const int result = worker->readAxisParams(axis);
+    if (result < 0)
+        return tr("初始化轴，读取参数错误(%1)！").arg(result);
+    worker->getMotorParams(axis, *params);
+    *model = name;
+    return QString();
+}
+
+void MoverWidget::slot_devDisConnected()
+{
+    m_tabs->clear();
+    m_board->clear();
+    m_heart->stopHeart();
+}
+
+void MoverWidget::slot_usbDevPortChanged()
+{
+    const std::optional<bool> lost = m_connection->isPortLost();
+    if (!lost) {
+        m_portCheckRetry.start();
+        return;
+    }
+    if (!*lost || m_bPortLostShown)
+        return;
+    const QPointer<MoverWidget> alive(this);
+    m_bPortLostShown = true;
+    slot_showTipMessage(QStringLiteral("设备断开连接")); // shown as it is in every language
+    if (alive)
+        m_bPortLostShown = false;
+}
+
+// ---- Axis panels ---------------------------------------------------------------------------------------------------
+
+void MoverWidget::slot_addControl(QString model, int Asix, MoverDevParam param)
+{
+    slot_addControl(model, Asix, param, false);
+}
+
+void MoverWidget::slot_addControl(QString model, int Asix, MoverDevParam param, bool autoDetect)
+{
+    if (m_board->count() >= m_iAxisCount) {
+        slot_showTipMessage(tr("轴数量超出上限,请检查操作窗口后继续操作！"));
+        return;
+    }
+    if (!autoDetect) {
+        int result = 0;
+        {
+            const BusyCursor busy;
+            result = SerialComDev::instance()->readAxisParams(Asix);
+        }
+        if (result < 0) {
+            slot_showTipMessage(tr("初始化轴，读取参数错误(%1)！").arg(result));
+            return;
+        }
+    }
+    const QString name = axisNameOf(Asix);
+    QPushButton *tab = m_tabs->add(name, autoDetect);
+    connect(tab, &QPushButton::clicked, this, &MoverWidget::slot_AsixButtonClicked);
+
+    auto *panel = new MoverControlWidget(ui->widget_controls);
+    panel->setIndex(Asix);
+    panel->setLabelTexts(name, model);
+    panel->setDevParam(param);
+    panel->setUnit(param.unitString);
+    panel->setPositionRange(param.minPos, param.maxPos);
+    panel->setMaxSpeed(param.maxSpeed);
+    panel->setMaxAcceleration(param.maxAcc);
+    wire(panel);
+    m_board->add(panel);
+    qDebug() << "addControlWidget:" << name;
+    panel->writeFirstLogLines(tr("初始化运动轴参数成功"));
+    if (ui->radioButton_Rocker->isChecked()) {
+        panel->setRockerSpeed(int(m_dRockerSpeed));
+        panel->setMoveBtnEnabled(false);
+    }
+}
+
+void MoverWidget::wire(MoverControlWidget *panel)
+{
+    connect(panel, &MoverControlWidget::signal_closed, this, &MoverWidget::slot_controlWidgetClosed);
+    connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
+    connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
+
+    const SerialComDev *worker = SerialComDev::instance().data();
+    connect(worker, &SerialComDev::signal_updateCurrentPos, panel, &MoverControlWidget::slot_updateCurrentPos);
+    connect(worker, &SerialComDev::signal_updateDevState, panel, &MoverControlWidget::slot_updateDevState);
+    connect(worker, &SerialComDev::signal_showOperationMsg, panel, &MoverControlWidget::slot_showOperationMsg);
+}
+
+void MoverWidget::slot_AsixButtonClicked(bool)
+{
+    auto *tab = qobject_cast<QPushButton *>(sender());
+    if (!tab)
+        return;
+    qDebug() << "slot_AsixButtonClicked : " << tab->objectName();
+    MoverControlWidget *panel = m_board->find(tab->objectName());
+    if (!panel)
+        return;
+    if (m_tabs->isShown(tab)) {
+        qDebug() << "slot_AsixButtonClicked return";
+        return;
+    }
+    panel->show();
+    m_tabs->setShown(tab);
+    m_board->relay();
+}
+
+void MoverWidget::slot_expandContorl(bool expand)
+{
+    auto *panel = qobject_cast<MoverControlWidget *>(sender());
+    if (!panel)
+        return;
+    if (expand)
+        m_board->expand(panel);
+    else
+        m_board->collapse(panel);
+}
+
+void MoverWidget::slot_controlWidgetClosed(QString name)
+{
+    const QPointer<MoverWidget> alive(this);
+    const bool consent = MessageBox::exec(this, tr("您确定要关闭控制轴窗口吗?")) != 0;
+    if (!alive || !consent)
+        return;
+    // Looked up after the question: the panel may be gone by then.
+    if (MoverControlWidget *panel = m_board->find(name)) {
+        m_tabs->remove(name);
+        m_board->remove(panel);
+    }
+}
+
+void MoverWidget::slot_showTipMessage(QString msg)
+{
+    MessageBox::exec(this, msg);
+}
+
+// ---- Joystick ------------------------------------------------------------------------------------------------------
+
+void MoverWidget::on_radioButton_Rocker_clicked()
+{
+    const bool on = ui->radioButton_Rocker->isChecked();
+    qDebug() << "on_radioButton_Rocker_clicked" << on;
+    emit SerialComDev::instance()->signal_setRockerEnabled(on);
+    refreshRockerSpeed();
+    for (MoverControlWidget *panel : m_board->panels())
+        panel->setMoveBtnEnabled(!on);
+}
+
+void MoverWidget::refreshRockerSpeed()
+{
+    if (!ui->radioButton_Rocker->isChecked())
+        return;
+    m_dRockerSpeed = m_heart->controlerState().rockerValue;
+    for (MoverControlWidget *panel : m_board->panels())
+        panel->setRockerSpeed(int(m_dRockerSpeed));
+}
+
+void MoverWidget::slot_updateControlerState()
+{
+    if (m_heart->controlerState().rockerState != 0) {
+        refreshRockerSpeed();
+        ui->radioButton_Rocker->setEnabled(true);
+        ui->radioButton_Rocker->show();
+        return;
+    }
+    if (!ui->radioButton_Rocker->isEnabled())
+        return;
+    ui->radioButton_Rocker->setChecked(false);
+    on_radioButton_Rocker_clicked();
+    ui->radioButton_Rocker->setEnabled(false);
+    ui->radioButton_Rocker->hide();
+}
+
+// ---- Title bar and menu bar ----------------------------------------------------------------------------------------
+
+void MoverWidget::on_pushButton_connect_clicked()
+{
+    m_connection->refreshDevices();
+    showCentred(m_connection);
+}
+
+void MoverWidget::on_pushButton_addAsix_clicked()
+{
+    if (!SerialComDev::instance()->isOpened()) {
+        slot_showTipMessage(tr("设备未连接，请连接设备后继续操作!"));
+        return;
+    }
+    if (m_iAxisCount < 0) {
+        slot_showTipMessage(tr("获取设备参数失败，请检查\n设备是否正确连接!"));
+        return;
+    }
+    QStringList freeAxes;
+    for (int axis = 0; axis < m_iAxisCount; ++axis) {
+        if (!m_board->find(axisNameOf(axis)))
+            freeAxes.append(axisNameOf(axis));
+    }
+    if (freeAxes.isEmpty()) {
+        slot_showTipMessage(tr("轴数量已达上限!"));
+        return;
+    }
+    m_addControls->setAxisNames(freeAxes);
+    m_addControls->loadModelsData();
+    showCentred(m_addControls);
+}
+
+void MoverWidget::on_pushButton_help_clicked()
+{
+    showCentred(m_help);
+}
+
+void MoverWidget::on_pushButton_settings_clicked()
+{
+    m_options->loadDeviceSettings();
+    showCentred(m_options);
+}
+
+void MoverWidget::on_pushButton_debug_clicked()
+{
+}
+
+void MoverWidget::on_pushButton_showMin_clicked()
+{
+    showMinimized();
+}
+
+void MoverWidget::on_pushButton_showMax_clicked()
+{
+    const bool wasFullScreen = isFullScreen();
+    if (wasFullScreen)
+        showNormal();
+    else
+        showFullScreen();
+    ui->pushButton_showMax->setStyleSheet(showMaxSheet(wasFullScreen ? "showMax.png" : "showNormal.png"));
+}
+
+void MoverWidget::on_pushButton_close_clicked()
+{
+    if (m_bClosing)
+        return;
+    m_bClosing = true;
+    qDebug() << "on_pushButton_close_clicked: close the device";
+    {
+        const BusyCursor busy;
+        SerialComDev::instance()->closeWithin(closeLimitMs);
+    }
+    qDebug() << "on_pushButton_close_clicked: quit";
+    QCoreApplication::quit();
+}
+
+// ---- Window --------------------------------------------------------------------------------------------------------
+
+void MoverWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        ui->retranslateUi(this);
+        const bool chinese = m_options && m_options->language() == 0;
+        ui->pushButton_connect->setStyleSheet(connectSheet(chinese ? "" : "_english"));
+    }
+    QWidget::changeEvent(event);
+}
+
+/** Alt+F4, the end of the session and a signal do what the close button does. */
+void MoverWidget::closeEvent(QCloseEvent *event)
+{
+    on_pushButton_close_clicked();
+    event->accept();
+}
+
+void MoverWidget::mousePressEvent(QMouseEvent *event)
+{
+    if (!m_drag.press(event))
+        QWidget::mousePressEvent(event);
+}
+
+void MoverWidget::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_drag.move(event))
+        QWidget::mouseMoveEvent(event);
+}
+
+void MoverWidget::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_drag.release();
+    QWidget::mouseReleaseEvent(event);
+}
+
+void MoverWidget::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (ui->widget_titleBar->geometry().contains(event->pos()))
+        on_pushButton_showMax_clicked();
+    else
+        QWidget::mouseDoubleClickEvent(event);
+}
+
+void MoverWidget::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    m_border->relay();
+}
+
+void MoverWidget::paintEvent(QPaintEvent *)
+{
+    Dialogs::paintBackground(this);
+}

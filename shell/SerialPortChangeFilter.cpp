@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "shell/SerialPortChangeFilter.h"
+
+#include "shell/PortEventMonitor.h"
+
+#include <QWidget>
+
+namespace {
+
+constexpr unsigned int deviceChange = 0x219; // WM_DEVICECHANGE
+constexpr quintptr devNodesChanged = 7;      // DBT_DEVNODES_CHANGED
+
+/** Does not make a window native that is not: effectiveWinId() is 0 then, which no message is addressed to. */
+bool isAddressedTo(const QWidget *window, const NativeMessage &message)
+{
+    return message.hwnd && reinterpret_cast<WId>(message.hwnd) == window->effectiveWinId();
+}
+
+} // namespace
+
+SerialPortChangeFilter::SerialPortChangeFilter(QWidget *mainWindow)
+    : QObject(mainWindow)
+    , m_mainWindow(mainWindow)
+{
+    connect(
+        new PortEventMonitor(this), &PortEventMonitor::signal_portsChanged, this,
+        &SerialPortChangeFilter::signal_usbDevPortChanged);
+}
+
+bool SerialPortChangeFilter::nativeEventFilter(const QByteArray &eventType, void *message, long *result)
+{
+    Q_UNUSED(result)
+    if (message && (eventType == "windows_generic_MSG" || eventType == "windows_dispatcher_MSG")) {
+        const auto &native = *static_cast<const NativeMessage *>(message);
+        if (native.message == deviceChange && native.wParam == devNodesChanged && isAddressedTo(m_mainWindow, native))
+            emit signal_usbDevPortChanged();
+    }
+    return false;
+}

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QAbstractNativeEventFilter>
+#include <QObject>
+
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+using NativeMessage = MSG;
+#else
+/** A Windows message as Windows lays it out, so that its decoding is the same code everywhere. */
+struct NativeMessage {
+    void *hwnd;
+    unsigned int message;
+    quintptr wParam;
+    qintptr lParam;
+    quint32 time;
+    qint32 x;
+    qint32 y;
+};
+#endif
+
+class QWidget;
+
+/**
+ * Tells the main window that the machine's devices have changed, so that it can look whether its controller is still
+ * there. Windows says so in a message to the main window, for which this object is installed as the application's
+ * native event filter; on Linux a PortEventMonitor does. GUI thread.
+ */
+class SerialPortChangeFilter final : public QObject, public QAbstractNativeEventFilter
+{
+    Q_OBJECT
+
+public:
+    /** The main window owns the filter. */
+    explicit SerialPortChangeFilter(QWidget *mainWindow);
+
+    /** Looks only; always false, so every message is passed on. */
+    bool nativeEventFilter(const QByteArray &eventType, void *message, long *result) override;
+
+signals:
+    void signal_usbDevPortChanged();
+
+private:
+    QWidget *m_mainWindow;
+};

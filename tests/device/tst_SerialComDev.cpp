@@ -1,0 +1,814 @@
+// SPDX-License-Identifier: MIT
+#include "device/LibraryLock.h"
+#include "device/SerialComDev.h"
+#include "device/moverLibrary.h"
+#include "simulator/SimulatorControl.h"
+#include "support/DebugLog.h"
+
+#include <QSignalSpy>
+#include <QThread>
+#include <QtTest>
+
+#include <array>
+#include <cstring>
+#include <functional>
+
+namespace {
+
+constexpr int device = 1001;
+
+using Request = std::function<void(SerialComDev &)>;
+
+struct Step {
+    const char *call;    // as the journal shows it, without its result
+    const char *failure; // null: failures are not reported
+    int failureType;
+};
+
+struct Expected {
+    int type;         // of the success message; 0: none
+    const char *text; // of the success message
+};
+
+QStringList calls()
+{
+    QStringList list;
+    for (const simulator::Call &call : simulator::journal())
+        list.append(QString::fromStdString(call.function + '(' + call.arguments + ')'));
+    return list;
+}
+
+std::string functionOf(const char *call)
+{
+    return std::string(call, std::strchr(call, '('));
+}
+
+} // namespace
+Q_DECLARE_METATYPE(Request)
+Q_DECLARE_METATYPE(QVector<Step>)
+Q_DECLARE_METATYPE(Expected)
+
+class tst_SerialComDev : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { registerDeviceRecords(); }
+    void init() { simulator::reset(); }
+    void cleanup()
+    {
+        simulator::releaseHung();
+        QVERIFY(SerialComDev::shutDown(5000));
+        QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
+    }
+
+    // ---- Singleton
+
+    void isOneObjectInARunningThreadOfItsOwn()
+    {
+        const auto worker = SerialComDev::instance();
+        QCOMPARE(SerialComDev::instance(), worker);
+        QVERIFY(!worker->parent());
+        QVERIFY(worker->thread() != QThread::currentThread());
+        QVERIFY(worker->thread()->isRunning());
+        QVERIFY(!worker->thread()->parent());
+    }
+    void isCreatedOnceWhenManyThreadsAskFirst()
+    {
+        std::vector<std::thread> threads;
+        QVector<SerialComDev *> seen(8);
+        SerialComDev **slots_ = seen.data();
+        for (int k = 0; k < seen.size(); ++k)
+            threads.emplace_back([slots_, k] { slots_[k] = SerialComDev::instance().data(); });
+        for (std::thread &thread : threads)
+            thread.join();
+        for (SerialComDev *one : qAsConst(seen))
+            QCOMPARE(one, SerialComDev::instance().data());
+    }
+    void startsWithNoDevice()
+    {
+        const auto worker = SerialComDev::instance();
+        QCOMPARE(worker->deviceId(), 0);
+        QVERIFY(!worker->isOpened());
+    }
+    void shutDownEndsTheThreadAndTheObject()
+    {
+        QPointer<SerialComDev> worker = SerialComDev::instance().data();
+        QPointer<QThread> thread = worker->thread();
+        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(worker.isNull());
+        QVERIFY(thread.isNull());
+        QVERIFY(SerialComDev::shutDown(0)); // nothing left to do
+    }
+    void destructionClosesADeviceThatIsMarkedOpened()
+    {
+        DebugLog log;
+        QCOMPARE(SerialComDev::instance()->open(device), device);
+        SerialComDev::instance()->setOpened(true);
+        simulator::clearJournal();
+        QVERIFY(SerialComDev::shutDown(5000));
+        QCOMPARE(calls(), (QStringList{"closeTSDevice(1001)", "removeDev(1001)"}));
+        QVERIFY(log.contains(QStringLiteral("~SerialComDev")));
+    }
+    void destructionLeavesADeviceThatIsNotMarkedOpened()
+    {
+        QCOMPARE(SerialComDev::instance()->open(device), device);
+        simulator::clearJournal();
+        QVERIFY(SerialComDev::shutDown(5000));
+        QCOMPARE(calls(), QStringList());
+    }
+    void shutDownGivesUpOnAHangingCallAndSaysSo()
+    {
+        const auto worker = openDevice();
+        simulator::hangCall("stopRuning");
+        emit worker->signal_stopMotor(0);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        DebugLog log;
+        QVERIFY(!SerialComDev::shutDown(20));
+        QVERIFY(log.contains(QStringLiteral("a library call still runs")));
+        simulator::releaseHung();
+    }
+
+    // ---- Open and close
+
+    void openAddsThenOpensAndKeepsTheIdentifier()
+    {
+        const auto worker = SerialComDev::instance();
+        QCOMPARE(worker->open(device), device);
+        QCOMPARE(worker->deviceId(), device);
+        QCOMPARE(calls(), (QStringList{"addDev(1001)", "openTSDevice(1001)"}));
+    }
+    void aFailedOpenRemovesTheDeviceAgainAndKeepsTheIdentifier()
+    {
+        const auto worker = openDevice();
+        simulator::failCall("openTSDevice", -17);
+        QCOMPARE(worker->open(1002), -17);
+        QCOMPARE(worker->deviceId(), device);
+        QCOMPARE(calls(), (QStringList{"addDev(1002)", "openTSDevice(1002)", "removeDev(1002)"}));
+    }
+    void closeClosesThenRemovesAndForgets()
+    {
+        const auto worker = openDevice();
+        worker->setOpened(true);
+        QCOMPARE(worker->close(), 0);
+        QCOMPARE(calls(), (QStringList{"closeTSDevice(1001)", "removeDev(1001)"}));
+        QCOMPARE(worker->deviceId(), 0);
+        QVERIFY(!worker->isOpened());
+    }
+    void closeReturns0WhateverTheLibrarySays()
+    {
+        const auto worker = openDevice();
+        simulator::failCall("closeTSDevice", -9);
+        simulator::failCall("removeDev", -9);
+        QCOMPARE(worker->close(), 0);
+        QCOMPARE(worker->deviceId(), 0);
+    }
+    void closeWithoutADeviceMakesNoCall()
+    {
+        const auto worker = SerialComDev::instance();
+        worker->setOpened(true);
+        QCOMPARE(worker->close(), 0);
+        QCOMPARE(calls(), QStringList());
+        QVERIFY(!worker->isOpened());
+    }
+    void closeDoesNotOvertakeAStop()
+    {
+        const auto worker = openDevice();
+        simulator::delayCall("getRuningState", 50);
+        emit worker->signal_getDevState(0);
+        emit worker->signal_stopMotor(0);
+        worker->close();
+        QCOMPARE(
+            calls(), (QStringList{"getRuningState(1001, 0)", "stopRuning(1001, 0)", "closeTSDevice(1001)",
+                                  "removeDev(1001)"}));
+    }
+    void aLimitedCloseGivesUpOnAHangingCallAndSaysSo()
+    {
+        const auto worker = openDevice();
+        simulator::hangCall("getRuningState");
+        emit worker->signal_getDevState(0);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        DebugLog log;
+        QVERIFY(!worker->closeWithin(50));
+        QVERIFY(log.contains(QStringLiteral("the device is left open")));
+        QCOMPARE(worker->deviceId(), device);
+        simulator::releaseHung();
+        QVERIFY(worker->closeWithin(5000));
+        QCOMPARE(worker->deviceId(), 0);
+    }
+
+    // ---- Accessors
+
+    void accessorsMakeOneCallUnderTheMutexAndReturnItsResult_data()
+    {
+        QTest::addColumn<std::function<QVariant(SerialComDev &)>>("accessor");
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QVariant>("result");
+
+        using Accessor = std::function<QVariant(SerialComDev &)>;
+        const auto row = [](const char *name, const char *call, const QVariant &result, const Accessor &accessor) {
+            QTest::newRow(name) << accessor << QString::fromLatin1(call) << result;
+        };
+        row("setMotorEnable", "setMotorEnable(1001, 1, 0)", 0, [](auto &w) { return w.setMotorEnable(1, 0); });
+        row("setRockerEnable", "setRockerEnable(1001, 0)", 0, [](auto &w) { return w.setRockerEnable(0); });
+        row("getRockerEnable", "getRockerEnable(1001)", 0, [](auto &w) { return w.getRockerEnable(); });
+        row("setPosConpenEnable", "setPosConpenEnable(1001, 1, 1)", 0,
+            [](auto &w) { return w.setPosConpenEnable(1, 1); });
+        row("getPosConpenEnable", "getPosConpenEnable(1001, 1)", 0, [](auto &w) { return w.getPosConpenEnable(1); });
+        row("getDevAxisCount", "getDevAxisCount(1001)", 3, [](auto &w) { return w.getDevAxisCount(); });
+        row("getMotorModelName", "getMotorModelName(1001, 0)", QStringLiteral("LIN-100"),
+            [](auto &w) { return w.getMotorModelName(0); });
+        row("setMotorModelName", "setMotorModelName(1001, 2, \"AB\", 2)", 0,
+            [](auto &w) { return w.setMotorModelName(2, QStringLiteral("AB")); });
+        row("getDevSoftVersion", "getDevSoftVersion(1001)", QStringLiteral("2.4.1"),
+            [](auto &w) { return w.getDevSoftVersion(); });
+        row("getRuningState", "getRuningState(1001, 0)", 0, [](auto &w) {
+            MotorStageState state;
+            std::memset(&state, 0x55, sizeof state); // the accessor zeroes it
+            const int result = w.getRuningState(0, state);
+            return state.isStop == 1 && state.runCount == 0 ? result : -1000;
+        });
+        row("getMotorParams", "getMotorParams(1001, 0)", 0, [](auto &w) {
+            MotorParams params = {};
+            const int result = w.getMotorParams(0, params);
+            return params.maxSpeed == 20 ? result : -1000;
+        });
+        row("setMotorParams", "setMotorParams(1001, 2, \"LIN-100\")", 0, [](auto &w) {
+            MotorParams params = {};
+            w.getMotorParams(0, params);
+            simulator::clearJournal();
+            return w.setMotorParams(2, params);
+        });
+    }
+    void accessorsMakeOneCallUnderTheMutexAndReturnItsResult()
+    {
+        QFETCH(std::function<QVariant(SerialComDev &)>, accessor);
+        QFETCH(QString, call);
+        QFETCH(QVariant, result);
+        const auto worker = openDevice();
+        QCOMPARE(accessor(*worker), result);
+        QCOMPARE(calls(), QStringList{call});
+        QVERIFY(simulator::journal().front().thread == std::this_thread::get_id());
+
+        // The next one waits for the mutex.
+        std::atomic<bool> done{false};
+        std::thread other;
+        {
+            const LibraryLock library;
+            simulator::clearJournal();
+            other = std::thread([&] {
+                accessor(*worker);
+                done = true;
+            });
+            QTest::qWait(20);
+            QVERIFY(!done);
+            QCOMPARE(calls(), QStringList());
+        }
+        other.join();
+        QVERIFY(calls().contains(call));
+    }
+    void accessorsReturnFailuresUnchanged()
+    {
+        const auto worker = openDevice();
+        for (const char *function : {"setMotorEnable", "setRockerEnable", "getRockerEnable", "setPosConpenEnable",
+                                     "getPosConpenEnable", "getDevAxisCount", "getRuningState", "getMotorParams",
+                                     "setMotorParams", "setMotorModelName"})
+            simulator::failCall(function, -123);
+        MotorStageState state;
+        MotorParams params = {};
+        QCOMPARE(worker->setMotorEnable(0, 1), -123);
+        QCOMPARE(worker->setRockerEnable(1), -123);
+        QCOMPARE(worker->getRockerEnable(), -123);
+        QCOMPARE(worker->setPosConpenEnable(0, 1), -123);
+        QCOMPARE(worker->getPosConpenEnable(0), -123);
+        QCOMPARE(worker->getDevAxisCount(), -123);
+        QCOMPARE(worker->getRuningState(0, state), -123);
+        QCOMPARE(worker->getMotorParams(0, params), -123);
+        QCOMPARE(worker->setMotorParams(0, params), -123);
+        QCOMPARE(worker->setMotorModelName(0, QString()), -123);
+    }
+    void aModelNameIsNullOnFailureAndEmptyWhenItIsEmpty()
+    {
+        const auto worker = openDevice();
+        simulator::failCall("getMotorModelName", -9);
+        QVERIFY(worker->getMotorModelName(0).isNull());
+        simulator::answerText("getMotorModelName", std::string());
+        QVERIFY(worker->getMotorModelName(0).isEmpty());
+        QVERIFY(!worker->getMotorModelName(0).isNull());
+    }
+    void textsAreReadUpTo32BytesOrTheFirstZero()
+    {
+        const auto worker = openDevice();
+        simulator::answerText("getMotorModelName", std::string(32, 'x'));
+        QCOMPARE(worker->getMotorModelName(0), QString(32, QLatin1Char('x')));
+        simulator::answerText("getDevSoftVersion", std::string(32, '\xe9'));
+        QCOMPARE(worker->getDevSoftVersion(), QString(32, QChar(0xe9)));
+        simulator::answerText("getMotorModelName", std::string("ab\0cd", 5));
+        QCOMPARE(worker->getMotorModelName(0), QStringLiteral("ab"));
+    }
+    void aModelNameIsSentAsLatin1WithItsLength()
+    {
+        const auto worker = openDevice();
+        worker->setMotorModelName(0, QStringLiteral("é"));
+        QCOMPARE(calls(), QStringList{QStringLiteral("setMotorModelName(1001, 0, \"\u00e9\", 1)")});
+    }
+
+    // ---- Identification and axis read
+
+    void autoDetectKeepsTheCode()
+    {
+        const auto worker = openDevice();
+        DebugLog log;
+        int code = 0;
+        QVERIFY(worker->readMotorAutoDetect(0, &code));
+        QCOMPARE(code, 2);
+        QCOMPARE(worker->getAxisAutoDetect(0), 2);
+        QVERIFY(log.contains(QStringLiteral("readMotorAutoDetect  2")));
+        simulator::setChip(device, 0, simulator::Chip::Blank);
+        QVERIFY(worker->readMotorAutoDetect(0, &code));
+        QCOMPARE(worker->getAxisAutoDetect(0), 1);
+    }
+    void aFailedAutoDetectKeepsWhatWasThere()
+    {
+        const auto worker = openDevice();
+        int code = 0;
+        QVERIFY(worker->readMotorAutoDetect(0, &code));
+        simulator::failCall("getMotorAutoDetect", -9);
+        QVERIFY(!worker->readMotorAutoDetect(0, &code));
+        QCOMPARE(worker->getAxisAutoDetect(0), 2);
+        QCOMPARE(worker->getAxisAutoDetect(1), 0);
+    }
+    void axisReadMakesItsReadsInOrderAndKeepsThem()
+    {
+        const auto worker = openDevice();
+        prepareAxis();
+        DebugLog log;
+        QCOMPARE(worker->readAxisParams(0), 0);
+        QStringList expected;
+        for (const char *function : axisReads)
+            expected.append(QStringLiteral("%1(1001, 0)").arg(QLatin1String(function)));
+        QCOMPARE(calls(), expected);
+        QVERIFY(log.contains(QStringLiteral("readAxisParams")));
+
+        QCOMPARE(worker->getAxisModelName(0), QStringLiteral("LIN-100"));
+        QCOMPARE(worker->getAxisSerialNo(0), QStringLiteral("SN-204417"));
+        QVERIFY(log.contains(QStringLiteral("getAxisSerialNo")));
+        QCOMPARE(worker->getAxisCurrentPos(0), -12.5);
+        QCOMPARE(worker->getAxisSpeed(0), 2.5);
+        QCOMPARE(worker->getAxisAcceleration(0), 3.5);
+        QCOMPARE(worker->getAxisRelativeDisp(0), 4.5);
+        QCOMPARE(worker->getAxisTargetPos(0), -5.5);
+        QCOMPARE(worker->getAxisRelativeDispEnable(0), true);
+        QCOMPARE(worker->getAxisJogStep(0), 6.5);
+        QCOMPARE(worker->getAxisJogDelay(0), 7);
+        QCOMPARE(worker->getAxisJogCount(0), 8);
+        QCOMPARE(worker->getAxisCircleCount(0), 9);
+        QCOMPARE(worker->getAxisCircleDisp(0), 10.5);
+        QCOMPARE(worker->getAxisCircleDelay(0), 11);
+    }
+    void axisReadHoldsTheMutexForTheWholeSequence()
+    {
+        const auto worker = openDevice();
+        simulator::delayCall("getSpeed", 50);
+        std::thread reader([&] { QCOMPARE(worker->readAxisParams(0), 0); });
+        while (simulator::callCount("getMotorModelName") == 0)
+            std::this_thread::yield();
+        QCOMPARE(worker->getDevAxisCount(), 3);
+        reader.join();
+        QCOMPARE(calls().last(), QStringLiteral("getDevAxisCount(1001)"));
+    }
+    void axisReadStopsAtTheFirstFailureAndKeepsTheOldRecord_data()
+    {
+        QTest::addColumn<int>("step");
+        for (int step = 1; step <= int(axisReads.size()); ++step)
+            QTest::newRow(axisReads[size_t(step - 1)]) << step;
+    }
+    void axisReadStopsAtTheFirstFailureAndKeepsTheOldRecord()
+    {
+        QFETCH(int, step);
+        const auto worker = openDevice();
+        QCOMPARE(worker->readAxisParams(0), 0);
+        const double speed = worker->getAxisSpeed(0);
+        QVERIFY(speed != 1.25);
+        prepareAxis(1.25);
+        simulator::failCall(axisReads[size_t(step - 1)], -9);
+        QCOMPARE(worker->readAxisParams(0), -step);
+        QCOMPARE(int(simulator::journal().size()), step);
+        QCOMPARE(worker->getAxisSpeed(0), speed);
+    }
+    void aNegativePositionIsNoFailure()
+    {
+        const auto worker = openDevice();
+        simulator::setPosition(device, 0, -1);
+        QCOMPARE(worker->readAxisParams(0), 0);
+        QCOMPARE(worker->getAxisCurrentPos(0), -1.0);
+    }
+    void anAxisThatWasNeverReadGivesNothing()
+    {
+        const auto worker = SerialComDev::instance();
+        QVERIFY(worker->getAxisModelName(0).isEmpty());
+        QVERIFY(worker->getAxisSerialNo(0).isEmpty());
+        QCOMPARE(worker->getAxisCurrentPos(0), 0.0);
+        QCOMPARE(worker->getAxisSpeed(0), 0.0);
+        QCOMPARE(worker->getAxisAcceleration(0), 0.0);
+        QCOMPARE(worker->getAxisRelativeDisp(0), 0.0);
+        QCOMPARE(worker->getAxisTargetPos(0), 0.0);
+        QCOMPARE(worker->getAxisRelativeDispEnable(0), false);
+        QCOMPARE(worker->getAxisJogStep(0), 0.0);
+        QCOMPARE(worker->getAxisJogDelay(0), 0);
+        QCOMPARE(worker->getAxisJogCount(0), 0);
+        QCOMPARE(worker->getAxisCircleCount(0), 0);
+        QCOMPARE(worker->getAxisCircleDisp(0), 0.0);
+        QCOMPARE(worker->getAxisCircleDelay(0), 0);
+    }
+
+    // ---- Requests
+
+    void requestsMakeTheirCallsInOrderAndReport_data() { requestTable(); }
+    void requestsMakeTheirCallsInOrderAndReport()
+    {
+        QFETCH(Request, request);
+        QFETCH(QVector<Step>, steps);
+        QFETCH(Expected, success);
+        const auto worker = openDevice();
+        QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+        request(*worker);
+        settle(*worker);
+
+        QStringList expected;
+        for (const Step &step : qAsConst(steps))
+            expected.append(QString::fromUtf8(step.call));
+        QCOMPARE(calls(), expected);
+        for (const simulator::Call &call : simulator::journal())
+            QVERIFY(call.thread != std::this_thread::get_id());
+        QCOMPARE(messages.count(), success.type != 0 ? 1 : 0);
+        if (success.type != 0)
+            QCOMPARE(messages.first(), message(0, OPERATION_STATE_OK, success.type, success.text));
+    }
+    void requestsStopAtTheFirstFailureAndReportIt_data() { requestTable(); }
+    void requestsStopAtTheFirstFailureAndReportIt()
+    {
+        QFETCH(Request, request);
+        QFETCH(QVector<Step>, steps);
+        for (int failing = 0; failing < steps.size(); ++failing) {
+            simulator::reset();
+            QVERIFY(SerialComDev::shutDown(5000));
+            const auto worker = openDevice();
+            QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+            simulator::failCall(functionOf(steps.at(failing).call), -9);
+            request(*worker);
+            settle(*worker);
+            QCOMPARE(calls().size(), failing + 1);
+            if (steps.at(failing).failure) {
+                QCOMPARE(messages.count(), 1);
+                QCOMPARE(
+                    messages.first(), message(0, OPERATION_STATE_FAIL, steps.at(failing).failureType,
+                                              steps.at(failing).failure));
+            } else {
+                QCOMPARE(messages.count(), 0);
+            }
+        }
+    }
+    void startModesMakeTheirCallAndReportIt_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("move") << 3 << "startMove(1001, 0)" << 1 << "Move";
+        QTest::newRow("drive +") << 4 << "startDrive(1001, 0, 1)" << 3 << "正方向Drive";
+        QTest::newRow("drive -") << 5 << "startDrive(1001, 0, 2)" << 3 << "负方向Drive";
+        QTest::newRow("jog +") << 6 << "startJog(1001, 0, 1)" << 5 << "正方向Jog";
+        QTest::newRow("jog -") << 7 << "startJog(1001, 0, 2)" << 5 << "负方向Jog";
+        QTest::newRow("loop +") << 8 << "startCircle(1001, 0, 1)" << 10 << "正方向循环";
+        QTest::newRow("loop -") << 9 << "startCircle(1001, 0, 2)" << 10 << "负方向循环";
+    }
+    void startModesMakeTheirCallAndReportIt()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, call);
+        QFETCH(int, type);
+        QFETCH(QString, text);
+        const auto worker = openDevice();
+        QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+        const std::string function = functionOf(qPrintable(call));
+        emit worker->signal_startMotor(0, mode);
+        settle(*worker);
+        simulator::failCall(function, -7);
+        emit worker->signal_startMotor(0, mode);
+        settle(*worker);
+        QCOMPARE(calls(), (QStringList{call, call}));
+        QCOMPARE(messages.count(), 2);
+        QCOMPARE(messages.at(0), message(0, OPERATION_STATE_OK, type, text));
+        QCOMPARE(messages.at(1), message(0, OPERATION_STATE_FAIL, type, text));
+    }
+    void startModesHaveTheirCodes()
+    {
+        QCOMPARE(int(MOVE_CODE_MOVE), 3);
+        QCOMPARE(int(MOVE_CODE_DRIVE_POSITIVE), 4);
+        QCOMPARE(int(MOVE_CODE_DRIVE_NEGATIVE), 5);
+        QCOMPARE(int(MOVE_CODE_JOG_POSITIVE), 6);
+        QCOMPARE(int(MOVE_CODE_JOG_NEGATIVE), 7);
+        QCOMPARE(int(MOVE_CODE_CIRCLE_POSITIVE), 8);
+        QCOMPARE(int(MOVE_CODE_CIRCLE_NEGATIVE), 9);
+        QCOMPARE(int(OPERATION_STATE_FAIL), 2);
+        QCOMPARE(int(OPERATION_STATE_OK), 3);
+    }
+    void otherStartModesAreIgnored_data()
+    {
+        QTest::addColumn<int>("mode");
+        for (const int mode : {-1, 0, 2, 10, 2147483647})
+            QTest::newRow(qPrintable(QString::number(mode))) << mode;
+    }
+    void otherStartModesAreIgnored()
+    {
+        QFETCH(int, mode);
+        const auto worker = openDevice();
+        QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+        emit worker->signal_startMotor(0, mode);
+        settle(*worker);
+        QCOMPARE(calls(), QStringList());
+        QCOMPARE(messages.count(), 0);
+    }
+    void aMotorConfigurationDoesNothing()
+    {
+        const auto worker = openDevice();
+        QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+        emit worker->signal_setMotorConfig(3, QStringLiteral("LIN-100"), QStringLiteral("file"));
+        settle(*worker);
+        QCOMPARE(calls(), QStringList());
+        QCOMPARE(messages.count(), 0);
+    }
+    void requestsRunInTheOrderOfEmission()
+    {
+        const auto worker = openDevice();
+        emit worker->signal_setAbsoluteDispParams(0, 1.5);
+        emit worker->signal_setSpeedParams(0, 20, 10);
+        emit worker->signal_startMotor(0, MOVE_CODE_MOVE);
+        emit worker->signal_stopMotor(0);
+        emit worker->signal_home(1);
+        settle(*worker);
+        QCOMPARE(
+            calls(), (QStringList{"setTargetPos(1001, 0, 1.5)", "setSpeed(1001, 0, 10)",
+                                  "setAcceleration(1001, 0, 20)", "startMove(1001, 0)", "stopRuning(1001, 0)",
+                                  "home(1001, 1)"}));
+    }
+    void messagesAreEmittedWhileTheMutexIsHeldAndReleaseIt()
+    {
+        const auto worker = openDevice();
+        std::atomic<int> free{-1};
+        connect(
+            worker.data(), &SerialComDev::signal_showOperationMsg, worker.data(),
+            [&] { std::thread([&] { free = LibraryLock(0).isLocked(); }).join(); }, Qt::DirectConnection);
+        for (const bool fails : {false, true}) {
+            free = -1;
+            if (fails)
+                simulator::failCall("stopRuning", -9);
+            emit worker->signal_stopMotor(0);
+            settle(*worker);
+            QCOMPARE(free.load(), 0);
+            QVERIFY(LibraryLock(0).isLocked());
+        }
+    }
+    void withoutADeviceRequestsFail()
+    {
+        const auto worker = SerialComDev::instance();
+        QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+        emit worker->signal_home(0);
+        settle(*worker);
+        QCOMPARE(calls(), QStringList{"home(0, 0)"});
+        QCOMPARE(messages.first(), message(0, OPERATION_STATE_FAIL, 13, QStringLiteral("电机复位")));
+    }
+
+    // ---- What the worker keeps follows what the controller accepted
+
+    void acceptedParametersAreWhatTheWorkerHoldsNext()
+    {
+        const auto worker = openDevice();
+        QCOMPARE(worker->readAxisParams(0), 0);
+        emit worker->signal_setSpeedParams(0, 21.5, 11.5);
+        emit worker->signal_setRelativeDispParams(0, 3.5, false);
+        emit worker->signal_setAbsoluteDispParams(0, 12.25);
+        emit worker->signal_setJogParams(0, 0.5, 4, 250);
+        emit worker->signal_setCircleParams(0, 6, 7.5, 800);
+        settle(*worker);
+        QCOMPARE(worker->getAxisSpeed(0), 11.5);
+        QCOMPARE(worker->getAxisAcceleration(0), 21.5);
+        QCOMPARE(worker->getAxisRelativeDisp(0), 3.5);
+        QCOMPARE(worker->getAxisRelativeDispEnable(0), false);
+        QCOMPARE(worker->getAxisTargetPos(0), 12.25);
+        QCOMPARE(worker->getAxisJogStep(0), 0.5);
+        QCOMPARE(worker->getAxisJogCount(0), 4);
+        QCOMPARE(worker->getAxisJogDelay(0), 250);
+        QCOMPARE(worker->getAxisCircleCount(0), 6);
+        QCOMPARE(worker->getAxisCircleDisp(0), 7.5);
+        QCOMPARE(worker->getAxisCircleDelay(0), 800);
+    }
+    void refusedParametersChangeNothingButWhatWasAcceptedBefore()
+    {
+        const auto worker = openDevice();
+        QCOMPARE(worker->readAxisParams(0), 0);
+        const double acceleration = worker->getAxisAcceleration(0);
+        simulator::failCall("setAcceleration", -6);
+        emit worker->signal_setSpeedParams(0, 21.5, 11.5);
+        settle(*worker);
+        QCOMPARE(worker->getAxisSpeed(0), 11.5);
+        QCOMPARE(worker->getAxisAcceleration(0), acceleration);
+    }
+    void parametersOfAnAxisThatWasNeverReadAreNotKept()
+    {
+        const auto worker = openDevice();
+        emit worker->signal_setSpeedParams(0, 21.5, 11.5);
+        settle(*worker);
+        QCOMPARE(worker->getAxisSpeed(0), 0.0);
+    }
+
+    // ---- Polling
+
+    void aPositionPollAnswersWithThePosition()
+    {
+        const auto worker = openDevice();
+        simulator::setPosition(device, 1, -0.5);
+        QSignalSpy positions(worker.data(), &SerialComDev::signal_updateCurrentPos);
+        emit worker->signal_getCurrentPos(1);
+        QVERIFY(positions.wait());
+        QCOMPARE(positions.first(), (QList<QVariant>{1, -0.5}));
+        QCOMPARE(calls(), QStringList{"getCurrentPos(1001, 1)"});
+    }
+    void aFailedPositionPollReportsAndGivesNoPosition()
+    {
+        const auto worker = openDevice();
+        QSignalSpy positions(worker.data(), &SerialComDev::signal_updateCurrentPos);
+        QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+        simulator::failCall("getCurrentPos", -9);
+        emit worker->signal_getCurrentPos(0);
+        settle(*worker);
+        QCOMPARE(positions.count(), 0);
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.first(), message(0, OPERATION_STATE_FAIL, 99, QStringLiteral("读取当前位置出错")));
+    }
+    void aStatePollAnswersWithTheWholeState()
+    {
+        const auto worker = openDevice();
+        const MotorStageState sent = {1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 70000};
+        simulator::setState(device, 0, sent);
+        QSignalSpy states(worker.data(), &SerialComDev::signal_updateDevState);
+        emit worker->signal_getDevState(0);
+        QVERIFY(states.wait());
+        QCOMPARE(states.first().at(0).toInt(), 0);
+        const auto received = states.first().at(1).value<MotorStageState>();
+        QVERIFY(!std::memcmp(&received, &sent, sizeof sent));
+    }
+    void aFailedStatePollReportsAndGivesNoState()
+    {
+        const auto worker = openDevice();
+        QSignalSpy states(worker.data(), &SerialComDev::signal_updateDevState);
+        QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
+        simulator::failCall("getRuningState", -9);
+        emit worker->signal_getDevState(2);
+        settle(*worker);
+        QCOMPARE(states.count(), 0);
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.first(), message(2, OPERATION_STATE_FAIL, 99, QStringLiteral("获取设备状态出错")));
+    }
+    void aHeartBeatAnswersWithStateAndResult()
+    {
+        const auto worker = openDevice();
+        simulator::setJoystick(device, true, 3);
+        QVector<QPair<int, int>> answers;
+        connect(
+            worker.data(), &SerialComDev::signal_heartBeatInfo, worker.data(),
+            [&](CONTROLER_STATE state, int ret) { answers.append({state.rockerValue, ret}); }, Qt::DirectConnection);
+        QMetaObject::invokeMethod(worker.data(), "slot_heartBeat", Qt::BlockingQueuedConnection);
+        simulator::failCall("getRockerInfo", -9);
+        QMetaObject::invokeMethod(worker.data(), "slot_heartBeat", Qt::BlockingQueuedConnection);
+        QCOMPARE(answers, (QVector<QPair<int, int>>{{3, 0}, {0, -9}}));
+    }
+    void pollsThatTheLinkCannotKeepUpWithDoNotPileUpBeforeACommand()
+    {
+        const auto worker = openDevice();
+        simulator::hangCall("getCurrentPos");
+        emit worker->signal_getCurrentPos(0);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        for (int k = 0; k < 50; ++k) {
+            emit worker->signal_getCurrentPos(0);
+            emit worker->signal_getDevState(0);
+            emit worker->signal_getDevState(1);
+        }
+        emit worker->signal_stopMotor(0);
+        simulator::releaseHung();
+        settle(*worker);
+        QCOMPARE(simulator::callCount("getCurrentPos"), 1 + PollBacklog::Limit);
+        QCOMPARE(simulator::callCount("getRuningState"), 2 * PollBacklog::Limit);
+        QCOMPARE(calls().last(), QStringLiteral("stopRuning(1001, 0)"));
+        // Nothing is lost for good: the next poll is made.
+        emit worker->signal_getCurrentPos(0);
+        settle(*worker);
+        QCOMPARE(calls().last(), QStringLiteral("getCurrentPos(1001, 0)"));
+    }
+    void callsFromBothThreadsNeverOverlap()
+    {
+        const auto worker = openDevice();
+        for (int k = 0; k < 300; ++k) {
+            emit worker->signal_getCurrentPos(k % 3);
+            emit worker->signal_getDevState(k % 3);
+            worker->getDevAxisCount();
+            worker->readAxisParams(k % 2);
+        }
+        settle(*worker);
+        QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
+    }
+
+private:
+    static constexpr std::array<const char *, 14> axisReads = {
+        "getMotorModelName", "getMotorSerialNumber",  "getCurrentPos", "getSpeed",    "getAcceleration",
+        "getRelativeDisp",   "getTargetPos",          "getRelativeDispEnable", "getJogStep", "getJogDelay",
+        "getJogCount",       "getCircleCount",        "getCircleDisp", "getCircleDelay"};
+
+    static QSharedPointer<SerialComDev> openDevice()
+    {
+        const auto worker = SerialComDev::instance();
+        [&] { QCOMPARE(worker->open(device), device); }();
+        simulator::clearJournal();
+        return worker;
+    }
+
+    /** Waits until the worker has run everything that was requested, and its answers have arrived. */
+    static void settle(SerialComDev &worker)
+    {
+        QMetaObject::invokeMethod(&worker, [] {}, Qt::BlockingQueuedConnection);
+        QCoreApplication::processEvents();
+    }
+
+    static QList<QVariant> message(int axis, int state, int type, const QString &text)
+    {
+        return {axis, state, type, text};
+    }
+
+    /** Gives every parameter of axis 0 a value of its own, behind the worker's back. */
+    static void prepareAxis(double speed = 2.5)
+    {
+        simulator::setPosition(device, 0, -12.5);
+        setSpeed(device, 0, speed);
+        setAcceleration(device, 0, 3.5);
+        setRelativeDisp(device, 0, 4.5);
+        setRelativeDispEnable(device, 0, 1);
+        setTargetPos(device, 0, -5.5);
+        setJogStep(device, 0, 6.5);
+        setJogDelay(device, 0, 7);
+        setJogCount(device, 0, 8);
+        setCircleCount(device, 0, 9);
+        setCircleDisp(device, 0, 10.5);
+        setCircleDelay(device, 0, 11);
+        simulator::clearJournal();
+    }
+
+    static void requestTable()
+    {
+        QTest::addColumn<Request>("request");
+        QTest::addColumn<QVector<Step>>("steps");
+        QTest::addColumn<Expected>("success");
+        const auto row = [](const char *name, const Request &request, const QVector<Step> &steps, Expected success) {
+            QTest::newRow(name) << request << steps << success;
+        };
+        row("speed", [](SerialComDev &w) { emit w.signal_setSpeedParams(0, 20.5, 10.25); },
+            {{"setSpeed(1001, 0, 10.25)", "设置速度参数出错", 99},
+             {"setAcceleration(1001, 0, 20.5)", "设置加速度参数出错", 99}},
+            {99, "设置参数，速度：10.25，加速度：20.5"});
+        row("relative displacement", [](SerialComDev &w) { emit w.signal_setRelativeDispParams(0, 1234.567, true); },
+            {{"setRelativeDisp(1001, 0, 1234.567)", "设置相对位移参数出错", 99},
+             {"setRelativeDispEnable(1001, 0, 1)", "设置相对位移使能参数出错", 99}},
+            {4, "设置参数，相对位移：1234.567，使能：1"});
+        row("target", [](SerialComDev &w) { emit w.signal_setAbsoluteDispParams(0, -2.5); },
+            {{"setTargetPos(1001, 0, -2.5)", "设置目标位置参数出错", 99}}, {2, "设置参数，目标位置：-2.5"});
+        row("jog", [](SerialComDev &w) { emit w.signal_setJogParams(0, 0.5, 3, 200); },
+            {{"setJogStep(1001, 0, 0.5)", "设置JOG步长失败", 6},
+             {"setJogCount(1001, 0, 3)", "设置JOG次数失败", 6},
+             {"setJogDelay(1001, 0, 200)", "设置JOG延时时间失败", 6}},
+            {6, "JOG步长：0.5, JOG次数：3, JOG延时:200"});
+        row("loop", [](SerialComDev &w) { emit w.signal_setCircleParams(0, 5, 2.5, 300); },
+            {{"setCircleCount(1001, 0, 5)", "设置循环次数失败", 11},
+             {"setCircleDisp(1001, 0, 2.5)", "设置循环位移量失败", 11},
+             {"setCircleDelay(1001, 0, 300)", "设置循环停留时间失败", 11}},
+            {11, "循环次数：5, 循环位移：2.5"});
+        row("trigger", [](SerialComDev &w) { emit w.signal_setTriggerParams(0, 1, 0); },
+            {{"setTriggerInEnable(1001, 0, 1)", "设置触发输入参数失败，轴:0", 11},
+             {"setTriggerOutEnable(1001, 0, 0)", "设置触发输出参数失败，轴:0", 11}},
+            {0, ""});
+        row("trigger displacement", [](SerialComDev &w) { emit w.signal_setTriggerInDisp(0, -1.5); },
+            {{"setTriggerStep(1001, 0, -1.5)", "设置触发输入位移量失败，轴:0", 11}}, {0, ""});
+        row("stop", [](SerialComDev &w) { emit w.signal_stopMotor(0); },
+            {{"stopRuning(1001, 0)", "停止运行", 8}}, {8, "停止运行"});
+        row("home", [](SerialComDev &w) { emit w.signal_home(0); }, {{"home(1001, 0)", "电机复位", 13}},
+            {13, "电机复位"});
+        row("enable", [](SerialComDev &w) { emit w.signal_enableMotor(0, true); },
+            {{"setMotorEnable(1001, 0, 1)", nullptr, 0}}, {0, ""});
+        row("joystick", [](SerialComDev &w) { emit w.signal_setRockerEnabled(false); },
+            {{"setRockerEnable(1001, 0)", nullptr, 0}}, {0, ""});
+        row("compensation", [](SerialComDev &w) { emit w.signal_setPosConpenEnable(0, true); },
+            {{"setPosConpenEnable(1001, 0, 1)", nullptr, 0}}, {0, ""});
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_SerialComDev)
+#include "tst_SerialComDev.moc"

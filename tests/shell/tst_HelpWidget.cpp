@@ -1,0 +1,322 @@
+// SPDX-License-Identifier: MIT
+#include "shell/HelpWidget.h"
+
+#include <QDesktopServices>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTranslator>
+#include <QUrl>
+#include <QtTest>
+
+namespace {
+
+const QString webAddress = QString::fromUtf8(MOVER_WEB_ADDRESS);
+
+struct Link {
+    const char *label;
+    QString target;
+    const char *text;
+};
+
+const Link links[] = {
+    {"label_manual", QStringLiteral("/help/台式步进电机驱动控制器用户手册.pdf"), "查看"},
+    {"label_cplusSdk", QStringLiteral("/help/Tarsel_mover_C++SDK"), "查看 C++ SDK"},
+    {"label_labviewSdk", QStringLiteral("/help/Tarsel_mover_LabViewSDK"), "查看 LabVIew SDK"},
+    {"label_CSharpSdk", QStringLiteral("/help/Tarsel_mover_C#SDK"), "查看C# SDK"},
+    {"label_PythonSdk", QStringLiteral("/help/Tarsel_mover_PythonSDK"), "查看Python SDK"},
+    {"label_learnMore", webAddress, "了解更多详细信息"},
+};
+
+QString linkText(const QString &target, const QString &text)
+{
+    return QStringLiteral("<a style='color: orange; text-decoration: none' href = ") + target +
+           QStringLiteral(" ?type=lately>") + text;
+}
+
+/** Marks every text of the popup instead of translating it. */
+class MarkingTranslator final : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char *context, const char *text, const char *, int) const override
+    {
+        return qstrcmp(context, "HelpWidget") == 0 ? QStringLiteral("en:") + QString::fromUtf8(text) : QString();
+    }
+};
+
+/** Stands in for the desktop: keeps what it is asked to open. */
+class Desktop final : public QObject
+{
+    Q_OBJECT
+
+public:
+    Desktop()
+    {
+        for (const QString &scheme : schemes())
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+    }
+    ~Desktop() override
+    {
+        for (const QString &scheme : schemes())
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
+
+    QList<QUrl> opened;
+
+public slots:
+    void open(const QUrl &url) { opened.append(url); }
+
+private:
+    static QStringList schemes() { return {QStringLiteral("file"), QUrl(webAddress).scheme()}; }
+};
+
+QLabel *label(const HelpWidget &popup, const char *name)
+{
+    return popup.findChild<QLabel *>(QLatin1String(name));
+}
+
+void addLinkRows()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("text");
+    for (const Link &link : links)
+        QTest::newRow(link.label) << QString::fromLatin1(link.label) << link.target << QString::fromUtf8(link.text);
+}
+
+void show(QWidget &window)
+{
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+}
+
+} // namespace
+
+class tst_HelpWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void isATranslucentFramelessWindow();
+    void isNotModal();
+    void linkLabelsCarryTheirTargetAndText_data() { addLinkRows(); }
+    void linkLabelsCarryTheirTargetAndText();
+    void clickOnALinkOpensItsTarget_data() { addLinkRows(); }
+    void clickOnALinkOpensItsTarget();
+    void showsTheSoftwareVersionAndTheCopyright();
+    void firmwareVersionIsEmptyAtFirst();
+    void showsTheFirmwareVersion();
+    void languageChangeTranslatesLinksAndKeepsTargets_data() { addLinkRows(); }
+    void languageChangeTranslatesLinksAndKeepsTargets();
+    void languageChangeTranslatesTheCaptions_data();
+    void languageChangeTranslatesTheCaptions();
+    void languageChangeKeepsVersionsAndCopyright();
+    void textsFitTheirLabels();
+    void closeButtonHides();
+    void escapeHides();
+    void otherKeysDoNotHide();
+    void isDraggedByItsTitleArea();
+    void isDraggedByTheLeftButtonOnly();
+    void isNotDraggedByItsBody();
+};
+
+void tst_HelpWidget::isATranslucentFramelessWindow()
+{
+    QWidget mainWindow;
+    const HelpWidget popup(&mainWindow);
+    QVERIFY(popup.isWindow());
+    QVERIFY(popup.windowFlags().testFlag(Qt::FramelessWindowHint));
+    QVERIFY(popup.testAttribute(Qt::WA_TranslucentBackground));
+}
+
+void tst_HelpWidget::isNotModal()
+{
+    QWidget mainWindow;
+    const HelpWidget popup(&mainWindow);
+    QCOMPARE(popup.windowModality(), Qt::NonModal);
+}
+
+void tst_HelpWidget::linkLabelsCarryTheirTargetAndText()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, target);
+    QFETCH(QString, text);
+    const HelpWidget popup;
+    QCOMPARE(popup.findChild<QLabel *>(name)->text(), linkText(target, text));
+}
+
+void tst_HelpWidget::clickOnALinkOpensItsTarget()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, target);
+    Desktop desktop;
+    HelpWidget popup;
+    show(popup);
+
+    QLabel *link = popup.findChild<QLabel *>(name);
+    QTest::mouseClick(link, Qt::LeftButton, Qt::NoModifier, QPoint(8, link->height() / 2));
+
+    const QUrl expected =
+        target == webAddress ? QUrl(webAddress) : QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + target);
+    QCOMPARE(desktop.opened, QList<QUrl>{expected});
+}
+
+void tst_HelpWidget::showsTheSoftwareVersionAndTheCopyright()
+{
+    const HelpWidget popup;
+    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V1.0.2"));
+    QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
+}
+
+void tst_HelpWidget::firmwareVersionIsEmptyAtFirst()
+{
+    const HelpWidget popup;
+    QCOMPARE(label(popup, "label_firmwareVersion")->text(), QString());
+}
+
+void tst_HelpWidget::showsTheFirmwareVersion()
+{
+    HelpWidget popup;
+    popup.setFirmwareVersion(QStringLiteral("V2.3"));
+    QCOMPARE(label(popup, "label_firmwareVersion")->text(), QStringLiteral("V2.3"));
+    popup.setFirmwareVersion(QString());
+    QCOMPARE(label(popup, "label_firmwareVersion")->text(), QString());
+}
+
+void tst_HelpWidget::languageChangeTranslatesLinksAndKeepsTargets()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, target);
+    QFETCH(QString, text);
+    const HelpWidget popup;
+    const QLabel *link = popup.findChild<QLabel *>(name);
+
+    MarkingTranslator translator;
+    QVERIFY(QCoreApplication::installTranslator(&translator));
+    QTRY_COMPARE(link->text(), linkText(target, QStringLiteral("en:") + text));
+    QVERIFY(QCoreApplication::removeTranslator(&translator));
+    QTRY_COMPARE(link->text(), linkText(target, text));
+}
+
+void tst_HelpWidget::languageChangeTranslatesTheCaptions_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("text");
+    const auto row = [](const char *name, const char *text) {
+        QTest::newRow(name) << QString::fromLatin1(name) << QString::fromUtf8(text);
+    };
+    row("label_title", "帮助");
+    row("label_manualCaption", "使用手册：");
+    row("label_sdkCaption", "二次开发：");
+    row("label_softwareVersionCaption", "软件版本：");
+    row("label_firmwareVersionCaption", "嵌入式版本：");
+}
+
+void tst_HelpWidget::languageChangeTranslatesTheCaptions()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, text);
+    const HelpWidget popup;
+    const QLabel *caption = popup.findChild<QLabel *>(name);
+    QCOMPARE(caption->text(), text);
+
+    MarkingTranslator translator;
+    QVERIFY(QCoreApplication::installTranslator(&translator));
+    QTRY_COMPARE(caption->text(), QStringLiteral("en:") + text);
+}
+
+void tst_HelpWidget::languageChangeKeepsVersionsAndCopyright()
+{
+    HelpWidget popup;
+    popup.setFirmwareVersion(QStringLiteral("V2.3"));
+
+    MarkingTranslator translator;
+    QVERIFY(QCoreApplication::installTranslator(&translator));
+    QTRY_COMPARE(label(popup, "label_title")->text(), QStringLiteral("en:帮助"));
+    QCOMPARE(label(popup, "label_firmwareVersion")->text(), QStringLiteral("V2.3"));
+    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V1.0.2"));
+    QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
+}
+
+void tst_HelpWidget::textsFitTheirLabels()
+{
+    HelpWidget popup;
+    popup.setFirmwareVersion(QString(32, QLatin1Char('W'))); // the longest that a controller reports
+    show(popup);
+
+    const QList<QLabel *> labels = popup.findChildren<QLabel *>();
+    QVERIFY(labels.size() >= int(std::size(links)));
+    for (const QLabel *each : labels)
+        QVERIFY2(
+            each->width() >= each->minimumSizeHint().width() && each->height() >= each->minimumSizeHint().height(),
+            qPrintable(each->objectName()));
+}
+
+void tst_HelpWidget::closeButtonHides()
+{
+    HelpWidget popup;
+    show(popup);
+    QTest::mouseClick(popup.findChild<QPushButton *>(QStringLiteral("pushButton_close")), Qt::LeftButton);
+    QVERIFY(!popup.isVisible());
+}
+
+void tst_HelpWidget::escapeHides()
+{
+    HelpWidget popup;
+    show(popup);
+    QTest::keyClick(&popup, Qt::Key_Escape);
+    QVERIFY(!popup.isVisible());
+}
+
+void tst_HelpWidget::otherKeysDoNotHide()
+{
+    HelpWidget popup;
+    show(popup);
+    QTest::keyClick(&popup, Qt::Key_Return);
+    QVERIFY(popup.isVisible());
+}
+
+void tst_HelpWidget::isDraggedByItsTitleArea()
+{
+    HelpWidget popup;
+    popup.move(100, 100);
+    show(popup);
+    const QPoint before = popup.pos();
+    auto *title = label(popup, "label_title");
+
+    QTest::mousePress(title, Qt::LeftButton, Qt::NoModifier, QPoint(4, 4));
+    QTest::mouseMove(title, QPoint(34, 24));
+    QTRY_COMPARE(popup.pos(), before + QPoint(30, 20));
+
+    QTest::mouseRelease(title, Qt::LeftButton, Qt::NoModifier, QPoint(4, 4));
+    QTest::mouseMove(title, QPoint(54, 64));
+    QCOMPARE(popup.pos(), before + QPoint(30, 20));
+}
+
+void tst_HelpWidget::isDraggedByTheLeftButtonOnly()
+{
+    HelpWidget popup;
+    show(popup);
+    const QPoint before = popup.pos();
+    auto *title = label(popup, "label_title");
+
+    QTest::mousePress(title, Qt::RightButton, Qt::NoModifier, QPoint(4, 4));
+    QTest::mouseMove(title, QPoint(34, 24));
+    QCOMPARE(popup.pos(), before);
+}
+
+void tst_HelpWidget::isNotDraggedByItsBody()
+{
+    HelpWidget popup;
+    show(popup);
+    const QPoint before = popup.pos();
+    auto *body = label(popup, "label_copyright");
+
+    QTest::mousePress(body, Qt::LeftButton, Qt::NoModifier, QPoint(4, 4));
+    QTest::mouseMove(body, QPoint(34, 24));
+    QCOMPARE(popup.pos(), before);
+}
+
+QTEST_MAIN(tst_HelpWidget)
+#include "tst_HelpWidget.moc"

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QMutex>
+#include <QStringList>
+#include <QtGlobal>
+
+/** Collects what is written to the debug log, from all threads, while it lives. One at a time. */
+class DebugLog final
+{
+public:
+    DebugLog()
+    {
+        self() = this;
+        m_previous = qInstallMessageHandler(&handle);
+    }
+    ~DebugLog()
+    {
+        qInstallMessageHandler(m_previous);
+        self() = nullptr;
+    }
+
+    QStringList lines() const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_lines;
+    }
+    bool contains(const QString &part) const { return !lines().filter(part).isEmpty(); }
+    /** Warnings and worse: Qt's, and the program's own. */
+    QStringList warnings() const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_warnings;
+    }
+
+private:
+    Q_DISABLE_COPY(DebugLog)
+
+    static DebugLog *&self()
+    {
+        static DebugLog *instance = nullptr;
+        return instance;
+    }
+    static void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
+    {
+        const QMutexLocker lock(&self()->m_mutex);
+        self()->m_lines.append(message);
+        if (type != QtDebugMsg && type != QtInfoMsg) {
+            self()->m_warnings.append(message);
+            self()->m_previous(type, context, message);
+        }
+    }
+
+    mutable QMutex m_mutex;
+    QStringList m_lines;
+    QStringList m_warnings;
+    QtMessageHandler m_previous = nullptr;
+};
