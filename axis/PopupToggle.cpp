@@ -38,7 +38,7 @@ bool PopupToggle::eventFilter(QObject *watched, QEvent *event)
 {
     // A press that comes before the deactivation finds the popup still open, one that comes after finds it just closed.
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
-        m_bPressClosesPopup
-            = m_popup->isVisible() || (m_sinceClosed.isValid() && m_sinceClosed.elapsed() < samePressMs);
+        m_bPressClosesPopup =
+            m_popup->isVisible() || (m_sinceClosed.isValid() && m_sinceClosed.elapsed() < samePressMs);
     return QObject::eventFilter(watched, event);
 }

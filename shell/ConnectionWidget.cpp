@@ -46,8 +46,8 @@ QString probe(int id)
 {
     LibraryText serialNo;
     locked([&] { return addDev(id); });
-    const bool answers = locked([&] { return openTSDevice(id); }) >= 0
-        && locked([&] { return getDevSerialNumber(id, serialNo.data(), serialNo.length()); }) >= 0;
+    const bool answers = locked([&] { return openTSDevice(id); }) >= 0 &&
+                         locked([&] { return getDevSerialNumber(id, serialNo.data(), serialNo.length()); }) >= 0;
     locked([&] { return removeDev(id); });
     return answers ? serialNo.toString() : QString();
 }
@@ -61,6 +61,9 @@ ConnectionWidget::ConnectionWidget(QWidget *parent)
 {
     Dialogs::makeFrameless(this, ui->widget_back);
     ui->comboBox_comList->setView(new QListView(ui->comboBox_comList));
+    QSizePolicy keepsItsPlace = ui->label_msg->sizePolicy();
+    keepsItsPlace.setRetainSizeWhenHidden(true);
+    ui->label_msg->setSizePolicy(keepsItsPlace);
     ui->label_msg->hide();
     m_hideTimer.setSingleShot(true);
     m_hideTimer.setInterval(hideMsgMs);

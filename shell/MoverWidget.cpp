@@ -73,16 +73,18 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     m_heart = QSharedPointer<Heart>(new Heart);
 
-    connect(m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this,
-            &MoverWidget::slot_usbDevPortChanged);
+    connect(
+        m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this,
+        &MoverWidget::slot_usbDevPortChanged);
 
     m_portCheckRetry.setSingleShot(true);
     m_portCheckRetry.setInterval(portCheckRetryMs);
     connect(&m_portCheckRetry, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
 
     m_addControls = new AddControlsWidget(this);
-    connect(m_addControls, &AddControlsWidget::signal_addControl, this,
-            QOverload<QString, int, MoverDevParam, bool>::of(&MoverWidget::slot_addControl));
+    connect(
+        m_addControls, &AddControlsWidget::signal_addControl, this,
+        QOverload<QString, int, MoverDevParam, bool>::of(&MoverWidget::slot_addControl));
 
     m_help = new HelpWidget(this);
     m_options = new OptionsWidget(this);
@@ -91,8 +93,9 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(m_connection, &ConnectionWidget::signal_devDisConnected, this, &MoverWidget::slot_devDisConnected);
 
     const auto worker = SerialComDev::instance();
-    connect(m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
-            Qt::QueuedConnection);
+    connect(
+        m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
+        Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
     connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
 
@@ -380,9 +383,7 @@ void MoverWidget::on_pushButton_settings_clicked()
     showCentred(m_options);
 }
 
-void MoverWidget::on_pushButton_debug_clicked()
-{
-}
+void MoverWidget::on_pushButton_debug_clicked() {}
 
 void MoverWidget::on_pushButton_showMin_clicked()
 {
@@ -461,7 +462,7 @@ void MoverWidget::mouseDoubleClickEvent(QMouseEvent *event)
 void MoverWidget::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    m_border->relay();
+    m_border->layoutBorders();
 }
 
 void MoverWidget::paintEvent(QPaintEvent *)

@@ -33,11 +33,11 @@ Look lookOf(MessageBox::Kind kind)
     return {true, "min-width: 600px;min-height: 400px;", "80px", {600, 400}};
 }
 
-constexpr char buttonSheet[]
-    = ".QPushButton{color: #FFFFFF;font-size: 16px;border-radius: 3px;border: 2px solid #298DFF;min-width:70px;"
-      "min-height: 30px;background-color: rgb(80, 80, 80);}"
-      ".QPushButton:hover{background-color: rgb(50, 50, 50);}"
-      ".QPushButton:pressed{background-color: rgb(22, 110, 215);}";
+constexpr char buttonSheet[] =
+    ".QPushButton{color: #FFFFFF;font-size: 16px;border-radius: 3px;border: 2px solid #298DFF;min-width:70px;"
+    "min-height: 30px;background-color: rgb(80, 80, 80);}"
+    ".QPushButton:hover{background-color: rgb(50, 50, 50);}"
+    ".QPushButton:pressed{background-color: rgb(22, 110, 215);}";
 
 QString boxSheet(const Look &look, int labelWidth)
 {
@@ -77,24 +77,22 @@ void setMinimumSize(QMessageBox &box, QSize size)
 
 int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
 {
-    const auto tr = [](const char *source) { return QCoreApplication::translate("MessageBox", source); };
     const Look look = lookOf(kind);
 
     QMessageBox box(parent);
     box.setWindowIcon(box.style()->standardIcon(QStyle::SP_MessageBoxInformation));
-    box.setWindowTitle(tr(QT_TRANSLATE_NOOP("MessageBox", "提示")));
+    box.setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
     box.setText(text);
 
-    const auto addButton = [&](const char *label, QMessageBox::ButtonRole role) {
-        QPushButton *button = box.addButton(tr(label), role);
+    const auto addButton = [&box](const QString &label, QMessageBox::ButtonRole role) {
+        QPushButton *button = box.addButton(label, role);
         button->setStyleSheet(QLatin1String(buttonSheet));
         return button;
     };
-    constexpr const char *cancelText = QT_TRANSLATE_NOOP("MessageBox", "取消");
-    constexpr const char *confirmText = QT_TRANSLATE_NOOP("MessageBox", "确认");
+    const QString cancelText = QCoreApplication::translate("MessageBox", "取消");
     if (look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    QPushButton *const confirm = addButton(confirmText, QMessageBox::AcceptRole);
+    QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
     box.setDefaultButton(confirm);
