@@ -3,12 +3,15 @@
 
 #include <QCoreApplication>
 #include <QFontMetrics>
-#include <QGridLayout>
+#include <QLayout>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QStyle>
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -60,18 +63,46 @@ int widestLine(const QString &text)
     return widest;
 }
 
-/** QMessageBox takes its size from its layout alone: a spacer column and row hold it open. */
-void setMinimumSize(QMessageBox &box, QSize size)
+/**
+ * QMessageBox gives itself a fixed size whenever it is shown or laid out anew: less than its style sheet asks for,
+ * never wider than 1000 pixels and no higher than the text's minimum height, which cuts long texts. This one then grows
+ * to what it is given and its contents need.
+ */
+class SizedMessageBox final : public QMessageBox
 {
-    auto *layout = qobject_cast<QGridLayout *>(box.layout());
-    if (!layout)
-        return;
-    const QMargins margins = layout->contentsMargins();
-    layout->addItem(
-        new QSpacerItem(size.width() - margins.left() - margins.right(), 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
-        layout->rowCount(), 0, 1, layout->columnCount());
-    layout->setRowMinimumHeight(0, size.height() - margins.top() - margins.bottom() - 80);
-}
+public:
+    SizedMessageBox(QWidget *parent, QSize minimum)
+        : QMessageBox(parent)
+        , m_minimum(minimum)
+    {
+    }
+
+protected:
+    bool event(QEvent *event) override
+    {
+        const bool handled = QMessageBox::event(event);
+        if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::FontChange)
+            grow();
+        return handled;
+    }
+    void showEvent(QShowEvent *event) override
+    {
+        QMessageBox::showEvent(event);
+        grow();
+    }
+
+private:
+    void grow()
+    {
+        QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
+        // The text's minimum height is that of its sheet, however many lines it has.
+        const int height = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(size.width())
+                                                         : layout()->totalSizeHint().height();
+        setFixedSize(size.expandedTo({0, height}));
+    }
+
+    QSize m_minimum;
+};
 
 } // namespace
 
@@ -79,7 +110,10 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
 {
     const Look look = lookOf(kind);
 
-    QMessageBox box(parent);
+    // On the heap, since the parent may go, and take the box with it, while it is open.
+    auto owner = std::make_unique<SizedMessageBox>(parent, look.minimum);
+    const QPointer<QMessageBox> alive = owner.get();
+    QMessageBox &box = *owner;
     box.setWindowIcon(box.style()->standardIcon(QStyle::SP_MessageBoxInformation));
     box.setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
     box.setText(text);
@@ -98,8 +132,11 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     box.setDefaultButton(confirm);
 
     box.setStyleSheet(boxSheet(look, widestLine(text) + 100));
-    setMinimumSize(box, look.minimum);
     box.exec();
+    if (!alive) {
+        owner.release();
+        return look.cancelFirst ? 0 : 1;
+    }
     // Not the result of exec(): a box whose event loop was ended from outside has neither consented nor refused.
     const bool confirmed = box.clickedButton() == confirm;
     return confirmed == look.cancelFirst ? 1 : 0;
