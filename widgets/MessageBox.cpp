@@ -5,6 +5,7 @@
 #include <QFontMetrics>
 #include <QGridLayout>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QStyle>
 
@@ -79,13 +80,14 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
 {
     const Look look = lookOf(kind);
 
-    QMessageBox box(parent);
-    box.setWindowIcon(box.style()->standardIcon(QStyle::SP_MessageBoxInformation));
-    box.setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
-    box.setText(text);
+    // Not on the stack: whoever owns the parent may destroy it, and the box with it, while the event loop runs.
+    const QPointer<QMessageBox> box = new QMessageBox(parent);
+    box->setWindowIcon(box->style()->standardIcon(QStyle::SP_MessageBoxInformation));
+    box->setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
+    box->setText(text);
 
     const auto addButton = [&box](const QString &label, QMessageBox::ButtonRole role) {
-        QPushButton *button = box.addButton(label, role);
+        QPushButton *button = box->addButton(label, role);
         button->setStyleSheet(QLatin1String(buttonSheet));
         return button;
     };
@@ -95,12 +97,13 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    box.setDefaultButton(confirm);
+    box->setDefaultButton(confirm);
 
-    box.setStyleSheet(boxSheet(look, widestLine(text) + 100));
-    setMinimumSize(box, look.minimum);
-    box.exec();
+    box->setStyleSheet(boxSheet(look, widestLine(text) + 100));
+    setMinimumSize(*box, look.minimum);
+    box->exec();
     // Not the result of exec(): a box whose event loop was ended from outside has neither consented nor refused.
-    const bool confirmed = box.clickedButton() == confirm;
+    const bool confirmed = box && box->clickedButton() == confirm;
+    delete box;
     return confirmed == look.cancelFirst ? 1 : 0;
 }
