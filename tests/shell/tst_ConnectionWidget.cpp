@@ -6,6 +6,7 @@
 #include "support/DebugLog.h"
 #include "support/English.h"
 #include "support/FailOnDeadSlot.h"
+#include "support/Mouse.h"
 
 #include "Scenario.h"
 
@@ -158,7 +159,7 @@ void tst_ConnectionWidget::probingOpensEachControllerForAMomentAndLeavesNothingA
 void tst_ConnectionWidget::leavesOutAControllerThatDoesNotOpen()
 {
     play({{device, "MC3-A"}, {other, "MC3-B"}});
-    simulator::failCall("openTSDevice", SIMULATOR_LINK_LOST);
+    simulator::failCall("openTSDevice", simulator::LinkLost);
     Dialog dialog;
     dialog.widget.refreshDevices();
     QCOMPARE(dialog.entries(), QStringList{QStringLiteral("MC3-B")});
@@ -171,7 +172,7 @@ void tst_ConnectionWidget::leavesOutAControllerThatDoesNotOpen()
 void tst_ConnectionWidget::leavesOutAControllerWithoutSerialNumber()
 {
     play({{device, "MC3-A"}, {other, "MC3-B"}});
-    simulator::failCall("getDevSerialNumber", SIMULATOR_LINK_LOST);
+    simulator::failCall("getDevSerialNumber", simulator::LinkLost);
     Dialog dialog;
     dialog.widget.refreshDevices();
     QCOMPARE(dialog.entries(), QStringList{QStringLiteral("MC3-B")});
@@ -522,15 +523,15 @@ void tst_ConnectionWidget::isDraggedByItsTitleArea()
     Dialog dialog;
     auto *title = dialog.widget.findChild<QLabel *>(QStringLiteral("label_name"));
     const QPoint before = dialog.widget.pos();
-    QTest::mousePress(title, Qt::LeftButton, Qt::NoModifier, QPoint(4, 4));
-    QTest::mouseMove(title, QPoint(24, 34));
-    QTRY_COMPARE(dialog.widget.pos(), before + QPoint(20, 30));
-    QTest::mouseRelease(title, Qt::LeftButton, Qt::NoModifier, QPoint(4, 4));
-    QTest::mouseMove(title, QPoint(44, 44));
+    Mouse::press(title, {4, 4});
+    Mouse::move(title, {24, 34});
+    QCOMPARE(dialog.widget.pos(), before + QPoint(20, 30));
+    Mouse::release(title, {4, 4});
+    Mouse::move(title, {44, 44});
     QCOMPARE(dialog.widget.pos(), before + QPoint(20, 30));
 
-    QTest::mousePress(dialog.message, Qt::LeftButton, Qt::NoModifier, QPoint(4, 4));
-    QTest::mouseMove(dialog.message, QPoint(24, 14));
+    Mouse::press(dialog.message, {4, 4});
+    Mouse::move(dialog.message, {24, 14});
     QCOMPARE(dialog.widget.pos(), before + QPoint(20, 30));
 }
 
