@@ -84,10 +84,10 @@ int Axis::refusal() const
 {
     if (!m_enabled)
         return PowerOff;
-    if (m_joystickMode)
-        return JoystickDrives;
     if (running())
-        return AxisRunning;
+        return m_run == Run::Joystick ? JoystickDrives : AxisRunning;
+    if (m_joystickMode && m_deflection != 0)
+        return JoystickDrives; // held against a limit
     return limitOptoFailed() ? OptoFault : Ok;
 }
 

@@ -648,6 +648,11 @@ void tst_SimulatorMotion::drivesByJoystick()
     QCOMPARE(getRockerEnable(device), 1);
     QCOMPARE(stateOf(0).isCanRun, qint16(0));
     QCOMPARE(startMove(device, 0), int(JoystickDrives));
+    setJoystick(device, true, 0);
+    advance(5);
+    QCOMPARE(stateOf(0).isCanRun, qint16(1)); // the stick at rest leaves the axis free
+    setPosition(device, 0, 0);
+    setJoystick(device, true, 5);
     advance(1); // to 5 mm/s in 0.5 s and 1.25 mm
     QVERIFY(near(positionOf(0), 1.25 + 2.5));
     setJoystick(device, true, -10); // 0.5 s and 1.25 mm to brake, 1 s and 5 mm to reach -10 mm/s

@@ -389,6 +389,8 @@ private:
             "joystick-mode", [&] { Guide::clickAt(rocker, QPoint(12, 12)); },
             [&] { return rocker->isChecked() && in(panel(0), "label_rockerSpeed")->isVisible() && isRunning(0); });
         m_guide.step(
+            "joystick-at-rest", [] { simulator::setJoystick(device, true, 0); }, [this] { return !isRunning(0); });
+        m_guide.step(
             "joystick-unplugged", [] { simulator::setJoystick(device, false); },
             [&] { return !rocker->isVisible() && in(panel(0), "pushButton_move")->isVisible(); });
     }
