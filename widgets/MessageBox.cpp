@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/MessageBox.h"
 
+#include "widgets/Dialogs.h"
+
 #include <QCoreApplication>
 #include <QFontMetrics>
 #include <QLayout>
@@ -88,6 +90,9 @@ protected:
     {
         QMessageBox::showEvent(event);
         grow();
+        // Its size is known only now, and the window manager would place it as it likes.
+        if (parentWidget())
+            Dialogs::centreOn(this, parentWidget()->window());
     }
 
 private:
