@@ -42,8 +42,7 @@ bool write(const QString &name, int code)
     const QByteArray text = "[language]\ntype=" + QByteArray::number(code) + '\n';
     QSaveFile file(name);
     // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
-    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size()
-        && file.commit();
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size() && file.commit();
 }
 
 } // namespace

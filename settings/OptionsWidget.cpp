@@ -68,8 +68,8 @@ OptionsWidget::OptionsWidget(QWidget *parent)
     connect(m_messageTimer, &QTimer::timeout, this, [this] { showMessage(nullptr); });
 
     const QString qtChinese = QStringLiteral("qtbase_zh_CN");
-    if (m_qtChinese.load(qtChinese, QCoreApplication::applicationDirPath())
-        || m_qtChinese.load(qtChinese, QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+    if (m_qtChinese.load(qtChinese, QCoreApplication::applicationDirPath()) ||
+        m_qtChinese.load(qtChinese, QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&m_qtChinese);
     loadLanguage();
 }
@@ -224,9 +224,8 @@ void OptionsWidget::on_pushButton_ReadParam_clicked()
 
 void OptionsWidget::on_pushButton_WriteParam_clicked()
 {
-    if (QMessageBox::question(
-            nullptr, tr("提示"), tr("是否确认修改电机参数？"), QMessageBox::Yes | QMessageBox::No)
-        != QMessageBox::Yes)
+    if (QMessageBox::question(nullptr, tr("提示"), tr("是否确认修改电机参数？"), QMessageBox::Yes | QMessageBox::No) !=
+        QMessageBox::Yes)
         return;
 
     const BusyCursor busy;

@@ -102,7 +102,8 @@ public:
     /** The library calls since the controller was connected or clearCalls() was called, once all requests have run. */
     QStringList calls()
     {
-        QMetaObject::invokeMethod(SerialComDev::instance().data(), [] {}, Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(
+            SerialComDev::instance().data(), [] {}, Qt::BlockingQueuedConnection);
         QStringList list;
         for (const simulator::Call &call : simulator::journal())
             list.append(QString::fromStdString(call.function + '(' + call.arguments + ')'));

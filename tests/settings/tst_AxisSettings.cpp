@@ -94,7 +94,10 @@ private slots:
 private:
     QCheckBox *in(int n) { return m_dialog->find<QCheckBox>(QString("checkBox_triggerIn_%1").arg(n)); }
     QCheckBox *out(int n) { return m_dialog->find<QCheckBox>(QString("checkBox_triggerOut_%1").arg(n)); }
-    QDoubleSpinBox *displacement(int n) { return m_dialog->find<QDoubleSpinBox>(QString("doubleSpinBox_Axis%1").arg(n)); }
+    QDoubleSpinBox *displacement(int n)
+    {
+        return m_dialog->find<QDoubleSpinBox>(QString("doubleSpinBox_Axis%1").arg(n));
+    }
     QCheckBox *on(int n) { return m_dialog->find<QCheckBox>(QString("checkBox_posConpen_on%1").arg(n)); }
     QCheckBox *close(int n) { return m_dialog->find<QCheckBox>(QString("checkBox_posConpen_close%1").arg(n)); }
     /** The axes whose groups are there, on the trigger page and on the compensation page: "12 12". */
@@ -404,7 +407,8 @@ void tst_AxisSettings::switchingTheInputOffEnablesTheDisplacement()
     QVERIFY(displacement(1)->isEnabled());
     QCOMPARE(
         m_dialog->calls(),
-        QStringList({"getMotorModelName(1001, 0)", "setTriggerInEnable(1001, 0, 0)", "setTriggerOutEnable(1001, 0, 0)"}));
+        QStringList(
+            {"getMotorModelName(1001, 0)", "setTriggerInEnable(1001, 0, 0)", "setTriggerOutEnable(1001, 0, 0)"}));
 }
 
 void tst_AxisSettings::refusesADisplacementBeyondTheTravel_data()
@@ -526,12 +530,10 @@ void tst_AxisSettings::triggerOutputGoesToTheController()
 
     m_dialog->click(box);
     QVERIFY(out(n)->isChecked());
-    QCOMPARE(
-        m_dialog->calls(), QStringList({sendsInput, QString("setTriggerOutEnable(1001, %1, 1)").arg(axis)}));
+    QCOMPARE(m_dialog->calls(), QStringList({sendsInput, QString("setTriggerOutEnable(1001, %1, 1)").arg(axis)}));
     m_dialog->clearCalls();
     m_dialog->click(box);
-    QCOMPARE(
-        m_dialog->calls(), QStringList({sendsInput, QString("setTriggerOutEnable(1001, %1, 0)").arg(axis)}));
+    QCOMPARE(m_dialog->calls(), QStringList({sendsInput, QString("setTriggerOutEnable(1001, %1, 0)").arg(axis)}));
 }
 
 void tst_AxisSettings::displacementIsSentWhenEditingIsFinished_data()
@@ -625,10 +627,9 @@ void tst_AxisSettings::anotherClickSendsAgain()
     m_dialog->click("checkBox_posConpen_close1");
     QVERIFY(close(1)->isChecked());
     QCOMPARE(
-        m_dialog->calls(),
-        QStringList(
-            {"setPosConpenEnable(1001, 0, 1)", "setPosConpenEnable(1001, 0, 1)", "setPosConpenEnable(1001, 0, 0)",
-             "setPosConpenEnable(1001, 0, 0)"}));
+        m_dialog->calls(), QStringList(
+                               {"setPosConpenEnable(1001, 0, 1)", "setPosConpenEnable(1001, 0, 1)",
+                                "setPosConpenEnable(1001, 0, 0)", "setPosConpenEnable(1001, 0, 0)"}));
 }
 
 void tst_AxisSettings::showsCompensationThatIsOn()

@@ -201,9 +201,9 @@ void tst_MotorParamEdits::readsAndWritesTheChosenAxis()
     m_dialog->clearCalls();
     write();
     QCOMPARE(
-        m_dialog->calls(),
-        QStringList(
-            {QString("getMotorParams(1001, %1)").arg(axis), QString("setMotorParams(1001, %1, \"ABCDEFG\")").arg(axis)}));
+        m_dialog->calls(), QStringList(
+                               {QString("getMotorParams(1001, %1)").arg(axis),
+                                QString("setMotorParams(1001, %1, \"ABCDEFG\")").arg(axis)}));
     QCOMPARE(inController(axis).pulseOneCircle, 500u);
 }
 
@@ -440,7 +440,7 @@ void tst_MotorParamEdits::namesAreCutAt32Bytes()
     QCOMPARE(bytes(after.modelName, 32), name.left(32).toLatin1());
     QCOMPARE(bytes(after.serialNumber, 32), serial.left(32).toLatin1());
     QCOMPARE(after.pulseOneCircle, someParams().pulseOneCircle); // what follows is not run over
-    QCOMPARE(edit("modelName")->text(), name); // the edit keeps what was typed
+    QCOMPARE(edit("modelName")->text(), name);                   // the edit keeps what was typed
 }
 
 void tst_MotorParamEdits::namesAreLatin1()
@@ -477,8 +477,8 @@ void tst_MotorParamEdits::wholeNumbers()
 {
     QFETCH(QString, text);
     QFETCH(int, value);
-    const QStringList roles = {"pulse", "Motor_type", "PLimitPolarity", "NLimitPolarity", "zeroPolarity", "derection",
-                               "limitDerection", "unitType"};
+    const QStringList roles = {"pulse",        "Motor_type", "PLimitPolarity", "NLimitPolarity",
+                               "zeroPolarity", "derection",  "limitDerection", "unitType"};
     read();
     for (const QString &role : roles)
         edit(role)->setText(text);

@@ -125,8 +125,8 @@ void tst_OptionsWidget::isAFramelessModalDialogWithAShadow()
     QVERIFY(dialog->windowFlags() & Qt::FramelessWindowHint);
     QVERIFY(dialog->testAttribute(Qt::WA_TranslucentBackground));
     QCOMPARE(dialog->windowModality(), Qt::ApplicationModal);
-    const auto *shadow
-        = qobject_cast<QGraphicsDropShadowEffect *>(m_dialog->find<QWidget>("widget_back")->graphicsEffect());
+    const auto *shadow =
+        qobject_cast<QGraphicsDropShadowEffect *>(m_dialog->find<QWidget>("widget_back")->graphicsEffect());
     QVERIFY(shadow);
     QCOMPARE(shadow->blurRadius(), 10.0);
     QCOMPARE(shadow->offset(), QPointF(0, 0));
@@ -157,8 +157,8 @@ void tst_OptionsWidget::pageButtonsShowTheirPages()
 void tst_OptionsWidget::pageButtonsExcludeEachOther()
 {
     const MessageBoxes boxes("确定");
-    const QStringList names = {"pushButton_trigger", "pushButton_motorParam", "pushButton_posConpen",
-                               "pushButton_language"};
+    const QStringList names = {
+        "pushButton_trigger", "pushButton_motorParam", "pushButton_posConpen", "pushButton_language"};
     m_dialog->open("language");
     for (const QString &clicked : names) {
         m_dialog->click(clicked);
@@ -446,8 +446,8 @@ void tst_OptionsWidget::speaksBothLanguages_data()
     add("pushButton_posConpen", "位置补偿", "Pos Conpen");
     add("radioButton_cn", "中文", "Chinese");
     add("radioButton_en", "英文", "English");
-    const std::pair<const char *, const char *> axes[]
-        = {{"1号轴", "Asix 1"}, {"2号轴", "Axis 2"}, {"3号轴", "Axis 3"}};
+    const std::pair<const char *, const char *> axes[] = {
+        {"1号轴", "Asix 1"}, {"2号轴", "Axis 2"}, {"3号轴", "Axis 3"}};
     for (int n = 1; n <= 3; ++n) {
         const auto &[chinese, english] = axes[n - 1];
         add(QString("groupBox_trigger_%1").arg(n), chinese, english, "title");
@@ -519,10 +519,9 @@ void tst_OptionsWidget::boxesSpeakBothLanguages()
         simulator::failCall("getMotorModelName", -9);
         m_dialog->click("checkBox_triggerIn_1");
         QCOMPARE(
-            boxes.texts(),
-            QStringList(
-                {"relative displacement out of range! [-100, 100]",
-                 "Please set according to the \nactual travel of the stage!"}));
+            boxes.texts(), QStringList(
+                               {"relative displacement out of range! [-100, 100]",
+                                "Please set according to the \nactual travel of the stage!"}));
     }
 }
 
@@ -532,14 +531,21 @@ void tst_OptionsWidget::messageFollowsTheLanguage_data()
     QTest::addColumn<QString>("button");
     QTest::addColumn<QString>("chinese");
     QTest::addColumn<QString>("english");
-    QTest::newRow("read failed") << "getMotorParams" << "pushButton_ReadParam" << "读取电机参数失败：error（-9）"
+    QTest::newRow("read failed") << "getMotorParams"
+                                 << "pushButton_ReadParam"
+                                 << "读取电机参数失败：error（-9）"
                                  << "Failed to read motor parameters: error (-9)";
-    QTest::newRow("read before write failed") << "getMotorParams" << "pushButton_WriteParam"
+    QTest::newRow("read before write failed") << "getMotorParams"
+                                              << "pushButton_WriteParam"
                                               << "写入电机参数失败：error（1000）"
                                               << "Failed to write motor parameters: error (1000)";
-    QTest::newRow("write failed") << "setMotorParams" << "pushButton_WriteParam" << "写入电机参数失败：error（-9）"
+    QTest::newRow("write failed") << "setMotorParams"
+                                  << "pushButton_WriteParam"
+                                  << "写入电机参数失败：error（-9）"
                                   << "Failed to write motor parameters: error (-9)";
-    QTest::newRow("written") << "" << "pushButton_WriteParam" << "写入电机参数成功"
+    QTest::newRow("written") << ""
+                             << "pushButton_WriteParam"
+                             << "写入电机参数成功"
                              << "Write motor parameters successfully";
 }
 
@@ -586,8 +592,7 @@ void tst_OptionsWidget::languageChangeKeepsEverythingElse()
              m_dialog->find<QComboBox>("comboBox_motorAxis")->currentText(),
              m_dialog->find<QLineEdit>("lineEdit_motor_modelName")->text(), page()});
     };
-    const QVariantList before
-        = {true, true, false, -1.5, true, "3", "typed", "page_language"};
+    const QVariantList before = {true, true, false, -1.5, true, "3", "typed", "page_language"};
     QCOMPARE(state(), before);
     chooseEnglish();
     QCOMPARE(state(), before);
@@ -623,9 +628,9 @@ void tst_OptionsWidget::textsFitInBothLanguages()
     int texts = 0;
     for (const QWidget *widget : m_dialog->get()->findChildren<QWidget *>()) {
         const auto *button = qobject_cast<const QAbstractButton *>(widget);
-        const bool hasText = (button && !button->text().isEmpty()) || qobject_cast<const QLabel *>(widget)
-            || qobject_cast<const QGroupBox *>(widget) || qobject_cast<const QAbstractSpinBox *>(widget)
-            || qobject_cast<const QComboBox *>(widget);
+        const bool hasText = (button && !button->text().isEmpty()) || qobject_cast<const QLabel *>(widget) ||
+                             qobject_cast<const QGroupBox *>(widget) ||
+                             qobject_cast<const QAbstractSpinBox *>(widget) || qobject_cast<const QComboBox *>(widget);
         if (!hasText || !widget->isVisible())
             continue;
         ++texts;
