@@ -87,6 +87,7 @@ private slots:
     void compensationGoesToTheController_data();
     void compensationGoesToTheController();
     void anotherClickSendsAgain();
+    void boxThatIsNotCheckedSendsNothing();
     void showsCompensationThatIsOn();
     void loadingCannotSwitchCompensationOff();
     void failedCompensationReadChangesNothing();
@@ -238,17 +239,22 @@ void tst_AxisSettings::showsTheTriggerState()
 void tst_AxisSettings::showsStepsInTheNegativeDirection_data()
 {
     QTest::addColumn<double>("step");
-    for (const double step : {-0.5, -2.25, -5.0, -9.0})
-        QTest::addRow("%g", step) << step;
+    QTest::addColumn<int>("reads");
+    for (const double step : {-0.5, -2.25})
+        QTest::addRow("%g", step) << step << 1;
+    for (const double step : {-5.0, -9.0})
+        QTest::addRow("%g", step) << step << 2; // could be a failure
 }
 
 void tst_AxisSettings::showsStepsInTheNegativeDirection()
 {
     QFETCH(double, step);
+    QFETCH(int, reads);
     m_dialog->connectController();
     onController([=] { return setTriggerStep(controllerId, 1, step); });
     m_dialog->get()->loadDeviceSettings();
     QCOMPARE(displacement(2)->value(), step);
+    QCOMPARE(m_dialog->calls().count("getTriggerStep(1001, 1)"), reads);
 }
 
 void tst_AxisSettings::failedTriggerReadChangesNothing_data()
@@ -630,6 +636,15 @@ void tst_AxisSettings::anotherClickSendsAgain()
         m_dialog->calls(), QStringList(
                                {"setPosConpenEnable(1001, 0, 1)", "setPosConpenEnable(1001, 0, 1)",
                                 "setPosConpenEnable(1001, 0, 0)", "setPosConpenEnable(1001, 0, 0)"}));
+}
+
+void tst_AxisSettings::boxThatIsNotCheckedSendsNothing()
+{
+    openPage("posConpen");
+    QVERIFY(QMetaObject::invokeMethod(m_dialog->get(), "on_checkBox_posConpen_on1_clicked"));
+    on(1)->setChecked(true);
+    QVERIFY(QMetaObject::invokeMethod(m_dialog->get(), "on_checkBox_posConpen_close1_clicked"));
+    QCOMPARE(m_dialog->calls(), QStringList());
 }
 
 void tst_AxisSettings::showsCompensationThatIsOn()
