@@ -27,16 +27,13 @@ constexpr int threadLimitMs = 1000; // how long leaving waits for a library call
 struct Options {
     Options()
     {
-        parser.setApplicationDescription(
-            QStringLiteral("Control program for a bench-top stepper-motor controller."));
-        help = parser.addHelpOption();
-        version = parser.addVersionOption();
+        parser.setApplicationDescription(QStringLiteral("Control program for a bench-top stepper-motor controller."));
+        parser.addHelpOption();
+        parser.addVersionOption();
         parser.addOption(scenario);
     }
 
     QCommandLineParser parser;
-    QCommandLineOption help{QString()};
-    QCommandLineOption version{QString()};
     QCommandLineOption scenario{
         QStringLiteral("scenario"),
         QStringLiteral("What the simulated controller plays (a JSON file); the same as MOVER_SCENARIO in the "
@@ -49,8 +46,8 @@ void answerQuestions(int argc, char *argv[])
 {
     bool asksOnly = false;
     for (int k = 1; k < argc; ++k)
-        asksOnly = asksOnly || !std::strcmp(argv[k], "--help") || !std::strcmp(argv[k], "-h")
-            || !std::strcmp(argv[k], "--version") || !std::strcmp(argv[k], "-v");
+        asksOnly = asksOnly || !std::strcmp(argv[k], "--help") || !std::strcmp(argv[k], "-h") ||
+                   !std::strcmp(argv[k], "--version") || !std::strcmp(argv[k], "-v");
     if (!asksOnly)
         return;
     const QCoreApplication application(argc, argv);
@@ -114,7 +111,8 @@ int StartUp::run(int argc, char *argv[])
     Options options;
     options.parser.process(application);
     if (options.parser.isSet(options.scenario))
-        qputenv("MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
+        qputenv(
+            "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
 
     setNumberFormat();
     installFont(QCoreApplication::applicationDirPath() + QStringLiteral("/font.ttf"));

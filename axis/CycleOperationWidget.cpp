@@ -67,8 +67,9 @@ void CycleOperationWidget::start(int mode)
     const double travel = ui->doubleSpinBox_relativeDisp->value();
     const int dwellMs = ui->spinBox_delay->value();
 
-    const QString broken = MotionLimits::checkTravel(travel, m_dMaxTravel) + MotionLimits::checkSpeed(speed, m_dMaxSpeed)
-        + MotionLimits::checkAcceleration(acceleration, m_dMaxAcc) + MotionLimits::checkLoopCount(count);
+    const QString broken =
+        MotionLimits::checkTravel(travel, m_dMaxTravel) + MotionLimits::checkSpeed(speed, m_dMaxSpeed) +
+        MotionLimits::checkAcceleration(acceleration, m_dMaxAcc) + MotionLimits::checkLoopCount(count);
     if (!broken.isEmpty()) {
         MessageBox::exec(this, broken, MessageBox::Kind::LoopRun);
         return;

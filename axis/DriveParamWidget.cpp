@@ -28,9 +28,9 @@ void DriveParamWidget::load()
 
 QString DriveParamWidget::check() const
 {
-    return MotionLimits::checkTravel(ui->doubleSpinBox_disp->value(), maxTravel())
-        + MotionLimits::checkSpeed(ui->doubleSpinBox_speed->value(), maxSpeed())
-        + MotionLimits::checkAcceleration(ui->doubleSpinBox_acc->value(), maxAcceleration());
+    return MotionLimits::checkTravel(ui->doubleSpinBox_disp->value(), maxTravel()) +
+           MotionLimits::checkSpeed(ui->doubleSpinBox_speed->value(), maxSpeed()) +
+           MotionLimits::checkAcceleration(ui->doubleSpinBox_acc->value(), maxAcceleration());
 }
 
 void DriveParamWidget::send()

@@ -27,9 +27,9 @@ void JogParamWidget::load()
 
 QString JogParamWidget::check() const
 {
-    return MotionLimits::checkStep(ui->doubleSpinBox_step->value(), maxTravel())
-        + MotionLimits::checkStepCount(ui->spinBox_count->value())
-        + MotionLimits::checkStepDelay(ui->spinBox_delay->value());
+    return MotionLimits::checkStep(ui->doubleSpinBox_step->value(), maxTravel()) +
+           MotionLimits::checkStepCount(ui->spinBox_count->value()) +
+           MotionLimits::checkStepDelay(ui->spinBox_delay->value());
 }
 
 void JogParamWidget::send()

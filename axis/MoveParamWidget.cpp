@@ -26,9 +26,9 @@ void MoveParamWidget::load()
 
 QString MoveParamWidget::check() const
 {
-    return MotionLimits::checkPosition(ui->doubleSpinBox_disp->value(), minimum(), maximum())
-        + MotionLimits::checkSpeed(ui->doubleSpinBox_speed->value(), maxSpeed())
-        + MotionLimits::checkAcceleration(ui->doubleSpinBox_acc->value(), maxAcceleration());
+    return MotionLimits::checkPosition(ui->doubleSpinBox_disp->value(), minimum(), maximum()) +
+           MotionLimits::checkSpeed(ui->doubleSpinBox_speed->value(), maxSpeed()) +
+           MotionLimits::checkAcceleration(ui->doubleSpinBox_acc->value(), maxAcceleration());
 }
 
 void MoveParamWidget::send()

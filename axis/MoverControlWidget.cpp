@@ -31,13 +31,12 @@ constexpr int popupAbove = -120;
 /** The drive popup's sheet; its background points at the button from below or from above. */
 QString drivePopupSheet(const char *background)
 {
-    return QStringLiteral(
-               ".DriveParamWidget{border-image: url(:/image/settings/%1);background-color: rgb(22, 23, 26);}"
-               ".QPushButton{background-color: rgb(56, 59, 64);border-radius:3px;color: rgb(255, 255, 255);"
-               "font-size: 16px;}"
-               ".QPushButton:hover{background-color: rgb(115, 119, 128);}"
-               ".QPushButton:pressed{background-color: rgb(217, 59, 56);}"
-               ".QLabel{color: #FFFFFF;font-size: 16px;}.QCheckBox{color: #FFFFFF;font-size: 16px;}")
+    return QStringLiteral(".DriveParamWidget{border-image: url(:/image/settings/%1);background-color: rgb(22, 23, 26);}"
+                          ".QPushButton{background-color: rgb(56, 59, 64);border-radius:3px;color: rgb(255, 255, 255);"
+                          "font-size: 16px;}"
+                          ".QPushButton:hover{background-color: rgb(115, 119, 128);}"
+                          ".QPushButton:pressed{background-color: rgb(217, 59, 56);}"
+                          ".QLabel{color: #FFFFFF;font-size: 16px;}.QCheckBox{color: #FFFFFF;font-size: 16px;}")
         .arg(QLatin1String(background));
 }
 
@@ -68,8 +67,7 @@ MoverControlWidget::MoverControlWidget(QWidget *parent)
 
     m_updateTimer.setInterval(PollIntervalMs);
     connect(&m_updateTimer, &QTimer::timeout, this, &MoverControlWidget::slot_updateState);
-    connect(
-        this, &MoverControlWidget::signal_broadcastRunningState, m_loopRun, &CycleOperationWidget::setRunningState);
+    connect(this, &MoverControlWidget::signal_broadcastRunningState, m_loopRun, &CycleOperationWidget::setRunningState);
 
     ui->pushButton_expand->hide();
     ui->pushButton_setting->hide();
@@ -89,12 +87,15 @@ void MoverControlWidget::createPopups()
     m_movePopup = new MoveParamWidget(this);
     m_jogPopup = new JogParamWidget(this);
     m_drivePopup = new DriveParamWidget(this);
-    connect(m_movePopup, &MoveParamWidget::signal_moveParamWindowDeactivated, this,
-            &MoverControlWidget::slot_moveParamWindowDeactivated);
-    connect(m_jogPopup, &JogParamWidget::signal_jogParamWindowDeactivated, this,
-            &MoverControlWidget::slot_jogParamWindowDeactivated);
-    connect(m_drivePopup, &DriveParamWidget::signal_driveParamWindowDeactivated, this,
-            &MoverControlWidget::slot_driveParamWindowDeactivated);
+    connect(
+        m_movePopup, &MoveParamWidget::signal_moveParamWindowDeactivated, this,
+        &MoverControlWidget::slot_moveParamWindowDeactivated);
+    connect(
+        m_jogPopup, &JogParamWidget::signal_jogParamWindowDeactivated, this,
+        &MoverControlWidget::slot_jogParamWindowDeactivated);
+    connect(
+        m_drivePopup, &DriveParamWidget::signal_driveParamWindowDeactivated, this,
+        &MoverControlWidget::slot_driveParamWindowDeactivated);
     m_moveToggle = new PopupToggle(ui->pushButton_moveParam, m_movePopup);
     m_jogToggle = new PopupToggle(ui->pushButton_jogParam, m_jogPopup);
     m_driveToggle = new PopupToggle(ui->pushButton_driveParam, m_drivePopup);
@@ -171,9 +172,17 @@ void MoverControlWidget::setMoveBtnEnabled(bool b)
     ui->pushButton_enable->setEnabled(b);
     ui->pushButton_circle->setEnabled(b);
     QWidget *const motion[] = {
-        ui->pushButton_move,      ui->pushButton_moveParam,  ui->pushButton_jogLeft,    ui->pushButton_jogRight,
-        ui->pushButton_jogParam,  ui->pushButton_driveLeft,  ui->pushButton_driveRight, ui->pushButton_driveParam,
-        ui->label_6,              ui->label_7,               ui->label_8,
+        ui->pushButton_move,
+        ui->pushButton_moveParam,
+        ui->pushButton_jogLeft,
+        ui->pushButton_jogRight,
+        ui->pushButton_jogParam,
+        ui->pushButton_driveLeft,
+        ui->pushButton_driveRight,
+        ui->pushButton_driveParam,
+        ui->label_6,
+        ui->label_7,
+        ui->label_8,
     };
     for (QWidget *widget : motion)
         widget->setVisible(b);
@@ -222,9 +231,9 @@ void MoverControlWidget::slot_updateDevState(int ID, MotorStageState state)
         const bool canRun = state.isCanRun != 0;
         if (!m_bRockerMode) {
             QWidget *const motion[] = {
-                ui->pushButton_circle,   ui->pushButton_driveLeft, ui->pushButton_driveParam,
-                ui->pushButton_driveRight, ui->pushButton_jogLeft, ui->pushButton_jogParam,
-                ui->pushButton_jogRight, ui->pushButton_move,      ui->pushButton_moveParam,
+                ui->pushButton_circle,     ui->pushButton_driveLeft, ui->pushButton_driveParam,
+                ui->pushButton_driveRight, ui->pushButton_jogLeft,   ui->pushButton_jogParam,
+                ui->pushButton_jogRight,   ui->pushButton_move,      ui->pushButton_moveParam,
             };
             for (QWidget *button : motion)
                 button->setEnabled(canRun);

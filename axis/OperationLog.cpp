@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "axis/OperationLog.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTextBrowser>
 #include <QTextCursor>
 #include <QTime>
@@ -40,7 +40,7 @@ QString wordFor(const Word (&words)[Count], int code)
 {
     for (const Word &word : words) {
         if (word.code == code)
-            return QCoreApplication::translate("OperationLog", word.text);
+            return QGuiApplication::translate("OperationLog", word.text);
     }
     return QString();
 }
@@ -52,7 +52,7 @@ OperationLog::OperationLog(QTextBrowser *browser)
 {
     // Entries are preformatted text, but set in the program's own font.
     m_browser->document()->setDefaultStyleSheet(
-        QStringLiteral("pre { font-family: \"%1\"; margin-bottom: 6px; }").arg(m_browser->font().family()));
+        QStringLiteral("pre { margin: 0; font-family: '%1'; }").arg(QGuiApplication::font().family()));
 }
 
 void OperationLog::append(int type, const QString &text, int state)
@@ -62,11 +62,12 @@ void OperationLog::append(int type, const QString &text, int state)
         removeLastEntry();
     m_bEndsWithRunCount = type == LOG_RUN_COUNT;
 
-    const QString entry = QTime::currentTime().toString(QStringLiteral("hh:mm:ss")) + QLatin1Char('\n')
-        + wordFor(typeWords, type) + QLatin1Char(' ') + text + QLatin1Char(' ') + wordFor(stateWords, state);
+    const QString entry = QTime::currentTime().toString(QStringLiteral("hh:mm:ss")) + QLatin1Char('\n') +
+                          wordFor(typeWords, type) + QLatin1Char(' ') + text + QLatin1Char(' ') +
+                          wordFor(stateWords, state);
     const QString wrapped = type == LOG_WARNING
-        ? QStringLiteral("<pre><font color=red>%1</font></pre><font color=black> </font>")
-        : QStringLiteral("<pre><font color=white>%1</font></pre><font color=red> </font>");
+                                ? QStringLiteral("<pre><font color=red>%1</font></pre><font color=black> </font>")
+                                : QStringLiteral("<pre><font color=white>%1</font></pre><font color=red> </font>");
     m_browser->append(wrapped.arg(entry.toHtmlEscaped()));
 }
 

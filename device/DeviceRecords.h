@@ -7,9 +7,35 @@
 #include <QObject>
 #include <QString>
 
-Q_DECLARE_TYPEINFO(MotorStageState, Q_MOVABLE_TYPE);
+/**
+ * The two records travel as movable types that need construction and destruction, like every other record of the
+ * program, although the compiler finds them trivial.
+ */
+template <typename Record>
+class MovableRecordInfo
+{
+public:
+    enum {
+        isSpecialized = true,
+        isComplex = true,
+        isStatic = false,
+        isRelocatable = true,
+        isLarge = sizeof(Record) > sizeof(void *),
+        isPointer = false,
+        isIntegral = false,
+        isDummy = false,
+        sizeOf = sizeof(Record)
+    };
+};
+template <>
+class QTypeInfo<MotorStageState> : public MovableRecordInfo<MotorStageState>
+{
+};
+template <>
+class QTypeInfo<CONTROLER_STATE> : public MovableRecordInfo<CONTROLER_STATE>
+{
+};
 Q_DECLARE_METATYPE(MotorStageState)
-Q_DECLARE_TYPEINFO(CONTROLER_STATE, Q_MOVABLE_TYPE);
 Q_DECLARE_METATYPE(CONTROLER_STATE)
 
 /** Registers MotorStageState and CONTROLER_STATE by name; before the first connection that carries them. */

@@ -39,7 +39,8 @@ struct StartMode {
 };
 
 constexpr StartMode startModes[] = {
-    {MOVE_CODE_MOVE, [](int id, int axis) { return startMove(id, axis); }, QT_TRANSLATE_NOOP("SerialComDev", "Move"), 1},
+    {MOVE_CODE_MOVE, [](int id, int axis) { return startMove(id, axis); }, QT_TRANSLATE_NOOP("SerialComDev", "Move"),
+     1},
     {MOVE_CODE_DRIVE_POSITIVE, [](int id, int axis) { return startDrive(id, axis, 1); },
      QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), 3},
     {MOVE_CODE_DRIVE_NEGATIVE, [](int id, int axis) { return startDrive(id, axis, 2); },
@@ -154,10 +155,12 @@ bool SerialComDev::shutDown(int limitMs)
 SerialComDev::SerialComDev()
 {
     // Requests are counted in the thread that emits them, see PollBacklog.
-    connect(this, &SerialComDev::signal_getCurrentPos, this, [this](int axis) { m_positionPolls.add(axis); },
-            Qt::DirectConnection);
-    connect(this, &SerialComDev::signal_getDevState, this, [this](int axis) { m_statePolls.add(axis); },
-            Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_getCurrentPos, this, [this](int axis) { m_positionPolls.add(axis); },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_getDevState, this, [this](int axis) { m_statePolls.add(axis); },
+        Qt::DirectConnection);
 
     connect(this, &SerialComDev::signal_getCurrentPos, this, &SerialComDev::slot_getCurrentPos);
     connect(this, &SerialComDev::signal_getDevState, this, &SerialComDev::slot_getCurrentState);
@@ -234,7 +237,8 @@ bool SerialComDev::waitForRequests(QDeadlineTimer deadline)
         return true;
     // Shared with the worker, which may come to it long after this thread has given up.
     const auto reached = QSharedPointer<QSemaphore>::create();
-    QMetaObject::invokeMethod(this, [reached] { reached->release(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [reached] { reached->release(); }, Qt::QueuedConnection);
     return reached->tryAcquire(1, int(deadline.remainingTime()));
 }
 
@@ -379,19 +383,58 @@ QString SerialComDev::getAxisSerialNo(int axis) const
     return info.serialNumber;
 }
 
-QString SerialComDev::getAxisModelName(int axis) const { return axisInfo(axis).modelName; }
-double SerialComDev::getAxisCurrentPos(int axis) const { return axisInfo(axis).currentPos; }
-double SerialComDev::getAxisSpeed(int axis) const { return axisInfo(axis).speed; }
-double SerialComDev::getAxisAcceleration(int axis) const { return axisInfo(axis).acceleration; }
-double SerialComDev::getAxisRelativeDisp(int axis) const { return axisInfo(axis).relativeDisp; }
-double SerialComDev::getAxisTargetPos(int axis) const { return axisInfo(axis).targetPos; }
-bool SerialComDev::getAxisRelativeDispEnable(int axis) const { return axisInfo(axis).relativeDispEnable; }
-double SerialComDev::getAxisJogStep(int axis) const { return axisInfo(axis).jogStep; }
-int SerialComDev::getAxisJogDelay(int axis) const { return axisInfo(axis).jogDelay; }
-int SerialComDev::getAxisJogCount(int axis) const { return axisInfo(axis).jogCount; }
-int SerialComDev::getAxisCircleCount(int axis) const { return axisInfo(axis).circleCount; }
-double SerialComDev::getAxisCircleDisp(int axis) const { return axisInfo(axis).circleDisp; }
-int SerialComDev::getAxisCircleDelay(int axis) const { return axisInfo(axis).circleDelay; }
+QString SerialComDev::getAxisModelName(int axis) const
+{
+    return axisInfo(axis).modelName;
+}
+double SerialComDev::getAxisCurrentPos(int axis) const
+{
+    return axisInfo(axis).currentPos;
+}
+double SerialComDev::getAxisSpeed(int axis) const
+{
+    return axisInfo(axis).speed;
+}
+double SerialComDev::getAxisAcceleration(int axis) const
+{
+    return axisInfo(axis).acceleration;
+}
+double SerialComDev::getAxisRelativeDisp(int axis) const
+{
+    return axisInfo(axis).relativeDisp;
+}
+double SerialComDev::getAxisTargetPos(int axis) const
+{
+    return axisInfo(axis).targetPos;
+}
+bool SerialComDev::getAxisRelativeDispEnable(int axis) const
+{
+    return axisInfo(axis).relativeDispEnable;
+}
+double SerialComDev::getAxisJogStep(int axis) const
+{
+    return axisInfo(axis).jogStep;
+}
+int SerialComDev::getAxisJogDelay(int axis) const
+{
+    return axisInfo(axis).jogDelay;
+}
+int SerialComDev::getAxisJogCount(int axis) const
+{
+    return axisInfo(axis).jogCount;
+}
+int SerialComDev::getAxisCircleCount(int axis) const
+{
+    return axisInfo(axis).circleCount;
+}
+double SerialComDev::getAxisCircleDisp(int axis) const
+{
+    return axisInfo(axis).circleDisp;
+}
+int SerialComDev::getAxisCircleDelay(int axis) const
+{
+    return axisInfo(axis).circleDelay;
+}
 
 /** Keeps what is known of an axis in step with a write that the controller accepted. */
 template <typename Change>
@@ -492,8 +535,7 @@ void SerialComDev::slot_setJogParams(int Axis, double step, int count, int delay
     updateAxisInfo(Axis, [delay](MotorDevInfo &info) { info.jogDelay = delay; });
     emit signal_showOperationMsg(
         Axis, OPERATION_STATE_OK, type,
-        tr("JOG步长：%1, JOG次数：%2, JOG延时:%3")
-            .arg(shown(step), QString::number(count), QString::number(delay)));
+        tr("JOG步长：%1, JOG次数：%2, JOG延时:%3").arg(shown(step), QString::number(count), QString::number(delay)));
 }
 
 void SerialComDev::slot_setCircleParams(int Axis, int count, double disp, int delay)

@@ -40,7 +40,8 @@ extern "C" {
 
 /* ---- Controllers ------------------------------------------------------------------------------------------- */
 
-/** Writes the identifiers of the connected controllers to `ids`, at most `capacity`. Returns their number, 0 for none. */
+/** Writes the identifiers of the connected controllers to `ids`, at most `capacity`. Returns their number, 0 for none.
+ */
 MOVER_API int listTSMotorControlerDevices(int *ids, int capacity);
 /** Makes the controller known to the library, so that it can be opened. */
 MOVER_API int addDev(int id);

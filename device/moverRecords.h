@@ -47,17 +47,17 @@ typedef struct MotorParams {
 
 /** Running state of one axis. Flags are 0 or 1. */
 typedef struct MotorStageState {
-    int16_t isCanRun;        /**< the axis may be started */
-    int16_t isStop;          /**< the axis stands still */
-    int16_t isEnable;        /**< the power stage is on */
-    int16_t isHome;          /**< the origin has been found */
-    int16_t isLeftLimit;     /**< negative limit reached */
-    int16_t isRightLimit;    /**< positive limit reached */
-    int16_t isLeftOptoFault; /**< negative limit opto-coupler failed */
+    int16_t isCanRun;         /**< the axis may be started */
+    int16_t isStop;           /**< the axis stands still */
+    int16_t isEnable;         /**< the power stage is on */
+    int16_t isHome;           /**< the origin has been found */
+    int16_t isLeftLimit;      /**< negative limit reached */
+    int16_t isRightLimit;     /**< positive limit reached */
+    int16_t isLeftOptoFault;  /**< negative limit opto-coupler failed */
     int16_t isRightOptoFault; /**< positive limit opto-coupler failed */
-    int16_t isHomeOptoFault; /**< origin opto-coupler failed */
-    int16_t alignment;       /**< unused */
-    uint32_t runCount;       /**< current run of a loop run; 0 while no loop is counting */
+    int16_t isHomeOptoFault;  /**< origin opto-coupler failed */
+    int16_t alignment;        /**< unused */
+    uint32_t runCount;        /**< current run of a loop run; 0 while no loop is counting */
 } MotorStageState;
 
 /** Joystick ("rocker") state of a controller. */

@@ -11,8 +11,8 @@
 MoverDevParam toDevParam(const MotorParams &params);
 
 /**
- * The program's parameters → the record that the controller stores. The name is cut to 32 bytes of UTF-8 and optOrder to
- * 4, also inside a character; integers are narrowed to the width of their field; the unit is millimetres for "mm"
+ * The program's parameters → the record that the controller stores. The name is cut to 32 bytes of UTF-8 and optOrder
+ * to 4, also inside a character; integers are narrowed to the width of their field; the unit is millimetres for "mm"
  * exactly and degrees for any other text. The serial number stays empty; AxisType, originSigID and auxText have no
  * place in the record.
  */

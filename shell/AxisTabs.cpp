@@ -9,12 +9,12 @@
 
 namespace {
 
-constexpr char tabSheet[]
-    = ".QPushButton{border-right:2px solid rgb(66, 66, 66);text-align: center;padding-left:10px;padding-right:10px;"
-      "font-size: 20px;color: #FFFFFF;}"
-      ".QPushButton:hover{background-color: rgb(140, 140, 140);}"
-      ".QPushButton:pressed{background-color: rgb(22,110,215);}"
-      ".QPushButton:!enabled{background-color: rgb(200, 200, 200);}";
+constexpr char tabSheet[] =
+    ".QPushButton{border-right:2px solid rgb(66, 66, 66);text-align: center;padding-left:10px;padding-right:10px;"
+    "font-size: 20px;color: #FFFFFF;}"
+    ".QPushButton:hover{background-color: rgb(140, 140, 140);}"
+    ".QPushButton:pressed{background-color: rgb(22,110,215);}"
+    ".QPushButton:!enabled{background-color: rgb(200, 200, 200);}";
 
 } // namespace
 
@@ -77,7 +77,8 @@ void AxisTabs::rebuild()
     layout->setContentsMargins(0, 0, 0, 0);
 
     QList<QPushButton *> tabs = m_shown.keys();
-    std::sort(tabs.begin(), tabs.end(), [](const QPushButton *a, const QPushButton *b) { return a->text() < b->text(); });
+    std::sort(
+        tabs.begin(), tabs.end(), [](const QPushButton *a, const QPushButton *b) { return a->text() < b->text(); });
 
     QList<QWidget *> order{m_menuBar->findChild<QPushButton *>(QStringLiteral("pushButton_connect"))};
     for (QPushButton *tab : qAsConst(tabs))

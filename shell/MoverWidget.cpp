@@ -53,12 +53,19 @@ QString connectSheet(const char *suffix)
         .arg(QLatin1String(suffix));
 }
 
+std::unique_ptr<Ui::MoverWidget> makeForm(QWidget *window)
+{
+    auto form = std::make_unique<Ui::MoverWidget>();
+    form->setupUi(window);
+    return form;
+}
+
 } // namespace
 
 MoverWidget::MoverWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(std::make_unique<Ui::MoverWidget>())
-    , m_drag((ui->setupUi(this), this), ui->widget_titleBar)
+    , ui(makeForm(this))
+    , m_drag(this, ui->widget_titleBar)
 {
     registerDeviceRecords();
     m_board = std::make_unique<PanelBoard>(ui->widget_controls);
@@ -73,16 +80,18 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     m_heart = QSharedPointer<Heart>(new Heart);
 
-    connect(m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this,
-            &MoverWidget::slot_usbDevPortChanged);
+    connect(
+        m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this,
+        &MoverWidget::slot_usbDevPortChanged);
 
     m_portCheckRetry.setSingleShot(true);
     m_portCheckRetry.setInterval(portCheckRetryMs);
     connect(&m_portCheckRetry, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
 
     m_addControls = new AddControlsWidget(this);
-    connect(m_addControls, &AddControlsWidget::signal_addControl, this,
-            QOverload<QString, int, MoverDevParam, bool>::of(&MoverWidget::slot_addControl));
+    connect(
+        m_addControls, &AddControlsWidget::signal_addControl, this,
+        QOverload<QString, int, MoverDevParam, bool>::of(&MoverWidget::slot_addControl));
 
     m_help = new HelpWidget(this);
     m_options = new OptionsWidget(this);
@@ -91,8 +100,9 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(m_connection, &ConnectionWidget::signal_devDisConnected, this, &MoverWidget::slot_devDisConnected);
 
     const auto worker = SerialComDev::instance();
-    connect(m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
-            Qt::QueuedConnection);
+    connect(
+        m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
+        Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
     connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
 
@@ -122,10 +132,11 @@ void MoverWidget::slot_devConnected()
         m_iAxisCount = worker->getDevAxisCount();
     }
     ui->radioButton_Rocker->setChecked(false); // what the last controller left behind
-    for (int axis = 0; alive && axis < m_iAxisCount; ++axis)
+    for (int axis = 0; axis < m_iAxisCount; ++axis) {
         initialiseAxis(axis);
-    if (!alive || m_bClosing)
-        return;
+        if (!alive || m_bClosing) // on the way out the library may hang: it is not called again
+            return;
+    }
 
     const BusyCursor busy;
     m_help->setFirmwareVersion(worker->getDevSoftVersion());
@@ -176,6 +187,7 @@ void MoverWidget::slot_devDisConnected()
 {
     m_tabs->clear();
     m_board->clear();
+    m_iAxisCount = 0;
     m_heart->stopHeart();
 }
 
@@ -380,9 +392,7 @@ void MoverWidget::on_pushButton_settings_clicked()
     showCentred(m_options);
 }
 
-void MoverWidget::on_pushButton_debug_clicked()
-{
-}
+void MoverWidget::on_pushButton_debug_clicked() {}
 
 void MoverWidget::on_pushButton_showMin_clicked()
 {
@@ -461,7 +471,7 @@ void MoverWidget::mouseDoubleClickEvent(QMouseEvent *event)
 void MoverWidget::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    m_border->relay();
+    m_border->layoutBorders();
 }
 
 void MoverWidget::paintEvent(QPaintEvent *)

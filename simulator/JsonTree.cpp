@@ -52,7 +52,7 @@ public:
 
     JsonValue takeRoot() { return std::move(m_root); }
 
-    bool null() override { return add({}); }
+    bool null() override { return add(std::monostate()); }
     bool boolean(bool value) override { return add(value); }
     bool number_integer(number_integer_t value) override { return add(static_cast<long long>(value)); }
     bool number_unsigned(number_unsigned_t value) override
@@ -64,9 +64,9 @@ public:
     bool number_float(number_float_t value, const string_t &) override { return add(value); }
     bool string(string_t &value) override { return add(value); }
     bool binary(binary_t &) override { return false; } // not in JSON texts
-    bool start_object(std::size_t) override { return open(JsonValue::Object()); }
+    bool start_object(std::size_t) override { return open<JsonValue::Object>(); }
     bool end_object() override { return close(); }
-    bool start_array(std::size_t) override { return open(JsonValue::Array()); }
+    bool start_array(std::size_t) override { return open<JsonValue::Array>(); }
     bool end_array() override { return close(); }
 
     bool key(string_t &name) override
@@ -92,8 +92,8 @@ private:
     /** The line of the token just read. A number is only over at the character behind it, which may end the line. */
     int line() const { return 1 + *m_lineEnds - (*m_last == '\n' ? 1 : 0); }
 
-    /** Puts a value where the parser is; returns it. */
-    JsonValue *place(JsonValue::Content content)
+    /** The value that belongs where the parser is. */
+    JsonValue *place()
     {
         JsonValue *value = &m_root;
         if (!m_open.empty()) {
@@ -103,17 +103,20 @@ private:
             else
                 value = &std::get<JsonValue::Object>(parent).back().second;
         }
-        *value = {std::move(content), line()};
+        value->line = line();
         return value;
     }
-    bool add(JsonValue::Content content)
+    template <typename Content>
+    bool add(const Content &content)
     {
-        place(std::move(content));
+        place()->content.emplace<Content>(content);
         return true;
     }
-    bool open(JsonValue::Content content)
+    template <typename Container>
+    bool open()
     {
-        m_open.push_back(place(std::move(content)));
+        m_open.push_back(place());
+        m_open.back()->content.emplace<Container>();
         return true;
     }
     bool close()

@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <sstream>
 #include <type_traits>
@@ -368,13 +367,14 @@ bool Scenario::read(const std::string &json, const std::string &name, Scenario *
 bool Scenario::readFile(const std::string &path, Scenario *scenario, std::string *error)
 {
     std::ifstream file(path, std::ios::binary);
-    const std::string json((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    std::ostringstream text;
+    text << file.rdbuf();
     // A folder can be opened, but not read; neither is distinguished from a file that is not there.
-    if (!file.is_open() || file.bad() || json.empty()) {
+    if (!file.is_open() || text.str().empty()) {
         *error = path + ":1: the scenario file cannot be read or is empty";
         return false;
     }
-    return read(json, path, scenario, error);
+    return read(text.str(), path, scenario, error);
 }
 
 Scenario Scenario::embedded()

@@ -37,7 +37,7 @@ int giveText(LibraryCall &call, const std::string &ownText, char *buffer, int le
     const std::string &text = call.answer() ? *call.answer() : ownText;
     std::memset(buffer, 0, length);
     std::memcpy(buffer, text.data(), std::min<std::size_t>(text.size(), length));
-    return call.finish(Ok, formatted(TextArgument{buffer, length}));
+    return call.finish(Ok, formatted(std::string(buffer, strnlen(buffer, length))));
 }
 
 /** The text of a setter; refuses the call if it is none. It ends at the first zero byte, as it does in every reader. */
@@ -203,7 +203,7 @@ int listTSMotorControlerDevices(int *ids, int capacity)
 {
     LibraryCall call(__func__, capacity);
     if (!ids || capacity < 0)
-        call.refuse(BadArgument);
+        return call.finish(call.refuse(BadArgument));
     if (call.status() < 0)
         return call.finish(call.status());
     int count = 0;
@@ -262,7 +262,7 @@ int closeTSDevice(int id)
 
 int addMotor(int first, int second, const char *model)
 {
-    LibraryCall call(__func__, first, second, TextArgument{model, MOVER_TEXT_LENGTH});
+    LibraryCall call(__func__, first, second, model ? std::string(model, strnlen(model, MOVER_TEXT_LENGTH)) : "");
     // The maker's library takes the model in; a simulated stage says itself what it is.
     if (!model)
         call.refuse(BadArgument);
@@ -623,10 +623,8 @@ int getMotorParams(int id, int axis, MotorParams *params)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (!params)
-        call.refuse(BadArgument);
-    if (call.status() < 0)
-        return call.finish(call.status());
+    if (!found || !params)
+        return call.finish(call.refuse(BadArgument)); // or what had already been said against it
     *params = found->stage();
     return call.finish(Ok, formatted(*params));
 }
@@ -641,11 +639,9 @@ int getMotorAutoDetect(int id, int axis, int *code)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (!code)
-        call.refuse(BadArgument);
-    if (call.status() < 0)
-        return call.finish(call.status());
-    *code = static_cast<int>(found->chip); // the enumerators are in the order of the codes
+    if (!found || !code)
+        return call.finish(call.refuse(BadArgument)); // or what had already been said against it
+    *code = static_cast<int>(found->chip);            // the enumerators are in the order of the codes
     return call.finish(Ok, formatted(*code));
 }
 

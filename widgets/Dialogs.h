@@ -6,7 +6,8 @@ class QWidget;
 /** What the program's frameless dialogs have in common. */
 namespace Dialogs {
 
-/** Frameless, translucent, application-modal top-level window; `body` carries the gray shadow (radius 10, no offset). */
+/** Frameless, translucent, application-modal top-level window; `body` carries the gray shadow (radius 10, no offset).
+ */
 void makeFrameless(QWidget *dialog, QWidget *body);
 
 /** Moves `popup` over the middle of `window` (integer division), for just before it is shown. */

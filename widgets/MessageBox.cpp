@@ -3,9 +3,11 @@
 
 #include <QCoreApplication>
 #include <QFontMetrics>
-#include <QGridLayout>
+#include <QLayout>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QStyle>
 
 #include <algorithm>
@@ -33,11 +35,11 @@ Look lookOf(MessageBox::Kind kind)
     return {true, "min-width: 600px;min-height: 400px;", "80px", {600, 400}};
 }
 
-constexpr char buttonSheet[]
-    = ".QPushButton{color: #FFFFFF;font-size: 16px;border-radius: 3px;border: 2px solid #298DFF;min-width:70px;"
-      "min-height: 30px;background-color: rgb(80, 80, 80);}"
-      ".QPushButton:hover{background-color: rgb(50, 50, 50);}"
-      ".QPushButton:pressed{background-color: rgb(22, 110, 215);}";
+constexpr char buttonSheet[] =
+    ".QPushButton{color: #FFFFFF;font-size: 16px;border-radius: 3px;border: 2px solid #298DFF;min-width:70px;"
+    "min-height: 30px;background-color: rgb(80, 80, 80);}"
+    ".QPushButton:hover{background-color: rgb(50, 50, 50);}"
+    ".QPushButton:pressed{background-color: rgb(22, 110, 215);}";
 
 QString boxSheet(const Look &look, int labelWidth)
 {
@@ -60,49 +62,76 @@ int widestLine(const QString &text)
     return widest;
 }
 
-/** QMessageBox takes its size from its layout alone: a spacer column and row hold it open. */
-void setMinimumSize(QMessageBox &box, QSize size)
+/**
+ * QMessageBox gives itself a fixed size whenever it is shown or laid out anew: less than its style sheet asks for,
+ * never wider than 1000 pixels and no higher than the text's minimum height, which cuts long texts. This one then grows
+ * to what it is given and its contents need.
+ */
+class SizedMessageBox final : public QMessageBox
 {
-    auto *layout = qobject_cast<QGridLayout *>(box.layout());
-    if (!layout)
-        return;
-    const QMargins margins = layout->contentsMargins();
-    layout->addItem(
-        new QSpacerItem(size.width() - margins.left() - margins.right(), 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
-        layout->rowCount(), 0, 1, layout->columnCount());
-    layout->setRowMinimumHeight(0, size.height() - margins.top() - margins.bottom() - 80);
-}
+public:
+    SizedMessageBox(QWidget *parent, QSize minimum)
+        : QMessageBox(parent)
+        , m_minimum(minimum)
+    {
+    }
+
+protected:
+    bool event(QEvent *event) override
+    {
+        const bool handled = QMessageBox::event(event);
+        if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::FontChange)
+            grow();
+        return handled;
+    }
+    void showEvent(QShowEvent *event) override
+    {
+        QMessageBox::showEvent(event);
+        grow();
+    }
+
+private:
+    void grow()
+    {
+        QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
+        // The text's minimum height is that of its sheet, however many lines it has.
+        const int height = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(size.width())
+                                                         : layout()->totalSizeHint().height();
+        setFixedSize(size.expandedTo({0, height}));
+    }
+
+    QSize m_minimum;
+};
 
 } // namespace
 
 int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
 {
-    const auto tr = [](const char *source) { return QCoreApplication::translate("MessageBox", source); };
     const Look look = lookOf(kind);
 
-    QMessageBox box(parent);
-    box.setWindowIcon(box.style()->standardIcon(QStyle::SP_MessageBoxInformation));
-    box.setWindowTitle(tr(QT_TRANSLATE_NOOP("MessageBox", "提示")));
-    box.setText(text);
+    // Not on the stack: whoever owns the parent may destroy it, and the box with it, while the event loop runs.
+    const QPointer<QMessageBox> box = new SizedMessageBox(parent, look.minimum);
+    box->setWindowIcon(box->style()->standardIcon(QStyle::SP_MessageBoxInformation));
+    box->setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
+    box->setText(text);
 
-    const auto addButton = [&](const char *label, QMessageBox::ButtonRole role) {
-        QPushButton *button = box.addButton(tr(label), role);
+    const auto addButton = [&box](const QString &label, QMessageBox::ButtonRole role) {
+        QPushButton *button = box->addButton(label, role);
         button->setStyleSheet(QLatin1String(buttonSheet));
         return button;
     };
-    constexpr const char *cancelText = QT_TRANSLATE_NOOP("MessageBox", "取消");
-    constexpr const char *confirmText = QT_TRANSLATE_NOOP("MessageBox", "确认");
+    const QString cancelText = QCoreApplication::translate("MessageBox", "取消");
     if (look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    QPushButton *const confirm = addButton(confirmText, QMessageBox::AcceptRole);
+    QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    box.setDefaultButton(confirm);
+    box->setDefaultButton(confirm);
 
-    box.setStyleSheet(boxSheet(look, widestLine(text) + 100));
-    setMinimumSize(box, look.minimum);
-    box.exec();
+    box->setStyleSheet(boxSheet(look, widestLine(text) + 100));
+    box->exec();
     // Not the result of exec(): a box whose event loop was ended from outside has neither consented nor refused.
-    const bool confirmed = box.clickedButton() == confirm;
+    const bool confirmed = box && box->clickedButton() == confirm;
+    delete box.data(); // null when it went with its parent
     return confirmed == look.cancelFirst ? 1 : 0;
 }

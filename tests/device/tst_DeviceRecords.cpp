@@ -44,7 +44,8 @@ private slots:
     {
         Relay relay;
         MotorStageState received = {};
-        connect(&relay, &Relay::state, this, [&](MotorStageState state) { received = state; }, Qt::QueuedConnection);
+        connect(
+            &relay, &Relay::state, this, [&](MotorStageState state) { received = state; }, Qt::QueuedConnection);
         MotorStageState sent = {};
         sent.runCount = 4294967295u;
         emit relay.state(sent);

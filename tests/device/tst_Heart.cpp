@@ -48,7 +48,8 @@ private slots:
         QCOMPARE(Heart::IntervalMs, 500);
         Heart heart;
         QAtomicInt beats;
-        connect(&heart, &Heart::sendHeart, &heart, [&] { beats.ref(); }, Qt::DirectConnection);
+        connect(
+            &heart, &Heart::sendHeart, &heart, [&] { beats.ref(); }, Qt::DirectConnection);
         heart.startHeart();
         heart.startHeart(); // while active: no second timer, no new phase
         QTRY_VERIFY(beats.loadAcquire() >= 2);
@@ -82,7 +83,8 @@ private slots:
     {
         Heart heart;
         QVector<int> breaks;
-        connect(&heart, &Heart::heartBreak, &heart, [&](int count) { breaks.append(count); }, Qt::DirectConnection);
+        connect(
+            &heart, &Heart::heartBreak, &heart, [&](int count) { breaks.append(count); }, Qt::DirectConnection);
         for (int k = 0; k < 3; ++k)
             answer(heart, {}, -9);
         answer(heart, {}, 0);
@@ -94,7 +96,8 @@ private slots:
         DebugLog log;
         Heart heart;
         int received = 0;
-        connect(&heart, &Heart::receivedControlerState, &heart, [&] { ++received; }, Qt::DirectConnection);
+        connect(
+            &heart, &Heart::receivedControlerState, &heart, [&] { ++received; }, Qt::DirectConnection);
         answer(heart, {1, 0, 7}, 0);
         QCOMPARE(received, 1);
         QCOMPARE(heart.controlerState().rockerState, quint8(1));
@@ -106,7 +109,8 @@ private slots:
         Heart heart;
         answer(heart, {1, 0, 7}, 0);
         int received = 0;
-        connect(&heart, &Heart::receivedControlerState, &heart, [&] { ++received; }, Qt::DirectConnection);
+        connect(
+            &heart, &Heart::receivedControlerState, &heart, [&] { ++received; }, Qt::DirectConnection);
         answer(heart, {0, 0, 0}, -1);
         QCOMPARE(received, 0);
         QCOMPARE(heart.controlerState().rockerState, quint8(1));
@@ -138,7 +142,8 @@ private slots:
 
         Heart heart;
         QAtomicInt breaks;
-        connect(&heart, &Heart::heartBreak, &heart, [&](int count) { breaks = count; }, Qt::DirectConnection);
+        connect(
+            &heart, &Heart::heartBreak, &heart, [&](int count) { breaks = count; }, Qt::DirectConnection);
         connect(&heart, &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
         connect(worker.data(), &SerialComDev::signal_heartBeatInfo, &heart, &Heart::rcvHeartInfo);
         heart.singleHeart();

@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: MIT
+# Compares what LIBRARY exports, as NM lists it, with the functions that HEADER declares.
+execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
+    OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" exported "${exported}")
+list(TRANSFORM exported REPLACE " .*$" "")
+list(SORT exported)
+
+file(READ ${HEADER} text)
+string(REGEX MATCHALL "MOVER_API [a-z]+ [A-Za-z]+\\(" declared "${text}")
+list(TRANSFORM declared REPLACE "^MOVER_API [a-z]+ ([A-Za-z]+)\\($" "\\1")
+list(SORT declared)
+
+list(LENGTH declared count)
+if(NOT count EQUAL 71)
+    message(FATAL_ERROR "the header declares ${count} functions instead of 71")
+endif()
+if(NOT exported STREQUAL declared)
+    message(FATAL_ERROR "exported: ${exported}\ndeclared: ${declared}")
+endif()

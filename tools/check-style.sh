@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+#
+# Checks what a compiler does not: formatting, first lines, names of files, and which folder includes from which.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+# shellcheck source=tools/setup.sh
+. tools/setup.sh
+install_missing "${style_packages[@]}"
+
+failed=0
+complain() {
+    printf '%s\n' "$*" >&2
+    failed=1
+}
+
+mapfile -t sources < <(git ls-files '*.h' '*.cpp' '*.c')
+
+say "Format"
+clang-format --dry-run --Werror "${sources[@]}" || complain "clang-format -i would change the files above."
+
+say "First lines"
+for file in "${sources[@]}"; do
+    head -n 1 "$file" | grep -q 'SPDX-License-Identifier: MIT' || complain "$file: the first line is no licence tag"
+done
+for file in $(git ls-files '*.h'); do
+    grep -q '^#pragma once$' "$file" || complain "$file: no #pragma once"
+done
+for file in $(git ls-files '*.sh' '*.cmake' '*CMakeLists.txt' .ci/run); do
+    head -n 2 "$file" | grep -q 'SPDX-License-Identifier: MIT' || complain "$file: no licence tag"
+done
+
+say "Names"
+# A form has the name of its class, and the class stands beside it.
+for form in $(git ls-files '*.ui'); do
+    class=$(sed -n 's:.*<class>\(.*\)</class>.*:\1:p' "$form" | head -n 1)
+    [ "$(basename "$form" .ui)" = "$class" ] || complain "$form: its class is $class"
+    [ -f "${form%.ui}.h" ] || complain "$form: no class of that name beside it"
+done
+# A header that declares one QObject class has that class's name.
+for header in $(git grep -l Q_OBJECT -- app device shell axis models settings console widgets | grep '\.h$'); do
+    grep -qE "^class $(basename "$header" .h)\b" "$header" || complain "$header: declares no class of its name"
+done
+# Tests mirror the tree.
+for test in $(git ls-files 'tests/**/*.cpp'); do
+    case $test in
+    tests/support/*) ;;
+    */tst_*) ;;
+    *) complain "$test: not named tst_…" ;;
+    esac
+done
+
+say "Includes"
+# folder: what it may include from, beside itself
+allowed='
+app: shell device
+shell: console settings axis models widgets device
+console: widgets device
+settings: widgets device
+axis: models widgets device
+models: widgets device
+widgets:
+device:
+simulator: device
+'
+while IFS=: read -r folder folders; do
+    [ -n "$folder" ] || continue
+    while IFS=: read -r file included; do
+        target=${included%%/*}
+        [ "$target" = "$folder" ] && continue
+        case " $folders " in
+        *" $target "*) ;;
+        *) complain "$file: includes $included" ;;
+        esac
+    done < <(git grep -E '^#include "[a-z]+/' -- "$folder" | sed 's:\(.*\)\:#include "\(.*\)".*:\1\:\2:')
+done <<<"$allowed"
+
+say "Library calls"
+# The motion library is reached only under its lock.
+for file in $(git grep -l '#include "device/moverLibrary.h"' -- app device shell axis models settings console widgets); do
+    grep -q LibraryLock "$file" || complain "$file: calls the motion library without LibraryLock"
+done
+
+exit $failed

@@ -1,0 +1,70 @@
+# SPDX-License-Identifier: MIT
+# What run.sh, test.sh and .ci/run share; sourced by them from the project's root.
+
+build_packages=(
+    g++ cmake ninja-build pkg-config
+    qtbase5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n
+    libudev-dev nlohmann-json3-dev
+    fonts-noto-cjk python3-fonttools
+)
+desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
+style_packages=(clang-format)
+
+say() { printf '\033[1m== %s\033[0m\n' "$*"; }
+
+die() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+# install_missing PACKAGE...: installs the Debian packages that are not there yet. On another system it names what is
+# needed and carries on if Qt is there.
+install_missing() {
+    if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+        say "This is not a Debian system. Needed, under whatever names it has here: $*"
+        command -v cmake >/dev/null || die "cmake is missing."
+        command -v ninja >/dev/null || die "ninja is missing."
+        pkg-config --exists 'Qt5Widgets >= 5.15' 2>/dev/null || die "Qt 5.15 is missing."
+        return
+    fi
+    local missing=() package
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || die "Install these packages as root, then start again: ${missing[*]}"
+        root=(sudo)
+    fi
+    say "Installing ${missing[*]}"
+    local quietly=(env DEBIAN_FRONTEND=noninteractive apt-get -o Dpkg::Use-Pty=0 -qq)
+    "${root[@]}" "${quietly[@]}" update || die "apt-get update failed."
+    "${root[@]}" "${quietly[@]}" install --yes --no-install-recommends "${missing[@]}" >/dev/null ||
+        die "Installing ${missing[*]} failed."
+}
+
+# build PRESET [TARGET...]: configures when the build folder is new or its preset changed, then builds.
+build() {
+    local preset=$1
+    shift
+    say "Building ($preset)"
+    # CMake looks for its files again by itself; only a first configuration has anything to say.
+    if [ ! -f "build/$preset/build.ninja" ]; then
+        cmake --preset "$preset" >"/tmp/mover-configure.$$" 2>&1 || {
+            cat "/tmp/mover-configure.$$" >&2
+            rm -f "/tmp/mover-configure.$$"
+            die "Configuring failed."
+        }
+        rm -f "/tmp/mover-configure.$$"
+    fi
+    cmake --build --preset "$preset" ${1:+--target "$@"}
+}
+
+# Qt asks for a private run-time directory; a bare machine has none.
+if [ -z "${XDG_RUNTIME_DIR:-}" ] || [ ! -d "${XDG_RUNTIME_DIR:-}" ]; then
+    XDG_RUNTIME_DIR=/tmp/mover-runtime-$(id -u)
+    mkdir -p "$XDG_RUNTIME_DIR"
+    chmod 700 "$XDG_RUNTIME_DIR"
+    export XDG_RUNTIME_DIR
+fi
