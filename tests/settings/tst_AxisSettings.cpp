@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/settings/OptionsDialog.h"
 
-#include "tests/settings/MessageBoxes.h"
+#include "support/MessageBoxes.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
@@ -437,8 +437,7 @@ void tst_AxisSettings::refusesADisplacementBeyondTheTravel()
     openPage("trigger");
     displacement(1)->setValue(value);
 
-    QWidget *parent = nullptr;
-    MessageBoxes boxes("确认", [&](const QMessageBox &box) { parent = box.parentWidget(); });
+    MessageBoxes boxes("确认");
     m_dialog->click("checkBox_triggerIn_1");
     QCOMPARE(in(1)->isChecked(), accepted);
     QCOMPARE(displacement(1)->isEnabled(), !accepted);
@@ -448,7 +447,7 @@ void tst_AxisSettings::refusesADisplacementBeyondTheTravel()
         QCOMPARE(boxes.texts(), QStringList());
     } else {
         QCOMPARE(boxes.texts(), QStringList("位移量超出范围！[-50,50]"));
-        QCOMPARE(parent, m_dialog->get());
+        QCOMPARE(boxes.parents().value(0).data(), m_dialog->get());
     }
 }
 
@@ -507,7 +506,10 @@ void tst_AxisSettings::cursorIsFreeWhileABoxIsUp()
     openPage("trigger");
     displacement(1)->setValue(5000);
     bool busy = true;
-    MessageBoxes boxes("确认", [&](const QMessageBox &) { busy = QGuiApplication::overrideCursor(); });
+    MessageBoxes boxes([&](QMessageBox *box) {
+        busy = QGuiApplication::overrideCursor();
+        MessageBoxes::press(box, "确认");
+    });
     m_dialog->click("checkBox_triggerIn_1");
     QCOMPARE(boxes.texts().size(), 1);
     QVERIFY(!busy);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/settings/OptionsDialog.h"
 
-#include "tests/settings/MessageBoxes.h"
+#include "support/MessageBoxes.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -275,12 +275,13 @@ void tst_MotorParamEdits::failedReadIsShownAndKeepsTheEdits()
 void tst_MotorParamEdits::writeAsksFirst()
 {
     int seen = 0;
-    const MessageBoxes boxes("否(&N)", [&](const QMessageBox &box) {
+    const MessageBoxes boxes([&](QMessageBox *box) {
+        const auto answer = qScopeGuard([box] { MessageBoxes::press(box, "否(&N)"); });
         ++seen;
-        QCOMPARE(box.windowTitle(), QString("提示"));
-        QCOMPARE(box.icon(), QMessageBox::Question);
-        QCOMPARE(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
-        QVERIFY(!box.parentWidget());
+        QCOMPARE(box->windowTitle(), QString("提示"));
+        QCOMPARE(box->icon(), QMessageBox::Question);
+        QCOMPARE(box->standardButtons(), QMessageBox::Yes | QMessageBox::No);
+        QVERIFY(!box->parentWidget());
         QCOMPARE(m_dialog->calls(), QStringList());
     });
     m_dialog->click("pushButton_WriteParam");
@@ -304,14 +305,14 @@ void tst_MotorParamEdits::noLeavesEverythingAsItIs()
     QVERIFY(!before.isEmpty());
     m_dialog->clearCalls();
 
-    int seen = 0;
-    const MessageBoxes boxes("否(&N)", [&](const QMessageBox &box) {
-        ++seen;
+    const MessageBoxes boxes([escape](QMessageBox *box) {
         if (escape)
-            QTest::keyClick(const_cast<QMessageBox *>(&box), Qt::Key_Escape);
+            QTest::keyClick(box, Qt::Key_Escape);
+        else
+            MessageBoxes::press(box, "否(&N)");
     });
     m_dialog->click("pushButton_WriteParam");
-    QCOMPARE(seen, 1);
+    QCOMPARE(boxes.count(), 1);
     QCOMPARE(message(), before);
     QCOMPARE(m_dialog->calls(), QStringList());
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/settings/OptionsDialog.h"
 
-#include "tests/settings/MessageBoxes.h"
+#include "support/MessageBoxes.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -170,13 +170,14 @@ void tst_OptionsWidget::pageButtonsExcludeEachOther()
 void tst_OptionsWidget::cautionComesBeforeTheMotorParameters()
 {
     int seen = 0;
-    const MessageBoxes boxes("确定", [&](const QMessageBox &box) {
+    const MessageBoxes boxes([&](QMessageBox *box) {
+        const auto answer = qScopeGuard([box] { MessageBoxes::press(box, "确定"); });
         ++seen;
-        QCOMPARE(box.windowTitle(), QString("提示"));
-        QCOMPARE(box.icon(), QMessageBox::Warning);
-        QCOMPARE(box.standardButtons(), QMessageBox::Ok);
-        QCOMPARE(box.windowModality(), Qt::ApplicationModal);
-        QVERIFY(!box.parentWidget());
+        QCOMPARE(box->windowTitle(), QString("提示"));
+        QCOMPARE(box->icon(), QMessageBox::Warning);
+        QCOMPARE(box->standardButtons(), QMessageBox::Ok);
+        QCOMPARE(box->windowModality(), Qt::ApplicationModal);
+        QVERIFY(!box->parentWidget());
         if (seen == 1)
             QCOMPARE(page(), QString("page_language"));
     });
@@ -497,16 +498,21 @@ void tst_OptionsWidget::boxesSpeakBothLanguages()
     chooseEnglish();
 
     QStringList titles;
-    const auto look = [&titles](const QMessageBox &box) { titles.append(box.windowTitle()); };
+    const auto pressing = [&titles](const QString &button) {
+        return [&titles, button](QMessageBox *box) {
+            titles.append(box->windowTitle());
+            MessageBoxes::press(box, button);
+        };
+    };
     {
-        const MessageBoxes boxes("OK", look);
+        const MessageBoxes boxes(pressing("OK"));
         m_dialog->click("pushButton_motorParam");
         QCOMPARE(
             boxes.texts(),
             QStringList("Modifying the motor parameters may cause motor failure, please proceed with caution!"));
     }
     {
-        const MessageBoxes boxes("&No", look);
+        const MessageBoxes boxes(pressing("&No"));
         m_dialog->click("pushButton_WriteParam");
         QCOMPARE(boxes.texts(), QStringList("Are you sure you want to modify the motor parameters?"));
     }
