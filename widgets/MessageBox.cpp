@@ -93,6 +93,7 @@ protected:
         // Its size is known only now, and the window manager would place it as it likes.
         if (parentWidget())
             Dialogs::centreOn(this, parentWidget()->window());
+        Dialogs::keepOnScreen(this);
     }
 
 private:
