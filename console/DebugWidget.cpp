@@ -18,6 +18,7 @@
 #include <QDebug>
 #include <QIcon>
 #include <QMessageBox>
+#include <QWindow>
 
 #include <algorithm>
 #include <iterator>
@@ -339,17 +340,13 @@ void DebugWidget::closeEvent(QCloseEvent *event)
     QWidget::closeEvent(event);
 }
 
-void DebugWidget::hideEvent(QHideEvent *event)
-{
-    m_lastGeometry = saveGeometry();
-    QWidget::hideEvent(event);
-}
-
-/** Window managers place a window anew each time it is shown. */
 void DebugWidget::showEvent(QShowEvent *event)
 {
-    if (!m_lastGeometry.isEmpty())
-        restoreGeometry(m_lastGeometry);
+    // Changes nothing, but tells the window manager that the place is meant: it would find one of its own, even for a
+    // window that the user has moved.
+    if (m_bShownBefore)
+        windowHandle()->setGeometry(geometry());
+    m_bShownBefore = true;
     QWidget::showEvent(event);
 }
 

@@ -38,7 +38,6 @@ public slots:
 protected:
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
@@ -127,5 +126,5 @@ private:
     QSharedPointer<Heart> m_heart;
     QPointer<QMessageBox> m_writingBox; // the library is held while it is open
     std::function<QString()> m_result;  // asked anew when the language changes
-    QByteArray m_lastGeometry;
+    bool m_bShownBefore = false;
 };
