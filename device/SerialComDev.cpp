@@ -623,3 +623,11 @@ void SerialComDev::slot_heartBeat()
     const int result = getRockerInfo(m_iDeviceId, &state);
     emit signal_heartBeatInfo(state, result);
 }
+
+void SerialComDev::slot_consoleHeartBeat()
+{
+    const LibraryLock library;
+    CONTROLER_STATE state = {};
+    const int result = getRockerInfo(m_iDeviceId, &state);
+    emit signal_consoleHeartBeatInfo(state, result);
+}

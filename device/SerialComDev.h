@@ -146,6 +146,8 @@ signals:
     void signal_updateCurrentPos(int ID, double pos);
     void signal_updateDevState(int Axis, MotorStageState state);
     void signal_heartBeatInfo(CONTROLER_STATE state, int ret);
+    /** As signal_heartBeatInfo, for the engineering console: neither counts the beats that the other one misses. */
+    void signal_consoleHeartBeatInfo(CONTROLER_STATE state, int ret);
     /**
      * Outcome of an operation on axis ID. state: OperationState. type: 1 move, 2 target set, 3 drive, 4 displacement
      * set, 5 jog, 6 jog parameters, 8 stop, 10 loop run, 11 loop parameters and trigger, 13 homing, 99 general.
@@ -173,6 +175,8 @@ public slots:
     void slot_setPosConpenEnable(int Axis, bool b);
     /** One sign of life: reads the joystick information. */
     void slot_heartBeat();
+    /** As slot_heartBeat, answered by signal_consoleHeartBeatInfo. */
+    void slot_consoleHeartBeat();
 
 private:
     SerialComDev();

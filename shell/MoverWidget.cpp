@@ -2,6 +2,7 @@
 #include "shell/MoverWidget.h"
 
 #include "axis/MoverControlWidget.h"
+#include "console/DebugWidget.h"
 #include "device/SerialComDev.h"
 #include "models/AddControlsWidget.h"
 #include "models/StageParams.h"
@@ -106,6 +107,7 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
     connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
 
+    m_console = std::make_unique<DebugWidget>();
     m_placeholder = new PlaceholderWidget(this);
     m_placeholder->hide();
 
@@ -393,7 +395,13 @@ void MoverWidget::on_pushButton_settings_clicked()
     showCentred(m_options);
 }
 
-void MoverWidget::on_pushButton_debug_clicked() {}
+void MoverWidget::on_pushButton_debug_clicked()
+{
+    m_console->setWindowState(m_console->windowState() & ~Qt::WindowMinimized);
+    m_console->show();
+    m_console->raise();
+    m_console->activateWindow();
+}
 
 void MoverWidget::on_pushButton_showMin_clicked()
 {
@@ -415,6 +423,7 @@ void MoverWidget::on_pushButton_close_clicked()
     if (m_bClosing)
         return;
     m_bClosing = true;
+    m_console->close(); // before the device: it may hold the library
     qDebug() << "on_pushButton_close_clicked: close the device";
     {
         const BusyCursor busy;

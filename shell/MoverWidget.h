@@ -15,6 +15,7 @@
 
 class AddControlsWidget;
 class ConnectionWidget;
+class DebugWidget;
 class HelpWidget;
 class MoverControlWidget;
 class MyBorderContainer;
@@ -88,6 +89,7 @@ private:
     AddControlsWidget *m_addControls = nullptr;
     HelpWidget *m_help = nullptr;
     ConnectionWidget *m_connection = nullptr;
+    std::unique_ptr<DebugWidget> m_console; // a window of its own, without a parent
     std::unique_ptr<SerialPortChangeFilter> m_portWatcher;
     QTimer m_portCheckRetry;
     OptionsWidget *m_options = nullptr;

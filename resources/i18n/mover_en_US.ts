@@ -61,6 +61,25 @@ actual travel of the stage!</translation>
     </message>
 </context>
 <context>
+    <name>CompensationModel</name>
+    <message>
+        <source>+期望位置</source>
+        <translation>+Expected</translation>
+    </message>
+    <message>
+        <source>+实际位置</source>
+        <translation>+Actual</translation>
+    </message>
+    <message>
+        <source>-期望位置</source>
+        <translation>-Expected</translation>
+    </message>
+    <message>
+        <source>-实际位置</source>
+        <translation>-Actual</translation>
+    </message>
+</context>
+<context>
     <name>ConnectionWidget</name>
     <message>
         <source>连接设备</source>
@@ -132,6 +151,285 @@ actual travel of the stage!</translation>
     <message>
         <source>停止运行</source>
         <translation>Stop runing</translation>
+    </message>
+</context>
+<context>
+    <name>DebugWidget</name>
+    <message>
+        <source>工程控制台</source>
+        <translation>Engineering console</translation>
+    </message>
+    <message>
+        <source>轴(&amp;A)</source>
+        <translation>&amp;Axis</translation>
+    </message>
+    <message>
+        <source>输入(&amp;I)</source>
+        <translation>&amp;Input</translation>
+    </message>
+    <message>
+        <source>不是数字，已按 0 发送</source>
+        <translation>Not a number: 0 was sent</translation>
+    </message>
+    <message>
+        <source>结果(&amp;R)</source>
+        <translation>&amp;Result</translation>
+    </message>
+    <message>
+        <source>状态(&amp;S)</source>
+        <translation>&amp;Status</translation>
+    </message>
+    <message>
+        <source>命令</source>
+        <translation>Commands</translation>
+    </message>
+    <message>
+        <source>运动</source>
+        <translation>Motion</translation>
+    </message>
+    <message>
+        <source>速度</source>
+        <translation>Speed</translation>
+    </message>
+    <message>
+        <source>位置</source>
+        <translation>Position</translation>
+    </message>
+    <message>
+        <source>JOG</source>
+        <translation>Jog</translation>
+    </message>
+    <message>
+        <source>循环</source>
+        <translation>Loop</translation>
+    </message>
+    <message>
+        <source>标识</source>
+        <translation>Identity</translation>
+    </message>
+    <message>
+        <source>触发</source>
+        <translation>Trigger</translation>
+    </message>
+    <message>
+        <source>设备</source>
+        <translation>Device</translation>
+    </message>
+    <message>
+        <source>丢失的心跳：</source>
+        <translation>Missed beats</translation>
+    </message>
+    <message>
+        <source>电机参数</source>
+        <translation>Motor Param</translation>
+    </message>
+    <message>
+        <source>位移台</source>
+        <translation>Stage</translation>
+    </message>
+    <message>
+        <source>型号名称：</source>
+        <translation>Model name</translation>
+    </message>
+    <message>
+        <source>序列号：</source>
+        <translation>Serial NO.</translation>
+    </message>
+    <message>
+        <source>位移台类型：</source>
+        <translation>Stage type</translation>
+    </message>
+    <message>
+        <source>直线</source>
+        <translation>Linear</translation>
+    </message>
+    <message>
+        <source>旋转</source>
+        <translation>Rotation</translation>
+    </message>
+    <message>
+        <source>角度</source>
+        <translation>Angle</translation>
+    </message>
+    <message>
+        <source>垂直</source>
+        <translation>Vertical</translation>
+    </message>
+    <message>
+        <source>单位类型：</source>
+        <translation>Unit type</translation>
+    </message>
+    <message>
+        <source>一圈的脉冲数：</source>
+        <translation>Pulses/cycle</translation>
+    </message>
+    <message>
+        <source>导程：</source>
+        <translation>Lead</translation>
+    </message>
+    <message>
+        <source>电机相数：</source>
+        <translation>Motor phases</translation>
+    </message>
+    <message>
+        <source>修改日期：</source>
+        <translation>Modification date</translation>
+    </message>
+    <message>
+        <source>行程与速度</source>
+        <translation>Travel and speed</translation>
+    </message>
+    <message>
+        <source>运动方向：</source>
+        <translation>Moving direction</translation>
+    </message>
+    <message>
+        <source>正向</source>
+        <translation>Positive</translation>
+    </message>
+    <message>
+        <source>负向</source>
+        <translation>Negative</translation>
+    </message>
+    <message>
+        <source>最小位置：</source>
+        <translation>Minimum position</translation>
+    </message>
+    <message>
+        <source>最大位置：</source>
+        <translation>Maximum position</translation>
+    </message>
+    <message>
+        <source>最大速度：</source>
+        <translation>Maximum speed</translation>
+    </message>
+    <message>
+        <source>最大加速度：</source>
+        <translation>Maximum acceleration</translation>
+    </message>
+    <message>
+        <source>回原点的速度：</source>
+        <translation>Reset speed</translation>
+    </message>
+    <message>
+        <source>摇杆最大速度：</source>
+        <translation>Maximum rocker speed</translation>
+    </message>
+    <message>
+        <source>回程差：</source>
+        <translation>Backlash</translation>
+    </message>
+    <message>
+        <source>限位与零点</source>
+        <translation>Limits and zero</translation>
+    </message>
+    <message>
+        <source>正限位极性：</source>
+        <translation>P-LSP</translation>
+    </message>
+    <message>
+        <source>低电平</source>
+        <translation>Low level</translation>
+    </message>
+    <message>
+        <source>高电平</source>
+        <translation>High level</translation>
+    </message>
+    <message>
+        <source>负限位极性：</source>
+        <translation>N-LSP</translation>
+    </message>
+    <message>
+        <source>零点位极性：</source>
+        <translation>Z-PSP</translation>
+    </message>
+    <message>
+        <source>限位方向：</source>
+        <translation>Limiting direction</translation>
+    </message>
+    <message>
+        <source>光耦顺序：</source>
+        <translation>Opto order</translation>
+    </message>
+    <message>
+        <source>光耦数量：</source>
+        <translation>Opto count</translation>
+    </message>
+    <message>
+        <source>零点光耦宽度：</source>
+        <translation>Zero opto width</translation>
+    </message>
+    <message>
+        <source>读出参数</source>
+        <translation>ReadParam</translation>
+    </message>
+    <message>
+        <source>写入参数</source>
+        <translation>WriteParam</translation>
+    </message>
+    <message>
+        <source>位置补偿</source>
+        <translation>Pos Conpen</translation>
+    </message>
+    <message>
+        <source>读取补偿表</source>
+        <translation>Read table</translation>
+    </message>
+    <message>
+        <source>写入补偿表</source>
+        <translation>Write table</translation>
+    </message>
+    <message>
+        <source>粘贴</source>
+        <translation>Paste</translation>
+    </message>
+    <message>
+        <source>清空表格</source>
+        <translation>Clear table</translation>
+    </message>
+    <message>
+        <source>启用补偿</source>
+        <translation>Compensation on</translation>
+    </message>
+    <message>
+        <source>关闭补偿</source>
+        <translation>Compensation off</translation>
+    </message>
+    <message>
+        <source>识别芯片</source>
+        <translation>ID chip</translation>
+    </message>
+    <message>
+        <source>擦除位移台识别芯片中的全部参数。擦除后位移台不再被自动识别，直到重新写入电机参数。</source>
+        <translation>Erases all parameters in the identification chip of the stage. The stage is then no longer detected until motor parameters are written again.</translation>
+    </message>
+    <message>
+        <source>轴(&amp;X)</source>
+        <translation>A&amp;xis</translation>
+    </message>
+    <message>
+        <source>擦除芯片</source>
+        <translation>Erase chip</translation>
+    </message>
+    <message>
+        <source>写入电机参数失败：error（%1）</source>
+        <translation>Failed to write motor parameters: error (%1)</translation>
+    </message>
+    <message>
+        <source>写入电机参数成功</source>
+        <translation>Write motor parameters successfully</translation>
+    </message>
+    <message>
+        <source>提示</source>
+        <translation>Message</translation>
+    </message>
+    <message>
+        <source>写入中，请等待控制器状态指示灯变绿后再进行其他操作！</source>
+        <translation>Writing. Please wait until the status light of the controller turns green before any other operation!</translation>
+    </message>
+    <message>
+        <source>读取电机参数失败：error（%1）</source>
+        <translation>Failed to read motor parameters: error (%1)</translation>
     </message>
 </context>
 <context>

@@ -66,6 +66,7 @@ QVector<Single> singles()
     return {
         {"company", {70, 20}},
         {"devLogo", {284, 20}},
+        {"console", {32, 32}},
         {"showMax", {24, 24}},
         {"showNormal", {24, 24}},
         {"advertising", {640, 360}},

@@ -1,0 +1,356 @@
+// SPDX-License-Identifier: MIT
+#include "console/DebugWidget.h"
+
+#include "console/CompensationModel.h"
+#include "console/ConsoleCommands.h"
+#include "console/NumberInput.h"
+#include "device/LibraryLock.h"
+#include "device/LibraryText.h"
+#include "device/SerialComDev.h"
+#include "widgets/BusyCursor.h"
+#include "widgets/Dialogs.h"
+
+#include "ui_DebugWidget.h"
+
+#include "device/moverLibrary.h"
+
+#include <QCloseEvent>
+#include <QDebug>
+#include <QIcon>
+#include <QMessageBox>
+#include <QWindow>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+namespace {
+
+template <typename... Functions>
+struct Overloaded : Functions... {
+    using Functions::operator()...;
+};
+template <typename... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
+
+const ConsoleCommand &commandOf(int button)
+{
+    return *std::find_if(std::begin(consoleCommands), std::end(consoleCommands), [button](const ConsoleCommand &row) {
+        return row.button == button;
+    });
+}
+
+int deviceId()
+{
+    return SerialComDev::instance()->deviceId();
+}
+
+std::unique_ptr<Ui::DebugWidget> makeForm(QWidget *window)
+{
+    auto form = std::make_unique<Ui::DebugWidget>();
+    form->setupUi(window);
+    return form;
+}
+
+} // namespace
+
+DebugWidget::DebugWidget(QWidget *parent)
+    : QWidget(parent)
+    , ui(makeForm(this))
+    , m_motorParams(*ui)
+    , m_compensation(new CompensationModel(this))
+{
+    setWindowIcon(QIcon(QStringLiteral(":/image/console.png")));
+    for (const ConsoleCommand &command : consoleCommands) {
+        auto *button = findChild<QPushButton *>(QStringLiteral("pushButton_%1").arg(command.button));
+        button->setText(QString::fromUtf8(command.label));
+        button->setToolTip(QLatin1String(command.function));
+    }
+    ui->pushButton_44->setText(QStringLiteral("开始心跳"));
+    ui->pushButton_54->setText(QStringLiteral("结束心跳"));
+    ui->tableView_conpen->setModel(m_compensation);
+    ui->tableView_conpen->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    ui->tableView_conpen->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    showInputWrong(false);
+}
+
+DebugWidget::~DebugWidget() = default;
+
+// ---- Commands ------------------------------------------------------------------------------------------------------
+
+int DebugWidget::axis() const
+{
+    return ui->comboBox_axis->currentIndex();
+}
+
+void DebugWidget::run(int button)
+{
+    const ConsoleCommand &command = commandOf(button);
+    const QString input = ui->lineEdit_input->text();
+    bool readable = true;
+    std::optional<int> state;
+    QString result;
+    {
+        const BusyCursor busy;
+        std::optional<LibraryLock> library;
+        if (command.locked)
+            library.emplace();
+        const int id = deviceId();
+        const int axis = this->axis();
+        result = std::visit(
+            Overloaded{
+                [&](ConsoleCommand::Call call) { return QString::number(call(id, axis)); },
+                [&](ConsoleCommand::IntegerSetter call) {
+                    int value = 0;
+                    readable = NumberInput::read(input, value);
+                    return QString::number(call(id, axis, value));
+                },
+                [&](ConsoleCommand::RealSetter call) {
+                    double value = 0;
+                    readable = NumberInput::read(input, value);
+                    return QString::number(call(id, axis, value));
+                },
+                [&](ConsoleCommand::TextSetter call) {
+                    const QByteArray bytes = input.toLatin1();
+                    return QString::number(call(id, axis, bytes.constData(), bytes.size()));
+                },
+                [&](ConsoleCommand::RealGetter call) { return QString::number(call(id, axis), 'g', 8); },
+                [&](ConsoleCommand::TextGetter call) {
+                    LibraryText text;
+                    const int status = call(id, axis, text.data(), text.length());
+                    return status < 0 ? QString::number(status) : text.toString();
+                },
+                [&](ConsoleCommand::StateGetter call) {
+                    MotorStageState flags = {};
+                    state = call(id, axis, &flags);
+                    return QStringLiteral("可以运行：%1, 停止：%2, 使能：%3, 归零：%4, 左限位：%5, 右限位：%6")
+                        .arg(flags.isCanRun)
+                        .arg(flags.isStop)
+                        .arg(flags.isEnable)
+                        .arg(flags.isHome)
+                        .arg(flags.isLeftLimit)
+                        .arg(flags.isRightLimit);
+                },
+            },
+            command.operation);
+    }
+    showInputWrong(!readable);
+    if (state)
+        ui->lineEdit_state->setText(QString::number(*state));
+    showResult(command.function, [result] { return result; });
+}
+
+/** Shows what came of a library call, in whatever language is chosen. */
+void DebugWidget::showResult(const char *function, const std::function<QString()> &text)
+{
+    m_result = text;
+    ui->label_function->setText(QLatin1String(function));
+    ui->lineEdit_result->setText(text());
+    ui->lineEdit_result->setCursorPosition(0);
+}
+
+void DebugWidget::showInputWrong(bool wrong)
+{
+    NumberInput::mark(ui->lineEdit_input, wrong);
+    ui->label_inputWrong->setVisible(wrong);
+}
+
+void DebugWidget::on_lineEdit_input_textEdited()
+{
+    showInputWrong(false);
+}
+
+// ---- Motor parameters ----------------------------------------------------------------------------------------------
+
+void DebugWidget::on_pushButton_writeMotorParams_clicked()
+{
+    const MotorParams params = m_motorParams.record();
+    qDebug() << "motorParams.minPos:" << params.minPos;
+    std::optional<LibraryLock> library;
+    int result = 0;
+    {
+        const BusyCursor busy;
+        library.emplace();
+        result = setMotorParams(deviceId(), axis(), params);
+    }
+    if (result < 0) {
+        showResult("setMotorParams", [result] { return tr("写入电机参数失败：error（%1）").arg(result); });
+        return;
+    }
+    showResult("setMotorParams", [] { return tr("写入电机参数成功"); });
+
+    // On purpose nobody reaches the library until the user has seen that the controller is still writing. Whatever
+    // runs in this thread meanwhile must not wait for the library.
+    QMessageBox box(
+        QMessageBox::Information, tr("提示"), tr("写入中，请等待控制器状态指示灯变绿后再进行其他操作！"),
+        QMessageBox::Ok, this);
+    connect(&box, &QDialog::finished, &box, [&library] { library.reset(); });
+    m_writingBox = &box;
+    box.exec();
+}
+
+void DebugWidget::on_pushButton_readMorotParams_clicked()
+{
+    MotorParams params = {};
+    int result = 0;
+    {
+        const BusyCursor busy;
+        const LibraryLock library;
+        result = getMotorParams(deviceId(), axis(), &params);
+    }
+    if (result < 0) {
+        showResult("getMotorParams", [result] { return tr("读取电机参数失败：error（%1）").arg(result); });
+        return;
+    }
+    m_motorParams.show(params);
+    showResult("getMotorParams", [result] { return QString::number(result); });
+}
+
+// ---- Identification chip -------------------------------------------------------------------------------------------
+
+void DebugWidget::on_pushButton_clear_clicked()
+{
+    // On purpose without LibraryLock, and no result is shown.
+    const BusyCursor busy;
+    setClearIDChip(deviceId(), ui->comboBox_chipAxis->currentIndex());
+}
+
+// ---- Position compensation -----------------------------------------------------------------------------------------
+
+void DebugWidget::setPosConpen(int enable)
+{
+    int result = 0;
+    {
+        const BusyCursor busy;
+        const LibraryLock library;
+        result = setPosConpenEnable(deviceId(), axis(), enable);
+    }
+    showResult("setPosConpenEnable", [result] { return QString::number(result); });
+}
+
+void DebugWidget::on_pushButton_pos_conpen_enable_clicked()
+{
+    setPosConpen(1);
+}
+
+void DebugWidget::on_pushButton_pos_conpen_disable_clicked()
+{
+    setPosConpen(0);
+}
+
+void DebugWidget::on_pushButton_clicked()
+{
+    m_compensation->clearRows(1); // the first row keeps what it shows until the controller has something for it
+    CompensationModel::Pairs positive;
+    CompensationModel::Pairs negative;
+    positive.count = negative.count = CompensationModel::Rows;
+    int positiveResult = 0;
+    int negativeResult = 0;
+    {
+        const BusyCursor busy;
+        const LibraryLock library;
+        positiveResult = getPositivePosConpen(deviceId(), axis(), positive.values.data(), &positive.count);
+        negativeResult = getNegativePosConpen(deviceId(), axis(), negative.values.data(), &negative.count);
+    }
+    if (positiveResult >= 0)
+        m_compensation->show(CompensationModel::Positive, positive);
+    if (negativeResult >= 0)
+        m_compensation->show(CompensationModel::Negative, negative);
+    showResult("getPositivePosConpen, getNegativePosConpen", [positiveResult, negativeResult] {
+        return QStringLiteral("%1 %2").arg(positiveResult).arg(negativeResult);
+    });
+    qDebug() << "on_pushButton_clicked";
+}
+
+void DebugWidget::on_pushButton_pos_conpen_write_clicked()
+{
+    const CompensationModel::Pairs positive = m_compensation->pairs(CompensationModel::Positive);
+    const CompensationModel::Pairs negative = m_compensation->pairs(CompensationModel::Negative);
+    int positiveResult = 0;
+    int negativeResult = 0;
+    {
+        const BusyCursor busy;
+        const LibraryLock library;
+        positiveResult = setPositivePosConpen(deviceId(), axis(), positive.values.data(), positive.count);
+        negativeResult = setNegativePosConpen(deviceId(), axis(), negative.values.data(), negative.count);
+    }
+    showResult("setPositivePosConpen, setNegativePosConpen", [positiveResult, negativeResult] {
+        return QStringLiteral("%1 %2").arg(positiveResult).arg(negativeResult);
+    });
+}
+
+void DebugWidget::on_pushButton_pasteTable_clicked()
+{
+    ui->tableView_conpen->paste();
+}
+
+void DebugWidget::on_pushButton_clearTable_clicked()
+{
+    m_compensation->clearRows(0);
+}
+
+// ---- Heartbeat -----------------------------------------------------------------------------------------------------
+
+void DebugWidget::on_pushButton_44_clicked()
+{
+    ui->lineEdit_heart->setText(QStringLiteral("0"));
+    if (!m_heart) {
+        m_heart = QSharedPointer<Heart>::create();
+        const auto worker = SerialComDev::instance();
+        connect(m_heart.data(), &Heart::heartBreak, this, &DebugWidget::hertBreak);
+        connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_consoleHeartBeat);
+        connect(worker.data(), &SerialComDev::signal_consoleHeartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
+    }
+    m_heart->startHeart();
+}
+
+void DebugWidget::on_pushButton_54_clicked()
+{
+    if (m_heart)
+        m_heart->stopHeart();
+}
+
+void DebugWidget::hertBreak(int n)
+{
+    ui->lineEdit_heart->setText(QString::number(n));
+}
+
+// ---- Window --------------------------------------------------------------------------------------------------------
+
+void DebugWidget::retranslate()
+{
+    ui->retranslateUi(this);
+    m_compensation->retranslate();
+    if (m_result)
+        ui->lineEdit_result->setText(m_result());
+}
+
+void DebugWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+    QWidget::changeEvent(event);
+}
+
+/** Whoever closes the console, above all the program that quits, gets the library back at once. */
+void DebugWidget::closeEvent(QCloseEvent *event)
+{
+    if (m_writingBox)
+        m_writingBox->reject();
+    QWidget::closeEvent(event);
+}
+
+void DebugWidget::showEvent(QShowEvent *event)
+{
+    // Changes nothing, but tells the window manager that the place is meant: it would find one of its own, even for a
+    // window that the user has moved.
+    if (m_bShownBefore)
+        windowHandle()->setGeometry(geometry());
+    m_bShownBefore = true;
+    QWidget::showEvent(event);
+}
+
+void DebugWidget::paintEvent(QPaintEvent *)
+{
+    Dialogs::paintBackground(this);
+}

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+#include "console/DebugWidget.h"
+
+#include "device/LibraryLock.h"
+#include "device/SerialComDev.h"
+#include "shell/ConnectionWidget.h"
+#include "shell/MoverWidget.h"
+#include "simulator/SimulatorControl.h"
+#include "support/DebugLog.h"
+#include "tests/console/MessageBoxWatch.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+constexpr int device = 1001;
+
+DebugWidget *console()
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (auto *console = qobject_cast<DebugWidget *>(window))
+            return console;
+    }
+    return nullptr;
+}
+
+void click(const QObject *window, const char *button)
+{
+    window->findChild<QPushButton *>(QString::fromUtf8(button))->click();
+}
+
+} // namespace
+
+/** The console as the main window has it: shown by a button, closed with the program. */
+class tst_DebugWidgetInMainWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        simulator::reset();
+        m_window = std::make_unique<MoverWidget>();
+        m_window->show();
+    }
+    void cleanup()
+    {
+        m_window.reset();
+        QVERIFY(SerialComDev::shutDown(5000));
+        QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
+    }
+
+    void waitsHiddenWithoutAParent()
+    {
+        QVERIFY(console());
+        QVERIFY(!console()->parent());
+        QVERIFY(!console()->isVisible());
+    }
+    void theDebugButtonShowsIt()
+    {
+        click(m_window.get(), "pushButton_debug");
+        QVERIFY(console()->isVisible());
+        console()->showMinimized();
+        click(m_window.get(), "pushButton_debug");
+        QVERIFY(!console()->isMinimized());
+    }
+    void theDebugButtonShowsItWhereItWas()
+    {
+        click(m_window.get(), "pushButton_debug");
+        const QRect place(33, 44, 1205, 665);
+        console()->setGeometry(place);
+        console()->close();
+        QVERIFY(m_window->isVisible());
+        click(m_window.get(), "pushButton_debug");
+        QCOMPARE(console()->geometry(), place);
+    }
+    void closingItKeepsTheProgramRunning()
+    {
+        click(m_window.get(), "pushButton_debug");
+        QSignalSpy lastWindowClosed(qApp, &QGuiApplication::lastWindowClosed);
+        QVERIFY(console()->close());
+        QCoreApplication::processEvents();
+        QVERIFY(!console()->isVisible());
+        QCOMPARE(lastWindowClosed.count(), 0);
+    }
+    void goesWithTheMainWindow()
+    {
+        const QPointer<DebugWidget> before = console();
+        click(m_window.get(), "pushButton_debug");
+        m_window.reset();
+        QVERIFY(!before);
+    }
+    void closingTheProgramClosesIt()
+    {
+        click(m_window.get(), "pushButton_debug");
+        QTimer::singleShot(0, this, [this] { m_window->close(); });
+        QCOMPARE(QApplication::exec(), 0);
+        QVERIFY(!console()->isVisible());
+    }
+    void closingTheProgramFromOutsideGetsPastTheWritingBox()
+    {
+        connectDevice();
+        click(m_window.get(), "pushButton_debug");
+        const DebugLog log;
+        bool wasHeld = false;
+        const MessageBoxWatch watch([&](QMessageBox &) {
+            wasHeld = !LibraryLock(0).isLocked();
+            emit SerialComDev::instance()->signal_stopMotor(0); // the worker waits for the library
+            m_window->close();
+        });
+        QTimer::singleShot(0, this, [] {
+            click(console(), "pushButton_readMorotParams");
+            click(console(), "pushButton_writeMotorParams");
+        });
+        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(watch.opened(), 1);
+        QVERIFY(wasHeld);
+        QVERIFY(LibraryLock(0).isLocked());
+        QVERIFY(!log.contains(QStringLiteral("the device is left open")));
+        QCOMPARE(SerialComDev::instance()->deviceId(), 0);
+        // What the worker had to do came first. Polls of the panels may stand in between.
+        const auto calls = simulator::journalText();
+        const auto stop = std::find(calls.begin(), calls.end(), "stopRuning(1001, 0) = 0");
+        const auto close = std::find(stop, calls.end(), "closeTSDevice(1001) = 0");
+        QVERIFY(std::find(close, calls.end(), "removeDev(1001) = 0") != calls.end());
+    }
+    void aDeviceChangeDuringTheWritingBoxIsLookedAtAfterwards()
+    {
+        connectDevice();
+        int listedBefore = 0;
+        int listedMeanwhile = 0;
+        const MessageBoxWatch watch([&](QMessageBox &) {
+            listedBefore = simulator::callCount("listTSMotorControlerDevices");
+            m_window->slot_usbDevPortChanged();
+            listedMeanwhile = simulator::callCount("listTSMotorControlerDevices");
+        });
+        click(console(), "pushButton_readMorotParams");
+        click(console(), "pushButton_writeMotorParams");
+        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(listedMeanwhile, listedBefore);
+        QTRY_COMPARE(simulator::callCount("listTSMotorControlerDevices"), listedBefore + 1);
+    }
+
+private:
+    void connectDevice()
+    {
+        auto *connection = m_window->findChild<ConnectionWidget *>();
+        connection->refreshDevices();
+        click(connection, "pushButton_connectSerial");
+        QCOMPARE(SerialComDev::instance()->deviceId(), device);
+        connection->close();
+    }
+
+    std::unique_ptr<MoverWidget> m_window;
+};
+
+QTEST_MAIN(tst_DebugWidgetInMainWindow)
+#include "tst_DebugWidgetInMainWindow.moc"
