@@ -121,7 +121,7 @@ private:
     QString m_sName;
     MotorStageState m_sState = {};
     QString m_sUnit = QStringLiteral("mm");
-    QTimer m_updateTimer;
+    QTimer m_updateTimer{this};
     bool m_bRockerMode = false;
     quint32 m_uRunCount = 0; // last one seen of the loop run that is counting
     MoverDevParam m_param;

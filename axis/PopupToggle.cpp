@@ -36,9 +36,18 @@ bool PopupToggle::opensPopup()
 
 bool PopupToggle::eventFilter(QObject *watched, QEvent *event)
 {
-    // A press that comes before the deactivation finds the popup still open, one that comes after finds it just closed.
-    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        // One that comes before the deactivation finds the popup still open, one that comes after finds it just closed.
         m_bPressClosesPopup =
             m_popup->isVisible() || (m_sinceClosed.isValid() && m_sinceClosed.elapsed() < samePressMs);
+        break;
+    case QEvent::KeyPress: // takes nothing from the popup, and nothing of an earlier press counts
+        m_bPressClosesPopup = false;
+        break;
+    default:
+        break;
+    }
     return QObject::eventFilter(watched, event);
 }

@@ -11,7 +11,7 @@
 
 #include <QCoreApplication>
 #include <QDebug>
-#include <QEvent>
+#include <QKeyEvent>
 #include <QListView>
 
 namespace {
@@ -41,7 +41,7 @@ bool writeStage(int axis, const MoverDevParam &stage)
 } // namespace
 
 AddControlsWidget::AddControlsWidget(QWidget *parent)
-    : QDialog(parent)
+    : QWidget(parent)
     , m_ui(makeForm(this))
     , m_drag(this, m_ui->widget_title)
 {
@@ -53,6 +53,7 @@ AddControlsWidget::AddControlsWidget(QWidget *parent)
     m_ui->buttonGroup_types->setId(m_ui->pushButton_rotationControl, STAGE_ROTATION);
     m_ui->buttonGroup_types->setId(m_ui->pushButton_angularControl, STAGE_ANGULAR);
     m_ui->buttonGroup_types->setId(m_ui->pushButton_liftingControl, STAGE_LIFTING);
+    m_ui->comboBox_models->setFocus(); // ready for a name to be typed
 }
 
 AddControlsWidget::~AddControlsWidget() = default;
@@ -134,23 +135,38 @@ void AddControlsWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange)
         m_ui->retranslateUi(this);
-    QDialog::changeEvent(event);
+    QWidget::changeEvent(event);
+}
+
+void AddControlsWidget::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        close();
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        on_pushButton_confirm_clicked();
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+    }
 }
 
 void AddControlsWidget::mousePressEvent(QMouseEvent *event)
 {
     if (!m_drag.press(event))
-        QDialog::mousePressEvent(event);
+        QWidget::mousePressEvent(event);
 }
 
 void AddControlsWidget::mouseMoveEvent(QMouseEvent *event)
 {
     if (!m_drag.move(event))
-        QDialog::mouseMoveEvent(event);
+        QWidget::mouseMoveEvent(event);
 }
 
 void AddControlsWidget::mouseReleaseEvent(QMouseEvent *event)
 {
     m_drag.release();
-    QDialog::mouseReleaseEvent(event);
+    QWidget::mouseReleaseEvent(event);
 }

@@ -4,7 +4,7 @@
 #include "models/StageModelCatalogue.h"
 #include "widgets/TitleBarDrag.h"
 
-#include <QDialog>
+#include <QWidget>
 
 #include <memory>
 
@@ -18,7 +18,7 @@ class AddControlsWidget;
  * The dialog in which the user says which stage model sits on a free axis. Confirming writes the model's parameters to
  * the axis. Created once; before each showing the owner calls setAxisNames() and loadModelsData().
  */
-class AddControlsWidget final : public QDialog
+class AddControlsWidget final : public QWidget
 {
     Q_OBJECT
 
@@ -41,6 +41,8 @@ signals:
 
 protected:
     void changeEvent(QEvent *event) override;
+    /** Escape closes, Return confirms. */
+    void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;

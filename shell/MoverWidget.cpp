@@ -111,6 +111,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
+    ui->pushButton_connect->setFocus(); // the first thing to do
 }
 
 MoverWidget::~MoverWidget() = default;

@@ -3,6 +3,7 @@
 
 #include <QGraphicsDropShadowEffect>
 #include <QPainter>
+#include <QScreen>
 #include <QStyle>
 #include <QStyleOption>
 #include <QWidget>
@@ -24,6 +25,14 @@ void Dialogs::centreOn(QWidget *popup, const QWidget *window)
 {
     popup->move(
         window->x() + (window->width() - popup->width()) / 2, window->y() + (window->height() - popup->height()) / 2);
+}
+
+void Dialogs::keepOnScreen(QWidget *popup)
+{
+    const QRect screen = popup->screen()->availableGeometry();
+    popup->move(
+        qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - popup->width())),
+        qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - popup->height())));
 }
 
 void Dialogs::paintBackground(QWidget *widget)

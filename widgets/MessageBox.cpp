@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/MessageBox.h"
 
+#include "widgets/Dialogs.h"
+
 #include <QCoreApplication>
 #include <QFontMetrics>
-#include <QGridLayout>
+#include <QLayout>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QStyle>
 
 #include <algorithm>
@@ -61,18 +64,50 @@ int widestLine(const QString &text)
     return widest;
 }
 
-/** QMessageBox takes its size from its layout alone: a spacer column and row hold it open. */
-void setMinimumSize(QMessageBox &box, QSize size)
+/**
+ * QMessageBox gives itself a fixed size whenever it is shown or laid out anew: less than its style sheet asks for,
+ * never wider than 1000 pixels and no higher than the text's minimum height, which cuts long texts. This one then grows
+ * to what it is given and its contents need.
+ */
+class SizedMessageBox final : public QMessageBox
 {
-    auto *layout = qobject_cast<QGridLayout *>(box.layout());
-    if (!layout)
-        return;
-    const QMargins margins = layout->contentsMargins();
-    layout->addItem(
-        new QSpacerItem(size.width() - margins.left() - margins.right(), 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
-        layout->rowCount(), 0, 1, layout->columnCount());
-    layout->setRowMinimumHeight(0, size.height() - margins.top() - margins.bottom() - 80);
-}
+public:
+    SizedMessageBox(QWidget *parent, QSize minimum)
+        : QMessageBox(parent)
+        , m_minimum(minimum)
+    {
+    }
+
+protected:
+    bool event(QEvent *event) override
+    {
+        const bool handled = QMessageBox::event(event);
+        if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::FontChange)
+            grow();
+        return handled;
+    }
+    void showEvent(QShowEvent *event) override
+    {
+        QMessageBox::showEvent(event);
+        grow();
+        // Its size is known only now, and the window manager would place it as it likes.
+        if (parentWidget())
+            Dialogs::centreOn(this, parentWidget()->window());
+        Dialogs::keepOnScreen(this);
+    }
+
+private:
+    void grow()
+    {
+        QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
+        // The text's minimum height is that of its sheet, however many lines it has.
+        const int height = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(size.width())
+                                                         : layout()->totalSizeHint().height();
+        setFixedSize(size.expandedTo({0, height}));
+    }
+
+    QSize m_minimum;
+};
 
 } // namespace
 
@@ -81,7 +116,7 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     const Look look = lookOf(kind);
 
     // Not on the stack: whoever owns the parent may destroy it, and the box with it, while the event loop runs.
-    const QPointer<QMessageBox> box = new QMessageBox(parent);
+    const QPointer<QMessageBox> box = new SizedMessageBox(parent, look.minimum);
     box->setWindowIcon(box->style()->standardIcon(QStyle::SP_MessageBoxInformation));
     box->setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
     box->setText(text);
@@ -100,10 +135,9 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     box->setDefaultButton(confirm);
 
     box->setStyleSheet(boxSheet(look, widestLine(text) + 100));
-    setMinimumSize(*box, look.minimum);
     box->exec();
     // Not the result of exec(): a box whose event loop was ended from outside has neither consented nor refused.
     const bool confirmed = box && box->clickedButton() == confirm;
-    delete box;
+    delete box.data(); // null when it went with its parent
     return confirmed == look.cancelFirst ? 1 : 0;
 }

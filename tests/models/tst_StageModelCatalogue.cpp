@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "models/StageModelCatalogue.h"
 
-#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -23,9 +22,9 @@ StageModelCatalogue filledCatalogue()
 
 bool hasOnlyTheOldModel(const StageModelCatalogue &catalogue)
 {
-    return catalogue.names(STAGE_LINEAR) == QStringList{"OLD"} && catalogue.names(STAGE_ROTATION).isEmpty()
-           && catalogue.names(STAGE_ANGULAR).isEmpty() && catalogue.names(STAGE_LIFTING).isEmpty()
-           && catalogue.find("OLD", STAGE_LINEAR).has_value();
+    return catalogue.names(STAGE_LINEAR) == QStringList{"OLD"} && catalogue.names(STAGE_ROTATION).isEmpty() &&
+           catalogue.names(STAGE_ANGULAR).isEmpty() && catalogue.names(STAGE_LIFTING).isEmpty() &&
+           catalogue.find("OLD", STAGE_LINEAR).has_value();
 }
 
 /** A catalogue of the models in a JSON array. */
@@ -45,7 +44,7 @@ class tst_StageModelCatalogue : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
+    void initTestCase();
     void isEmptyAtFirst();
 
     void readsEveryField();
@@ -83,18 +82,17 @@ private slots:
 private:
     QString writeFile(const QByteArray &contents);
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    QTemporaryDir m_folder;
 };
 
-void tst_StageModelCatalogue::init()
+void tst_StageModelCatalogue::initTestCase()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
+    QVERIFY(m_folder.isValid());
 }
 
 QString tst_StageModelCatalogue::writeFile(const QByteArray &contents)
 {
-    QFile file(m_folder->filePath("deviceModelsParam"));
+    QFile file(m_folder.filePath("deviceModelsParam"));
     if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
         qFatal("cannot write the test's file");
     return file.fileName();
@@ -275,7 +273,7 @@ void tst_StageModelCatalogue::keepsModelsWhenTopLevelIsEmpty()
 {
     QFETCH(QByteArray, json);
     StageModelCatalogue catalogue = filledCatalogue();
-    QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^\"?loadModelsJson\"? \\d+"));
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^loadModelsJson \\d+"));
     catalogue.load(QJsonDocument::fromJson(json));
     QVERIFY(hasOnlyTheOldModel(catalogue));
 }
@@ -303,8 +301,8 @@ void tst_StageModelCatalogue::walksOnWhenAnotherTypeTookTheName()
 
 void tst_StageModelCatalogue::findsNothingBehindTheLastName()
 {
-    const StageModelCatalogue catalogue = catalogueOf(
-        R"([{"name": "A", "moveType": 0}, {"name": "M", "moveType": 0}, {"name": "M", "moveType": 1}])");
+    const StageModelCatalogue catalogue =
+        catalogueOf(R"([{"name": "A", "moveType": 0}, {"name": "M", "moveType": 0}, {"name": "M", "moveType": 1}])");
     QVERIFY(!catalogue.find("M", STAGE_LINEAR));
     QVERIFY(catalogue.find("M", STAGE_ROTATION));
 }
@@ -339,17 +337,15 @@ void tst_StageModelCatalogue::keepsModelsWhenFileCannotBeOpened_data()
 {
     QTest::addColumn<QString>("path");
     const QString file = writeFile(newModel);
-    const QString pipe = m_folder->filePath("pipe");
+    const QString pipe = m_folder.filePath("pipe");
     QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    const QString locked = m_folder->filePath("locked");
+    const QString locked = m_folder.filePath("locked");
     QVERIFY(QFile::copy(file, locked));
     QVERIFY(QFile::setPermissions(locked, {}));
-    // Kept until the last row has run.
-    m_folder->setAutoRemove(false);
 
-    QTest::newRow("missing") << m_folder->filePath("nothing");
+    QTest::newRow("missing") << m_folder.filePath("nothing");
     QTest::newRow("no path") << QString();
-    QTest::newRow("folder") << m_folder->path();
+    QTest::newRow("folder") << m_folder.path();
     QTest::newRow("below a file") << file + "/deviceModelsParam";
     QTest::newRow("pipe") << pipe;
     QTest::newRow("endless device") << "/dev/zero";
@@ -373,7 +369,7 @@ void tst_StageModelCatalogue::keepsModelsWhenFileCannotBeOpened()
 void tst_StageModelCatalogue::keepsModelsWhenFileIsBroken_data()
 {
     QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<int>("offset");
+    QTest::addColumn<int>("offset"); // of the fault; the parser may have gone one further
     QTest::newRow("empty") << QByteArray() << 0;
     QTest::newRow("blank") << QByteArray(" \n\n") << 3;
     QTest::newRow("cut") << newModel.left(20) << 20;
@@ -396,8 +392,10 @@ void tst_StageModelCatalogue::keepsModelsWhenFileIsBroken()
     StageModelCatalogue catalogue = filledCatalogue();
     QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^loadModelsData \\d+ [1-9]\\d*$"));
     QTest::ignoreMessage(
-        QtDebugMsg, QRegularExpression(QString("^loadModelsData \"%1\" offset %2 .+")
-                                           .arg(QRegularExpression::escape(path), QString::number(offset))));
+        QtDebugMsg, QRegularExpression(QString("^loadModelsData \"%1\" offset (%2|%3) .+")
+                                           .arg(QRegularExpression::escape(path))
+                                           .arg(offset)
+                                           .arg(offset + 1)));
     QVERIFY(catalogue.loadFile(path));
     QVERIFY(hasOnlyTheOldModel(catalogue));
 }

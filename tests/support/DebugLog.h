@@ -43,6 +43,9 @@ private:
     }
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
     {
+        // The offscreen platform complains about every window; the program cannot help it.
+        if (message.startsWith(QLatin1String("This plugin does not support")))
+            return;
         const QMutexLocker lock(&self()->m_mutex);
         self()->m_lines.append(message);
         if (type != QtDebugMsg && type != QtInfoMsg) {
