@@ -82,6 +82,12 @@ public:
         return files;
     }
 
+    /** Whether this text has come on standard output. */
+    bool hasSaid(const char *text)
+    {
+        m_output += process.readAllStandardOutput();
+        return m_output.contains(text);
+    }
     /** The lines on standard error, but for the program's own debug lines. */
     QStringList complaints()
     {
@@ -99,5 +105,6 @@ public:
 
 private:
     QTemporaryDir m_folder;
+    QByteArray m_output;
     QByteArray m_errors;
 };

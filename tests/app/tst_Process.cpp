@@ -196,7 +196,7 @@ void tst_Process::leavesFromEveryState()
     QFETCH(QString, way);
     Child child(drivenProgram, {state, way});
     child.start();
-    QTRY_VERIFY_WITH_TIMEOUT(child.process.readAllStandardOutput().contains("ready"), startLimitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(child.hasSaid("ready"), startLimitMs);
     QElapsedTimer timer;
     timer.start();
     QVERIFY(child.process.state() == QProcess::NotRunning || child.process.waitForFinished(startLimitMs));
@@ -237,7 +237,7 @@ void tst_Process::leavesOnASignalFromEveryState()
     QFETCH(QString, state);
     Child child(drivenProgram, {state, QStringLiteral("nothing")});
     child.start();
-    QTRY_VERIFY_WITH_TIMEOUT(child.process.readAllStandardOutput().contains("ready"), startLimitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(child.hasSaid("ready"), startLimitMs);
     QElapsedTimer timer;
     timer.start();
     child.send(SIGTERM);
