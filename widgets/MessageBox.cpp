@@ -89,6 +89,9 @@ protected:
     {
         QMessageBox::showEvent(event);
         grow();
+        // Once more for the size that it has now, and as little an explicit position as before.
+        adjustPosition(parentWidget());
+        setAttribute(Qt::WA_Moved, false);
     }
 
 private:

@@ -297,6 +297,22 @@ private slots:
         QCOMPARE(next.shown(), 1);
     }
 
+    void standsOverTheMiddleOfItsParent_data() { allKinds(); }
+    void standsOverTheMiddleOfItsParent()
+    {
+        QFETCH(Kind, kind);
+        QWidget parent;
+        parent.setGeometry(90, 120, 620, 540);
+        parent.show();
+        const OnMessageBox next([&](QMessageBox &box) {
+            // Half of a window frame is guessed at before there is one.
+            const QPoint off = box.geometry().center() - parent.geometry().center();
+            QVERIFY2(qAbs(off.x()) <= 10 && qAbs(off.y()) <= 40, QTest::toString(off));
+        });
+        MessageBox::exec(&parent, "!", kind);
+        QCOMPARE(next.shown(), 1);
+    }
+
     void speaksEnglishWithTheCatalogue()
     {
         QTranslator catalogue;
