@@ -6,11 +6,15 @@
 
 #include "ui_MoveParamWidget.h"
 
+#include <QBitmap>
+
 MoveParamWidget::MoveParamWidget(QWidget *parent)
     : MotionParamPopup(parent)
     , ui(std::make_unique<Ui::MoveParamWidget>())
 {
     ui->setupUi(this);
+    // This popup is not translucent: its window has the outline of its picture, arrow and all.
+    setMask(QPixmap(QStringLiteral(":/image/settings/moveParam.png")).mask());
     setUnitLabels(ui->label_posUnit, ui->label_speedUnit, ui->label_accUnit);
 }
 

@@ -58,25 +58,21 @@ bool StageModelCatalogue::loadFile(const QString &path)
     const QFileInfo info(path);
     if (info.exists() && !info.isFile()) {
         // Opening a pipe would wait for its writer, and a device may have no end.
-        qDebug() << "loadModelsData"
-                 << "open file error" << path << "is not a file";
+        qDebug() << "loadModelsData open file error" << path << "is not a file";
         return false;
     }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        qDebug() << "loadModelsData"
-                 << "open file error" << path << file.errorString();
+        qDebug() << "loadModelsData open file error" << path << file.errorString();
         return false;
     }
     if (file.size() > MaxFileSize) {
-        qDebug() << "loadModelsData"
-                 << "file too large" << path << file.size() << "limit" << MaxFileSize;
+        qDebug() << "loadModelsData file too large" << path << file.size() << "limit" << MaxFileSize;
         return true;
     }
     const QByteArray json = file.readAll();
     if (file.error() != QFile::NoError) {
-        qDebug() << "loadModelsData"
-                 << "read file error" << path << file.errorString();
+        qDebug() << "loadModelsData read file error" << path << file.errorString();
         return true;
     }
 

@@ -2,25 +2,47 @@
 #include "settings/LanguageStore.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <QSettings>
+#include <QSaveFile>
+
+// The file is one that QSettings reads and writes, but not by QSettings: it locks the file, and waits half a minute
+// for the lock of a program that was killed in between.
 
 namespace {
-
-constexpr char languageKey[] = "language/type";
 
 QString fileIn(const QString &folder)
 {
     return folder + QStringLiteral("/appConfig.ini");
 }
 
-/** QSettings writes a new file and renames it over the old one; atomicSyncRequired is its default. */
-bool write(const QString &file, int code)
+int codeIn(const QByteArray &text)
 {
-    QSettings settings(file, QSettings::IniFormat);
-    settings.setValue(QLatin1String(languageKey), code);
-    settings.sync();
-    return settings.status() == QSettings::NoError;
+    int code = 0;
+    bool inLanguage = false;
+    for (const QByteArray &rawLine : text.split('\n')) {
+        const QByteArray line = rawLine.trimmed();
+        const int equals = line.indexOf('=');
+        if (line.isEmpty() || line.startsWith(';'))
+            continue;
+        if (line.startsWith('[') && line.endsWith(']'))
+            inLanguage = line == "[language]";
+        else if (equals < 1)
+            return 0; // damaged
+        else if (inLanguage && line.left(equals).trimmed() == "type")
+            code = line.mid(equals + 1).trimmed().toInt();
+    }
+    return code;
+}
+
+/** Writes a new file and renames it over the old one. */
+bool write(const QString &name, int code)
+{
+    const QByteArray text = "[language]\ntype=" + QByteArray::number(code) + '\n';
+    QSaveFile file(name);
+    // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size() && file.commit();
 }
 
 } // namespace
@@ -35,15 +57,16 @@ int LanguageStore::load() const
 {
     const QFileInfo program(m_sProgramFile);
     const QFileInfo user(m_sUserFile);
-    const bool userCounts = user.exists() && !(program.exists() && program.lastModified() >= user.lastModified());
+    const bool userCounts = user.exists() && (!program.exists() || user.lastModified() >= program.lastModified());
 
-    const QSettings settings(userCounts ? m_sUserFile : m_sProgramFile, QSettings::IniFormat);
-    const int code = settings.value(QLatin1String(languageKey)).toInt();
-    return settings.status() == QSettings::NoError ? code : 0;
+    QFile file(userCounts ? m_sUserFile : m_sProgramFile);
+    return file.open(QIODevice::ReadOnly) ? codeIn(file.readAll()) : 0;
 }
 
 void LanguageStore::save(int code) const
 {
-    if (!write(m_sProgramFile, code))
-        write(m_sUserFile, code);
+    if (write(m_sProgramFile, code))
+        return;
+    QDir().mkpath(QFileInfo(m_sUserFile).path());
+    write(m_sUserFile, code);
 }

@@ -52,6 +52,7 @@ OptionsWidget::OptionsWidget(QWidget *parent)
             ui->groupBox_posConpen_3, ui->checkBox_posConpen_on3, ui->checkBox_posConpen_close3}},
       }}
     , m_motorParams(*ui)
+    , m_messageTimer(new QTimer(this))
 {
     Dialogs::makeFrameless(this, ui->widget_back);
 
@@ -61,9 +62,10 @@ OptionsWidget::OptionsWidget(QWidget *parent)
         pages->addButton(page);
     ui->stackedWidget->setCurrentWidget(ui->page_language);
 
-    m_messageTimer.setSingleShot(true);
-    m_messageTimer.setInterval(messageTimeMs);
-    connect(&m_messageTimer, &QTimer::timeout, this, [this] { showMessage(nullptr); });
+    m_messageTimer->setObjectName(QStringLiteral("timer_message"));
+    m_messageTimer->setSingleShot(true);
+    m_messageTimer->setInterval(messageTimeMs);
+    connect(m_messageTimer, &QTimer::timeout, this, [this] { showMessage(nullptr); });
 
     const QString qtChinese = QStringLiteral("qtbase_zh_CN");
     if (m_qtChinese.load(qtChinese, QCoreApplication::applicationDirPath()) ||
@@ -214,7 +216,7 @@ void OptionsWidget::on_pushButton_ReadParam_clicked()
     const int result = SerialComDev::instance()->getMotorParams(ui->comboBox_motorAxis->currentIndex(), params);
     if (result < 0) {
         showMessage([result] { return tr("读取电机参数失败：error（%1）").arg(result); });
-        m_messageTimer.start();
+        m_messageTimer->start();
         return;
     }
     m_motorParams.show(params);
@@ -238,7 +240,7 @@ void OptionsWidget::on_pushButton_WriteParam_clicked()
     m_motorParams.applyTo(params);
     const int result = worker->setMotorParams(axis, params);
     showMessage([failed, result] { return result < 0 ? failed(result) : tr("写入电机参数成功"); });
-    m_messageTimer.start();
+    m_messageTimer->start();
 }
 
 /** Shows a text on the motor-parameter page, in whatever language is chosen; none empties the line. */

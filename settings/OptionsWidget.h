@@ -94,5 +94,5 @@ private:
     std::array<AxisSettings, 3> m_axes;
     MotorParamEdits m_motorParams;
     std::function<QString()> m_message; // what label_msg shows, in the current language
-    QTimer m_messageTimer;
+    QTimer *m_messageTimer;
 };

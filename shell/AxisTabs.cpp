@@ -85,7 +85,7 @@ void AxisTabs::rebuild()
         order.append(tab);
     order.append(m_menuBar->findChild<QPushButton *>(QStringLiteral("pushButton_addAsix")));
     for (QWidget *widget : qAsConst(order))
-        layout->addWidget(widget);
+        layout->addWidget(widget, 0, Qt::AlignVCenter); // the connect button keeps the height of its picture
     layout->addStretch();
     layout->addWidget(rocker);
     rocker->setHidden(rockerHidden);

@@ -52,12 +52,20 @@ QString probe(int id)
     return answers ? serialNo.toString() : QString();
 }
 
+std::unique_ptr<Ui::ConnectionWidget> makeForm(QWidget *window)
+{
+    auto form = std::make_unique<Ui::ConnectionWidget>();
+    form->setupUi(window);
+    return form;
+}
+
 } // namespace
 
 ConnectionWidget::ConnectionWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(std::make_unique<Ui::ConnectionWidget>())
-    , m_drag((ui->setupUi(this), this), ui->widget_title)
+    , ui(makeForm(this))
+    , m_drag(this, ui->widget_title)
+    , m_hideTimer(this)
 {
     Dialogs::makeFrameless(this, ui->widget_back);
     ui->comboBox_comList->setView(new QListView(ui->comboBox_comList));
@@ -110,9 +118,16 @@ void ConnectionWidget::setConnected(bool connected)
 {
     ui->pushButton_connectSerial->setEnabled(!connected);
     ui->pushButton_disConnect->setEnabled(connected);
-    ui->label_msg->setText(connected ? tr("设备已连接") : tr("设备已断开"));
+    setMessage([connected] { return connected ? tr("设备已连接") : tr("设备已断开"); });
     SerialComDev::instance()->setOpened(connected);
     ui->label_msg->show();
+}
+
+/** Sets the text, without showing it, and arms the timer that hides it. */
+void ConnectionWidget::setMessage(const std::function<QString()> &text)
+{
+    m_message = text;
+    ui->label_msg->setText(text());
     m_hideTimer.start();
 }
 
@@ -127,8 +142,7 @@ void ConnectionWidget::on_pushButton_connectSerial_clicked()
     }
     if (result < 0) {
         // The text is set but not shown: it is seen only while the label still shows an earlier message.
-        ui->label_msg->setText(tr("打开设备失败(err:%1)").arg(result));
-        m_hideTimer.start();
+        setMessage([result] { return tr("打开设备失败(err:%1)").arg(result); });
         return;
     }
     m_iConnectedId = id;
@@ -157,9 +171,9 @@ void ConnectionWidget::on_pushButton_close_clicked()
 void ConnectionWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange) {
-        const QString entry = ui->comboBox_comList->currentText();
         ui->retranslateUi(this);
-        ui->comboBox_comList->setCurrentText(entry);
+        if (m_message)
+            ui->label_msg->setText(m_message());
     }
     QWidget::changeEvent(event);
 }

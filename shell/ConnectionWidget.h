@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -52,10 +53,12 @@ private slots:
 
 private:
     void setConnected(bool connected);
+    void setMessage(const std::function<QString()> &text);
 
     std::unique_ptr<Ui::ConnectionWidget> ui;
     TitleBarDrag m_drag;
     QTimer m_hideTimer;
+    std::function<QString()> m_message; // what label_msg says, in the current language
     int m_iConnectedId = 0;
     QString m_sConnectedText;
 };

@@ -53,12 +53,19 @@ QString connectSheet(const char *suffix)
         .arg(QLatin1String(suffix));
 }
 
+std::unique_ptr<Ui::MoverWidget> makeForm(QWidget *window)
+{
+    auto form = std::make_unique<Ui::MoverWidget>();
+    form->setupUi(window);
+    return form;
+}
+
 } // namespace
 
 MoverWidget::MoverWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(std::make_unique<Ui::MoverWidget>())
-    , m_drag((ui->setupUi(this), this), ui->widget_titleBar)
+    , ui(makeForm(this))
+    , m_drag(this, ui->widget_titleBar)
 {
     registerDeviceRecords();
     m_board = std::make_unique<PanelBoard>(ui->widget_controls);
@@ -104,6 +111,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
+    ui->pushButton_connect->setFocus(); // the first thing to do
 }
 
 MoverWidget::~MoverWidget() = default;
@@ -125,10 +133,11 @@ void MoverWidget::slot_devConnected()
         m_iAxisCount = worker->getDevAxisCount();
     }
     ui->radioButton_Rocker->setChecked(false); // what the last controller left behind
-    for (int axis = 0; alive && axis < m_iAxisCount; ++axis)
+    for (int axis = 0; axis < m_iAxisCount; ++axis) {
         initialiseAxis(axis);
-    if (!alive || m_bClosing)
-        return;
+        if (!alive || m_bClosing) // on the way out the library may hang: it is not called again
+            return;
+    }
 
     const BusyCursor busy;
     m_help->setFirmwareVersion(worker->getDevSoftVersion());
@@ -179,6 +188,7 @@ void MoverWidget::slot_devDisConnected()
 {
     m_tabs->clear();
     m_board->clear();
+    m_iAxisCount = 0;
     m_heart->stopHeart();
 }
 

@@ -70,7 +70,7 @@ void PanelBoard::relay()
     const int below = (count + 1) / 2;
     grid->addItem(new QSpacerItem(0, 0, QSizePolicy::Minimum, QSizePolicy::Expanding), below, 0);
     grid->setRowStretch(below, 1);
-    grid->setColumnStretch(2, 1); // keeps both columns to the left in a wider window
+    grid->setColumnStretch(1, 1); // keeps both columns to the left in a wider window
 }
 
 MoverControlWidget *PanelBoard::find(const QString &axisName) const

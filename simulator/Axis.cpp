@@ -59,10 +59,9 @@ void Axis::settle(double now)
         const double legEnd = m_legStart + m_profile.duration();
         if (now < legEnd) {
             m_motion = m_profile.at(now - m_legStart);
-            m_motion.position = clipped(m_motion.position);
+            m_motion.position = clipped(m_motion.position); // rounding must not carry it beyond a limit
             return;
         }
-        // A braking worked out in full flight can end a rounding error beyond the limit that it was bound for.
         m_motion = {clipped(m_profile.end()), 0};
         if (m_clipped || m_leg + 1 >= m_legs) {
             endRun();
@@ -85,10 +84,10 @@ int Axis::refusal() const
 {
     if (!m_enabled)
         return PowerOff;
-    if (m_joystickMode)
-        return JoystickDrives;
     if (running())
-        return AxisRunning;
+        return m_run == Run::Joystick ? JoystickDrives : AxisRunning;
+    if (m_joystickMode && m_deflection != 0)
+        return JoystickDrives; // held against a limit
     return limitOptoFailed() ? OptoFault : Ok;
 }
 
@@ -165,7 +164,7 @@ int Axis::home()
     if (m_optoFailed[static_cast<int>(Opto::Origin)])
         return OptoFault;
     const double speed = std::min(m_stage.restoreSpeed, m_stage.maxSpeed);
-    return start(Run::Home, clipped(0) - m_motion.position, 1, 0, speed);
+    return start(Run::Home, -m_motion.position, 1, 0, speed);
 }
 
 void Axis::triggerPulse()

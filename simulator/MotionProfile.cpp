@@ -25,8 +25,6 @@ MotionProfile MotionProfile::brake(Motion start, double acceleration)
     MotionProfile profile(start);
     profile.append(std::abs(start.velocity) / acceleration, std::copysign(acceleration, -start.velocity));
     profile.m_end = start.position + start.velocity * std::abs(start.velocity) / (2 * acceleration);
-    profile.m_lowest = std::min(start.position, profile.m_end);
-    profile.m_highest = std::max(start.position, profile.m_end);
     return profile;
 }
 
@@ -57,8 +55,6 @@ MotionProfile MotionProfile::to(Motion start, double target, double speed, doubl
     profile.append(top / acceleration, -acceleration * direction);
 
     profile.m_end = target;
-    profile.m_lowest = std::min({start.position, from, target});
-    profile.m_highest = std::max({start.position, from, target});
     return profile;
 }
 
@@ -74,7 +70,6 @@ Motion MotionProfile::at(double time) const
         motion.velocity += stretch.acceleration * part;
         time -= part;
     }
-    motion.position = std::clamp(motion.position, m_lowest, m_highest);
     return motion;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <limits>
 
 namespace simulator {
 
@@ -14,7 +13,8 @@ struct Motion {
 
 /**
  * One motion to a stand in closed form: stretches of constant acceleration, so that the position at any time is worked
- * out from the start and not from the time before. It ends on its end position exactly.
+ * out from the start and not from the time before. It ends on its end position exactly; on the way there it is good to
+ * the rounding of doubles.
  */
 class MotionProfile
 {
@@ -53,9 +53,6 @@ private:
     int m_count = 0;
     double m_duration = 0;
     double m_end = 0;
-    // Rounding inside a stretch must not carry the axis past the outermost positions of the motion.
-    double m_lowest = -std::numeric_limits<double>::infinity();
-    double m_highest = std::numeric_limits<double>::infinity();
 };
 
 } // namespace simulator

@@ -20,7 +20,7 @@ enum Status : int {
     AlreadyAdded = -12,  ///< addDev() on an added controller
     OptoFault = -13,     ///< start while an opto-coupler that the motion relies on has failed
     NoJoystick = -14,    ///< setRockerEnable(1) without a joystick
-    JoystickDrives = -15 ///< start while the joystick has the axes
+    JoystickDrives = -15 ///< start while the joystick is deflected
 };
 
 } // namespace simulator

@@ -203,7 +203,7 @@ int listTSMotorControlerDevices(int *ids, int capacity)
 {
     LibraryCall call(__func__, capacity);
     if (!ids || capacity < 0)
-        call.refuse(BadArgument);
+        return call.finish(call.refuse(BadArgument));
     if (call.status() < 0)
         return call.finish(call.status());
     int count = 0;
@@ -623,10 +623,8 @@ int getMotorParams(int id, int axis, MotorParams *params)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (!params)
-        call.refuse(BadArgument);
-    if (call.status() < 0)
-        return call.finish(call.status());
+    if (!found || !params)
+        return call.finish(call.refuse(BadArgument)); // or what had already been said against it
     *params = found->stage();
     return call.finish(Ok, formatted(*params));
 }
@@ -641,11 +639,9 @@ int getMotorAutoDetect(int id, int axis, int *code)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (!code)
-        call.refuse(BadArgument);
-    if (call.status() < 0)
-        return call.finish(call.status());
-    *code = static_cast<int>(found->chip); // the enumerators are in the order of the codes
+    if (!found || !code)
+        return call.finish(call.refuse(BadArgument)); // or what had already been said against it
+    *code = static_cast<int>(found->chip);            // the enumerators are in the order of the codes
     return call.finish(Ok, formatted(*code));
 }
 

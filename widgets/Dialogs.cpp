@@ -3,6 +3,7 @@
 
 #include <QGraphicsDropShadowEffect>
 #include <QPainter>
+#include <QScreen>
 #include <QStyle>
 #include <QStyleOption>
 #include <QWidget>
@@ -22,8 +23,13 @@ void Dialogs::makeFrameless(QWidget *dialog, QWidget *body)
 
 void Dialogs::centreOn(QWidget *popup, const QWidget *window)
 {
-    popup->move(
+    const QPoint middle(
         window->x() + (window->width() - popup->width()) / 2, window->y() + (window->height() - popup->height()) / 2);
+    // A window at the edge of the screen must not carry the popup's title bar out of reach.
+    const QRect screen = window->screen()->availableGeometry();
+    popup->move(
+        qMax(screen.left(), qMin(middle.x(), screen.right() + 1 - popup->width())),
+        qMax(screen.top(), qMin(middle.y(), screen.bottom() + 1 - popup->height())));
 }
 
 void Dialogs::paintBackground(QWidget *widget)

@@ -10,7 +10,7 @@ namespace Dialogs {
  */
 void makeFrameless(QWidget *dialog, QWidget *body);
 
-/** Moves `popup` over the middle of `window` (integer division), for just before it is shown. */
+/** Moves `popup` over the middle of `window` (integer division), but not off its screen; just before it is shown. */
 void centreOn(QWidget *popup, const QWidget *window);
 
 /** Paints the style-sheet background of a plain QWidget subclass; for its paintEvent. */

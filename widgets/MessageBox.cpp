@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/MessageBox.h"
 
+#include "widgets/Dialogs.h"
+
 #include <QCoreApplication>
 #include <QFontMetrics>
 #include <QLayout>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QShowEvent>
 #include <QStyle>
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
@@ -89,12 +91,20 @@ protected:
     {
         QMessageBox::showEvent(event);
         grow();
-        // Once more for the size that it has now, and as little an explicit position as before.
-        adjustPosition(parentWidget());
-        setAttribute(Qt::WA_Moved, false);
+        // Its size is known only now, and the window manager would place it as it likes.
+        if (parentWidget())
+            Dialogs::centreOn(this, parentWidget()->window());
+        keepOnScreen();
     }
 
 private:
+    /** The popups that it belongs to open at the edges of the screen, too. */
+    void keepOnScreen()
+    {
+        const QRect screen = this->screen()->availableGeometry();
+        const QPoint last(screen.x() + screen.width() - width(), screen.y() + screen.height() - height());
+        move(qMax(screen.x(), qMin(x(), last.x())), qMax(screen.y(), qMin(y(), last.y())));
+    }
     void grow()
     {
         QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
@@ -113,16 +123,14 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
 {
     const Look look = lookOf(kind);
 
-    // On the heap, since the parent may go, and take the box with it, while it is open.
-    auto owner = std::make_unique<SizedMessageBox>(parent, look.minimum);
-    const QPointer<QMessageBox> alive = owner.get();
-    QMessageBox &box = *owner;
-    box.setWindowIcon(box.style()->standardIcon(QStyle::SP_MessageBoxInformation));
-    box.setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
-    box.setText(text);
+    // Not on the stack: whoever owns the parent may destroy it, and the box with it, while the event loop runs.
+    const QPointer<QMessageBox> box = new SizedMessageBox(parent, look.minimum);
+    box->setWindowIcon(box->style()->standardIcon(QStyle::SP_MessageBoxInformation));
+    box->setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
+    box->setText(text);
 
     const auto addButton = [&box](const QString &label, QMessageBox::ButtonRole role) {
-        QPushButton *button = box.addButton(label, role);
+        QPushButton *button = box->addButton(label, role);
         button->setStyleSheet(QLatin1String(buttonSheet));
         return button;
     };
@@ -132,15 +140,12 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    box.setDefaultButton(confirm);
+    box->setDefaultButton(confirm);
 
-    box.setStyleSheet(boxSheet(look, widestLine(text) + 100));
-    box.exec();
-    if (!alive) {
-        owner.release();
-        return look.cancelFirst ? 0 : 1;
-    }
+    box->setStyleSheet(boxSheet(look, widestLine(text) + 100));
+    box->exec();
     // Not the result of exec(): a box whose event loop was ended from outside has neither consented nor refused.
-    const bool confirmed = box.clickedButton() == confirm;
+    const bool confirmed = box && box->clickedButton() == confirm;
+    delete box.data(); // null when it went with its parent
     return confirmed == look.cancelFirst ? 1 : 0;
 }

@@ -4,6 +4,18 @@
 #include <QMouseEvent>
 #include <QWidget>
 
+#include <cmath>
+
+namespace {
+
+/** Rounds halves away from zero, also left of and above the window, where QPointF::toPoint() does not. */
+QPoint localPos(const QMouseEvent *event)
+{
+    return {int(std::lround(event->localPos().x())), int(std::lround(event->localPos().y()))};
+}
+
+} // namespace
+
 TitleBarDrag::TitleBarDrag(QWidget *window, const QWidget *titleBar)
     : m_window(window)
     , m_titleBar(titleBar)
@@ -12,8 +24,7 @@ TitleBarDrag::TitleBarDrag(QWidget *window, const QWidget *titleBar)
 
 bool TitleBarDrag::press(QMouseEvent *event)
 {
-    // QPointF::toPoint() rounds halves away from zero.
-    const QPoint pos = event->localPos().toPoint();
+    const QPoint pos = localPos(event);
     const QRect bar(m_titleBar->mapTo(m_window, QPoint(0, 0)), m_titleBar->size());
     if (m_window->isFullScreen() || !bar.contains(pos))
         return false;
@@ -27,7 +38,7 @@ bool TitleBarDrag::move(QMouseEvent *event)
 {
     if (!m_bDragging)
         return false;
-    m_window->move(m_window->pos() + event->localPos().toPoint() - m_pressPos);
+    m_window->move(m_window->pos() + localPos(event) - m_pressPos);
     event->accept();
     return true;
 }

@@ -79,18 +79,21 @@ QJsonArray fewModels()
     return {model("LIN-50", 0), model("LIN-100", 0), model("ROT-60", 1), model("ANG-10", 2)};
 }
 
-/** Linear models "LIN-0", "LIN-1", …, each with all keys. */
-QByteArray manyModels(int count)
+/** Linear models "LIN-0" to "LIN-19999", each with all keys. */
+const QByteArray &manyModels()
 {
-    QJsonObject rest;
-    for (const char *key :
-         {"AxisType", "positivePolarity", "negativePolarity", "originPolarity", "phaseDirction", "originSigID",
-          "limitDirection", "zeroOptWidth", "optNum", "motorPhase", "modifyDate"})
-        rest[key] = 1;
-    QJsonArray models;
-    for (int i = 0; i < count; ++i)
-        models.append(model(QString("LIN-%1").arg(i), 0, rest));
-    return fileOf(models);
+    static const QByteArray file = [] {
+        QJsonObject rest;
+        for (const char *key :
+             {"AxisType", "positivePolarity", "negativePolarity", "originPolarity", "phaseDirction", "originSigID",
+              "limitDirection", "zeroOptWidth", "optNum", "motorPhase", "modifyDate"})
+            rest[key] = 1;
+        QJsonArray models;
+        for (int i = 0; i < 20000; ++i)
+            models.append(model(QString("LIN-%1").arg(i), 0, rest));
+        return fileOf(models);
+    }();
+    return file;
 }
 
 QStringList textsOf(const QComboBox *box)
@@ -158,7 +161,8 @@ private slots:
     void changesLanguageAndKeepsTheChoices();
 
 private:
-    template <typename Widget> Widget *find(const char *name) const
+    template <typename Widget>
+    Widget *find(const char *name) const
     {
         auto *widget = m_dialog->findChild<Widget *>(name);
         if (!widget)
@@ -204,8 +208,7 @@ void tst_AddControlsWidget::open(const QByteArray &file)
 
 void tst_AddControlsWidget::moveMouse(QPoint pos)
 {
-    QMouseEvent event(
-        QEvent::MouseMove, pos, m_dialog->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QMouseEvent event(QEvent::MouseMove, pos, m_dialog->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(m_dialog.get(), &event);
 }
 
@@ -607,24 +610,28 @@ void tst_AddControlsWidget::findsTypedModel_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("found");
-    QTest::newRow("whole name") << "LIN-12345" << "LIN-12345";
-    QTest::newRow("beginning") << "LIN-77" << "LIN-77";
-    QTest::newRow("small letters") << "lin-19" << "LIN-19";
-    QTest::newRow("no such model") << "LIN-5x" << "LIN-5";
+    QTest::newRow("whole name") << "LIN-12345"
+                                << "LIN-12345";
+    QTest::newRow("beginning") << "LIN-77"
+                               << "LIN-77";
+    QTest::newRow("small letters") << "lin-19"
+                                   << "LIN-19";
+    QTest::newRow("no such model") << "LIN-5x"
+                                   << "LIN-5";
 }
 
 void tst_AddControlsWidget::findsTypedModel()
 {
     QFETCH(QString, typed);
     QFETCH(QString, found);
-    open(manyModels(20000));
+    open(manyModels());
     QTest::keyClicks(models(), typed);
     QCOMPARE(models()->currentText(), found);
 }
 
 void tst_AddControlsWidget::findsTypedModelInTheOpenList()
 {
-    open(manyModels(20000));
+    open(manyModels());
     models()->showPopup();
     QVERIFY(QTest::qWaitForWindowExposed(models()->view()->window()));
     QTest::keyClicks(models()->view(), "LIN-19999");
@@ -636,11 +643,10 @@ void tst_AddControlsWidget::findsTypedModelInTheOpenList()
 
 void tst_AddControlsWidget::opensQuicklyWithManyModels()
 {
-    const QByteArray file = manyModels(20000);
     double fastest = std::numeric_limits<double>::max();
     for (int i = 0; i < 3; ++i) {
         m_dialog->close();
-        writeModelFile(file);
+        writeModelFile(manyModels());
         const double start = processorMs();
         m_dialog->setAxisNames({"Axis1"});
         m_dialog->loadModelsData();
@@ -654,7 +660,7 @@ void tst_AddControlsWidget::opensQuicklyWithManyModels()
 
 void tst_AddControlsWidget::dropsDownQuicklyWithManyModels()
 {
-    open(manyModels(20000));
+    open(manyModels());
     double fastest = std::numeric_limits<double>::max();
     for (int i = 0; i < 3; ++i) {
         const double start = processorMs();

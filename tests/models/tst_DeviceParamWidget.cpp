@@ -40,7 +40,8 @@ private slots:
     void changesLanguageAndKeepsItsContents();
 
 private:
-    template <typename Widget> Widget *find(const char *name) const
+    template <typename Widget>
+    Widget *find(const char *name) const
     {
         auto *widget = m_overlay->findChild<Widget *>(name);
         if (!widget)
@@ -236,7 +237,7 @@ void tst_DeviceParamWidget::paintsItsStyleSheetBackground()
 void tst_DeviceParamWidget::fitsIntoASmallPanel()
 {
     const QSize needed = m_overlay->minimumSizeHint();
-    QVERIFY2(needed.width() <= 530 && needed.height() <= 280, qPrintable(QTest::toString(needed)));
+    QCOMPARE(needed.boundedTo(QSize(530, 280)), needed);
 }
 
 void tst_DeviceParamWidget::changesLanguageAndKeepsItsContents()

@@ -22,9 +22,9 @@ StageModelCatalogue filledCatalogue()
 
 bool hasOnlyTheOldModel(const StageModelCatalogue &catalogue)
 {
-    return catalogue.names(STAGE_LINEAR) == QStringList{"OLD"} && catalogue.names(STAGE_ROTATION).isEmpty()
-           && catalogue.names(STAGE_ANGULAR).isEmpty() && catalogue.names(STAGE_LIFTING).isEmpty()
-           && catalogue.find("OLD", STAGE_LINEAR).has_value();
+    return catalogue.names(STAGE_LINEAR) == QStringList{"OLD"} && catalogue.names(STAGE_ROTATION).isEmpty() &&
+           catalogue.names(STAGE_ANGULAR).isEmpty() && catalogue.names(STAGE_LIFTING).isEmpty() &&
+           catalogue.find("OLD", STAGE_LINEAR).has_value();
 }
 
 /** A catalogue of the models in a JSON array. */
@@ -301,8 +301,8 @@ void tst_StageModelCatalogue::walksOnWhenAnotherTypeTookTheName()
 
 void tst_StageModelCatalogue::findsNothingBehindTheLastName()
 {
-    const StageModelCatalogue catalogue = catalogueOf(
-        R"([{"name": "A", "moveType": 0}, {"name": "M", "moveType": 0}, {"name": "M", "moveType": 1}])");
+    const StageModelCatalogue catalogue =
+        catalogueOf(R"([{"name": "A", "moveType": 0}, {"name": "M", "moveType": 0}, {"name": "M", "moveType": 1}])");
     QVERIFY(!catalogue.find("M", STAGE_LINEAR));
     QVERIFY(catalogue.find("M", STAGE_ROTATION));
 }

@@ -90,7 +90,8 @@ bool sameBytes(const MotorParams &a, const MotorParams &b)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-template <size_t Size> QByteArray bytesOf(const char (&field)[Size])
+template <size_t Size>
+QByteArray bytesOf(const char (&field)[Size])
 {
     return QByteArray(field, int(Size));
 }

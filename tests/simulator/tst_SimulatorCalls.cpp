@@ -21,6 +21,7 @@ private slots:
     void followsTheCallingOrder();
     void refusesUnknownControllers();
     void refusesUnknownAxes();
+    void reportsWhatIsWrongFirst();
     void closesOnRemoving();
     void answersTheProbe();
     void keepsItsStateWhileClosed();
@@ -120,6 +121,14 @@ void tst_SimulatorCalls::refusesUnknownAxes()
         QCOMPARE(getSpeed(device, axis), double(NoSuchAxis));
         QCOMPARE(getJogIndex(device, axis), int(NoSuchAxis));
     }
+}
+
+void tst_SimulatorCalls::reportsWhatIsWrongFirst()
+{
+    QCOMPARE(setMotorModelName(device, 3, nullptr, 1), int(NoSuchAxis));
+    QCOMPARE(getMotorParams(device, 3, nullptr), int(NoSuchAxis));
+    failCall("getMotorParams", -42);
+    QCOMPARE(getMotorParams(device, 3, nullptr), -42);
 }
 
 void tst_SimulatorCalls::closesOnRemoving()

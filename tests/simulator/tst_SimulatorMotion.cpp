@@ -54,6 +54,7 @@ private slots:
     void refusesStartsWithAFailedLimitOpto();
     void refusesHomingWithAFailedOriginOpto();
     void brakesWhenAnOptoFails();
+    void brakesHomingWhenTheOriginOptoFails();
     void keepsMovingWithoutLink();
     void stepsByTriggerPulses();
     void losesTriggerPulsesWhileRunning();
@@ -62,6 +63,8 @@ private slots:
     void drivesByJoystick();
     void stopsTheJoystickAtTheLimit();
     void handsARunningAxisToTheJoystick();
+    void brakesUnderTheJoystickAsItWasStarted();
+    void keepsTheJoystickToTheMaximumSpeed();
     void holdsUnderTheJoystickUntilItMoves();
     void leavesAxesWithoutPowerToThemselves();
     void refusesTheJoystickWhenThereIsNone();
@@ -458,6 +461,8 @@ void tst_SimulatorMotion::stopsAtOnceWithoutPower()
     QCOMPARE(setMotorEnable(device, 0, 1), 0);
     QVERIFY(near(positionOf(0), 15));
     QCOMPARE(startMove(device, 0), 0);
+    advance(1);
+    QVERIFY(near(positionOf(0), 20)); // from a stand
     advance(10);
     QCOMPARE(positionOf(0), 40.0);
 }
@@ -568,6 +573,17 @@ void tst_SimulatorMotion::brakesWhenAnOptoFails()
     QCOMPARE(stateOf(0).isStop, qint16(1));
 }
 
+void tst_SimulatorMotion::brakesHomingWhenTheOriginOptoFails()
+{
+    setPosition(device, 0, 20);
+    QCOMPARE(home(device, 0), 0);
+    advance(1); // at 5 mm/s after 0.5 s and 1.25 mm
+    simulator::setOptoFault(device, 0, Opto::Origin, true);
+    advance(10);
+    QVERIFY(near(positionOf(0), 20 - 1.25 - 2.5 - 1.25));
+    QCOMPARE(stateOf(0).isHome, qint16(0));
+}
+
 void tst_SimulatorMotion::keepsMovingWithoutLink()
 {
     QCOMPARE(setTargetPos(device, 0, 40), 0);
@@ -632,6 +648,11 @@ void tst_SimulatorMotion::drivesByJoystick()
     QCOMPARE(getRockerEnable(device), 1);
     QCOMPARE(stateOf(0).isCanRun, qint16(0));
     QCOMPARE(startMove(device, 0), int(JoystickDrives));
+    setJoystick(device, true, 0);
+    advance(5);
+    QCOMPARE(stateOf(0).isCanRun, qint16(1)); // the stick at rest leaves the axis free
+    setPosition(device, 0, 0);
+    setJoystick(device, true, 5);
     advance(1); // to 5 mm/s in 0.5 s and 1.25 mm
     QVERIFY(near(positionOf(0), 1.25 + 2.5));
     setJoystick(device, true, -10); // 0.5 s and 1.25 mm to brake, 1 s and 5 mm to reach -10 mm/s
@@ -676,6 +697,35 @@ void tst_SimulatorMotion::handsARunningAxisToTheJoystick()
     QVERIFY(near(positionOf(0), 20));
     QCOMPARE(stateOf(0).isStop, qint16(1));
     QCOMPARE(stateOf(0).runCount, quint32(0));
+}
+
+void tst_SimulatorMotion::brakesUnderTheJoystickAsItWasStarted()
+{
+    setJoystick(device, true, 10);
+    QCOMPARE(setRockerEnable(device, 1), 0);
+    advance(1);
+    QVERIFY(near(positionOf(0), 5));
+    QCOMPARE(setAcceleration(device, 0, 1), 0); // with which it could no longer stop in its travel from 40 mm on
+    setJoystick(device, true, 9);
+    // 0.1 s and 0.95 mm to slow down to 9 mm/s, 40 mm at that speed, 0.9 s and 4.05 mm to brake.
+    advance(0.1 + 40.0 / 9 + 0.45);
+    QVERIFY(near(positionOf(0), 50 - 1.0125));
+    advance(0.46);
+    QCOMPARE(positionOf(0), 50.0);
+    QCOMPARE(stateOf(0).isStop, qint16(1));
+}
+
+void tst_SimulatorMotion::keepsTheJoystickToTheMaximumSpeed()
+{
+    MotorParams params{};
+    QCOMPARE(getMotorParams(device, 0, &params), 0);
+    params.maxSpeed = 10;
+    params.maxRockerSpeed = 100;
+    QCOMPARE(setMotorParams(device, 0, params), 0);
+    setJoystick(device, true, 10);
+    QCOMPARE(setRockerEnable(device, 1), 0);
+    advance(3);
+    QVERIFY(near(positionOf(0), 25));
 }
 
 void tst_SimulatorMotion::holdsUnderTheJoystickUntilItMoves()

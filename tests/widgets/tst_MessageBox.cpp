@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QStyle>
 #include <QTranslator>
 #include <QtTest>
@@ -302,14 +303,35 @@ private slots:
     {
         QFETCH(Kind, kind);
         QWidget parent;
-        parent.setGeometry(90, 120, 620, 540);
+        parent.setGeometry(90, 40, 620, 500);
+        QWidget child(&parent); // the window counts
+        child.setGeometry(0, 0, 10, 10);
+        parent.show();
+        const OnMessageBox next(
+            [&](QMessageBox &box) { QCOMPARE(box.geometry().center(), parent.geometry().center()); });
+        MessageBox::exec(&child, "!", kind);
+        QCOMPARE(next.shown(), 1);
+    }
+    void staysOnTheScreen_data()
+    {
+        QTest::addColumn<QPoint>("corner"); // of the screen, 0 or 1
+        QTest::newRow("top left") << QPoint(0, 0);
+        QTest::newRow("bottom right") << QPoint(1, 1);
+        QTest::newRow("top right") << QPoint(1, 0);
+        QTest::newRow("bottom left") << QPoint(0, 1);
+    }
+    void staysOnTheScreen()
+    {
+        QFETCH(QPoint, corner);
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QWidget parent;
+        parent.setGeometry(corner.x() * screen.width() - 50, corner.y() * screen.height() - 50, 100, 100);
         parent.show();
         const OnMessageBox next([&](QMessageBox &box) {
-            // Half of a window frame is guessed at before there is one.
-            const QPoint off = box.geometry().center() - parent.geometry().center();
-            QVERIFY2(qAbs(off.x()) <= 10 && qAbs(off.y()) <= 40, QTest::toString(off));
+            QCOMPARE(box.x(), corner.x() * (screen.width() - box.width()));
+            QCOMPARE(box.y(), corner.y() * (screen.height() - box.height()));
         });
-        MessageBox::exec(&parent, "!", kind);
+        MessageBox::exec(&parent, "!");
         QCOMPARE(next.shown(), 1);
     }
 

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "axis/MoverControlWidget.h"
+#include "device/SerialComDev.h"
+#include "models/AddControlsWidget.h"
+#include "settings/OptionsWidget.h"
+#include "shell/ConnectionWidget.h"
+#include "shell/HelpWidget.h"
+#include "shell/MoverWidget.h"
+#include "shell/PlaceholderWidget.h"
+#include "support/DebugLog.h"
+
+#include "Scenario.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLayout>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QTextBrowser>
+#include <QtTest>
+
+/** The main window on the simulated controller, and what a user sees and does there. */
+class OpenWindow final
+{
+public:
+    OpenWindow()
+        : m_window(std::make_unique<MoverWidget>())
+    {
+        m_window->show();
+    }
+
+    MoverWidget &window() { return *m_window; }
+    void destroy() { m_window.reset(); }
+
+    template <typename Widget = QPushButton>
+    Widget *find(const char *name) const
+    {
+        return m_window->findChild<Widget *>(QLatin1String(name));
+    }
+    /** A button of the title bar; other windows have some of the same name. */
+    QPushButton *titleButton(const char *name) const
+    {
+        return find<QWidget>("widget_titleBar")->findChild<QPushButton *>(QLatin1String(name));
+    }
+    template <typename Dialog>
+    Dialog *dialog() const
+    {
+        return m_window->findChild<Dialog *>();
+    }
+    QRadioButton *rocker() const { return find<QRadioButton>("radioButton_Rocker"); }
+    QWidget *content() const { return find<QWidget>("widget_controls"); }
+
+    /** Through the connection dialog, like the user. */
+    void connectTo(int id = 1001)
+    {
+        click(find("pushButton_connect"));
+        auto *list = dialog<ConnectionWidget>()->findChild<QComboBox *>();
+        list->setCurrentIndex(list->findData(id));
+        click(dialog<ConnectionWidget>()->findChild<QPushButton *>(QStringLiteral("pushButton_connectSerial")));
+    }
+    void disconnect()
+    {
+        click(find("pushButton_connect"));
+        click(dialog<ConnectionWidget>()->findChild<QPushButton *>(QStringLiteral("pushButton_disConnect")));
+        dialog<ConnectionWidget>()->hide();
+    }
+    /** Through the add-axis dialog: the axis index, and a model of its first stage type. */
+    void addAxis(int axis, const QString &model = QStringLiteral("LIN-100"))
+    {
+        click(find("pushButton_addAsix"));
+        auto *add = dialog<AddControlsWidget>();
+        add->findChild<QComboBox *>(QStringLiteral("comboBox_Axsi"))
+            ->setCurrentText(QStringLiteral("Axis%1").arg(axis + 1));
+        add->findChild<QComboBox *>(QStringLiteral("comboBox_models"))->setCurrentText(model);
+        click(add->findChild<QPushButton *>(QStringLiteral("pushButton_confirm")));
+    }
+
+    static void click(QAbstractButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+    QStringList panelNames() const
+    {
+        QStringList names;
+        for (const MoverControlWidget *panel : m_window->panelBoard().panels())
+            names.append(panel->axisName());
+        return names;
+    }
+    MoverControlWidget *panel(int axis) const
+    {
+        return m_window->panelBoard().find(QStringLiteral("Axis%1").arg(axis + 1));
+    }
+    QPushButton *tab(int axis) const
+    {
+        return find<QWidget>("widget_menuBar")->findChild<QPushButton *>(QStringLiteral("Axis%1").arg(axis + 1));
+    }
+    /** What stands in the menu bar, from left to right; "-" for a space. */
+    QStringList menuBar() const
+    {
+        QStringList names;
+        const QLayout *layout = find<QWidget>("widget_menuBar")->layout();
+        for (int k = 0; k < layout->count(); ++k)
+            names.append(layout->itemAt(k)->widget() ? layout->itemAt(k)->widget()->objectName() : QStringLiteral("-"));
+        return names;
+    }
+    static QStringList menuBarWith(const QStringList &tabs)
+    {
+        return QStringList{QStringLiteral("pushButton_connect")} + tabs
+            + QStringList{QStringLiteral("pushButton_addAsix"), QStringLiteral("-"), QStringLiteral("radioButton_Rocker")};
+    }
+
+private:
+    std::unique_ptr<MoverWidget> m_window;
+};
+
+/** The text of a panel's log. */
+inline QString logOf(const MoverControlWidget *panel)
+{
+    return panel->findChild<QTextBrowser *>(QStringLiteral("textBrowser_operatioInfo"))->toPlainText();
+}

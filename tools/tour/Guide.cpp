@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "tour/Guide.h"
+
+#include "simulator/SimulatorControl.h"
+
+#include <QDeadlineTimer>
+#include <QGuiApplication>
+#include <QPixmap>
+#include <QProcess>
+#include <QScreen>
+#include <QSemaphore>
+#include <QTextStream>
+#include <QWidget>
+
+namespace {
+
+void xdotool(const QStringList &arguments)
+{
+    if (QProcess::execute(QStringLiteral("xdotool"), arguments) != 0)
+        qFatal("xdotool failed");
+}
+
+/** Device pixels of a point of a widget, as two arguments. */
+QStringList onScreen(const QWidget *widget, QPoint position)
+{
+    return inGui([=]() -> QStringList {
+        const QPoint point = widget->mapToGlobal(position) * widget->devicePixelRatioF();
+        return {QString::number(point.x()), QString::number(point.y())};
+    });
+}
+
+} // namespace
+
+Guide::Guide(QWidget *window, const QDir &directory)
+    : m_window(window)
+    , m_directory(directory)
+{
+}
+
+bool Guide::wait(const Condition &condition, int limitMs)
+{
+    const QDeadlineTimer deadline(limitMs);
+    QSemaphore interval;
+    while (!inGui(condition)) {
+        if (deadline.hasExpired())
+            return false;
+        interval.tryAcquire(1, 20);
+    }
+    return true;
+}
+
+void Guide::step(const QString &name, const std::function<void()> &action, const Condition &outcome, int limitMs)
+{
+    ++m_iStep;
+    simulator::clearJournal();
+    action();
+    const bool ok = wait(outcome, limitMs);
+    savePicture(name);
+    QTextStream(stdout) << QStringLiteral("%1 %2 %3%4\n")
+                               .arg(m_iStep, 2, 10, QLatin1Char('0'))
+                               .arg(ok ? QStringLiteral("ok  ") : QStringLiteral("FAIL"), name, answers())
+                        << Qt::flush;
+    if (!ok)
+        ++m_iFailures;
+}
+
+/** What the controller was asked in this step, without the polls and heartbeats that go on all the time. */
+QString Guide::answers() const
+{
+    QStringList calls;
+    for (const simulator::Call &call : simulator::journal()) {
+        const bool isPoll =
+            call.function == "getCurrentPos" || call.function == "getRuningState" || call.function == "getRockerInfo";
+        if (!isPoll)
+            calls.append(QString::fromStdString(call.text()));
+    }
+    constexpr int shown = 8;
+    if (calls.size() > shown)
+        calls = calls.mid(0, shown) << QStringLiteral("… %1 more").arg(calls.size() - shown);
+    return calls.isEmpty() ? QString() : QStringLiteral(": ") + calls.join(QStringLiteral("; "));
+}
+
+void Guide::savePicture(const QString &name) const
+{
+    // The outcome is there; give the window manager and the compositor the time to bring it to the screen.
+    QSemaphore().tryAcquire(1, 150);
+    const QString path =
+        m_directory.filePath(QStringLiteral("%1-%2.png").arg(m_iStep, 2, 10, QLatin1Char('0')).arg(name));
+    const bool saved = inGui([&] {
+        const QRect area = m_window->frameGeometry();
+        return QGuiApplication::primaryScreen()
+            ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
+            .save(path);
+    });
+    if (!saved)
+        qFatal("%s cannot be written", qPrintable(path));
+}
+
+void Guide::clickAt(const QWidget *widget, QPoint position)
+{
+    xdotool(
+        QStringList{QStringLiteral("mousemove")} + onScreen(widget, position) +
+        QStringList{QStringLiteral("click"), QStringLiteral("1")});
+}
+
+void Guide::click(const QWidget *widget)
+{
+    clickAt(widget, inGui([=] { return widget->rect().center(); }));
+}
+
+void Guide::doubleClickAt(const QWidget *widget, QPoint position)
+{
+    xdotool(
+        QStringList{QStringLiteral("mousemove")} + onScreen(widget, position) +
+        QStringList{
+            QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("2"), QStringLiteral("--delay"),
+            QStringLiteral("60"), QStringLiteral("1")});
+}
+
+void Guide::drag(const QWidget *widget, QPoint from, QPoint by)
+{
+    xdotool(
+        QStringList{QStringLiteral("mousemove")} + onScreen(widget, from) +
+        QStringList{QStringLiteral("mousedown"), QStringLiteral("1")});
+    // The target is told before the window starts to move under the mouse.
+    const QPoint step = inGui([=] { return by * widget->devicePixelRatioF(); });
+    xdotool(
+        {QStringLiteral("mousemove_relative"), QStringLiteral("--sync"), QStringLiteral("--"),
+         QString::number(step.x()), QString::number(step.y()), QStringLiteral("mouseup"), QStringLiteral("1")});
+}
+
+void Guide::moveAway()
+{
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("0"), QStringLiteral("0")});
+}
+
+void Guide::press(const QString &keys)
+{
+    xdotool({QStringLiteral("key"), keys});
+}
+
+void Guide::type(const QString &text)
+{
+    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("5"), QStringLiteral("--"), text});
+}
+
+void Guide::fill(const QWidget *field, const QString &text)
+{
+    click(field);
+    press(QStringLiteral("ctrl+a"));
+    type(text);
+}

@@ -1,0 +1,536 @@
+// SPDX-License-Identifier: MIT
+//
+// tour --language zh|en DIRECTORY
+// Drives the program's windows from connecting to leaving, over the simulated controller. Saves a picture of each step,
+// prints a line for each, and exits with the number of steps that did not end as they should.
+
+#include "tour/Guide.h"
+
+#include "app/StartUp.h"
+#include "axis/MoverControlWidget.h"
+#include "device/SerialComDev.h"
+#include "shell/MoverWidget.h"
+#include "simulator/SimulatorControl.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QCommandLineParser>
+#include <QFile>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTextBrowser>
+#include <QTextStream>
+#include <QThread>
+
+#include <memory>
+
+namespace {
+
+constexpr int device = 1001;
+
+/** The steps. Widgets are found by their names, as a test would, and looked at in the GUI thread. */
+class Tour final
+{
+public:
+    Tour(MoverWidget *window, const QDir &directory, bool english)
+        : m_window(window)
+        , m_guide(window, directory)
+        , m_bEnglish(english)
+    {
+    }
+
+    int take()
+    {
+        start();
+        connectController();
+        absoluteMove();
+        jog();
+        drive();
+        homeStopEnable();
+        limits();
+        loopRun();
+        addAxis();
+        joystick();
+        settings();
+        helpAndWindow();
+        lostLink();
+        disconnectAndReconnect();
+        leave();
+        return m_guide.failures();
+    }
+
+private:
+    // ---- Finding things
+
+    template <typename Widget = QWidget>
+    Widget *in(const QWidget *parent, const char *name) const
+    {
+        auto *found = inGui([=] { return parent ? parent->findChild<Widget *>(QLatin1String(name)) : nullptr; });
+        if (!found)
+            qFatal("There is no %s", name);
+        return found;
+    }
+    /** A dialog or popup by its class. */
+    QWidget *window(const char *className) const
+    {
+        return inGui([=]() -> QWidget * { return ofClass(QApplication::allWidgets(), className); });
+    }
+    static QWidget *ofClass(const QWidgetList &candidates, const char *className)
+    {
+        for (QWidget *candidate : candidates) {
+            if (candidate->inherits(className))
+                return candidate;
+        }
+        qFatal("There is no %s", className);
+    }
+    QWidget *own(const char *name) const { return in(m_window, name); }
+    QWidget *panel(int axis) const
+    {
+        return inGui(
+            [=]() -> QWidget * { return m_window->panelBoard().find(QStringLiteral("Axis%1").arg(axis + 1)); });
+    }
+    /** The popup of a panel: each panel has one of each class. */
+    QWidget *popup(int axis, const char *className) const
+    {
+        return inGui([=]() -> QWidget * { return ofClass(panel(axis)->findChildren<QWidget *>(), className); });
+    }
+    QString position(int axis) const { return in<QLabel>(panel(axis), "label_currentPos")->text(); }
+    QString log(int axis) const { return in<QTextBrowser>(panel(axis), "textBrowser_operatioInfo")->toPlainText(); }
+    bool isRunning(int axis) const
+    {
+        return in<QLabel>(panel(axis), "label_doingLight")->styleSheet().contains(QLatin1String("greenPot"));
+    }
+    static QMessageBox *box() { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); }
+    /** Clicks the button that confirms or cancels the open message box. */
+    static void answer(QMessageBox::ButtonRole role)
+    {
+        const QWidget *button = inGui([=]() -> QWidget * {
+            const QList<QAbstractButton *> buttons = box() ? box()->buttons() : QList<QAbstractButton *>();
+            for (QAbstractButton *candidate : buttons) {
+                if (box()->buttonRole(candidate) == role)
+                    return candidate;
+            }
+            return nullptr;
+        });
+        if (button)
+            Guide::click(button);
+    }
+    static void confirm() { answer(QMessageBox::AcceptRole); }
+    static void cancel() { answer(QMessageBox::RejectRole); }
+    const char *word(const char *chinese, const char *english) const { return m_bEnglish ? english : chinese; }
+    static bool called(const char *function) { return simulator::callCount(function) > 0; }
+
+    // ---- Steps
+
+    void start()
+    {
+        m_guide.step(
+            "start", [] {}, [this] { return m_window->isVisible() && m_window->isActiveWindow(); });
+        if (m_bEnglish)
+            switchToEnglish();
+        m_guide.step(
+            "add-axis-without-device", [this] { Guide::click(own("pushButton_addAsix")); },
+            [] { return box() != nullptr; });
+        m_guide.step(
+            "tip-closed", [] { confirm(); }, [] { return box() == nullptr; });
+    }
+
+    void switchToEnglish()
+    {
+        QWidget *options = window("OptionsWidget");
+        m_guide.step(
+            "settings-language", [this] { Guide::click(own("pushButton_settings")); },
+            [options] { return options->isActiveWindow(); });
+        m_guide.step(
+            "settings-english", [&] { Guide::clickAt(in(options, "radioButton_en"), QPoint(12, 12)); },
+            [&] { return in<QLabel>(options, "label")->text() == QLatin1String("Settings"); });
+        m_guide.step(
+            "start-english", [&] { Guide::click(in(options, "pushButton_close")); },
+            [options] { return !options->isVisible(); });
+    }
+
+    void connectController()
+    {
+        QWidget *dialog = window("ConnectionWidget");
+        m_guide.step(
+            "connection-dialog", [this] { Guide::click(own("pushButton_connect")); },
+            [&] { return dialog->isVisible() && in<QComboBox>(dialog, "comboBox_comList")->count() == 1; });
+        m_guide.step(
+            "connected", [&] { Guide::click(in(dialog, "pushButton_connectSerial")); },
+            [&] { return !dialog->isVisible() && panel(0) && panel(1) && !panel(2) && position(0) == "0.000 mm"; });
+        m_guide.step(
+            "connection-dialog-connected", [this] { Guide::click(own("pushButton_connect")); },
+            [&] { return dialog->isVisible() && in(dialog, "pushButton_disConnect")->isEnabled(); });
+        m_guide.step(
+            "connection-dialog-closed", [] { Guide::press("Escape"); }, [&] { return !dialog->isVisible(); });
+    }
+
+    void absoluteMove()
+    {
+        QWidget *move = popup(0, "MoveParamWidget");
+        QWidget *toggle = in(panel(0), "pushButton_moveParam");
+        m_guide.step(
+            "move-popup", [&] { Guide::click(toggle); }, [&] { return move->isVisible() && move->isActiveWindow(); });
+        m_guide.step(
+            "move-popup-refused",
+            [&] {
+                Guide::fill(in(move, "doubleSpinBox_disp"), "600");
+                Guide::fill(in(move, "doubleSpinBox_speed"), "0");
+                Guide::fill(in(move, "doubleSpinBox_acc"), "100000");
+                Guide::click(in(move, "pushButton_confirm"));
+            },
+            [&] { return box() && box()->text().count('\n') == 3 && move->isVisible(); });
+        m_guide.step(
+            "move-popup-again", [] { confirm(); },
+            [&] { return !box() && move->isVisible() && move->isActiveWindow(); });
+        m_guide.step(
+            "move-popup-closed-by-its-toggle", [&] { Guide::click(toggle); },
+            [&] { return !move->isVisible() && !qobject_cast<QPushButton *>(toggle)->isChecked(); });
+        m_guide.step(
+            "move-popup-reopened", [&] { Guide::click(toggle); }, [&] { return move->isVisible(); });
+        m_guide.step(
+            "move-parameters-set",
+            [&] {
+                Guide::fill(in(move, "doubleSpinBox_disp"), "12.5");
+                Guide::fill(in(move, "doubleSpinBox_speed"), "10");
+                Guide::fill(in(move, "doubleSpinBox_acc"), "50");
+                Guide::press("Return");
+            },
+            [&] { return !move->isVisible() && called("setTargetPos") && called("setAcceleration"); });
+        m_guide.step(
+            "moving", [this] { Guide::click(in(panel(0), "pushButton_move")); },
+            [this] { return isRunning(0) && called("startMove"); });
+        m_guide.step(
+            "arrived", [] {}, [this] { return position(0) == "12.500 mm" && !isRunning(0); });
+    }
+
+    void jog()
+    {
+        QWidget *jogPopup = popup(0, "JogParamWidget");
+        m_guide.step(
+            "jog-popup", [this] { Guide::click(in(panel(0), "pushButton_jogParam")); },
+            [&] { return jogPopup->isVisible() && jogPopup->isActiveWindow(); });
+        m_guide.step(
+            "jog-parameters-set",
+            [&] {
+                Guide::fill(in(jogPopup, "doubleSpinBox_step"), "2");
+                Guide::fill(in(jogPopup, "spinBox_count"), "3");
+                Guide::fill(in(jogPopup, "spinBox_delay"), "100");
+                Guide::click(in(jogPopup, "pushButton_confirm"));
+            },
+            [&] { return !jogPopup->isVisible() && called("setJogDelay"); });
+        m_guide.step(
+            "jogging", [this] { Guide::click(in(panel(0), "pushButton_jogRight")); }, [this] { return isRunning(0); });
+        m_guide.step(
+            "jogged", [] {}, [this] { return position(0) == "18.500 mm" && !isRunning(0); });
+    }
+
+    void drive()
+    {
+        QWidget *drivePopup = popup(1, "DriveParamWidget");
+        m_guide.step(
+            "drive-popup", [this] { Guide::click(in(panel(1), "pushButton_driveParam")); },
+            [&] { return drivePopup->isVisible() && drivePopup->isActiveWindow(); });
+        m_guide.step(
+            "drive-parameters-set",
+            [&] {
+                Guide::fill(in(drivePopup, "doubleSpinBox_disp"), "90");
+                Guide::fill(in(drivePopup, "doubleSpinBox_speed"), "25");
+                Guide::fill(in(drivePopup, "doubleSpinBox_acc"), "100");
+                Guide::click(in(drivePopup, "pushButton_confirm"));
+            },
+            [&] { return !drivePopup->isVisible() && called("setAcceleration"); });
+        m_guide.step(
+            "driving", [this] { Guide::click(in(panel(1), "pushButton_driveLeft")); },
+            [this] { return isRunning(1) && position(1).startsWith('-') && position(1).endsWith("°"); });
+    }
+
+    void homeStopEnable()
+    {
+        m_guide.step(
+            "stopped", [this] { Guide::click(in(panel(1), "pushButton_stop")); },
+            [this] { return !isRunning(1) && called("stopRuning"); });
+        m_guide.step(
+            "homed", [this] { Guide::click(in(panel(1), "pushButton_home")); },
+            [this] {
+                return !isRunning(1) && position(1) == "0.000 °" &&
+                       in<QLabel>(panel(1), "label_originLight")->styleSheet().contains("greenPot");
+            },
+            15000);
+        m_guide.step(
+            "power-off", [this] { Guide::click(in(panel(1), "pushButton_enable")); },
+            [this] {
+                return !in<QPushButton>(panel(1), "pushButton_enable")->isChecked() &&
+                       !in(panel(1), "pushButton_move")->isEnabled();
+            });
+        m_guide.step(
+            "power-on", [this] { Guide::click(in(panel(1), "pushButton_enable")); },
+            [this] { return in(panel(1), "pushButton_move")->isEnabled(); });
+    }
+
+    void limits()
+    {
+        simulator::setPosition(device, 0, 47);
+        QWidget *drivePopup = popup(0, "DriveParamWidget");
+        m_guide.step(
+            "drive-popup-for-limit", [this] { Guide::click(in(panel(0), "pushButton_driveParam")); },
+            [&] { return drivePopup->isActiveWindow(); });
+        m_guide.step(
+            "limit",
+            [&] {
+                Guide::fill(in(drivePopup, "doubleSpinBox_disp"), "50");
+                Guide::press("Return");
+                Guide::click(in(panel(0), "pushButton_driveRight"));
+            },
+            [this] {
+                return position(0) == "50.000 mm" && log(0).contains(word("已到达正限位！", "Positive limit reached!"));
+            });
+        m_guide.step(
+            "opto-fault", [] { simulator::setOptoFault(device, 0, simulator::Opto::Origin, true); },
+            [this] { return log(0).contains(word("原点限位光耦失效 ", "Origin limit photocoupler failed")); });
+        simulator::setOptoFault(device, 0, simulator::Opto::Origin, false);
+        simulator::setPosition(device, 0, 0);
+    }
+
+    void loopRun()
+    {
+        QWidget *loop = popup(0, "CycleOperationWidget");
+        m_guide.step(
+            "loop-run-dialog", [this] { Guide::click(in(panel(0), "pushButton_circle")); },
+            [&] { return loop->isVisible(); });
+        m_guide.step(
+            "loop-run-refused",
+            [&] {
+                Guide::fill(in(loop, "spinBox_time"), "0");
+                Guide::click(in(loop, "pushButton_right"));
+            },
+            [] { return box() != nullptr; });
+        m_guide.step(
+            "loop-run-again", [] { confirm(); }, [] { return !box(); });
+        m_guide.step(
+            "loop-running",
+            [&] {
+                Guide::fill(in(loop, "doubleSpinBox_relativeDisp"), "3");
+                Guide::fill(in(loop, "doubleSpinBox_speed"), "10");
+                Guide::fill(in(loop, "doubleSpinBox_acc"), "100");
+                Guide::fill(in(loop, "spinBox_time"), "3");
+                Guide::fill(in(loop, "spinBox_delay"), "200");
+                Guide::click(in(loop, "pushButton_right"));
+            },
+            [this] { return log(0).contains(word("当前运行次数 1 运行中", "current run count 1 Doing")); });
+        m_guide.step(
+            "loop-close-asks", [&] { Guide::click(in(loop, "pushButton_close")); }, [] { return box() != nullptr; });
+        m_guide.step(
+            "loop-goes-on", [] { cancel(); }, [&] { return !box() && loop->isVisible(); });
+        m_guide.step(
+            "loop-completed", [] {},
+            [this] {
+                return log(0).contains(word("当前运行次数 3 运行完成", "current run count 3 Operation completed"));
+            },
+            15000);
+        m_guide.step(
+            "loop-run-closed", [&] { Guide::click(in(loop, "pushButton_close")); },
+            [&] { return !loop->isVisible() && called("stopRuning"); });
+    }
+
+    void addAxis()
+    {
+        QWidget *dialog = window("AddControlsWidget");
+        m_guide.step(
+            "add-axis", [this] { Guide::click(own("pushButton_addAsix")); },
+            [&] { return dialog->isVisible() && in<QComboBox>(dialog, "comboBox_models")->count() >= 6; });
+        m_guide.step(
+            "add-axis-lifting", [&] { Guide::click(in(dialog, "pushButton_liftingControl")); },
+            [&] { return in<QPushButton>(dialog, "pushButton_liftingControl")->isChecked(); });
+        m_guide.step(
+            "add-axis-models", [&] { Guide::click(in(dialog, "comboBox_models")); },
+            [] { return QApplication::activePopupWidget() != nullptr; });
+        m_guide.step(
+            "add-axis-model-chosen",
+            [] {
+                Guide::press("Down");
+                Guide::press("Return");
+            },
+            [&] {
+                return !QApplication::activePopupWidget() &&
+                       in<QComboBox>(dialog, "comboBox_models")->currentIndex() == 1;
+            });
+        m_guide.step(
+            "three-panels", [&] { Guide::click(in(dialog, "pushButton_confirm")); },
+            [&] { return !dialog->isVisible() && panel(2) && called("setMotorParams") && position(2) != "---"; });
+        m_guide.step(
+            "no-axis-left", [this] { Guide::click(own("pushButton_addAsix")); }, [] { return box() != nullptr; });
+        m_guide.step(
+            "no-axis-left-closed", [] { confirm(); }, [] { return !box(); });
+        m_guide.step(
+            "close-panel-asks", [this] { Guide::click(in(panel(1), "pushButton_remove")); },
+            [] { return box() != nullptr; });
+        m_guide.step(
+            "panel-kept", [] { cancel(); }, [this] { return !box() && panel(1); });
+        m_guide.step(
+            "panel-closed",
+            [this] {
+                Guide::click(in(panel(1), "pushButton_remove"));
+                Guide::wait([] { return box() != nullptr; }, 2000);
+                confirm();
+            },
+            [this] { return !box() && !panel(1) && m_window->axisTabs().count() == 2; });
+    }
+
+    void joystick()
+    {
+        auto *rocker = qobject_cast<QRadioButton *>(own("radioButton_Rocker"));
+        m_guide.step(
+            "joystick-plugged-in", [] { simulator::setJoystick(device, true, 4); },
+            [&] { return rocker->isVisible() && rocker->isEnabled(); });
+        m_guide.step(
+            "joystick-mode", [&] { Guide::clickAt(rocker, QPoint(12, 12)); },
+            [&] { return rocker->isChecked() && in(panel(0), "label_rockerSpeed")->isVisible() && isRunning(0); });
+        m_guide.step(
+            "joystick-at-rest", [] { simulator::setJoystick(device, true, 0); }, [this] { return !isRunning(0); });
+        m_guide.step(
+            "joystick-unplugged", [] { simulator::setJoystick(device, false); },
+            [&] { return !rocker->isVisible() && in(panel(0), "pushButton_move")->isVisible(); });
+    }
+
+    void settings()
+    {
+        QWidget *options = window("OptionsWidget");
+        m_guide.step(
+            "settings", [this] { Guide::click(own("pushButton_settings")); }, [&] { return options->isVisible(); });
+        m_guide.step(
+            "settings-trigger", [&] { Guide::click(in(options, "pushButton_trigger")); },
+            [&] { return in(options, "page_trigger")->isVisible(); });
+        m_guide.step(
+            "settings-caution", [&] { Guide::click(in(options, "pushButton_motorParam")); },
+            [] { return box() != nullptr; });
+        m_guide.step(
+            "settings-motor", [] { confirm(); },
+            [&] { return !box() && in(options, "page_motorParam")->isVisible(); });
+        m_guide.step(
+            "settings-motor-read", [&] { Guide::click(in(options, "pushButton_ReadParam")); },
+            [] { return called("getMotorParams"); });
+        m_guide.step(
+            "settings-compensation", [&] { Guide::click(in(options, "pushButton_posConpen")); },
+            [&] { return in(options, "page_posConpen")->isVisible(); });
+        m_guide.step(
+            "settings-closed",
+            [&] {
+                Guide::click(in(options, "pushButton_language"));
+                Guide::click(in(options, "pushButton_close"));
+            },
+            [&] { return !options->isVisible(); });
+    }
+
+    void helpAndWindow()
+    {
+        QWidget *help = window("HelpWidget");
+        m_guide.step(
+            "help", [this] { Guide::click(own("pushButton_help")); }, [&] { return help->isVisible(); });
+        m_guide.step(
+            "help-closed", [] { Guide::press("Escape"); }, [&] { return !help->isVisible(); });
+        m_guide.step(
+            "full-screen", [this] { Guide::click(own("pushButton_showMax")); },
+            [this] { return m_window->isFullScreen(); });
+        m_guide.step(
+            "normal-again", [this] { Guide::click(own("pushButton_showMax")); },
+            [this] { return !m_window->isFullScreen(); });
+        const QPoint before = inGui([this] { return m_window->pos(); });
+        m_guide.step(
+            "dragged", [this] { Guide::drag(own("widget_titleBar"), QPoint(700, 30), QPoint(40, -30)); },
+            [&] { return m_window->pos() == before + QPoint(40, -30); });
+        const QSize size = inGui([this] { return m_window->size(); });
+        m_guide.step(
+            "resized", [&] { Guide::drag(m_window, QPoint(size.width() - 2, size.height() / 2), QPoint(30, 0)); },
+            [&] { return m_window->size() == size + QSize(30, 0); });
+    }
+
+    void lostLink()
+    {
+        m_guide.step(
+            "link-lost", [] { simulator::loseLink(device); },
+            [this] { return log(0).contains(word("读取当前位置出错", "Error reading current location")); });
+        m_guide.step(
+            "link-back",
+            [this] {
+                simulator::restoreLink(device);
+                simulator::setPosition(device, 0, 1.25);
+            },
+            [this] { return position(0) == "1.250 mm"; });
+    }
+
+    void disconnectAndReconnect()
+    {
+        QWidget *dialog = window("ConnectionWidget");
+        m_guide.step(
+            "disconnected",
+            [&] {
+                Guide::click(own("pushButton_connect"));
+                Guide::wait([&] { return dialog->isActiveWindow(); }, 2000);
+                Guide::click(in(dialog, "pushButton_disConnect"));
+            },
+            [&] { return m_window->panelBoard().count() == 0 && m_window->axisTabs().count() == 0; });
+        m_guide.step(
+            "connected-again", [&] { Guide::click(in(dialog, "pushButton_connectSerial")); },
+            [&] { return !dialog->isVisible() && m_window->panelBoard().count() == 2; });
+    }
+
+    void leave()
+    {
+        m_guide.step(
+            "left", [this] { Guide::click(own("pushButton_close")); },
+            [] { return called("closeTSDevice") && called("removeDev"); });
+        if (const std::string overlap = simulator::overlap(); !overlap.empty())
+            qFatal("Library calls were made at the same time: %s", overlap.c_str());
+    }
+
+    MoverWidget *m_window;
+    Guide m_guide;
+    bool m_bEnglish;
+};
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    StartUp::prepareApplication();
+    QApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    const QCommandLineOption language("language", "The language to show: zh or en.", "zh|en", "zh");
+    parser.addOption(language);
+    parser.addPositionalArgument("DIRECTORY", "Where the pictures go.");
+    parser.process(application);
+    if (parser.positionalArguments().size() != 1)
+        parser.showHelp(2);
+
+    // Each tour starts like the first start after the installation.
+    QFile::remove(QCoreApplication::applicationDirPath() + "/appConfig.ini");
+    simulator::reset();
+    simulator::useRealClock();
+    StartUp::setNumberFormat();
+    StartUp::installFont(QCoreApplication::applicationDirPath() + "/font.ttf");
+    StartUp::installStyleSheet(":/style.qss");
+
+    int failures = 0;
+    {
+        MoverWidget window;
+        window.show();
+        const std::unique_ptr<QThread> script(QThread::create([&] {
+            failures = Tour(&window, QDir(parser.positionalArguments().first()), parser.value(language) == "en").take();
+        }));
+        script->start();
+        QApplication::exec();
+        // The tour still looks at the window that it has closed.
+        while (!script->wait(20))
+            QCoreApplication::processEvents();
+    }
+    SerialComDev::shutDown(5000);
+    QFile::remove(QCoreApplication::applicationDirPath() + "/appConfig.ini");
+    QTextStream(stdout) << (failures == 0 ? QStringLiteral("The tour went as it should.")
+                                          : QStringLiteral("%1 steps did not end as they should.").arg(failures))
+                        << '\n';
+    return qMin(failures, 125);
+}
