@@ -23,13 +23,16 @@ void Dialogs::makeFrameless(QWidget *dialog, QWidget *body)
 
 void Dialogs::centreOn(QWidget *popup, const QWidget *window)
 {
-    const QPoint middle(
-        window->x() + (window->width() - popup->width()) / 2, window->y() + (window->height() - popup->height()) / 2);
-    // A window at the edge of the screen must not carry the popup's title bar out of reach.
-    const QRect screen = window->screen()->availableGeometry();
     popup->move(
-        qMax(screen.left(), qMin(middle.x(), screen.right() + 1 - popup->width())),
-        qMax(screen.top(), qMin(middle.y(), screen.bottom() + 1 - popup->height())));
+        window->x() + (window->width() - popup->width()) / 2, window->y() + (window->height() - popup->height()) / 2);
+}
+
+void Dialogs::keepOnScreen(QWidget *popup)
+{
+    const QRect screen = popup->screen()->availableGeometry();
+    popup->move(
+        qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - popup->width())),
+        qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - popup->height())));
 }
 
 void Dialogs::paintBackground(QWidget *widget)

@@ -10,8 +10,11 @@ namespace Dialogs {
  */
 void makeFrameless(QWidget *dialog, QWidget *body);
 
-/** Moves `popup` over the middle of `window` (integer division), but not off its screen; just before it is shown. */
+/** Moves `popup` over the middle of `window` (integer division), for just before it is shown. */
 void centreOn(QWidget *popup, const QWidget *window);
+
+/** Moves `popup` by as little as it takes to have it on its screen, the top left corner first. */
+void keepOnScreen(QWidget *popup);
 
 /** Paints the style-sheet background of a plain QWidget subclass; for its paintEvent. */
 void paintBackground(QWidget *widget);

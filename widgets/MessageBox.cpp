@@ -9,7 +9,6 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
-#include <QScreen>
 #include <QShowEvent>
 #include <QStyle>
 
@@ -94,20 +93,13 @@ protected:
         // Its size is known only now, and the window manager would place it as it likes.
         if (parentWidget())
             Dialogs::centreOn(this, parentWidget()->window());
-        keepOnScreen();
+        Dialogs::keepOnScreen(this);
     }
 
 private:
-    /** The popups that it belongs to open at the edges of the screen, too. */
-    void keepOnScreen()
-    {
-        const QRect screen = this->screen()->availableGeometry();
-        const QPoint last(screen.x() + screen.width() - width(), screen.y() + screen.height() - height());
-        move(qMax(screen.x(), qMin(x(), last.x())), qMax(screen.y(), qMin(y(), last.y())));
-    }
     void grow()
     {
-        QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
+        const QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
         // The text's minimum height is that of its sheet, however many lines it has.
         const int height = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(size.width())
                                                          : layout()->totalSizeHint().height();

@@ -43,6 +43,10 @@
         <source>参数配置错误!请重试。</source>
         <translation>Parameter configuration error! Please try again.</translation>
     </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
+    </message>
 </context>
 <context>
     <name>AxisSettings</name>
