@@ -132,7 +132,6 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    box->setDefaultButton(confirm);
 
     box->setStyleSheet(boxSheet(look, widestLine(text) + 100));
     box->exec();

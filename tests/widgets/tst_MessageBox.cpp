@@ -189,10 +189,19 @@ private slots:
         QVERIFY(!seen);
         QVERIFY(parent.children().isEmpty());
     }
-    void confirmsByEnter()
+    void enterConfirms_data() { countsEveryOtherWayOutAsCancel_data(); }
+    void enterConfirms()
     {
-        const OnMessageBox next([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); });
-        QCOMPARE(MessageBox::exec(nullptr, "?"), 1);
+        QFETCH(Kind, kind);
+        QFETCH(int, cancel);
+        const OnMessageBox next([](QMessageBox &box) {
+            // As the keyboard does it: to whatever has the focus.
+            QVERIFY(box.focusWidget());
+            QTest::keyClick(box.focusWidget(), Qt::Key_Return);
+            QVERIFY(!box.isVisible());
+        });
+        QCOMPARE(MessageBox::exec(nullptr, "?", kind), 1 - cancel);
+        QCOMPARE(next.shown(), 1);
     }
 
     void wearsTheSheetOfItsKind_data()
