@@ -114,6 +114,14 @@ private:
     std::unique_ptr<MoverWidget> m_window;
 };
 
+/** What Qt complains of, but for what the test platform says of itself. */
+inline QStringList qtWarnings(const DebugLog &log)
+{
+    QStringList warnings = log.warnings();
+    warnings.removeAll(QStringLiteral("This plugin does not support propagateSizeHints()"));
+    return warnings;
+}
+
 /** The text of a panel's log. */
 inline QString logOf(const MoverControlWidget *panel)
 {

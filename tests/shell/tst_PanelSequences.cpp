@@ -1,4 +1,400 @@
-#include <QtTest>
-class tst_PanelSequences : public QObject { Q_OBJECT };
-QTEST_MAIN(tst_PanelSequences)
+// SPDX-License-Identifier: MIT
+#include "support/LiveObjects.h"
+#include "support/MessageBoxes.h"
+
+#include "OpenWindow.h"
+
+#include <algorithm>
+#include <random>
+
+namespace {
+
+constexpr int device = 1001;
+constexpr int axisCount = 3;
+
+/** What should be there. */
+struct Model {
+    bool connected = false;
+    QVector<int> open;  // panels, in the order of creation
+    int expanded = -1;  // the axis whose panel stands alone, enlarged
+};
+
+/** Of what nothing may be left behind, however panels come and go. */
+struct Census {
+    int widgets = QApplication::allWidgets().size();
+    int panels = LiveObjects::count<MoverControlWidget>();
+    int timers = LiveObjects::runningTimers();
+    int listeners = 0;
+
+    static QString text(const Census &census)
+    {
+        return QStringLiteral("%1 widgets, %2 panels, %3 running timers, %4 listeners")
+            .arg(census.widgets)
+            .arg(census.panels)
+            .arg(census.timers)
+            .arg(census.listeners);
+    }
+};
+
+/** How many slots hear the answers of the worker. */
+int listenersOf(const SerialComDev &worker)
+{
+    struct Receivers : QObject {
+        using QObject::receivers;
+    };
+    const auto count = &Receivers::receivers;
+    return (worker.*count)(SIGNAL(signal_updateCurrentPos(int, double)))
+        + (worker.*count)(SIGNAL(signal_updateDevState(int, MotorStageState)))
+        + (worker.*count)(SIGNAL(signal_showOperationMsg(int, int, int, QString)));
+}
+
+/** One user at the window, who does one thing after the other, and the model that goes along. */
+class User final
+{
+public:
+    explicit User(unsigned int seed)
+        : m_random(seed)
+    {
+        m_emptyWindow = census();
+    }
+
+    void doSomething();
+    void disconnect()
+    {
+        if (!m_model.connected)
+            return;
+        note("disconnect");
+        m_program.disconnect();
+        m_model = {};
+    }
+    /** "" when the window shows what the model says. */
+    QString difference();
+    /** "" when a window without panels is what it was in the beginning. */
+    QString leftBehind()
+    {
+        settle();
+        const QString now = Census::text(census());
+        const QString then = Census::text(m_emptyWindow);
+        return now == then ? QString() : QStringLiteral("%1 instead of %2").arg(now, then);
+    }
+    QString history() const { return m_history.join(QStringLiteral(", ")); }
+    bool connected() const { return m_model.connected; }
+
+private:
+    void note(const QString &what) { m_history.append(what); }
+    void note(const char *what, int axis = -1)
+    {
+        m_history.append(QString::fromLatin1(what) + (axis < 0 ? QString() : QString::number(axis + 1)));
+    }
+    int pick(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(m_random); }
+    QPushButton *button(int axis, const char *name)
+    {
+        return m_program.panel(axis)->findChild<QPushButton *>(QLatin1String(name));
+    }
+    Census census()
+    {
+        Census result;
+        result.listeners = listenersOf(*SerialComDev::instance());
+        return result;
+    }
+    /** Deletes what waits for it, and hears what the worker has still to say. */
+    void settle()
+    {
+        const auto worker = SerialComDev::instance();
+        QMetaObject::invokeMethod(worker.data(), [] {}, Qt::BlockingQueuedConnection);
+        for (int k = 0; k < 3; ++k) {
+            QCoreApplication::sendPostedEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QCoreApplication::processEvents();
+        }
+        // Hides the dialog's message in five seconds; this is none of the panels'.
+        m_program.dialog<ConnectionWidget>()->findChild<QTimer *>()->stop();
+    }
+
+    void connect();
+    void add();
+    void close(int axis, bool consents);
+    void expand(int axis);
+    void use(int axis);
+
+    OpenWindow m_program;
+    Model m_model;
+    Census m_emptyWindow;
+    std::mt19937 m_random;
+    QStringList m_history;
+};
+
+void User::connect()
+{
+    note("connect");
+    m_program.connectTo(device);
+    m_model.connected = true;
+    m_model.open = {0, 1};
+}
+
+void User::add()
+{
+    QVector<int> free;
+    for (int axis = 0; axis < axisCount; ++axis) {
+        if (!m_model.open.contains(axis))
+            free.append(axis);
+    }
+    const MessageBoxes boxes;
+    if (free.isEmpty()) {
+        note("add one too many");
+        OpenWindow::click(m_program.find("pushButton_addAsix"));
+        QCOMPARE(boxes.count(), 1);
+        return;
+    }
+    const int axis = free.at(pick(free.size()));
+    note("add", axis);
+    // Writing a stage to an axis is refused while it runs.
+    SerialComDev::instance()->setMotorEnable(axis, 0);
+    SerialComDev::instance()->setMotorEnable(axis, 1);
+    m_program.addAxis(axis);
+    QCOMPARE(boxes.texts(), QStringList());
+    m_model.open.append(axis);
+}
+
+void User::close(int axis, bool consents)
+{
+    note(consents ? "close" : "do not close", axis);
+    const MessageBoxes boxes(consents ? QStringLiteral("确认") : QStringLiteral("取消"));
+    OpenWindow::click(button(axis, "pushButton_remove"));
+    QCOMPARE(boxes.count(), 1);
+    if (!consents)
+        return;
+    m_model.open.removeOne(axis);
+    m_model.expanded = -1; // whatever stood alone, all are shown
+}
+
+void User::expand(int axis)
+{
+    const bool expands = m_model.expanded != axis;
+    note(expands ? "expand" : "collapse", axis);
+    emit m_program.panel(axis)->signal_expandControl(expands);
+    m_model.expanded = expands ? axis : -1;
+}
+
+/** Something that leaves traces: motion, popups, the loop-run overlay, an answer that is still under way. */
+void User::use(int axis)
+{
+    switch (pick(6)) {
+    case 0:
+        note("jog", axis);
+        return OpenWindow::click(button(axis, "pushButton_jogRight"));
+    case 1:
+        note("drive", axis);
+        return OpenWindow::click(button(axis, "pushButton_driveLeft"));
+    case 2:
+        note("open the move popup of", axis);
+        return OpenWindow::click(button(axis, "pushButton_moveParam"));
+    case 3:
+        note("open the drive popup of", axis);
+        return OpenWindow::click(button(axis, "pushButton_driveParam"));
+    case 4:
+        note("open the loop run of", axis);
+        return OpenWindow::click(button(axis, "pushButton_circle"));
+    default:
+        note("queue answers for", axis);
+        const auto worker = SerialComDev::instance();
+        for (int k = 0; k < 20; ++k) {
+            emit worker->signal_getCurrentPos(axis);
+            emit worker->signal_home(axis);
+            emit worker->signal_stopMotor(axis);
+        }
+    }
+}
+
+void User::doSomething()
+{
+    if (pick(3) == 0)
+        simulator::advance(0.05);
+    if (pick(3) == 0)
+        QCoreApplication::processEvents();
+    if (!m_model.connected)
+        return connect();
+    const int action = pick(12);
+    if (action == 0)
+        return disconnect();
+    // Another window is in front of the buttons: with a panel enlarged the others cannot be reached.
+    QVector<int> reachable = m_model.open;
+    if (m_model.expanded >= 0)
+        reachable = {m_model.expanded};
+    if (action <= 3 || reachable.isEmpty())
+        return m_model.expanded >= 0 ? expand(m_model.expanded) : add();
+    const int axis = reachable.at(pick(reachable.size()));
+    if (action <= 5)
+        return close(axis, pick(4) != 0);
+    if (action <= 7)
+        return expand(axis);
+    use(axis);
+}
+
+QString User::difference()
+{
+    QStringList names;
+    for (const int axis : qAsConst(m_model.open))
+        names.append(QStringLiteral("Axis%1").arg(axis + 1));
+    if (m_program.panelNames() != names)
+        return QStringLiteral("panels: ") + m_program.panelNames().join(QLatin1Char(' '));
+
+    std::sort(names.begin(), names.end());
+    if (m_program.menuBar() != OpenWindow::menuBarWith(names))
+        return QStringLiteral("menu bar: ") + m_program.menuBar().join(QLatin1Char(' '));
+
+    if (m_program.window().axisCount() != (m_model.connected ? axisCount : 0))
+        return QStringLiteral("axis count: %1").arg(m_program.window().axisCount());
+
+    const auto *grid = m_program.content()->layout();
+    for (int k = 0; k < m_model.open.size(); ++k) {
+        const int axis = m_model.open.at(k);
+        const MoverControlWidget *panel = m_program.panel(axis);
+        if (panel->isHidden() != (m_model.expanded >= 0 && m_model.expanded != axis))
+            return QStringLiteral("panel %1 hidden: %2").arg(axis + 1).arg(panel->isHidden());
+        if (m_model.expanded == axis && panel->size() != QSize(1060, 560))
+            return QStringLiteral("panel %1 is not enlarged").arg(axis + 1);
+        if (grid->itemAt(k)->widget() != panel)
+            return QStringLiteral("panel %1 is out of place").arg(axis + 1);
+    }
+    return QString();
+}
+
+} // namespace
+
+class tst_PanelSequences : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { LiveObjects::install(); }
+    void init();
+    void cleanup();
+
+    void panelsAreWhatTheUserMadeThem_data();
+    void panelsAreWhatTheUserMadeThem();
+    void panelsComeAndGoWhileTheLinkFails();
+    void answersForAClosedPanelReachNobody();
+    void nothingIsLeftOfTheWindow();
+
+private:
+    std::unique_ptr<DebugLog> m_log;
+};
+
+void tst_PanelSequences::init()
+{
+    play({{device, "MC3-A", {{'w', "LIN-100"}, {'w', "ROT-60", 1}, {'a'}}}});
+    m_log.reset(); // one at a time, also after a failure
+    m_log = std::make_unique<DebugLog>();
+}
+
+void tst_PanelSequences::cleanup()
+{
+    simulator::clearFaults();
+    QVERIFY(SerialComDev::shutDown(5000));
+    QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
+    QCOMPARE(qtWarnings(*m_log), QStringList());
+    m_log.reset();
+}
+
+void tst_PanelSequences::panelsAreWhatTheUserMadeThem_data()
+{
+    QTest::addColumn<unsigned int>("seed");
+    for (unsigned int seed = 1; seed <= 12; ++seed)
+        QTest::addRow("sequence %u", seed) << seed;
+}
+
+void tst_PanelSequences::panelsAreWhatTheUserMadeThem()
+{
+    QFETCH(unsigned int, seed);
+    User user(seed);
+    int actions = 0;
+    int timesEmpty = 0;
+    while (actions < 60 || user.connected()) {
+        if (actions >= 60)
+            user.disconnect();
+        else
+            user.doSomething();
+        ++actions;
+        QString wrong = user.difference();
+        if (wrong.isEmpty() && !user.connected()) {
+            ++timesEmpty;
+            wrong = user.leftBehind();
+        }
+        if (!wrong.isEmpty() || QTest::currentTestFailed())
+            QFAIL(qPrintable(wrong + QStringLiteral(" after: ") + user.history()));
+    }
+    QVERIFY(timesEmpty > 0);
+}
+
+void tst_PanelSequences::panelsComeAndGoWhileTheLinkFails()
+{
+    OpenWindow program;
+    program.connectTo(device);
+    simulator::loseLink(device);
+    QTRY_VERIFY(logOf(program.panel(0)).contains(QStringLiteral("读取当前位置出错")));
+    {
+        const MessageBoxes boxes;
+        OpenWindow::click(program.panel(1)->findChild<QPushButton *>(QStringLiteral("pushButton_remove")));
+        program.window().slot_addControl(QStringLiteral("ROT-60"), 1, {});
+        QCOMPARE(boxes.count(), 2);
+        QCOMPARE(boxes.texts().last(), QStringLiteral("初始化轴，读取参数错误(-1)！"));
+    }
+    QCOMPARE(program.panelNames(), QStringList{QStringLiteral("Axis1")});
+
+    simulator::restoreLink(device);
+    simulator::setPosition(device, 0, 3);
+    QTRY_COMPARE(
+        program.panel(0)->findChild<QLabel *>(QStringLiteral("label_currentPos"))->text(), QStringLiteral("3.000 mm"));
+    program.window().slot_addControl(QStringLiteral("ROT-60"), 1, {});
+    QCOMPARE(program.window().panelBoard().count(), 2);
+}
+
+void tst_PanelSequences::answersForAClosedPanelReachNobody()
+{
+    OpenWindow program;
+    program.connectTo(device);
+    const auto worker = SerialComDev::instance();
+    const int listeners = listenersOf(*worker);
+    {
+        const MessageBoxes boxes;
+        const QPointer<MoverControlWidget> panel = program.panel(0);
+        for (int k = 0; k < 50; ++k)
+            emit worker->signal_stopMotor(0);
+        QTRY_VERIFY(simulator::callCount("stopRuning") == 50); // the answers wait in the queue of this thread
+        OpenWindow::click(panel->findChild<QPushButton *>(QStringLiteral("pushButton_remove")));
+        QTRY_VERIFY(!panel);
+    }
+    QCOMPARE(listenersOf(*worker), listeners - 3);
+    // A new panel of the same axis does not hear what was meant for the old one.
+    program.window().slot_addControl(QStringLiteral("LIN-100"), 0, {});
+    QVERIFY(!logOf(program.panel(0)).contains(QStringLiteral("停止运行")));
+}
+
+void tst_PanelSequences::nothingIsLeftOfTheWindow()
+{
+    const auto worker = SerialComDev::instance();
+    const Census before;
+    const int listeners = listenersOf(*worker);
+    for (int round = 0; round < 2; ++round) {
+        OpenWindow program;
+        program.connectTo(device);
+        OpenWindow::click(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_moveParam")));
+        OpenWindow::click(program.panel(1)->findChild<QPushButton *>(QStringLiteral("pushButton_circle")));
+        OpenWindow::click(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_jogRight")));
+        program.destroy();
+        const Census after;
+        QCOMPARE(Census::text(after), Census::text(before));
+        QCOMPARE(listenersOf(*worker), listeners);
+        worker->close();
+    }
+}
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    tst_PanelSequences test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_PanelSequences.moc"

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+// The whole program in front of a simulated controller, with a user inside: it is brought into a state and then left.
+//     drivenProgram STATE WAY
+//     STATE: idle, connected, moving, asking (under a message box), hanging (the library does not come back)
+//     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), nothing (somebody else
+//            sends a signal)
+// It writes "ready" before it is left.
+
+#include "app/StartUp.h"
+#include "axis/MoverControlWidget.h"
+#include "device/SerialComDev.h"
+#include "shell/ConnectionWidget.h"
+#include "shell/MoverWidget.h"
+#include "simulator/SimulatorControl.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QtTest>
+
+#include <cstdio>
+
+namespace {
+
+std::string state;
+std::string way;
+
+MoverWidget *mainWindow()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (auto *found = qobject_cast<MoverWidget *>(window))
+            return found;
+    }
+    return nullptr;
+}
+
+QPushButton *button(QWidget *parent, const char *name)
+{
+    return parent->findChild<QPushButton *>(QLatin1String(name));
+}
+
+void click(QPushButton *button)
+{
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+void leave(MoverWidget *window)
+{
+    std::puts("ready");
+    std::fflush(stdout);
+    if (way == "button")
+        click(button(window->findChild<QWidget *>(QStringLiteral("widget_titleBar")), "pushButton_close"));
+    else if (way == "close")
+        window->close();
+    else if (way == "session")
+        QApplication::closeAllWindows();
+    else if (way == "code")
+        QCoreApplication::exit(7);
+}
+
+void connectController(MoverWidget *window)
+{
+    click(button(window, "pushButton_connect"));
+    click(button(window->findChild<ConnectionWidget *>(), "pushButton_connectSerial"));
+}
+
+/** Runs `then` in the event loop as soon as `condition` holds. */
+template <typename Condition, typename Function>
+void when(Condition condition, Function then)
+{
+    auto *poll = new QTimer(qApp);
+    poll->callOnTimeout([poll, condition, then] {
+        if (!condition())
+            return;
+        poll->deleteLater();
+        poll->stop();
+        then();
+    });
+    poll->start(5);
+}
+
+void drive()
+{
+    MoverWidget *window = mainWindow();
+    const auto leaveNow = [window] { leave(window); };
+    if (state != "idle")
+        connectController(window);
+    if (state == "moving") {
+        MoverControlWidget *panel = window->panelBoard().find(QStringLiteral("Axis1"));
+        when([] { return simulator::callCount("startDrive") > 0; }, leaveNow);
+        click(button(panel, "pushButton_driveRight"));
+    } else if (state == "asking") {
+        when([] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()) != nullptr; }, leaveNow);
+        window->slot_showTipMessage(QStringLiteral("text"));
+    } else if (state == "hanging") {
+        simulator::hangCall("getCurrentPos");
+        when([] { return simulator::waitUntilHanging(0); }, leaveNow);
+    } else {
+        leaveNow();
+    }
+}
+
+/** Runs when the application object has been created, long before its event loop. */
+void waitForTheEventLoop()
+{
+    simulator::reset();
+    simulator::useRealClock();
+    when([] { return mainWindow() && mainWindow()->isVisible(); }, drive);
+}
+Q_COREAPP_STARTUP_FUNCTION(waitForTheEventLoop)
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (argc != 3)
+        return 99;
+    state = argv[1];
+    way = argv[2];
+    return StartUp::run(1, argv);
+}

@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: MIT
+#include "Child.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+
+namespace {
+
+const QString program = QStringLiteral(MOVER_PROGRAM_DIR "/mover");
+const QString drivenProgram = QStringLiteral(MOVER_DRIVEN_PROGRAM);
+
+constexpr int startLimitMs = 30000;
+constexpr int leaveLimitMs = 3000;
+
+} // namespace
+
+class tst_Process : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void explainsItself_data();
+    void explainsItself();
+    void tellsItsVersionWithoutADisplay();
+    void refusesAnUnknownOption();
+    void refusesABadScenario_data();
+    void refusesABadScenario();
+    void playsEveryShippedScenario_data();
+    void playsEveryShippedScenario();
+    void takesARelativeScenarioPath();
+    void leavesOnASignal_data();
+    void leavesOnASignal();
+    void leavesFromEveryState_data();
+    void leavesFromEveryState();
+    void exitCodeIsThatOfTheEventLoop_data();
+    void exitCodeIsThatOfTheEventLoop();
+    void leavesOnASignalFromEveryState_data();
+    void leavesOnASignalFromEveryState();
+};
+
+void tst_Process::explainsItself_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::newRow("long") << QStringLiteral("--help");
+    QTest::newRow("short") << QStringLiteral("-h");
+}
+
+void tst_Process::explainsItself()
+{
+    QFETCH(QString, option);
+    Child child(program, {option});
+    child.unset("QT_QPA_PLATFORM");
+    child.unset("DISPLAY");
+    child.unset("WAYLAND_DISPLAY");
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitCode(), 0);
+    const QString text = QString::fromUtf8(child.process.readAllStandardOutput());
+    for (const char *part : {"--help", "--version", "--scenario <FILE>"})
+        QVERIFY2(text.contains(QLatin1String(part)), part);
+    QCOMPARE(child.complaints(), QStringList());
+}
+
+void tst_Process::tellsItsVersionWithoutADisplay()
+{
+    Child child(program, {QStringLiteral("--version")});
+    child.unset("QT_QPA_PLATFORM");
+    child.unset("DISPLAY");
+    child.unset("WAYLAND_DISPLAY");
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(QString::fromUtf8(child.process.readAllStandardOutput()), QStringLiteral("mover " MOVER_VERSION "\n"));
+    QCOMPARE(child.complaints(), QStringList());
+}
+
+void tst_Process::refusesAnUnknownOption()
+{
+    Child child(program, {QStringLiteral("--bogus")});
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QVERIFY(child.process.exitCode() != 0);
+    QCOMPARE(child.complaints().size(), 1);
+    QVERIFY(child.complaints().first().contains(QStringLiteral("bogus")));
+}
+
+void tst_Process::refusesABadScenario_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("line");
+    QTest::newRow("syntax") << QByteArray("{\n  \"controllers\": [\n}\n") << 3;
+    QTest::newRow("unknown key") << QByteArray("{\n  \"controllers\": [],\n\n  \"typo\": 1\n}\n") << 4;
+}
+
+void tst_Process::refusesABadScenario()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(int, line);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("bad.json"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(text);
+    file.close();
+
+    Child child(program, {QStringLiteral("--scenario"), path});
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 2);
+    QCOMPARE(child.complaints().size(), 1);
+    const QString complaint = child.complaints().first();
+    QVERIFY2(complaint.startsWith(QStringLiteral("%1:%2: ").arg(path).arg(line)), qPrintable(complaint));
+}
+
+void tst_Process::playsEveryShippedScenario_data()
+{
+    QTest::addColumn<QString>("path");
+    const QDir folder(QStringLiteral(MOVER_PROGRAM_DIR "/simulator/scenarios"));
+    const QStringList files = folder.entryList({QStringLiteral("*.json")});
+    for (const char *shipped :
+         {"default.json", "faulty-opto.json", "joystick.json", "lossy-link.json", "slow-link.json",
+          "two-controllers.json"})
+        QVERIFY2(files.contains(QLatin1String(shipped)), shipped);
+    for (const QString &file : files)
+        QTest::newRow(qPrintable(file)) << folder.filePath(file);
+}
+
+void tst_Process::playsEveryShippedScenario()
+{
+    QFETCH(QString, path);
+    Child child(program, {QStringLiteral("--scenario"), path});
+    child.start();
+    QTRY_VERIFY_WITH_TIMEOUT(child.handles(SIGTERM), startLimitMs);
+    child.send(SIGTERM);
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.complaints(), QStringList());
+}
+
+void tst_Process::takesARelativeScenarioPath()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("here.json")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{");
+    file.close();
+    Child child(program, {QStringLiteral("--scenario"), QStringLiteral("here.json")});
+    child.process.setWorkingDirectory(folder.path());
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitCode(), 2);
+    QVERIFY(child.complaints().first().startsWith(folder.filePath(QStringLiteral("here.json:1: "))));
+}
+
+void tst_Process::leavesOnASignal_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("terminate") << SIGTERM;
+    QTest::newRow("interrupt") << SIGINT;
+    QTest::newRow("hang-up") << SIGHUP;
+}
+
+void tst_Process::leavesOnASignal()
+{
+    QFETCH(int, signal);
+    Child child(program);
+    child.start();
+    QTRY_VERIFY_WITH_TIMEOUT(child.handles(signal), startLimitMs);
+    QElapsedTimer timer;
+    timer.start();
+    child.send(signal);
+    child.send(signal); // an impatient user
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QVERIFY(timer.elapsed() < leaveLimitMs);
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.complaints(), QStringList());
+}
+
+void tst_Process::leavesFromEveryState_data()
+{
+    QTest::addColumn<QString>("state");
+    QTest::addColumn<QString>("way");
+    for (const char *state : {"idle", "connected", "moving", "asking", "hanging"}) {
+        for (const char *way : {"button", "close", "session"})
+            QTest::addRow("%s, %s", state, way) << QString::fromLatin1(state) << QString::fromLatin1(way);
+    }
+}
+
+void tst_Process::leavesFromEveryState()
+{
+    QFETCH(QString, state);
+    QFETCH(QString, way);
+    Child child(drivenProgram, {state, way});
+    child.start();
+    QTRY_VERIFY_WITH_TIMEOUT(child.process.readAllStandardOutput().contains("ready"), startLimitMs);
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(child.process.state() == QProcess::NotRunning || child.process.waitForFinished(startLimitMs));
+    QVERIFY2(timer.elapsed() < leaveLimitMs, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 0);
+    QStringList complaints = child.complaints();
+    complaints.removeAll(QStringLiteral("warning|default|This plugin does not support propagateSizeHints()"));
+    QCOMPARE(complaints, QStringList());
+}
+
+void tst_Process::exitCodeIsThatOfTheEventLoop_data()
+{
+    QTest::addColumn<QString>("state");
+    for (const char *state : {"idle", "connected", "hanging"})
+        QTest::newRow(state) << QString::fromLatin1(state);
+}
+
+void tst_Process::exitCodeIsThatOfTheEventLoop()
+{
+    QFETCH(QString, state);
+    Child child(drivenProgram, {state, QStringLiteral("code")});
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 7);
+}
+
+void tst_Process::leavesOnASignalFromEveryState_data()
+{
+    QTest::addColumn<QString>("state");
+    for (const char *state : {"idle", "connected", "moving", "asking", "hanging"})
+        QTest::newRow(state) << QString::fromLatin1(state);
+}
+
+void tst_Process::leavesOnASignalFromEveryState()
+{
+    QFETCH(QString, state);
+    Child child(drivenProgram, {state, QStringLiteral("nothing")});
+    child.start();
+    QTRY_VERIFY_WITH_TIMEOUT(child.process.readAllStandardOutput().contains("ready"), startLimitMs);
+    QElapsedTimer timer;
+    timer.start();
+    child.send(SIGTERM);
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QVERIFY2(timer.elapsed() < leaveLimitMs, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 0);
+}
+
+QTEST_GUILESS_MAIN(tst_Process)
+#include "tst_Process.moc"
