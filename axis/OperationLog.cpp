@@ -52,7 +52,8 @@ OperationLog::OperationLog(QTextBrowser *browser)
 {
     // Entries are preformatted text, but set in the program's own font.
     m_browser->document()->setDefaultStyleSheet(
-        QStringLiteral("pre { margin: 0; white-space: pre-wrap; font-family: '%1'; }").arg(QGuiApplication::font().family()));
+        QStringLiteral("pre { margin: 0; white-space: pre-wrap; font-family: '%1'; }")
+            .arg(QGuiApplication::font().family()));
 }
 
 void OperationLog::append(int type, const QString &text, int state)

@@ -17,35 +17,51 @@ fi
 
 children=()
 scratch=$(mktemp -d)
-end() {
+end_children() {
     [ ${#children[@]} -eq 0 ] || kill "${children[@]}" 2>/dev/null || true
     wait 2>/dev/null || true
+    children=()
+}
+end() {
+    end_children
     rm -rf "$scratch"
 }
 trap end EXIT
 
 # The server picks a free display and writes its number once it takes connections.
-mkfifo "$scratch/display"
-Xvfb -displayfd 3 -screen 0 "${screen}x24" -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
-children+=($!)
-if ! read -r -t 20 number <"$scratch/display"; then
-    cat "$scratch/xvfb.log" >&2
-    echo "$0: no virtual screen" >&2
-    exit 1
-fi
-export DISPLAY=":$number" QT_QPA_PLATFORM=xcb
-unset WAYLAND_DISPLAY
-
-openbox --sm-disable >"$scratch/openbox.log" 2>&1 &
-children+=($!)
-for _ in $(seq 200); do
-    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
-    read -r -t 0.05 <> <(:) || true
-done
-xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id' || {
-    echo "$0: the window manager did not start" >&2
-    exit 1
+start_screen() {
+    local number
+    mkfifo "$scratch/display"
+    Xvfb -displayfd 3 -screen 0 "${screen}x24" -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
+    children+=($!)
+    read -r -t 20 number <"$scratch/display" || return 1
+    rm "$scratch/display"
+    export DISPLAY=":$number"
 }
+start_window_manager() {
+    openbox --sm-disable >"$scratch/openbox.log" 2>&1 &
+    children+=($!)
+    for _ in $(seq 200); do
+        xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && return
+        kill -0 "${children[-1]}" 2>/dev/null || return 1
+        read -r -t 0.05 <> <(:) || true
+    done
+    return 1
+}
+
+# A server that ends at this moment can take the socket of a new one with the same number away: then once more.
+for attempt in 1 2 3; do
+    start_screen && start_window_manager && break
+    if [ "$attempt" = 3 ]; then
+        cat "$scratch"/*.log >&2
+        echo "$0: no desktop" >&2
+        exit 1
+    fi
+    end_children
+    rm -f "$scratch/display"
+done
+export QT_QPA_PLATFORM=xcb
+unset WAYLAND_DISPLAY
 xcompmgr -n >"$scratch/xcompmgr.log" 2>&1 &
 children+=($!)
 

@@ -99,7 +99,7 @@ protected:
 private:
     void grow()
     {
-        QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
+        const QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);
         // The text's minimum height is that of its sheet, however many lines it has.
         const int height = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(size.width())
                                                          : layout()->totalSizeHint().height();
@@ -132,7 +132,6 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    box->setDefaultButton(confirm);
 
     box->setStyleSheet(boxSheet(look, widestLine(text) + 100));
     box->exec();

@@ -80,8 +80,6 @@ private slots:
     void closesOnDeactivationAfterItsMessageBox();
     void survivesItsEndUnderTheMessageBox_data() { members(); }
     void survivesItsEndUnderTheMessageBox();
-    void takesTheActivationWhenShown_data() { members(); }
-    void takesTheActivationWhenShown();
     void escapeClosesWithoutSending_data() { members(); }
     void escapeClosesWithoutSending();
     void enterConfirms_data();
@@ -630,17 +628,6 @@ void tst_MotionParamPopups::survivesItsEndUnderTheMessageBox()
     QTRY_COMPARE(box.shown(), 1);
     QVERIFY(!m_popup);
     QCOMPARE(takeRequests(), QStringList());
-}
-
-void tst_MotionParamPopups::takesTheActivationWhenShown()
-{
-    QFETCH(Member, member);
-    QWidget other;
-    other.show();
-    other.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&other));
-    create(member);
-    QVERIFY(QTest::qWaitForWindowActive(m_popup.get()));
 }
 
 void tst_MotionParamPopups::escapeClosesWithoutSending()

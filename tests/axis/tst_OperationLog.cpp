@@ -6,6 +6,7 @@
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QTextLayout>
 #include <QTextBrowser>
 #include <QTime>
 #include <QtTest>
@@ -147,6 +148,14 @@ private slots:
         m_log->append(1, "text", 3);
         const QTextBlock last = m_browser->document()->lastBlock();
         QCOMPARE(last.begin().fragment().charFormat().font().family(), QGuiApplication::font().family());
+    }
+    void wrapsALongEntry()
+    {
+        m_browser->resize(300, 200);
+        m_browser->show();
+        m_log->append(99, QString("a long text ").repeated(20), 99);
+        QCOMPARE(m_browser->horizontalScrollBar()->maximum(), 0);
+        QVERIFY(m_browser->document()->lastBlock().layout()->lineCount() > 1);
     }
     void showsMarkupCharactersAsTheyAre()
     {

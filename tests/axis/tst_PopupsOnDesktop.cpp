@@ -66,6 +66,14 @@ private slots:
         open();
         QVERIFY(!m_panel->isActiveWindow());
     }
+    void takesTheActivationThatTheDesktopDoesNotGiveIt()
+    {
+        // Of no window that is active, and without asking for the activation by being shown.
+        MoveParamWidget popup;
+        popup.setAttribute(Qt::WA_ShowWithoutActivating);
+        popup.show();
+        QVERIFY(QTest::qWaitForWindowActive(&popup));
+    }
     void clickOnTheToggleClosesAndASingleClickReopens_data() { toggles(); }
     void clickOnTheToggleClosesAndASingleClickReopens()
     {

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QGraphicsDropShadowEffect>
+#include <QScreen>
 #include <QWidget>
 #include <QtTest>
 
@@ -66,6 +67,34 @@ private slots:
         popup.setGeometry(0, 0, 201, 300);
         Dialogs::centreOn(&popup, &window);
         QCOMPARE(popup.pos(), QPoint(50, -50)); // the division rounds towards zero
+    }
+    void keepsAPopupOnItsScreen_data()
+    {
+        QTest::addColumn<QPoint>("pos");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QPoint>("kept");
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        const QSize size(200, 100);
+        const QPoint last(screen.width() - 200, screen.height() - 100);
+        QTest::newRow("inside") << QPoint(30, 40) << size << QPoint(30, 40);
+        QTest::newRow("first corner") << QPoint(0, 0) << size << QPoint(0, 0);
+        QTest::newRow("last corner") << last << size << last;
+        QTest::newRow("left and above") << QPoint(-1, -1) << size << QPoint(0, 0);
+        QTest::newRow("right and below") << last + QPoint(1, 1) << size << last;
+        QTest::newRow("below alone") << QPoint(30, 5000) << size << QPoint(30, last.y());
+        QTest::newRow("larger than the screen") << QPoint(-30, -30) << screen.size() * 2 << QPoint(0, 0);
+    }
+    void keepsAPopupOnItsScreen()
+    {
+        QFETCH(QPoint, pos);
+        QFETCH(QSize, size);
+        QFETCH(QPoint, kept);
+        QWidget popup;
+        popup.resize(size);
+        popup.move(pos);
+        Dialogs::keepOnScreen(&popup);
+        QCOMPARE(popup.pos(), kept);
+        QCOMPARE(popup.size(), size);
     }
     void paintsTheBackgroundOfTheStyleSheet()
     {

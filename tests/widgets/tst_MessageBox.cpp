@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QStyle>
 #include <QTranslator>
 #include <QtTest>
@@ -188,10 +189,19 @@ private slots:
         QVERIFY(!seen);
         QVERIFY(parent.children().isEmpty());
     }
-    void confirmsByEnter()
+    void enterConfirms_data() { countsEveryOtherWayOutAsCancel_data(); }
+    void enterConfirms()
     {
-        const OnMessageBox next([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Return); });
-        QCOMPARE(MessageBox::exec(nullptr, "?"), 1);
+        QFETCH(Kind, kind);
+        QFETCH(int, cancel);
+        const OnMessageBox next([](QMessageBox &box) {
+            // As the keyboard does it: to whatever has the focus.
+            QVERIFY(box.focusWidget());
+            QTest::keyClick(box.focusWidget(), Qt::Key_Return);
+            QVERIFY(!box.isVisible());
+        });
+        QCOMPARE(MessageBox::exec(nullptr, "?", kind), 1 - cancel);
+        QCOMPARE(next.shown(), 1);
     }
 
     void wearsTheSheetOfItsKind_data()
@@ -294,6 +304,43 @@ private slots:
         });
         MessageBox::exec(nullptr, text, kind);
         qApp->setStyleSheet(QString());
+        QCOMPARE(next.shown(), 1);
+    }
+
+    void standsOverTheMiddleOfItsParent_data() { allKinds(); }
+    void standsOverTheMiddleOfItsParent()
+    {
+        QFETCH(Kind, kind);
+        QWidget parent;
+        parent.setGeometry(90, 40, 620, 500);
+        QWidget child(&parent); // the window counts
+        child.setGeometry(0, 0, 10, 10);
+        parent.show();
+        const OnMessageBox next(
+            [&](QMessageBox &box) { QCOMPARE(box.geometry().center(), parent.geometry().center()); });
+        MessageBox::exec(&child, "!", kind);
+        QCOMPARE(next.shown(), 1);
+    }
+    void staysOnTheScreen_data()
+    {
+        QTest::addColumn<QPoint>("corner"); // of the screen, 0 or 1
+        QTest::newRow("top left") << QPoint(0, 0);
+        QTest::newRow("bottom right") << QPoint(1, 1);
+        QTest::newRow("top right") << QPoint(1, 0);
+        QTest::newRow("bottom left") << QPoint(0, 1);
+    }
+    void staysOnTheScreen()
+    {
+        QFETCH(QPoint, corner);
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QWidget parent;
+        parent.setGeometry(corner.x() * screen.width() - 50, corner.y() * screen.height() - 50, 100, 100);
+        parent.show();
+        const OnMessageBox next([&](QMessageBox &box) {
+            QCOMPARE(box.x(), corner.x() * (screen.width() - box.width()));
+            QCOMPARE(box.y(), corner.y() * (screen.height() - box.height()));
+        });
+        MessageBox::exec(&parent, "!");
         QCOMPARE(next.shown(), 1);
     }
 

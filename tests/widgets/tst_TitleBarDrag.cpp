@@ -90,6 +90,12 @@ private slots:
         QVERIFY(m_window->move({52.5, 31.4}));  // 53, 31
         QCOMPARE(m_window->pos(), QPoint(103, 150));
     }
+    void roundsHalvesAwayFromZeroOnBothSidesOfTheWindow()
+    {
+        QVERIFY(m_window->press({50, 30}));
+        QVERIFY(m_window->move({-2.5, -1.5})); // -3, -2
+        QCOMPARE(m_window->pos(), QPoint(100 - 53, 150 - 32));
+    }
     void leavesMovesWithoutAPressAlone()
     {
         QVERIFY(!m_window->move({50, 30}));
