@@ -41,12 +41,11 @@ done
 for header in $(git grep -l Q_OBJECT -- app device shell axis models settings console widgets | grep '\.h$'); do
     grep -qE "^class $(basename "$header" .h)\b" "$header" || complain "$header: declares no class of its name"
 done
-# Tests mirror the tree.
-for test in $(git ls-files 'tests/**/*.cpp'); do
+# Tests mirror the tree, and say that they are tests.
+for test in $(git grep -lE '^QTEST_' -- tests); do
     case $test in
-    tests/support/*) ;;
-    */tst_*) ;;
-    *) complain "$test: not named tst_…" ;;
+    tests/*/tst_*.cpp) ;;
+    *) complain "$test: not named tests/<folder>/tst_….cpp" ;;
     esac
 done
 

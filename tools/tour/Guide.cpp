@@ -3,8 +3,8 @@
 
 #include "simulator/SimulatorControl.h"
 
+#include <QApplication>
 #include <QDeadlineTimer>
-#include <QGuiApplication>
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
@@ -87,7 +87,10 @@ void Guide::savePicture(const QString &name) const
     const QString path =
         m_directory.filePath(QStringLiteral("%1-%2.png").arg(m_iStep, 2, 10, QLatin1Char('0')).arg(name));
     const bool saved = inGui([&] {
-        const QRect area = m_window->frameGeometry();
+        // The console stands beside the main window.
+        const QWidget *active = QApplication::activeWindow();
+        const QRect area =
+            active ? m_window->frameGeometry().united(active->frameGeometry()) : m_window->frameGeometry();
         return QGuiApplication::primaryScreen()
             ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
             .save(path);

@@ -17,9 +17,11 @@
 #include <QCommandLineParser>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabWidget>
 #include <QTextBrowser>
 #include <QTextStream>
 #include <QThread>
@@ -54,6 +56,7 @@ public:
         addAxis();
         joystick();
         settings();
+        console();
         helpAndWindow();
         lostLink();
         disconnectAndReconnect();
@@ -407,8 +410,7 @@ private:
             "settings-caution", [&] { Guide::click(in(options, "pushButton_motorParam")); },
             [] { return box() != nullptr; });
         m_guide.step(
-            "settings-motor", [] { confirm(); },
-            [&] { return !box() && in(options, "page_motorParam")->isVisible(); });
+            "settings-motor", [] { confirm(); }, [&] { return !box() && in(options, "page_motorParam")->isVisible(); });
         m_guide.step(
             "settings-motor-read", [&] { Guide::click(in(options, "pushButton_ReadParam")); },
             [] { return called("getMotorParams"); });
@@ -422,6 +424,32 @@ private:
                 Guide::click(in(options, "pushButton_close"));
             },
             [&] { return !options->isVisible(); });
+    }
+
+    void console()
+    {
+        QWidget *debug = window("DebugWidget");
+        auto *result = in<QLineEdit>(debug, "lineEdit_result");
+        m_guide.step(
+            "console", [this] { Guide::click(own("pushButton_debug")); },
+            [&] { return debug->isVisible() && debug->isActiveWindow(); });
+        m_guide.step(
+            "console-speed",
+            [&] {
+                Guide::fill(in(debug, "lineEdit_input"), "7.5");
+                Guide::click(in(debug, "pushButton_8"));
+                Guide::click(in(debug, "pushButton_29"));
+                Guide::click(in(debug, "pushButton_28"));
+            },
+            [&] { return called("setSpeed") && called("getAcceleration") && result->text() == "7.5"; });
+        auto *pages = in<QTabWidget>(debug, "tabWidget");
+        for (int page = 1; page < inGui([&] { return pages->count(); }); ++page) {
+            m_guide.step(
+                QStringLiteral("console-page-%1").arg(page), [&] { Guide::press("ctrl+Tab"); },
+                [&] { return pages->currentIndex() == page; });
+        }
+        m_guide.step(
+            "console-closed", [] { Guide::press("alt+F4"); }, [&] { return !debug->isVisible(); });
     }
 
     void helpAndWindow()
