@@ -196,8 +196,7 @@ void tst_StartUp::registersOneLinearStageModel()
     QCOMPARE(int(journal.size()), 1);
     QCOMPARE(QString::fromStdString(journal.front().function), QStringLiteral("addMotor"));
     const QString arguments = QString::fromStdString(journal.front().arguments);
-    const QRegularExpressionMatch match
-        = QRegularExpression(QStringLiteral("^0, 0, \"([^\"]+)\"")).match(arguments);
+    const QRegularExpressionMatch match = QRegularExpression(QStringLiteral("^0, 0, \"([^\"]+)\"")).match(arguments);
     QVERIFY2(match.hasMatch(), qPrintable(arguments));
 
     StageModelCatalogue catalogue;

@@ -106,8 +106,9 @@ public:
     }
     static QStringList menuBarWith(const QStringList &tabs)
     {
-        return QStringList{QStringLiteral("pushButton_connect")} + tabs
-            + QStringList{QStringLiteral("pushButton_addAsix"), QStringLiteral("-"), QStringLiteral("radioButton_Rocker")};
+        return QStringList{QStringLiteral("pushButton_connect")} + tabs +
+               QStringList{
+                   QStringLiteral("pushButton_addAsix"), QStringLiteral("-"), QStringLiteral("radioButton_Rocker")};
     }
 
 private:

@@ -30,13 +30,13 @@ inline void play(const std::vector<ControllerOf> &controllers)
         std::string axes;
         for (const AxisOf &axis : controller.axes) {
             const char *chip = axis.chip == 'w' ? "written" : axis.chip == 'b' ? "blank" : "absent";
-            axes += (axes.empty() ? "" : ", ") + std::string("{ \"chip\": \"") + chip + "\", \"stage\": { \"modelName\": \""
-                + axis.model + "\", \"serialNumber\": \"SN-" + axis.model + "\", \"moveType\": "
-                + std::to_string(axis.moveType) + ", \"maxRockerSpeed\": 10 } }";
+            axes += (axes.empty() ? "" : ", ") + std::string("{ \"chip\": \"") + chip +
+                    "\", \"stage\": { \"modelName\": \"" + axis.model + "\", \"serialNumber\": \"SN-" + axis.model +
+                    "\", \"moveType\": " + std::to_string(axis.moveType) + ", \"maxRockerSpeed\": 10 } }";
         }
-        json += (json.empty() ? "" : ", ") + std::string("{ \"id\": ") + std::to_string(controller.id)
-            + ", \"softVersion\": \"2.4.1\", \"serialNumber\": \"" + controller.serialNumber + "\", \"plugged\": "
-            + (controller.plugged ? "true" : "false") + ", \"axes\": [" + axes + "] }";
+        json += (json.empty() ? "" : ", ") + std::string("{ \"id\": ") + std::to_string(controller.id) +
+                ", \"softVersion\": \"2.4.1\", \"serialNumber\": \"" + controller.serialNumber +
+                "\", \"plugged\": " + (controller.plugged ? "true" : "false") + ", \"axes\": [" + axes + "] }";
     }
     std::string error;
     if (!simulator::loadScenarioText("{ \"controllers\": [" + json + "] }", &error))

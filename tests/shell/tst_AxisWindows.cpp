@@ -190,18 +190,17 @@ void tst_AxisWindows::readsTheAxesInOrderAndThenTheController()
     QStringList reads;
     const QStringList all = calls();
     for (const QString &call : all.mid(all.indexOf(QStringLiteral("getDevAxisCount(1001)")))) {
-        const bool partOfAxisRead = call.contains(QRegularExpression(QStringLiteral(
-            "SerialNumber|getSpeed|getAcc|getRel|getTarget|getJog|getCircle")));
+        const bool partOfAxisRead = call.contains(
+            QRegularExpression(QStringLiteral("SerialNumber|getSpeed|getAcc|getRel|getTarget|getJog|getCircle")));
         if (!partOfAxisRead)
             reads.append(call);
     }
     QCOMPARE(
-        reads,
-        (QStringList{
-            QStringLiteral("getDevAxisCount(1001)"), QStringLiteral("getMotorAutoDetect(1001, 0)"),
-            QStringLiteral("getMotorModelName(1001, 0)"), QStringLiteral("getMotorModelName(1001, 0)"),
-            QStringLiteral("getMotorParams(1001, 0)"), QStringLiteral("getMotorAutoDetect(1001, 1)"),
-            QStringLiteral("getDevSoftVersion(1001)"), QStringLiteral("getRockerEnable(1001)")}));
+        reads, (QStringList{
+                   QStringLiteral("getDevAxisCount(1001)"), QStringLiteral("getMotorAutoDetect(1001, 0)"),
+                   QStringLiteral("getMotorModelName(1001, 0)"), QStringLiteral("getMotorModelName(1001, 0)"),
+                   QStringLiteral("getMotorParams(1001, 0)"), QStringLiteral("getMotorAutoDetect(1001, 1)"),
+                   QStringLiteral("getDevSoftVersion(1001)"), QStringLiteral("getRockerEnable(1001)")}));
 }
 
 void tst_AxisWindows::anAxisWhoseChipCannotBeReadIsReportedAndPassedOver()
@@ -368,8 +367,9 @@ void tst_AxisWindows::readsAnAxisThatWasAddedByHand()
     simulator::clearJournal();
     program.window().slot_addControl(QStringLiteral("LIN-100"), 1, stage());
     program.window().slot_addControl(QStringLiteral("LIN-100"), 0, stage(), false);
-    QCOMPARE(calls().filter(QStringLiteral("getSpeed")), (QStringList{
-        QStringLiteral("getSpeed(1001, 1)"), QStringLiteral("getSpeed(1001, 0)")}));
+    QCOMPARE(
+        calls().filter(QStringLiteral("getSpeed")),
+        (QStringList{QStringLiteral("getSpeed(1001, 1)"), QStringLiteral("getSpeed(1001, 0)")}));
     QCOMPARE(program.panelNames(), namesOf({1, 0}));
 }
 
@@ -453,8 +453,8 @@ void tst_AxisWindows::panelLogsThatItsAxisWasInitialised()
     QVERIFY(lines.filter(QStringLiteral("初始化运动轴参数成功")).size() == 1);
     QVERIFY(lines.filter(QStringLiteral("SN-STAGE-7")).size() == 1);
     QVERIFY(
-        logOf(program.panel(0)).indexOf(QStringLiteral("初始化运动轴参数成功"))
-        < logOf(program.panel(0)).indexOf(QStringLiteral("SN-STAGE-7")));
+        logOf(program.panel(0)).indexOf(QStringLiteral("初始化运动轴参数成功")) <
+        logOf(program.panel(0)).indexOf(QStringLiteral("SN-STAGE-7")));
 }
 
 void tst_AxisWindows::panelHearsTheAnswersOfItsAxis()
@@ -665,8 +665,7 @@ void tst_AxisWindows::messages_data()
         },
         "轴数量超出上限,请检查操作窗口后继续操作！",
         "The number of Axis exceeds the \nlimit,please check the operation \nwindow before continuing!");
-    row(
-        "not connected", clickAdd, "设备未连接，请连接设备后继续操作!",
+    row("not connected", clickAdd, "设备未连接，请连接设备后继续操作!",
         "The device is not connected,please \nconnect the device and continue to \noperate!");
     row(
         "axis count unknown",

@@ -25,10 +25,7 @@ constexpr int other = 1002;
 
 /** The dialog, shown, and what the user does in it. */
 struct Dialog {
-    Dialog()
-    {
-        widget.show();
-    }
+    Dialog() { widget.show(); }
 
     ConnectionWidget widget;
     QSignalSpy connected{&widget, &ConnectionWidget::signal_devConnected};
@@ -149,11 +146,10 @@ void tst_ConnectionWidget::probingOpensEachControllerForAMomentAndLeavesNothingA
     Dialog dialog;
     dialog.widget.refreshDevices();
     QCOMPARE(
-        calls(),
-        (QStringList{
-            QStringLiteral("listTSMotorControlerDevices(10)"), QStringLiteral("addDev(1001)"),
-            QStringLiteral("openTSDevice(1001)"), QStringLiteral("getDevSerialNumber(1001)"),
-            QStringLiteral("removeDev(1001)")}));
+        calls(), (QStringList{
+                     QStringLiteral("listTSMotorControlerDevices(10)"), QStringLiteral("addDev(1001)"),
+                     QStringLiteral("openTSDevice(1001)"), QStringLiteral("getDevSerialNumber(1001)"),
+                     QStringLiteral("removeDev(1001)")}));
 }
 
 void tst_ConnectionWidget::leavesOutAControllerThatDoesNotOpen()
@@ -504,8 +500,7 @@ void tst_ConnectionWidget::doesNotWaitForABusyLibraryToTellWhetherThePortIsLost(
 void tst_ConnectionWidget::closeButtonHides()
 {
     Dialog dialog;
-    QTest::mouseClick(
-        dialog.widget.findChild<QPushButton *>(QStringLiteral("pushButton_close")), Qt::LeftButton);
+    QTest::mouseClick(dialog.widget.findChild<QPushButton *>(QStringLiteral("pushButton_close")), Qt::LeftButton);
     QVERIFY(dialog.widget.isHidden());
 }
 
@@ -578,8 +573,9 @@ void tst_ConnectionWidget::languageChangeTranslatesTheMessageThatIsShown()
     Dialog dialog;
     dialog.connectTo(device);
     {
-        const English language({{QStringLiteral("设备已连接"), QStringLiteral("Device connected")},
-                                {QStringLiteral("打开设备失败(err:%1)"), QStringLiteral("Failed (%1)")}});
+        const English language(
+            {{QStringLiteral("设备已连接"), QStringLiteral("Device connected")},
+             {QStringLiteral("打开设备失败(err:%1)"), QStringLiteral("Failed (%1)")}});
         QCOMPARE(dialog.message->text(), QStringLiteral("Device connected"));
         dialog.disconnect();
         simulator::failCall("openTSDevice", -9);

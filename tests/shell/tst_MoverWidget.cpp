@@ -258,8 +258,7 @@ void tst_MoverWidget::picturesStandInTheTitleBar()
 {
     const OpenWindow program;
     QCOMPARE(
-        program.find<QLabel>("label_devName")->styleSheet(),
-        QStringLiteral("border-image: url(:/image/devLogo.png);"));
+        program.find<QLabel>("label_devName")->styleSheet(), QStringLiteral("border-image: url(:/image/devLogo.png);"));
     QVERIFY(program.find<QWidget>("widget_titleBar")->isAncestorOf(program.find<QLabel>("label_logo")));
     QCOMPARE(program.titleButton("pushButton_close")->minimumSize(), QSize(33, 33));
     QCOMPARE(program.titleButton("pushButton_close")->maximumSize(), QSize(33, 33));
@@ -554,20 +553,23 @@ void tst_MoverWidget::languageChangeTranslatesTheForm()
     program.connectTo();
     const auto texts = [&] {
         return QStringList{
-            program.find("pushButton_help")->toolTip(),    program.find("pushButton_settings")->toolTip(),
-            program.find("pushButton_connect")->toolTip(), program.find("pushButton_addAsix")->toolTip(),
-            program.rocker()->text(),                      program.find("pushButton_debug")->text(),
-            program.window().windowTitle(),                program.tab(0)->text()};
+            program.find("pushButton_help")->toolTip(),
+            program.find("pushButton_settings")->toolTip(),
+            program.find("pushButton_connect")->toolTip(),
+            program.find("pushButton_addAsix")->toolTip(),
+            program.rocker()->text(),
+            program.find("pushButton_debug")->text(),
+            program.window().windowTitle(),
+            program.tab(0)->text()};
     };
     const QStringList chinese = texts();
     program.dialog<OptionsWidget>()->setLanguage(1);
     QTRY_COMPARE(
-        texts(),
-        (QStringList{
-            QStringLiteral("Help"), QStringLiteral("Softerware settings"),
-            QStringLiteral("Connect the device serial port COM"), QStringLiteral("Add an axis control widget"),
-            QStringLiteral("Use rocker"), QStringLiteral("debug"), QStringLiteral("MoverWidget"),
-            QStringLiteral("Axis1")}));
+        texts(), (QStringList{
+                     QStringLiteral("Help"), QStringLiteral("Softerware settings"),
+                     QStringLiteral("Connect the device serial port COM"), QStringLiteral("Add an axis control widget"),
+                     QStringLiteral("Use rocker"), QStringLiteral("debug"), QStringLiteral("MoverWidget"),
+                     QStringLiteral("Axis1")}));
     program.dialog<OptionsWidget>()->setLanguage(0);
     QTRY_COMPARE(texts(), chinese);
 }

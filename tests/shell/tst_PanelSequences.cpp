@@ -15,8 +15,8 @@ constexpr int axisCount = 3;
 /** What should be there. */
 struct Model {
     bool connected = false;
-    QVector<int> open;  // panels, in the order of creation
-    int expanded = -1;  // the axis whose panel stands alone, enlarged
+    QVector<int> open; // panels, in the order of creation
+    int expanded = -1; // the axis whose panel stands alone, enlarged
 };
 
 /** Of what nothing may be left behind, however panels come and go. */
@@ -43,9 +43,9 @@ int listenersOf(const SerialComDev &worker)
         using QObject::receivers;
     };
     const auto count = &Receivers::receivers;
-    return (worker.*count)(SIGNAL(signal_updateCurrentPos(int, double)))
-        + (worker.*count)(SIGNAL(signal_updateDevState(int, MotorStageState)))
-        + (worker.*count)(SIGNAL(signal_showOperationMsg(int, int, int, QString)));
+    return (worker.*count)(SIGNAL(signal_updateCurrentPos(int, double))) +
+           (worker.*count)(SIGNAL(signal_updateDevState(int, MotorStageState))) +
+           (worker.*count)(SIGNAL(signal_showOperationMsg(int, int, int, QString)));
 }
 
 /** One user at the window, who does one thing after the other, and the model that goes along. */
@@ -101,7 +101,8 @@ private:
     void settle()
     {
         const auto worker = SerialComDev::instance();
-        QMetaObject::invokeMethod(worker.data(), [] {}, Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(
+            worker.data(), [] {}, Qt::BlockingQueuedConnection);
         for (int k = 0; k < 3; ++k) {
             QCoreApplication::sendPostedEvents();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
