@@ -21,6 +21,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTextBrowser>
 #include <QTextStream>
@@ -444,8 +445,10 @@ private:
             [&] { return called("setSpeed") && called("getAcceleration") && result->text() == "7.5"; });
         auto *pages = in<QTabWidget>(debug, "tabWidget");
         for (int page = 1; page < inGui([&] { return pages->count(); }); ++page) {
+            const QRect tab = inGui([&] { return pages->tabBar()->tabRect(page); });
             m_guide.step(
-                QStringLiteral("console-page-%1").arg(page), [&] { Guide::press("ctrl+Tab"); },
+                QStringLiteral("console-page-%1").arg(page),
+                [&] { Guide::clickAt(inGui([&] { return pages->tabBar(); }), tab.center()); },
                 [&] { return pages->currentIndex() == page; });
         }
         m_guide.step(
