@@ -61,6 +61,16 @@ private slots:
         QVERIFY(!more.wait(Heart::IntervalMs + 200));
         QCOMPARE(beats.loadAcquire(), stopped);
     }
+    void startingAgainDoesNotPutTheBeatOff()
+    {
+        Heart heart;
+        QTimer again;
+        connect(&again, &QTimer::timeout, &again, [&] { heart.startHeart(); });
+        QSignalSpy beats(&heart, &Heart::sendHeart);
+        heart.startHeart();
+        again.start(50);
+        QVERIFY(beats.wait(5000));
+    }
     void aSingleBeatComesAtOnce()
     {
         Heart heart;
