@@ -22,6 +22,7 @@
 #include <QStandardPaths>
 #include <QStyleOptionButton>
 #include <QStyleOptionComboBox>
+#include <QStyleOptionGroupBox>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
@@ -34,8 +35,8 @@ using Texts = QMap<QString, QString>; // what, by where
 /** Where a widget stands: its windows, containers and name, with its number among siblings of the same name. */
 QString placeOf(const QWidget *widget)
 {
-    const QString name = widget->objectName().isEmpty() ? QLatin1String(widget->metaObject()->className())
-                                                        : widget->objectName();
+    const QString name =
+        widget->objectName().isEmpty() ? QLatin1String(widget->metaObject()->className()) : widget->objectName();
     if (!widget->parentWidget())
         return name;
     int number = 0;
@@ -61,7 +62,9 @@ QWidgetList programWidgets()
 {
     QWidgetList widgets;
     for (QWidget *widget : QApplication::allWidgets()) {
-        if (isPartOf(widget, "MoverWidget") || isPartOf(widget, "DebugWidget"))
+        const bool ofTheProgram = isPartOf(widget, "MoverWidget") || isPartOf(widget, "DebugWidget");
+        // The arrows of a tab bar carry a name for screen readers that Qt sets once and never translates again.
+        if (ofTheProgram && !qobject_cast<QTabBar *>(widget->parentWidget()))
             widgets.append(widget);
     }
     return widgets;
@@ -78,10 +81,13 @@ void addHeader(Texts &texts, const QString &place, const QHeaderView *header)
 /** Every text that the program shows on its own account: what the user types and what a log has kept is none. */
 Texts shownTexts()
 {
-    static const QStringList ownProperties = {
-        QStringLiteral("objectName"), QStringLiteral("styleSheet"), QStringLiteral("inputMask"),
-        QStringLiteral("selectedText"), QStringLiteral("windowFilePath"), QStringLiteral("windowIconText"),
-        QStringLiteral("currentText")};
+    static const QStringList ownProperties = {QStringLiteral("objectName"),     QStringLiteral("styleSheet"),
+                                              QStringLiteral("inputMask"),      QStringLiteral("selectedText"),
+                                              QStringLiteral("windowFilePath"), QStringLiteral("windowIconText"),
+                                              QStringLiteral("currentText")};
+    static const QStringList typedProperties = {QStringLiteral("text"),      QStringLiteral("displayText"),
+                                                QStringLiteral("cleanText"), QStringLiteral("html"),
+                                                QStringLiteral("plainText"), QStringLiteral("markdown")};
     Texts texts;
     for (const QWidget *widget : programWidgets()) {
         const QString place = placeOf(widget);
@@ -92,8 +98,7 @@ Texts shownTexts()
             const QString name = QLatin1String(property.name());
             if (property.userType() != QMetaType::QString || ownProperties.contains(name))
                 continue;
-            if (typed && (property.isUser() || name == QLatin1String("displayText") ||
-                          name == QLatin1String("cleanText") || qobject_cast<const QTextEdit *>(widget)))
+            if (typed && typedProperties.contains(name))
                 continue;
             QString text = property.read(widget).toString();
             if (text.contains(QLatin1String("<a "))) // a link shows its text, not its target
@@ -166,6 +171,11 @@ QStringList differences(const Texts &before, const Texts &after)
     return list;
 }
 
+bool same(const Texts &before, const Texts &after)
+{
+    return differences(before, after).isEmpty();
+}
+
 // ---- Whether a text has room ---------------------------------------------------------------------------------------
 
 QSize sizeOf(const QWidget *widget, const QString &text)
@@ -222,7 +232,12 @@ QString comboFits(const QComboBox *combo)
 
 QString groupFits(const QGroupBox *group)
 {
-    return fits(group, group->title(), {group->width() - 2 * group->fontMetrics().averageCharWidth(), group->height()});
+    QStyleOptionGroupBox option;
+    option.initFrom(group);
+    option.text = group->title();
+    option.subControls = QStyle::SC_GroupBoxFrame | QStyle::SC_GroupBoxLabel;
+    const QRect title = group->style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, group);
+    return group->rect().contains(title) ? QString() : placeOf(group) + ": " + group->title();
 }
 
 QString tabsFit(const QTabBar *tabs)
@@ -267,7 +282,8 @@ QString textFits(const QWidget *widget)
 /** Whether a widget lies within all that holds it, up to its window; what scrolls may lie elsewhere. */
 QString isInside(const QWidget *widget)
 {
-    for (const QWidget *holder = widget->parentWidget(); holder && !widget->isWindow(); holder = holder->parentWidget()) {
+    for (const QWidget *holder = widget->parentWidget(); holder && !widget->isWindow();
+         holder = holder->parentWidget()) {
         if (holder->objectName() == QLatin1String("qt_scrollarea_viewport"))
             break;
         const QRect place(widget->mapTo(holder, QPoint()), widget->size());
@@ -277,6 +293,40 @@ QString isInside(const QWidget *widget)
             break;
     }
     return QString();
+}
+
+bool hasText(const QWidget *widget)
+{
+    const auto *label = qobject_cast<const QLabel *>(widget);
+    const auto *button = qobject_cast<const QAbstractButton *>(widget);
+    return (label && !label->text().isEmpty()) || (button && !button->text().isEmpty()) ||
+           qobject_cast<const QGroupBox *>(widget) || qobject_cast<const QComboBox *>(widget) ||
+           qobject_cast<const QAbstractSpinBox *>(widget) || qobject_cast<const QLineEdit *>(widget);
+}
+
+/** Where a widget draws, in its parent: of a label only the text. */
+QRect drawnRect(const QWidget *widget)
+{
+    const auto *label = qobject_cast<const QLabel *>(widget);
+    if (!label)
+        return widget->geometry();
+    return label->style()
+        ->itemTextRect(label->fontMetrics(), label->contentsRect(), int(label->alignment()), true, label->text())
+        .intersected(label->rect())
+        .translated(label->pos());
+}
+
+/** The neighbours that lie over a widget, or it over them. */
+QString overlaps(const QWidget *widget)
+{
+    QString list;
+    for (const QWidget *other :
+         widget->parentWidget()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (other != widget && other->isVisible() && !other->isWindow() && hasText(other) &&
+            drawnRect(other).intersects(drawnRect(widget)))
+            list += placeOf(widget) + " meets " + other->objectName() + ' ';
+    }
+    return list;
 }
 
 /** What is cut off in a window that is shown, and how many texts were looked at. */
@@ -289,14 +339,13 @@ QStringList cutOff(const QWidget *window, int *texts)
         const QString clipped = textFits(widget);
         if (!clipped.isEmpty())
             list.append(clipped);
-        const bool hasText = qobject_cast<const QLabel *>(widget) || qobject_cast<const QAbstractButton *>(widget) ||
-                             qobject_cast<const QGroupBox *>(widget) || qobject_cast<const QComboBox *>(widget);
-        if (!hasText)
+        if (!hasText(widget))
             continue;
         ++*texts;
-        const QString outside = isInside(widget);
-        if (!outside.isEmpty())
-            list.append(outside);
+        for (const QString &trouble : {isInside(widget), overlaps(widget)}) {
+            if (!trouble.isEmpty())
+                list.append(trouble);
+        }
     }
     return list;
 }
@@ -367,7 +416,7 @@ void tst_Languages::init()
     m_open->addAxis(2);
     QTRY_COMPARE(m_open->panelNames(), QStringList({"Axis1", "Axis2", "Axis3"}));
     for (int axis = 0; axis < 3; ++axis)
-        QTRY_VERIFY(!m_open->panel(axis)->findChild<QLabel *>("label_currentPos")->text().isEmpty());
+        QTRY_VERIFY(m_open->panel(axis)->findChild<QLabel *>("label_currentPos")->text().startsWith("0.000"));
 }
 
 void tst_Languages::cleanup()
@@ -440,7 +489,7 @@ void tst_Languages::textsWithoutChineseStayAsTheyAre()
         if (!isChinese(text.value()) && english.value(text.key()) != text.value())
             changed.append(text.value() + " -> " + english.value(text.key()));
     }
-    QCOMPARE(changed, QStringList{"JOG -> Jog"});
+    QVERIFY2(changed == QStringList{"JOG -> Jog"}, qPrintable(changed.join('\n')));
 }
 
 void tst_Languages::anotherSwitchBringsEveryTextBack()
@@ -449,12 +498,12 @@ void tst_Languages::anotherSwitchBringsEveryTextBack()
     choose(true);
     QVERIFY(differences(before, shownTexts()).size() > 150);
     choose(false);
-    QCOMPARE(differences(before, shownTexts()), QStringList());
+    QVERIFY2(same(before, shownTexts()), qPrintable(differences(before, shownTexts()).join('\n')));
     choose(true);
     const Texts english = shownTexts();
     choose(false);
     choose(true);
-    QCOMPARE(differences(english, shownTexts()), QStringList());
+    QVERIFY2(same(english, shownTexts()), qPrintable(differences(english, shownTexts()).join('\n')));
 }
 
 void tst_Languages::switchingKeepsTheState()
@@ -463,8 +512,10 @@ void tst_Languages::switchingKeepsTheState()
     for (QLineEdit *edit : console()->findChildren<QLineEdit *>())
         edit->setText("12.5");
     console()->findChild<QTabWidget *>("tabWidget")->setCurrentIndex(2);
-    console()->findChild<QTableView *>("tableView_conpen")->model()->setData(
-        console()->findChild<QTableView *>("tableView_conpen")->model()->index(3, 0), "1.25");
+    console()
+        ->findChild<QTableView *>("tableView_conpen")
+        ->model()
+        ->setData(console()->findChild<QTableView *>("tableView_conpen")->model()->index(3, 0), "1.25");
     for (QWidget *widget : programWidgets()) {
         auto *combo = qobject_cast<QComboBox *>(widget);
         if (combo && combo->count() > 1)
@@ -501,10 +552,10 @@ void tst_Languages::switchingKeepsTheState()
     simulator::clearJournal();
     choose(true);
     QVERIFY(inSettings<QRadioButton>("radioButton_en")->isChecked());
-    QCOMPARE(differences(before, rest()), QStringList());
+    QVERIFY2(same(before, rest()), qPrintable(differences(before, rest()).join('\n')));
     choose(false);
     QVERIFY(inSettings<QRadioButton>("radioButton_cn")->isChecked());
-    QCOMPARE(differences(before, rest()), QStringList());
+    QVERIFY2(same(before, rest()), qPrintable(differences(before, rest()).join('\n')));
     QCOMPARE(calls(), QStringList());
 }
 
@@ -548,12 +599,13 @@ void tst_Languages::textsFit()
     QStringList cut;
     int windows = 0;
     const auto look = [&](QWidget *window, const QString &page = {}) {
-        if (live)
+        // A popup of a panel goes when the settings come.
+        const bool switches = live && !qobject_cast<MotionParamPopup *>(window);
+        if (switches)
             choose(!english);
-        if (!window->isVisible())
-            window->show();
+        window->show();
         QVERIFY(QTest::qWaitForWindowExposed(window));
-        if (live)
+        if (switches)
             choose(english);
         QCoreApplication::processEvents();
         int texts = 0;
