@@ -8,6 +8,7 @@ build_packages=(
     fonts-noto-cjk python3-fonttools
 )
 desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
+kit_packages=(python3 mono-mcs mono-runtime)
 style_packages=(clang-format)
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The whole program in front of a simulated controller, with a user inside: it is brought into a state and then left.
 //     drivenProgram STATE WAY
-//     STATE: idle, connected, moving, asking (under a message box), hanging (the library does not come back), typing (a
-//            target position with a decimal comma)
+//     STATE: idle, connected, moving, asking (under a message box), writing (under the console's box, which holds the
+//            library), hanging (the library does not come back), typing (a target position with a decimal comma)
 //     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), nothing (somebody else
 //            sends a signal)
 // It writes "ready" before it is left, and what it finds on the way there.
@@ -10,6 +10,7 @@
 #include "app/StartUp.h"
 #include "axis/MoveParamWidget.h"
 #include "axis/MoverControlWidget.h"
+#include "console/DebugWidget.h"
 #include "device/SerialComDev.h"
 #include "shell/ConnectionWidget.h"
 #include "shell/MoverWidget.h"
@@ -20,9 +21,11 @@
 #include <QDoubleSpinBox>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QTimer>
 #include <QtTest>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -75,6 +78,14 @@ void connectController(MoverWidget *window)
     click(button(window->findChild<ConnectionWidget *>(), "pushButton_connectSerial"));
 }
 
+DebugWidget *openConsole(MoverWidget *window)
+{
+    click(button(window, "pushButton_debug"));
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return qobject_cast<DebugWidget *>(
+        *std::find_if(windows.begin(), windows.end(), [](QWidget *each) { return qobject_cast<DebugWidget *>(each); }));
+}
+
 /** Runs `then` in the event loop as soon as `condition` holds. */
 template <typename Condition, typename Function>
 void when(Condition condition, Function then)
@@ -103,6 +114,11 @@ void drive()
     } else if (state == "asking") {
         when([] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()) != nullptr; }, leaveNow);
         window->slot_showTipMessage(QStringLiteral("text"));
+    } else if (state == "writing") {
+        DebugWidget *console = openConsole(window);
+        when([] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()) != nullptr; }, leaveNow);
+        click(button(console, "pushButton_readMorotParams"));
+        click(button(console, "pushButton_writeMotorParams"));
     } else if (state == "hanging") {
         simulator::hangCall("getCurrentPos");
         when([] { return simulator::waitUntilHanging(0); }, leaveNow);
@@ -150,6 +166,7 @@ public:
 /** Runs when the application object has been created, long before its event loop. */
 void waitForTheEventLoop()
 {
+    QStandardPaths::setTestModeEnabled(true);
     simulator::reset();
     simulator::useRealClock();
     qApp->installEventFilter(new FirstShow(qApp));

@@ -708,7 +708,8 @@ private slots:
         simulator::setPosition(device, 1, -0.5);
         QSignalSpy positions(worker.data(), &SerialComDev::signal_updateCurrentPos);
         emit worker->signal_getCurrentPos(1);
-        QVERIFY(positions.wait());
+        settle(*worker);
+        QCOMPARE(positions.count(), 1);
         QCOMPARE(positions.first(), (QList<QVariant>{1, -0.5}));
         QCOMPARE(calls(), QStringList{"getCurrentPos(1001, 1)"});
     }
@@ -731,7 +732,8 @@ private slots:
         simulator::setState(device, 0, sent);
         QSignalSpy states(worker.data(), &SerialComDev::signal_updateDevState);
         emit worker->signal_getDevState(0);
-        QVERIFY(states.wait());
+        settle(*worker);
+        QCOMPARE(states.count(), 1);
         QCOMPARE(states.first().at(0).toInt(), 0);
         const auto received = states.first().at(1).value<MotorStageState>();
         QVERIFY(!std::memcmp(&received, &sent, sizeof sent));
@@ -813,7 +815,10 @@ private:
         return worker;
     }
 
-    /** Waits until the worker has run everything that was requested, and its answers have arrived. */
+    /**
+     * Waits until the worker has run everything that was requested, and its answers have arrived. A spy on the worker
+     * records in the worker's thread: it is read only after this.
+     */
     static void settle(SerialComDev &worker)
     {
         QMetaObject::invokeMethod(

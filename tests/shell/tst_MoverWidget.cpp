@@ -623,6 +623,9 @@ void tst_MoverWidget::theSwitchTurnsJoystickModeOnAndOff()
     for (const MoverControlWidget *panel : program.window().panelBoard().panels())
         QCOMPARE(panel->findChild<QLabel *>(QStringLiteral("label_rockerSpeed"))->text(), QStringLiteral("4 mm/s"));
 
+    simulator::setJoystick(device, true, 0);
+    for (const MoverControlWidget *panel : program.window().panelBoard().panels())
+        QTRY_VERIFY(panel->findChild<QPushButton *>(QStringLiteral("pushButton_home"))->isEnabled());
     OpenWindow::click(program.rocker());
     QTRY_COMPARE(calls().last(), QStringLiteral("setRockerEnable(1001, 0)"));
     QCOMPARE(motionShown(), 2);
