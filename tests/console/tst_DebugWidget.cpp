@@ -18,7 +18,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QScreen>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTableView>
 #include <QtTest>
 
@@ -230,10 +232,15 @@ class tst_DebugWidget : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { registerDeviceRecords(); }
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        registerDeviceRecords();
+    }
     void init()
     {
         simulator::reset();
+        QFile::remove(placeFile());
         QCOMPARE(SerialComDev::instance()->open(device), device);
         m_console = std::make_unique<DebugWidget>();
         m_console->show();
@@ -452,6 +459,9 @@ private slots:
         click("pushButton_46"); // a text
         QVERIFY(!inputIsMarked());
         QCOMPARE(journal().last(), QString("setMotorModelName(1001, 1, \"far\", 3) = 0"));
+        click("pushButton_7");
+        click("pushButton_readMorotParams"); // of another page
+        QVERIFY(!inputIsMarked());
     }
 
     // ---- Motor parameters
@@ -913,6 +923,44 @@ private slots:
         click("pushButton_3");
         QCOMPARE(shown(), QString("0"));
     }
+    void opensWhereItWasClosed()
+    {
+        const QRect place(33, 44, 1205, 665);
+        m_console->setGeometry(place);
+        m_console->close();
+        m_console = std::make_unique<DebugWidget>();
+        m_console->show();
+        QCOMPARE(m_console->geometry(), place);
+    }
+    void aConsoleThatWasNeverOpenLeavesThePlaceAlone()
+    {
+        DebugWidget hidden;
+        hidden.setGeometry(1, 2, 1300, 700);
+        hidden.close();
+        QVERIFY(!QFile::exists(placeFile()));
+    }
+    void opensOnTheScreenWhateverTheFileSays_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QWidget far;
+        far.setGeometry(9000, -7000, 1205, 665);
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("garbage") << QByteArray("somewhere");
+        QTest::newRow("a screen that is gone") << far.saveGeometry();
+        QTest::newRow("cut off") << far.saveGeometry().left(20);
+    }
+    void opensOnTheScreenWhateverTheFileSays()
+    {
+        QFETCH(QByteArray, text);
+        QVERIFY(QDir().mkpath(QFileInfo(placeFile()).path()));
+        QFile file(placeFile());
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        file.close();
+        DebugWidget console;
+        console.show();
+        QVERIFY(console.screen()->availableGeometry().intersects(console.geometry()));
+        QVERIFY(console.width() >= console.minimumSizeHint().width());
+    }
     void changesLanguageAndKeepsItsContents()
     {
         setInput("far");
@@ -954,6 +1002,10 @@ private slots:
     }
 
 private:
+    static QString placeFile()
+    {
+        return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + QStringLiteral("/consolePlace");
+    }
     template <typename Widget>
     Widget *find(const char *name) const
     {

@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QtTest>
 
 #include <algorithm>
@@ -43,6 +44,7 @@ class tst_DebugWidgetInMainWindow : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
     void init()
     {
         simulator::reset();
@@ -77,6 +79,18 @@ private slots:
         console()->setGeometry(place);
         console()->close();
         QVERIFY(m_window->isVisible());
+        click(m_window.get(), "pushButton_debug");
+        QCOMPARE(console()->geometry(), place);
+    }
+    void opensInTheNextRunWhereItWasWhenTheProgramWasClosed()
+    {
+        click(m_window.get(), "pushButton_debug");
+        const QRect place(55, 66, 1211, 671);
+        console()->setGeometry(place);
+        m_window->close();
+        m_window = std::make_unique<MoverWidget>();
+        m_window->show();
+        QVERIFY(!console()->isVisible());
         click(m_window.get(), "pushButton_debug");
         QCOMPARE(console()->geometry(), place);
     }
