@@ -107,7 +107,10 @@ void clickToLibraryCall()
             called.release();
         },
         Qt::DirectConnection);
+    int clicks = 0;
     const Sample click = [&] {
+        QThread::msleep(1); // the worker sleeps when the click comes
+        ++clicks;
         const qint64 start = clock.nsecsElapsed();
         button->click();
         called.acquire();
@@ -122,11 +125,17 @@ void clickToLibraryCall()
     QEventLoop loop;
     QObject::connect(&echo, &Echo::answered, &loop, &QEventLoop::quit);
     thread.start();
-    const Sample thereAndBack = timed([&] {
-        emit asker.ask();
-        loop.exec();
-    });
-    compare("click to library call, idle worker", click, "queued signal to a thread and back", thereAndBack, 2000);
+    const Sample thereAndBack = [&] {
+        QThread::msleep(1);
+        return timed([&] {
+            emit asker.ask();
+            loop.exec();
+        })();
+    };
+    compare("click to library call, idle worker", click, "queued signal to a thread and back", thereAndBack, 1000);
+    if (simulator::callCount("stopRuning") != clicks)
+        qFatal("not every click has reached the library");
+
     thread.quit();
     thread.wait();
     QObject::disconnect(connection);
@@ -140,9 +149,7 @@ void poll()
     MotorStageState state = {};
     state.isCanRun = 1;
     state.isStop = 1;
-    QLabel label(QStringLiteral("12.500 mm"));
-    label.show();
-    const QString text = label.text();
+    QString text;
     compare(
         "poll without a change (position and state)",
         timed(
@@ -151,7 +158,11 @@ void poll()
                 panel.slot_updateDevState(0, state);
             },
             100),
-        "label given the text that it has", timed([&] { label.setText(text); }, 100), 1000);
+        "putting the position into words",
+        timed([&] { text = QStringLiteral("%1 %2").arg(QString::number(12.5, 'f', 3), QStringLiteral("mm")); }, 100),
+        1000);
+    if (panel.findChild<QLabel *>(QStringLiteral("label_currentPos"))->text() != text)
+        qFatal("the panel does not show the position");
 }
 
 /** A panel's log with so many entries. */

@@ -426,7 +426,7 @@ void tst_StageModelCatalogue::saysWhereAFileHasAMistake_data()
                                                 "b": [1]})")
                                  << "model 3: wrong type of unitString, maxAcc, modifyDate";
     QTest::newRow("name again") << begin + good << QByteArray(R"({"name": "[A\\\"],{"}]})")
-                                << R"(model 2: one more with the name \"[A\\\\\"],{\")";
+                                << R"(model 2: one more with the name \"[A\\\"],{\")";
     QTest::newRow("stage type") << begin + good << QByteArray(R"({"name": "M", "moveType": 4}]})")
                                 << "model 2: moveType 4 is offered nowhere";
     QTest::newRow("of two lists the later") << R"({"MoverModels": [1, 2], "MoverModels": [)" + good
