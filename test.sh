@@ -16,7 +16,7 @@ tsan) target=thread_tests ;;
 *) die "usage: test.sh [asan|tsan]" ;;
 esac
 
-install_missing "${build_packages[@]}" "${desktop_packages[@]}"
+install_missing "${build_packages[@]}" "${desktop_packages[@]}" "${kit_packages[@]}"
 build "$preset" "$target"
 say "Testing ($preset)"
 ctest --preset "$preset" -j "$(nproc)"

@@ -16,8 +16,12 @@
 
 #include <QCloseEvent>
 #include <QDebug>
+#include <QDir>
+#include <QFileInfo>
 #include <QIcon>
 #include <QMessageBox>
+#include <QSaveFile>
+#include <QStandardPaths>
 #include <QWindow>
 
 #include <algorithm>
@@ -43,6 +47,12 @@ const ConsoleCommand &commandOf(int button)
 int deviceId()
 {
     return SerialComDev::instance()->deviceId();
+}
+
+/** Where the place of the window on the screen is kept between runs. */
+QString placeFile()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + QStringLiteral("/consolePlace");
 }
 
 std::unique_ptr<Ui::DebugWidget> makeForm(QWidget *window)
@@ -72,6 +82,9 @@ DebugWidget::DebugWidget(QWidget *parent)
     ui->tableView_conpen->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     ui->tableView_conpen->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     showInputWrong(false);
+    QFile place(placeFile());
+    if (place.open(QIODevice::ReadOnly))
+        restoreGeometry(place.readAll()); // whatever is no place of a window on this screen changes nothing
 }
 
 DebugWidget::~DebugWidget() = default;
@@ -134,10 +147,10 @@ void DebugWidget::run(int button)
             },
             command.operation);
     }
-    showInputWrong(!readable);
     if (state)
         ui->lineEdit_state->setText(QString::number(*state));
     showResult(command.function, [result] { return result; });
+    showInputWrong(!readable);
 }
 
 /** Shows what came of a library call, in whatever language is chosen. */
@@ -147,6 +160,7 @@ void DebugWidget::showResult(const char *function, const std::function<QString()
     ui->label_function->setText(QLatin1String(function));
     ui->lineEdit_result->setText(text());
     ui->lineEdit_result->setCursorPosition(0);
+    showInputWrong(false);
 }
 
 void DebugWidget::showInputWrong(bool wrong)
@@ -337,7 +351,19 @@ void DebugWidget::closeEvent(QCloseEvent *event)
 {
     if (m_writingBox)
         m_writingBox->reject();
+    if (m_bShownBefore)
+        savePlace();
     QWidget::closeEvent(event);
+}
+
+/** A failure is not reported: the place then holds for this run only. */
+void DebugWidget::savePlace() const
+{
+    const QFileInfo info(placeFile());
+    QDir().mkpath(info.path());
+    QSaveFile file(info.filePath());
+    if (file.open(QIODevice::WriteOnly) && file.write(saveGeometry()) > 0)
+        file.commit();
 }
 
 void DebugWidget::showEvent(QShowEvent *event)

@@ -118,6 +118,7 @@ private:
     void setPosConpen(int enable);
     void showResult(const char *function, const std::function<QString()> &text);
     void showInputWrong(bool wrong);
+    void savePlace() const;
     void retranslate();
 
     std::unique_ptr<Ui::DebugWidget> ui;

@@ -28,6 +28,9 @@ private slots:
     void playsEveryShippedScenario_data();
     void playsEveryShippedScenario();
     void takesARelativeScenarioPath();
+    void isSetUpBeforeItsWindowIsShown();
+    void aTypedCommaIsADecimalPointInEveryLocale_data();
+    void aTypedCommaIsADecimalPointInEveryLocale();
     void leavesOnASignal_data();
     void leavesOnASignal();
     void leavesFromEveryState_data();
@@ -155,6 +158,34 @@ void tst_Process::takesARelativeScenarioPath()
     QVERIFY(child.complaints().first().startsWith(folder.filePath(QStringLiteral("here.json:1: "))));
 }
 
+void tst_Process::isSetUpBeforeItsWindowIsShown()
+{
+    Child child(drivenProgram, {QStringLiteral("idle"), QStringLiteral("button")});
+    child.set("LC_ALL", QStringLiteral("de_DE.UTF-8"));
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QVERIFY(child.hasSaid("shown after addMotor, styled, numbers as in C\n"));
+    QCOMPARE(child.process.exitCode(), 0);
+}
+
+void tst_Process::aTypedCommaIsADecimalPointInEveryLocale_data()
+{
+    QTest::addColumn<QString>("locale");
+    for (const char *locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "zh_CN.UTF-8"})
+        QTest::newRow(locale) << QString::fromLatin1(locale);
+}
+
+void tst_Process::aTypedCommaIsADecimalPointInEveryLocale()
+{
+    QFETCH(QString, locale);
+    Child child(drivenProgram, {QStringLiteral("typing"), QStringLiteral("button")});
+    child.set("LC_ALL", locale);
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QVERIFY(child.hasSaid("setTargetPos 1001, 0, 2.25\n"));
+    QCOMPARE(child.process.exitCode(), 0);
+}
+
 void tst_Process::leavesOnASignal_data()
 {
     QTest::addColumn<int>("signal");
@@ -184,7 +215,7 @@ void tst_Process::leavesFromEveryState_data()
 {
     QTest::addColumn<QString>("state");
     QTest::addColumn<QString>("way");
-    for (const char *state : {"idle", "connected", "moving", "asking", "hanging"}) {
+    for (const char *state : {"idle", "connected", "moving", "asking", "writing", "hanging"}) {
         for (const char *way : {"button", "close", "session"})
             QTest::addRow("%s, %s", state, way) << QString::fromLatin1(state) << QString::fromLatin1(way);
     }
@@ -204,14 +235,16 @@ void tst_Process::leavesFromEveryState()
     QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(child.process.exitCode(), 0);
     QStringList complaints = child.complaints();
-    complaints.removeAll(QStringLiteral("warning|default|This plugin does not support propagateSizeHints()"));
+    for (const char *request : {"propagateSizeHints", "raise"}) // the offscreen platform has no window manager
+        complaints.removeAll(
+            QStringLiteral("warning|default|This plugin does not support %1()").arg(QLatin1String(request)));
     QCOMPARE(complaints, QStringList());
 }
 
 void tst_Process::exitCodeIsThatOfTheEventLoop_data()
 {
     QTest::addColumn<QString>("state");
-    for (const char *state : {"idle", "connected", "hanging"})
+    for (const char *state : {"idle", "connected", "writing", "hanging"})
         QTest::newRow(state) << QString::fromLatin1(state);
 }
 
@@ -228,7 +261,7 @@ void tst_Process::exitCodeIsThatOfTheEventLoop()
 void tst_Process::leavesOnASignalFromEveryState_data()
 {
     QTest::addColumn<QString>("state");
-    for (const char *state : {"idle", "connected", "moving", "asking", "hanging"})
+    for (const char *state : {"idle", "connected", "moving", "asking", "writing", "hanging"})
         QTest::newRow(state) << QString::fromLatin1(state);
 }
 

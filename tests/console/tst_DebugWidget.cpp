@@ -6,9 +6,9 @@
 #include "device/moverLibrary.h"
 #include "simulator/SimulatorControl.h"
 #include "support/DebugLog.h"
-#include "tests/console/MessageBoxWatch.h"
-#include "tests/models/English.h"
-#include "tests/models/FailOnDeadSlot.h"
+#include "support/OnMessageBox.h"
+#include "support/English.h"
+#include "support/FailOnDeadSlot.h"
 
 #include <QAbstractItemModel>
 #include <QClipboard>
@@ -18,7 +18,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QScreen>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTableView>
 #include <QtTest>
 
@@ -230,10 +232,15 @@ class tst_DebugWidget : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { registerDeviceRecords(); }
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        registerDeviceRecords();
+    }
     void init()
     {
         simulator::reset();
+        QFile::remove(placeFile());
         QCOMPARE(SerialComDev::instance()->open(device), device);
         m_console = std::make_unique<DebugWidget>();
         m_console->show();
@@ -452,6 +459,9 @@ private slots:
         click("pushButton_46"); // a text
         QVERIFY(!inputIsMarked());
         QCOMPARE(journal().last(), QString("setMotorModelName(1001, 1, \"far\", 3) = 0"));
+        click("pushButton_7");
+        click("pushButton_readMorotParams"); // of another page
+        QVERIFY(!inputIsMarked());
     }
 
     // ---- Motor parameters
@@ -469,7 +479,7 @@ private slots:
         QCOMPARE(setMotorParams(device, axis, before), 0);
         click("pushButton_readMorotParams");
         QCOMPARE(setMotorParams(device, axis, randomParams(seed + 1000)), 0);
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         MotorParams after = {};
         QCOMPARE(getMotorParams(device, axis, &after), 0);
@@ -490,7 +500,7 @@ private slots:
             edit(text.key())->setText(text.value());
         for (auto choice = choices.cbegin(); choice != choices.cend(); ++choice)
             combo(choice.key())->setCurrentIndex(choice.value());
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         QCOMPARE(shown(), QString("写入电机参数成功"));
 
@@ -608,9 +618,9 @@ private slots:
         QVERIFY(!edit(field)->property("wrong").toBool());
         edit(field)->setText(text);
         QVERIFY(edit(field)->property("wrong").toBool());
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
-        QCOMPARE(box.opened(), 1);
+        QCOMPARE(box.shown(), 1);
         click("pushButton_readMorotParams");
         QCOMPARE(edit(field)->text(), QString("0"));
         QVERIFY(!edit(field)->property("wrong").toBool());
@@ -619,10 +629,10 @@ private slots:
     {
         click("pushButton_readMorotParams");
         simulator::failCall("setMotorParams", -7);
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         QCOMPARE(shown(), QString("写入电机参数失败：error（-7）"));
-        QCOMPARE(box.opened(), 0);
+        QCOMPARE(box.shown(), 0);
         QVERIFY(LibraryLock(0).isLocked());
     }
     void aFailedReadShowsTheErrorAndKeepsThePage()
@@ -637,7 +647,7 @@ private slots:
     {
         DebugLog log;
         click("pushButton_readMorotParams");
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         QVERIFY(log.contains(QStringLiteral("motorParams.minPos: -170")));
     }
@@ -645,7 +655,7 @@ private slots:
     {
         click("pushButton_readMorotParams");
         QString resultInTheMeantime;
-        const MessageBoxWatch watch([&](QMessageBox &box) {
+        const OnMessageBox watch([&](QMessageBox &box) {
             resultInTheMeantime = shown();
             QCOMPARE(box.windowTitle(), QString("提示"));
             QCOMPARE(box.text(), QString("写入中，请等待控制器状态指示灯变绿后再进行其他操作！"));
@@ -653,7 +663,7 @@ private slots:
             QCOMPARE(box.standardButtons(), QMessageBox::StandardButtons(QMessageBox::Ok));
         });
         click("pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(resultInTheMeantime, QString("写入电机参数成功"));
     }
     void nobodyReachesTheLibraryWhileTheWritingBoxIsOpen()
@@ -662,7 +672,7 @@ private slots:
         const auto worker = SerialComDev::instance();
         QStringList atOpening;
         QStringList atClosing;
-        const MessageBoxWatch watch([&](QMessageBox &) {
+        const OnMessageBox watch([&](QMessageBox &) {
             atOpening = journal();
             emit worker->signal_getCurrentPos(0);
             emit worker->signal_stopMotor(axis);
@@ -674,7 +684,7 @@ private slots:
             atClosing = journal();
         });
         click("pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(atOpening.size(), 2); // read and write
         QCOMPARE(atClosing, atOpening);
         // What waited comes through.
@@ -689,7 +699,7 @@ private slots:
         bool heldBefore = false;
         bool freeAfter = false;
         bool boxGone = false;
-        const MessageBoxWatch watch([&](QMessageBox &box) {
+        const OnMessageBox watch([&](QMessageBox &box) {
             heldBefore = !LibraryLock(0).isLocked();
             m_console->close();
             freeAfter = LibraryLock(0).isLocked();
@@ -913,6 +923,44 @@ private slots:
         click("pushButton_3");
         QCOMPARE(shown(), QString("0"));
     }
+    void opensWhereItWasClosed()
+    {
+        const QRect place(33, 44, 1205, 665);
+        m_console->setGeometry(place);
+        m_console->close();
+        m_console = std::make_unique<DebugWidget>();
+        m_console->show();
+        QCOMPARE(m_console->geometry(), place);
+    }
+    void aConsoleThatWasNeverOpenLeavesThePlaceAlone()
+    {
+        DebugWidget hidden;
+        hidden.setGeometry(1, 2, 1300, 700);
+        hidden.close();
+        QVERIFY(!QFile::exists(placeFile()));
+    }
+    void opensOnTheScreenWhateverTheFileSays_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QWidget far;
+        far.setGeometry(9000, -7000, 1205, 665);
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("garbage") << QByteArray("somewhere");
+        QTest::newRow("a screen that is gone") << far.saveGeometry();
+        QTest::newRow("cut off") << far.saveGeometry().left(20);
+    }
+    void opensOnTheScreenWhateverTheFileSays()
+    {
+        QFETCH(QByteArray, text);
+        QVERIFY(QDir().mkpath(QFileInfo(placeFile()).path()));
+        QFile file(placeFile());
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+        file.close();
+        DebugWidget console;
+        console.show();
+        QVERIFY(console.screen()->availableGeometry().intersects(console.geometry()));
+        QVERIFY(console.width() >= console.minimumSizeHint().width());
+    }
     void changesLanguageAndKeepsItsContents()
     {
         setInput("far");
@@ -954,6 +1002,10 @@ private slots:
     }
 
 private:
+    static QString placeFile()
+    {
+        return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + QStringLiteral("/consolePlace");
+    }
     template <typename Widget>
     Widget *find(const char *name) const
     {

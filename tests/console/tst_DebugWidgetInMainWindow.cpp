@@ -7,11 +7,12 @@
 #include "shell/MoverWidget.h"
 #include "simulator/SimulatorControl.h"
 #include "support/DebugLog.h"
-#include "tests/console/MessageBoxWatch.h"
+#include "support/OnMessageBox.h"
 
 #include <QApplication>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QtTest>
 
 #include <algorithm>
@@ -43,6 +44,7 @@ class tst_DebugWidgetInMainWindow : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
     void init()
     {
         simulator::reset();
@@ -80,6 +82,18 @@ private slots:
         click(m_window.get(), "pushButton_debug");
         QCOMPARE(console()->geometry(), place);
     }
+    void opensInTheNextRunWhereItWasWhenTheProgramWasClosed()
+    {
+        click(m_window.get(), "pushButton_debug");
+        const QRect place(55, 66, 1211, 671);
+        console()->setGeometry(place);
+        m_window->close();
+        m_window = std::make_unique<MoverWidget>();
+        m_window->show();
+        QVERIFY(!console()->isVisible());
+        click(m_window.get(), "pushButton_debug");
+        QCOMPARE(console()->geometry(), place);
+    }
     void closingItKeepsTheProgramRunning()
     {
         click(m_window.get(), "pushButton_debug");
@@ -109,7 +123,7 @@ private slots:
         click(m_window.get(), "pushButton_debug");
         const DebugLog log;
         bool wasHeld = false;
-        const MessageBoxWatch watch([&](QMessageBox &) {
+        const OnMessageBox watch([&](QMessageBox &) {
             wasHeld = !LibraryLock(0).isLocked();
             emit SerialComDev::instance()->signal_stopMotor(0); // the worker waits for the library
             m_window->close();
@@ -119,7 +133,7 @@ private slots:
             click(console(), "pushButton_writeMotorParams");
         });
         QCOMPARE(QApplication::exec(), 0);
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QVERIFY(wasHeld);
         QVERIFY(LibraryLock(0).isLocked());
         QVERIFY(!log.contains(QStringLiteral("the device is left open")));
@@ -135,14 +149,14 @@ private slots:
         connectDevice();
         int listedBefore = 0;
         int listedMeanwhile = 0;
-        const MessageBoxWatch watch([&](QMessageBox &) {
+        const OnMessageBox watch([&](QMessageBox &) {
             listedBefore = simulator::callCount("listTSMotorControlerDevices");
             m_window->slot_usbDevPortChanged();
             listedMeanwhile = simulator::callCount("listTSMotorControlerDevices");
         });
         click(console(), "pushButton_readMorotParams");
         click(console(), "pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(listedMeanwhile, listedBefore);
         QTRY_COMPARE(simulator::callCount("listTSMotorControlerDevices"), listedBefore + 1);
     }

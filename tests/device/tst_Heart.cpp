@@ -75,6 +75,16 @@ private slots:
         const int stopped = beats.count();
         QVERIFY(!QTest::qWaitFor([&] { return beats.count() != stopped; }, Heart::IntervalMs + 200));
     }
+    void startingAgainDoesNotPutTheBeatOff()
+    {
+        Heart heart;
+        QTimer again;
+        connect(&again, &QTimer::timeout, &again, [&] { heart.startHeart(); });
+        QSignalSpy beats(&heart, &Heart::sendHeart);
+        heart.startHeart();
+        again.start(50);
+        QVERIFY(beats.wait(5000));
+    }
     void aSingleBeatComesAtOnce()
     {
         Heart heart;

@@ -116,6 +116,8 @@ private slots:
     void linkLabelsCarryTheirTargetAndText();
     void clickOnALinkOpensItsTarget_data() { addLinkRows(); }
     void clickOnALinkOpensItsTarget();
+    void everyKitStandsBesideTheProgram_data();
+    void everyKitStandsBesideTheProgram();
     void showsTheSoftwareVersionAndTheCopyright();
     void firmwareVersionIsEmptyAtFirst();
     void showsTheFirmwareVersion();
@@ -172,6 +174,27 @@ void tst_HelpWidget::clickOnALinkOpensItsTarget()
     const QUrl expected =
         target == webAddress ? QUrl(webAddress) : QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + target);
     QCOMPARE(desktop.opened, QList<QUrl>{expected});
+}
+
+void tst_HelpWidget::everyKitStandsBesideTheProgram_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"label_cplusSdk", "label_labviewSdk", "label_CSharpSdk", "label_PythonSdk"})
+        QTest::newRow(name) << QString::fromLatin1(name);
+}
+
+void tst_HelpWidget::everyKitStandsBesideTheProgram()
+{
+    QFETCH(QString, name);
+    HelpWidget popup;
+    QSignalSpy links(label(popup, name.toLatin1()), &QLabel::linkActivated);
+    Desktop desktop;
+    show(popup);
+    QTest::mouseClick(label(popup, name.toLatin1()), Qt::LeftButton, Qt::NoModifier, QPoint(8, 8));
+    QCOMPARE(links.count(), 1);
+    const QString kit = QStringLiteral(MOVER_PROGRAM_DIR) + links.first().first().toString();
+    QVERIFY2(QFileInfo(kit).isDir(), qPrintable(kit));
+    QVERIFY(QFile::exists(kit + QStringLiteral("/README.md")));
 }
 
 void tst_HelpWidget::showsTheSoftwareVersionAndTheCopyright()

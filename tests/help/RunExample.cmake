@@ -1,0 +1,61 @@
+# SPDX-License-Identifier: MIT
+# Builds the example of the kit KIT (C++, Python or C#) in the folder HELP, in a folder BUILD of its own, and runs it
+# on the simulated controller: it must do what it says.
+file(REMOVE_RECURSE ${BUILD})
+file(MAKE_DIRECTORY ${BUILD})
+set(kit "${HELP}/Tarsel_mover_${KIT}SDK")
+
+function(run)
+    execute_process(COMMAND ${ARGV} WORKING_DIRECTORY ${BUILD}
+        RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+    set(result ${result} PARENT_SCOPE)
+    set(output "${output}" PARENT_SCOPE)
+    set(errors "${errors}" PARENT_SCOPE)
+endfunction()
+function(run_well)
+    run(${ARGV})
+    if(NOT result STREQUAL 0)
+        message(FATAL_ERROR "${ARGV}: ${result}\n${output}${errors}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+if(KIT STREQUAL "C++")
+    run_well(${CMAKE_COMMAND} -G Ninja -S ${kit} -B ${BUILD} -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror")
+    run_well(${CMAKE_COMMAND} --build ${BUILD})
+    set(example ${BUILD}/example)
+elseif(KIT STREQUAL "Python")
+    set(example ${PYTHON} -B "${kit}/example.py")
+else()
+    find_program(MCS mcs)
+    find_program(MONO mono)
+    if(NOT MCS OR NOT MONO)
+        message(FATAL_ERROR "mcs and mono are missing (packages mono-mcs and mono-runtime)")
+    endif()
+    run_well(${MCS} -warnaserror -out:example.exe "${kit}/Example.cs" "${kit}/MoverLibrary.cs")
+    set(ENV{LD_LIBRARY_PATH} ${HELP}/../simulator)
+    set(example ${MONO} ${BUILD}/example.exe)
+endif()
+
+set(beginning "controller 1001\nmodel MC-3\ncan run 1, stopped 1, enabled 1, homed 0\n")
+foreach(row IN ITEMS "2.5|2.5" "|1") # with a target, and one further than 0
+    string(REGEX MATCH "^(.*)[|](.*)$" row "${row}")
+    set(target ${CMAKE_MATCH_1})
+    set(end ${CMAKE_MATCH_2})
+    run_well(${example} ${target})
+    if(NOT output STREQUAL "${beginning}from 0 to ${end}\nstands at ${end}\n")
+        message(FATAL_ERROR "${output}")
+    endif()
+endforeach()
+
+run(${example} 1000) # beyond the end of travel
+if(result STREQUAL 0 OR NOT errors MATCHES "-6")
+    message(FATAL_ERROR "A refused target ends with ${result}: ${errors}")
+endif()
+
+file(WRITE ${BUILD}/none.json [[{ "controllers": [] }]])
+set(ENV{MOVER_SCENARIO} ${BUILD}/none.json)
+run(${example})
+if(result STREQUAL 0 OR NOT errors MATCHES "no controller is connected")
+    message(FATAL_ERROR "Without a controller it ends with ${result}: ${errors}")
+endif()
