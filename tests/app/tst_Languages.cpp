@@ -412,6 +412,7 @@ void tst_Languages::init()
     m_log.reset(); // one at a time, also after a failure
     m_log = std::make_unique<DebugLog>();
     m_open = std::make_unique<OpenWindow>();
+    QCoreApplication::processEvents(); // the change of language at the start must not reach the panels
     m_open->connectTo();
     m_open->addAxis(2);
     QTRY_COMPARE(m_open->panelNames(), QStringList({"Axis1", "Axis2", "Axis3"}));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/Chinese.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTranslator>
@@ -237,7 +238,7 @@ struct Entry {
 /** All entries of the catalogue's source. */
 QVector<Entry> catalogueEntries()
 {
-    QFile file(QStringLiteral(MOVER_CATALOGUE_SOURCE));
+    QFile file(QStringLiteral(MOVER_SOURCE_DIR "/resources/i18n/mover_en_US.ts"));
     if (!file.open(QIODevice::ReadOnly))
         qFatal("no catalogue source");
     QVector<Entry> entries;
@@ -273,6 +274,7 @@ private slots:
     void theOtherTextsAreEnglishToo();
     void placeholdersSurviveTranslation();
     void someTextsAreNeverTranslated();
+    void picturesSpeakNoLanguage();
 
 private:
     QTranslator m_shipped;
@@ -328,6 +330,29 @@ void tst_Texts::someTextsAreNeverTranslated()
         known.append(entry.chinese);
     for (const char *text : neverTranslated)
         QVERIFY2(!known.contains(QString::fromUtf8(text)), text);
+}
+
+/** But for the connect button's, which there is in both: its words stand in the table of the images. */
+void tst_Texts::picturesSpeakNoLanguage()
+{
+    const QDir folder(QStringLiteral(MOVER_SOURCE_DIR "/resources/images"));
+    const QStringList pictures = folder.entryList({QStringLiteral("*.svg")});
+    QVERIFY(!pictures.isEmpty());
+    for (const QString &picture : pictures) {
+        QFile file(folder.filePath(picture));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY2(!isChinese(QString::fromUtf8(file.readAll())), qPrintable(picture));
+    }
+    QFile table(QStringLiteral(MOVER_SOURCE_DIR "/resources/images.json"));
+    QVERIFY(table.open(QIODevice::ReadOnly));
+    QStringList words;
+    auto match = QRegularExpression(QStringLiteral("\"([^\"]*)\"")).globalMatch(QString::fromUtf8(table.readAll()));
+    while (match.hasNext()) {
+        const QString word = match.next().captured(1);
+        if (isChinese(word))
+            words.append(word);
+    }
+    QCOMPARE(words, QStringList{QStringLiteral("连接设备")});
 }
 
 QTEST_APPLESS_MAIN(tst_Texts)

@@ -907,13 +907,19 @@ private slots:
     }
     void fitsIntoASmallScreen()
     {
-        QFile sheet(QStringLiteral(":/style.qss"));
-        QVERIFY(sheet.open(QIODevice::ReadOnly));
-        m_console->setStyleSheet(QString::fromUtf8(sheet.readAll()));
+        wearTheStyleSheet();
         const QSize needed = m_console->minimumSizeHint();
         // 1280 × 720 without a window manager's title bar
         QVERIFY(needed.width() <= 1280);
         QVERIFY(needed.height() <= 680);
+    }
+    void showsTheWholeRunningState()
+    {
+        wearTheStyleSheet();
+        click("pushButton_30");
+        const auto *result = find<QLineEdit>("lineEdit_result");
+        const int frame = 2 * 12;
+        QVERIFY(result->fontMetrics().horizontalAdvance(result->text()) + frame <= result->width());
     }
     void closingItDestroysNothing()
     {
@@ -1013,6 +1019,12 @@ private:
         if (!widget)
             qFatal("no %s", name);
         return widget;
+    }
+    void wearTheStyleSheet() const
+    {
+        QFile sheet(QStringLiteral(":/style.qss"));
+        QVERIFY(sheet.open(QIODevice::ReadOnly));
+        m_console->setStyleSheet(QString::fromUtf8(sheet.readAll()));
     }
     QLineEdit *edit(const QString &field) const { return find<QLineEdit>(qPrintable("lineEdit_" + field)); }
     QComboBox *combo(const QString &field) const { return find<QComboBox>(qPrintable("comboBox_" + field)); }

@@ -17,6 +17,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -143,6 +145,26 @@ private slots:
         const auto stop = std::find(calls.begin(), calls.end(), "stopRuning(1001, 0) = 0");
         const auto close = std::find(stop, calls.end(), "closeTSDevice(1001) = 0");
         QVERIFY(std::find(close, calls.end(), "removeDev(1001) = 0") != calls.end());
+    }
+    void thePanelsWaitWhileTheWritingBoxIsOpen()
+    {
+        connectDevice();
+        const auto worker = SerialComDev::instance();
+        QSignalSpy polls(worker.data(), &SerialComDev::signal_getDevState);
+        std::vector<std::string> atOpening;
+        std::vector<std::string> atClosing;
+        const MessageBoxWatch watch([&](QMessageBox &) {
+            atOpening = simulator::journalText();
+            const int before = polls.count();
+            QTRY_VERIFY(polls.count() >= before + 10); // the panels go on asking: the window is alive
+            atClosing = simulator::journalText();
+        });
+        click(console(), "pushButton_readMorotParams");
+        click(console(), "pushButton_writeMotorParams");
+        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(atClosing.size(), atOpening.size());
+        const int states = simulator::callCount("getRuningState");
+        QTRY_VERIFY(simulator::callCount("getRuningState") > states);
     }
     void aDeviceChangeDuringTheWritingBoxIsLookedAtAfterwards()
     {

@@ -103,6 +103,7 @@ private slots:
     void picturesStandInTheTitleBar();
     void theDebugButtonIsAlwaysShown();
     void theJoystickSwitchIsDisabledAndHidden();
+    void theConnectButtonHasTheFocus();
     void everyAutoConnectedSlotHasItsSignal();
     void registersTheQueuedRecords();
     void theResizeBorderIsFiveWide();
@@ -279,6 +280,12 @@ void tst_MoverWidget::theJoystickSwitchIsDisabledAndHidden()
     QVERIFY(!program.rocker()->isEnabled());
     QVERIFY(program.rocker()->isHidden());
     QVERIFY(!program.rocker()->isChecked());
+}
+
+void tst_MoverWidget::theConnectButtonHasTheFocus()
+{
+    OpenWindow program;
+    QCOMPARE(program.window().focusWidget(), program.find("pushButton_connect"));
 }
 
 void tst_MoverWidget::everyAutoConnectedSlotHasItsSignal()
