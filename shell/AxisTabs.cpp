@@ -66,8 +66,6 @@ void AxisTabs::discard(QPushButton *tab)
 void AxisTabs::rebuild()
 {
     auto *rocker = m_menuBar->findChild<QRadioButton *>(QStringLiteral("radioButton_Rocker"));
-    const bool rockerHidden = rocker->isHidden();
-
     auto *layout = qobject_cast<QHBoxLayout *>(m_menuBar->layout());
     if (!layout)
         layout = new QHBoxLayout(m_menuBar);
@@ -88,7 +86,6 @@ void AxisTabs::rebuild()
         layout->addWidget(widget, 0, Qt::AlignVCenter); // the connect button keeps the height of its picture
     layout->addStretch();
     layout->addWidget(rocker);
-    rocker->setHidden(rockerHidden);
 
     order.append(rocker);
     for (int k = 1; k < order.size(); ++k)

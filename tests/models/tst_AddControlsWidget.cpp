@@ -136,6 +136,7 @@ private slots:
     void closesByItsButton();
     void closesByEscape();
     void confirmsByReturn();
+    void takesATypedNameAtOnce();
     void findsTypedModel_data();
     void findsTypedModel();
     void findsTypedModelInTheOpenList();
@@ -590,6 +591,11 @@ void tst_AddControlsWidget::confirmsByReturn()
     QTest::keyClick(models(), Qt::Key_Return);
     QCOMPARE(simulator::callCount("setMotorParams"), 1);
     QVERIFY(!m_dialog->isVisible());
+}
+
+void tst_AddControlsWidget::takesATypedNameAtOnce()
+{
+    QCOMPARE(m_dialog->focusWidget(), models());
 }
 
 void tst_AddControlsWidget::findsTypedModel_data()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "axis/MoveParamWidget.h"
 #include "device/Heart.h"
 #include "support/MessageBoxes.h"
 
@@ -85,6 +86,7 @@ private slots:
     void tabButtonHasItsLook();
     void panelShowsNameModelAndUnit_data();
     void panelShowsNameModelAndUnit();
+    void panelKeepsToTheLimitsOfItsStage();
     void panelLogsThatItsAxisWasInitialised();
     void panelHearsTheAnswersOfItsAxis();
     void panelMayShowATipMessage();
@@ -443,6 +445,23 @@ void tst_AxisWindows::panelShowsNameModelAndUnit()
     QTRY_COMPARE(panel->findChild<QLabel *>(QStringLiteral("label_currentPos"))->text(), position);
 }
 
+void tst_AxisWindows::panelKeepsToTheLimitsOfItsStage()
+{
+    playChips("a");
+    OpenWindow program;
+    program.connectTo();
+    program.window().slot_addControl(QStringLiteral("LIN-100"), 0, stage());
+    OpenWindow::click(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_moveParam")));
+    const auto *popup = program.panel(0)->findChild<MoveParamWidget *>();
+    for (const char *field : {"doubleSpinBox_disp", "doubleSpinBox_speed", "doubleSpinBox_acc"})
+        popup->findChild<QDoubleSpinBox *>(QLatin1String(field))->setValue(60);
+    const MessageBoxes boxes;
+    OpenWindow::click(popup->findChild<QPushButton *>(QStringLiteral("pushButton_confirm")));
+    QCOMPARE(
+        boxes.texts(),
+        QStringList{QStringLiteral("位置超出范围！[-50，50]\n速度超出范围！(0，10]\n加速度超出范围！(0，50]\n")});
+}
+
 void tst_AxisWindows::panelLogsThatItsAxisWasInitialised()
 {
     play({{device, "MC3-A", {{'w', "STAGE-7"}}}});
@@ -790,9 +809,10 @@ void tst_AxisWindows::theTabOfAnAxisAddedByHandShowsItsPanelOnce()
     program.window().slot_addControl(QStringLiteral("LIN-100"), 1, stage());
     program.panel(1)->hide();
     QCoreApplication::processEvents();
-    program.content()->resize(1, 1);
+    const QPointer<QLayout> formerGrid = program.content()->layout();
     OpenWindow::click(program.tab(1));
     QVERIFY(program.panel(1)->isVisible());
+    QVERIFY(!formerGrid); // laid anew
     QVERIFY(!m_log->contains(QStringLiteral("slot_AsixButtonClicked return")));
 
     program.panel(1)->hide();
