@@ -4,7 +4,9 @@
 # run.sh [ARGUMENT...]     installs what is missing, builds the program and starts it; the arguments go to the program
 # run.sh --tour DIRECTORY  drives the program through everything it can do and saves pictures of every window
 set -euo pipefail
+started_in=$PWD # what the arguments name lies relative to this folder
 cd "$(dirname "$0")"
+root=$PWD
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
 
@@ -16,8 +18,8 @@ tour() {
 
 if [ "${1:-}" = --tour ]; then
     [ $# -eq 2 ] || die "usage: run.sh --tour DIRECTORY"
-    mkdir -p "$2"
-    tour "$(realpath "$2")"
+    pictures=$(cd "$started_in" && mkdir -p -- "$2" && realpath -- "$2")
+    tour "$pictures"
 fi
 
 asks_only=
@@ -27,10 +29,11 @@ done
 if [ -z "$asks_only" ] && [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}${QT_QPA_PLATFORM:-}" ]; then
     say "No display: taking the tour instead, pictures go to build/tour"
     mkdir -p build/tour
-    tour "$(realpath build/tour)"
+    tour "$root/build/tour"
 fi
 
 install_missing "${build_packages[@]}"
 build release mover
 say "Starting"
-exec build/release/mover/mover "$@"
+cd "$started_in"
+exec "$root/build/release/mover/mover" "$@"

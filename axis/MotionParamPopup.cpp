@@ -4,6 +4,7 @@
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
+#include <QAbstractSpinBox>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLabel>
@@ -42,6 +43,16 @@ void MotionParamPopup::setPositionRange(double minimum, double maximum)
 {
     m_dMinimum = minimum;
     m_dMaximum = maximum;
+}
+
+void MotionParamPopup::open()
+{
+    show();
+    load();
+    if (auto *first = findChild<QAbstractSpinBox *>()) {
+        first->setFocus();
+        first->selectAll();
+    }
 }
 
 bool MotionParamPopup::event(QEvent *event)

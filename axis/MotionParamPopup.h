@@ -25,6 +25,8 @@ public:
     /** Unit per second squared. */
     void setMaxAcceleration(double maximum) { m_dMaxAcc = maximum; }
 
+    /** Shows the popup and loads its values; what is typed next replaces the first of them. */
+    void open();
     /** Fills the fields with the values that the worker holds for the axis. */
     virtual void load() = 0;
 

@@ -391,8 +391,7 @@ void MoverControlWidget::togglePopup(
             placeDrivePopup();
         else
             popup->move(button->mapToGlobal(QPoint(button->width() / 2 - popupHalfWidth, button->height())));
-        popup->show();
-        popup->load();
+        popup->open();
     }
 }
 

@@ -9,8 +9,7 @@
 /** The text in a 32-byte field of the library: up to the first zero, all 32 bytes when there is none. Never null. */
 inline QString fromLibraryText(const char (&field)[MOVER_TEXT_LENGTH])
 {
-    const uint length = qstrnlen(field, MOVER_TEXT_LENGTH);
-    return length == 0 ? QLatin1String("") : QString::fromLatin1(field, int(length));
+    return QString::fromLatin1(field, int(qstrnlen(field, MOVER_TEXT_LENGTH)));
 }
 
 /** A zeroed buffer for one of the library's text getters. */

@@ -281,8 +281,8 @@ int SerialComDev::getTriggerState(int axis, TriggerState &state)
     const int out = getTriggerOutEnable(m_iDeviceId, axis);
     if (out < 0)
         return out;
-    // Below 0 is a failure or a step in the negative direction. A failure is a whole number, and hardly the same one
-    // twice right after two reads that succeeded.
+    // A failure is a negative whole number, and so is many a step. The enables were just read, so the link is there: a
+    // step reads the same again, a passing failure does not.
     const double step = getTriggerStep(m_iDeviceId, axis);
     if (step < 0 && step == std::floor(step) && step != getTriggerStep(m_iDeviceId, axis))
         return int(step);

@@ -8,7 +8,8 @@
  * - `id` is a controller's identifier as listTSMotorControlerDevices() reports it; there is no handle.
  * - `axis` counts from 0.
  * - An int result below 0 is a failure and the number tells which; 0 or more is success.
- *   A double result of a parameter getter below 0 is a failure too (positions excepted: see there).
+ *   A double result of a parameter getter below 0 is a failure too (positions and the trigger step excepted: see
+ *   there).
  * - Positions, displacements, speeds and accelerations are in the stage's unit (mm or °, per s, per s²).
  * - Enables are 0 = off, 1 = on. Delays are in milliseconds. Directions are 1 = positive, 2 = negative.
  * - Texts are 8-bit ASCII in 32-byte buffers. A text of 32 bytes has no terminating zero.
@@ -147,7 +148,10 @@ MOVER_API int getTriggerInEnable(int id, int axis);
 /** Whether the axis gives pulses on the trigger output. */
 MOVER_API int setTriggerOutEnable(int id, int axis, int value);
 MOVER_API int getTriggerOutEnable(int id, int axis);
-/** Displacement per trigger pulse; the sign is the direction. */
+/**
+ * Displacement per trigger pulse; the sign is the direction. A failed read gives the negative number of the failure, so
+ * one read alone cannot tell a failure from a whole number of units in the negative direction.
+ */
 MOVER_API int setTriggerStep(int id, int axis, double value);
 MOVER_API double getTriggerStep(int id, int axis);
 

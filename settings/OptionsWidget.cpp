@@ -10,6 +10,7 @@
 #include <QButtonGroup>
 #include <QDebug>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QMessageBox>
 #include <QSignalBlocker>
@@ -133,6 +134,14 @@ void OptionsWidget::changeEvent(QEvent *event)
     if (event->type() == QEvent::LanguageChange)
         retranslate();
     QWidget::changeEvent(event);
+}
+
+void OptionsWidget::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void OptionsWidget::retranslate()

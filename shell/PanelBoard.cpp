@@ -52,7 +52,7 @@ void PanelBoard::collapse(MoverControlWidget *panel)
 {
     for (MoverControlWidget *other : qAsConst(m_panels))
         other->show();
-    panel->setFixedSize(530, 280);
+    panel->setFixedSize(530, 280); // less than a panel begins with; it stays that way
     relay();
 }
 

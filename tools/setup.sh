@@ -39,26 +39,23 @@ install_missing() {
         root=(sudo)
     fi
     say "Installing ${missing[*]}"
-    local quietly=(env DEBIAN_FRONTEND=noninteractive apt-get -o Dpkg::Use-Pty=0 -qq)
-    "${root[@]}" "${quietly[@]}" update || die "apt-get update failed."
-    "${root[@]}" "${quietly[@]}" install --yes --no-install-recommends "${missing[@]}" >/dev/null ||
+    local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -o Dpkg::Use-Pty=0 -q)
+    "${root[@]}" "${apt[@]}" update || die "apt-get update failed."
+    "${root[@]}" "${apt[@]}" install --yes --no-install-recommends "${missing[@]}" ||
         die "Installing ${missing[*]} failed."
 }
 
-# build PRESET [TARGET...]: configures when the build folder is new or its preset changed, then builds.
+# build PRESET [TARGET...]: configures when the build folder is new or the presets have changed, then builds.
 build() {
     local preset=$1
     shift
-    say "Building ($preset)"
-    # CMake looks for its files again by itself; only a first configuration has anything to say.
-    if [ ! -f "build/$preset/build.ninja" ]; then
-        cmake --preset "$preset" >"/tmp/mover-configure.$$" 2>&1 || {
-            cat "/tmp/mover-configure.$$" >&2
-            rm -f "/tmp/mover-configure.$$"
-            die "Configuring failed."
-        }
-        rm -f "/tmp/mover-configure.$$"
+    # CMake looks for changes in its own files by itself, but not in the presets: those of the last time are kept.
+    if [ ! -f "build/$preset/build.ninja" ] || ! cmp -s CMakePresets.json "build/$preset/presets.json"; then
+        say "Configuring ($preset)"
+        cmake --preset "$preset" || die "Configuring failed."
+        cp CMakePresets.json "build/$preset/presets.json"
     fi
+    say "Building ($preset)"
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 

@@ -2,12 +2,13 @@
 // The whole program in front of a simulated controller, with a user inside: it is brought into a state and then left.
 //     drivenProgram STATE WAY
 //     STATE: idle, connected, moving, asking (under a message box), writing (under the console's box, which holds the
-//            library), hanging (the library does not come back)
+//            library), hanging (the library does not come back), typing (a target position with a decimal comma)
 //     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), nothing (somebody else
 //            sends a signal)
-// It writes "ready" before it is left.
+// It writes "ready" before it is left, and what it finds on the way there.
 
 #include "app/StartUp.h"
+#include "axis/MoveParamWidget.h"
 #include "axis/MoverControlWidget.h"
 #include "console/DebugWidget.h"
 #include "device/SerialComDev.h"
@@ -17,6 +18,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -51,10 +53,15 @@ void click(QPushButton *button)
     QTest::mouseClick(button, Qt::LeftButton);
 }
 
+void say(const std::string &line)
+{
+    std::puts(line.c_str());
+    std::fflush(stdout);
+}
+
 void leave(MoverWidget *window)
 {
-    std::puts("ready");
-    std::fflush(stdout);
+    say("ready");
     if (way == "button")
         click(button(window->findChild<QWidget *>(QStringLiteral("widget_titleBar")), "pushButton_close"));
     else if (way == "close")
@@ -115,10 +122,46 @@ void drive()
     } else if (state == "hanging") {
         simulator::hangCall("getCurrentPos");
         when([] { return simulator::waitUntilHanging(0); }, leaveNow);
+    } else if (state == "typing") {
+        MoverControlWidget *panel = window->panelBoard().find(QStringLiteral("Axis1"));
+        click(button(panel, "pushButton_moveParam"));
+        auto *popup = panel->findChild<MoveParamWidget *>();
+        auto *target = popup->findChild<QDoubleSpinBox *>(QStringLiteral("doubleSpinBox_disp"));
+        target->selectAll();
+        QTest::keyClicks(target, QStringLiteral("2,25"));
+        when(
+            [] { return simulator::callCount("setTargetPos") > 0; },
+            [leaveNow] {
+                for (const simulator::Call &call : simulator::journal()) {
+                    if (call.function == "setTargetPos")
+                        say("setTargetPos " + call.arguments);
+                }
+                leaveNow();
+            });
+        click(button(popup, "pushButton_confirm"));
     } else {
         leaveNow();
     }
 }
+
+/** Tells what has been done when the main window is shown for the first time. */
+class FirstShow final : public QObject
+{
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show && qobject_cast<MoverWidget *>(object)) {
+            std::string calls;
+            for (const simulator::Call &call : simulator::journal())
+                calls += ' ' + call.function;
+            say("shown after" + calls + (qApp->styleSheet().isEmpty() ? "" : ", styled") + ", numbers as in " +
+                QLocale().name().toStdString());
+            qApp->removeEventFilter(this);
+        }
+        return false;
+    }
+};
 
 /** Runs when the application object has been created, long before its event loop. */
 void waitForTheEventLoop()
@@ -126,6 +169,7 @@ void waitForTheEventLoop()
     QStandardPaths::setTestModeEnabled(true);
     simulator::reset();
     simulator::useRealClock();
+    qApp->installEventFilter(new FirstShow(qApp));
     when([] { return mainWindow() && mainWindow()->isVisible(); }, drive);
 }
 Q_COREAPP_STARTUP_FUNCTION(waitForTheEventLoop)

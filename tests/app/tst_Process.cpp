@@ -28,6 +28,9 @@ private slots:
     void playsEveryShippedScenario_data();
     void playsEveryShippedScenario();
     void takesARelativeScenarioPath();
+    void isSetUpBeforeItsWindowIsShown();
+    void aTypedCommaIsADecimalPointInEveryLocale_data();
+    void aTypedCommaIsADecimalPointInEveryLocale();
     void leavesOnASignal_data();
     void leavesOnASignal();
     void leavesFromEveryState_data();
@@ -153,6 +156,34 @@ void tst_Process::takesARelativeScenarioPath()
     QVERIFY(child.process.waitForFinished(startLimitMs));
     QCOMPARE(child.process.exitCode(), 2);
     QVERIFY(child.complaints().first().startsWith(folder.filePath(QStringLiteral("here.json:1: "))));
+}
+
+void tst_Process::isSetUpBeforeItsWindowIsShown()
+{
+    Child child(drivenProgram, {QStringLiteral("idle"), QStringLiteral("button")});
+    child.set("LC_ALL", QStringLiteral("de_DE.UTF-8"));
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QVERIFY(child.hasSaid("shown after addMotor, styled, numbers as in C\n"));
+    QCOMPARE(child.process.exitCode(), 0);
+}
+
+void tst_Process::aTypedCommaIsADecimalPointInEveryLocale_data()
+{
+    QTest::addColumn<QString>("locale");
+    for (const char *locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "zh_CN.UTF-8"})
+        QTest::newRow(locale) << QString::fromLatin1(locale);
+}
+
+void tst_Process::aTypedCommaIsADecimalPointInEveryLocale()
+{
+    QFETCH(QString, locale);
+    Child child(drivenProgram, {QStringLiteral("typing"), QStringLiteral("button")});
+    child.set("LC_ALL", locale);
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QVERIFY(child.hasSaid("setTargetPos 1001, 0, 2.25\n"));
+    QCOMPARE(child.process.exitCode(), 0);
 }
 
 void tst_Process::leavesOnASignal_data()

@@ -57,6 +57,8 @@ private slots:
     void loadsWhatTheWorkerHolds();
     void loadsTheValuesOfItsAxis();
     void loadsZeroForAnAxisThatWasNeverRead();
+    void whatIsTypedFirstReplacesTheFirstValue_data();
+    void whatIsTypedFirstReplacesTheFirstValue();
     void restoreBringsBackWhatTheWorkerHolds_data() { members(); }
     void restoreBringsBackWhatTheWorkerHolds();
     void confirmingOneChangesWhatTheOtherLoads();
@@ -349,6 +351,31 @@ void tst_MotionParamPopups::loadsZeroForAnAxisThatWasNeverRead()
         for (const QSpinBox *field : m_popup->findChildren<QSpinBox *>())
             QCOMPARE(field->value(), 0);
     }
+}
+
+void tst_MotionParamPopups::whatIsTypedFirstReplacesTheFirstValue_data()
+{
+    QTest::addColumn<Member>("member");
+    QTest::addColumn<QString>("first");
+    QTest::newRow("move") << Move << "doubleSpinBox_disp";
+    QTest::newRow("jog") << Jog << "doubleSpinBox_step";
+    QTest::newRow("drive") << Drive << "doubleSpinBox_disp";
+}
+
+void tst_MotionParamPopups::whatIsTypedFirstReplacesTheFirstValue()
+{
+    QFETCH(Member, member);
+    QFETCH(QString, first);
+    create(member);
+    SerialComDev::instance()->slot_setAbsoluteDispParams(0, 7.5);
+    m_popup->hide();
+    m_popup->open();
+    QVERIFY(m_popup->isVisible());
+    auto *field = find<QDoubleSpinBox>(first);
+    QVERIFY(field->value() != 0); // it was loaded
+    QCOMPARE(m_popup->focusWidget(), field);
+    QTest::keyClicks(field, "2.25");
+    QCOMPARE(field->value(), 2.25);
 }
 
 void tst_MotionParamPopups::restoreBringsBackWhatTheWorkerHolds()

@@ -134,6 +134,10 @@ private slots:
     void countsTheRunsInOneLiveEntry();
     void startsANewCountAfterACompletedOne();
     void anotherEntryEndsTheLiveCount();
+    void loopRunCountsLiveOnTheController_data() { languages(); }
+    void loopRunCountsLiveOnTheController();
+    void refusedCommandDuringALoopRunEndsItsLiveCount_data() { languages(); }
+    void refusedCommandDuringALoopRunEndsItsLiveCount();
     void warnsOncePerRise_data();
     void warnsOncePerRise();
     void warnsOnlyOfTheValueOne();
@@ -199,6 +203,8 @@ private:
     MotionParamPopup *popupOf(const QString &toggle) const;
     void click(const char *button) const { QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton); }
     void wire() const;
+    void startLoopRun() const;
+    void letPass(double seconds);
     void see(const MotorStageState &state) { m_panel->slot_updateDevState(Axis, state); }
     QTimer *timer() const { return m_panel->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly); }
     /** The log without the times. */
@@ -745,6 +751,80 @@ void tst_MoverControlWidget::anotherEntryEndsTheLiveCount()
     state.runCount = 2;
     see(state);
     QCOMPARE(log(), (QStringList{"当前运行次数 1 运行中 ", " 已到达正限位！  ", "当前运行次数 2 运行中 "}));
+}
+
+/** Three times there and back, staying a second at each end. */
+void tst_MoverControlWidget::startLoopRun() const
+{
+    click("pushButton_circle");
+    const auto *dialog = child<CycleOperationWidget>();
+    dialog->findChild<QDoubleSpinBox *>("doubleSpinBox_relativeDisp")->setValue(2);
+    dialog->findChild<QDoubleSpinBox *>("doubleSpinBox_speed")->setValue(7);
+    dialog->findChild<QDoubleSpinBox *>("doubleSpinBox_acc")->setValue(80);
+    dialog->findChild<QSpinBox *>("spinBox_time")->setValue(3);
+    dialog->findChild<QSpinBox *>("spinBox_delay")->setValue(1000);
+    QTest::mouseClick(dialog->findChild<QPushButton *>("pushButton_right"), Qt::LeftButton);
+}
+
+/** Of the controller's time; then the panel polls and has the answers. */
+void tst_MoverControlWidget::letPass(double seconds)
+{
+    simulator::advance(seconds);
+    m_panel->slot_updateState();
+    QMetaObject::invokeMethod(
+        SerialComDev::instance().data(), [] {}, Qt::BlockingQueuedConnection);
+    QCoreApplication::processEvents();
+}
+
+void tst_MoverControlWidget::loopRunCountsLiveOnTheController()
+{
+    QFETCH(bool, english);
+    std::optional<Catalogue> catalogue;
+    if (english)
+        catalogue.emplace();
+    const QString word = english ? "current run count " : "当前运行次数 ";
+    const QString running = english ? " Doing " : " 运行中 ";
+    const QString completed = word + '3' + (english ? " Operation completed " : " 运行完成 ");
+    wire();
+    startLoopRun();
+    QStringList counts; // what the live entry showed, one after the other
+    const double start = simulator::now();
+    while (!counts.contains(completed) && simulator::now() < start + 60) {
+        letPass(0.05);
+        const QStringList live = log().filter(word);
+        QVERIFY(live.size() <= 1);
+        if (!live.isEmpty() && !counts.contains(live.first()))
+            counts.append(live.first());
+    }
+    QCOMPARE(counts, (QStringList{word + '1' + running, word + '2' + running, word + '3' + running, completed}));
+    QVERIFY(simulator::now() - start > 5); // the dwell between six moves
+    QCOMPARE(log().last(), completed);
+}
+
+void tst_MoverControlWidget::refusedCommandDuringALoopRunEndsItsLiveCount()
+{
+    QFETCH(bool, english);
+    std::optional<Catalogue> catalogue;
+    if (english)
+        catalogue.emplace();
+    const QString word = english ? "current run count " : "当前运行次数 ";
+    wire();
+    startLoopRun();
+    const double start = simulator::now();
+    const auto passUntil = [&](const QString &entry) {
+        while (!log().contains(entry) && simulator::now() < start + 60)
+            letPass(0.05);
+    };
+    const QString second = word + '2' + (english ? " Doing " : " 运行中 ");
+    passUntil(second);
+    const int entries = log().size();
+    emit SerialComDev::instance()->signal_home(Axis);
+    letPass(0);
+    const QString completed = word + '3' + (english ? " Operation completed " : " 运行完成 ");
+    passUntil(completed);
+    QCOMPARE(log().filter(word), (QStringList{second, completed}));
+    QCOMPARE(log().indexOf(second), entries - 1);
+    QCOMPARE(log().indexOf(completed), entries + 1); // the refusal stands between them
 }
 
 void tst_MoverControlWidget::warnsOncePerRise_data()

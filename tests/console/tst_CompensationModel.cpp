@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "console/CompensationModel.h"
 
-#include "tests/models/English.h"
+#include "support/English.h"
 
 #include <QtTest>
 

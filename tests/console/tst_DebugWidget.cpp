@@ -6,9 +6,9 @@
 #include "device/moverLibrary.h"
 #include "simulator/SimulatorControl.h"
 #include "support/DebugLog.h"
-#include "tests/console/MessageBoxWatch.h"
-#include "tests/models/English.h"
-#include "tests/models/FailOnDeadSlot.h"
+#include "support/OnMessageBox.h"
+#include "support/English.h"
+#include "support/FailOnDeadSlot.h"
 
 #include <QAbstractItemModel>
 #include <QClipboard>
@@ -479,7 +479,7 @@ private slots:
         QCOMPARE(setMotorParams(device, axis, before), 0);
         click("pushButton_readMorotParams");
         QCOMPARE(setMotorParams(device, axis, randomParams(seed + 1000)), 0);
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         MotorParams after = {};
         QCOMPARE(getMotorParams(device, axis, &after), 0);
@@ -500,7 +500,7 @@ private slots:
             edit(text.key())->setText(text.value());
         for (auto choice = choices.cbegin(); choice != choices.cend(); ++choice)
             combo(choice.key())->setCurrentIndex(choice.value());
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         QCOMPARE(shown(), QString("写入电机参数成功"));
 
@@ -618,9 +618,9 @@ private slots:
         QVERIFY(!edit(field)->property("wrong").toBool());
         edit(field)->setText(text);
         QVERIFY(edit(field)->property("wrong").toBool());
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
-        QCOMPARE(box.opened(), 1);
+        QCOMPARE(box.shown(), 1);
         click("pushButton_readMorotParams");
         QCOMPARE(edit(field)->text(), QString("0"));
         QVERIFY(!edit(field)->property("wrong").toBool());
@@ -629,10 +629,10 @@ private slots:
     {
         click("pushButton_readMorotParams");
         simulator::failCall("setMotorParams", -7);
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         QCOMPARE(shown(), QString("写入电机参数失败：error（-7）"));
-        QCOMPARE(box.opened(), 0);
+        QCOMPARE(box.shown(), 0);
         QVERIFY(LibraryLock(0).isLocked());
     }
     void aFailedReadShowsTheErrorAndKeepsThePage()
@@ -647,7 +647,7 @@ private slots:
     {
         DebugLog log;
         click("pushButton_readMorotParams");
-        const MessageBoxWatch box;
+        const OnMessageBox box;
         click("pushButton_writeMotorParams");
         QVERIFY(log.contains(QStringLiteral("motorParams.minPos: -170")));
     }
@@ -655,7 +655,7 @@ private slots:
     {
         click("pushButton_readMorotParams");
         QString resultInTheMeantime;
-        const MessageBoxWatch watch([&](QMessageBox &box) {
+        const OnMessageBox watch([&](QMessageBox &box) {
             resultInTheMeantime = shown();
             QCOMPARE(box.windowTitle(), QString("提示"));
             QCOMPARE(box.text(), QString("写入中，请等待控制器状态指示灯变绿后再进行其他操作！"));
@@ -663,7 +663,7 @@ private slots:
             QCOMPARE(box.standardButtons(), QMessageBox::StandardButtons(QMessageBox::Ok));
         });
         click("pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(resultInTheMeantime, QString("写入电机参数成功"));
     }
     void nobodyReachesTheLibraryWhileTheWritingBoxIsOpen()
@@ -672,7 +672,7 @@ private slots:
         const auto worker = SerialComDev::instance();
         QStringList atOpening;
         QStringList atClosing;
-        const MessageBoxWatch watch([&](QMessageBox &) {
+        const OnMessageBox watch([&](QMessageBox &) {
             atOpening = journal();
             emit worker->signal_getCurrentPos(0);
             emit worker->signal_stopMotor(axis);
@@ -684,7 +684,7 @@ private slots:
             atClosing = journal();
         });
         click("pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(atOpening.size(), 2); // read and write
         QCOMPARE(atClosing, atOpening);
         // What waited comes through.
@@ -699,7 +699,7 @@ private slots:
         bool heldBefore = false;
         bool freeAfter = false;
         bool boxGone = false;
-        const MessageBoxWatch watch([&](QMessageBox &box) {
+        const OnMessageBox watch([&](QMessageBox &box) {
             heldBefore = !LibraryLock(0).isLocked();
             m_console->close();
             freeAfter = LibraryLock(0).isLocked();

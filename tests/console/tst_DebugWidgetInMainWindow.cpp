@@ -7,7 +7,7 @@
 #include "shell/MoverWidget.h"
 #include "simulator/SimulatorControl.h"
 #include "support/DebugLog.h"
-#include "tests/console/MessageBoxWatch.h"
+#include "support/OnMessageBox.h"
 
 #include <QApplication>
 #include <QPushButton>
@@ -125,7 +125,7 @@ private slots:
         click(m_window.get(), "pushButton_debug");
         const DebugLog log;
         bool wasHeld = false;
-        const MessageBoxWatch watch([&](QMessageBox &) {
+        const OnMessageBox watch([&](QMessageBox &) {
             wasHeld = !LibraryLock(0).isLocked();
             emit SerialComDev::instance()->signal_stopMotor(0); // the worker waits for the library
             m_window->close();
@@ -135,7 +135,7 @@ private slots:
             click(console(), "pushButton_writeMotorParams");
         });
         QCOMPARE(QApplication::exec(), 0);
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QVERIFY(wasHeld);
         QVERIFY(LibraryLock(0).isLocked());
         QVERIFY(!log.contains(QStringLiteral("the device is left open")));
@@ -171,14 +171,14 @@ private slots:
         connectDevice();
         int listedBefore = 0;
         int listedMeanwhile = 0;
-        const MessageBoxWatch watch([&](QMessageBox &) {
+        const OnMessageBox watch([&](QMessageBox &) {
             listedBefore = simulator::callCount("listTSMotorControlerDevices");
             m_window->slot_usbDevPortChanged();
             listedMeanwhile = simulator::callCount("listTSMotorControlerDevices");
         });
         click(console(), "pushButton_readMorotParams");
         click(console(), "pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(listedMeanwhile, listedBefore);
         QTRY_COMPARE(simulator::callCount("listTSMotorControlerDevices"), listedBefore + 1);
     }

@@ -7,6 +7,9 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <atomic>
+#include <memory>
+
 namespace {
 
 constexpr int device = 1001;
@@ -15,8 +18,23 @@ constexpr int device = 1001;
 void answer(Heart &heart, CONTROLER_STATE state, int ret)
 {
     QMetaObject::invokeMethod(
-        &heart, [&] { heart.rcvHeartInfo(state, ret); }, Qt::BlockingQueuedConnection);
+        &heart, "rcvHeartInfo", Qt::BlockingQueuedConnection, Q_ARG(CONTROLER_STATE, state), Q_ARG(int, ret));
 }
+
+/** Counts beats, which come in the Heart's thread. */
+class BeatCounter final
+{
+public:
+    explicit BeatCounter(Heart &heart)
+    {
+        QObject::connect(
+            &heart, &Heart::sendHeart, &heart, [beats = m_beats] { ++*beats; }, Qt::DirectConnection);
+    }
+    int count() const { return *m_beats; }
+
+private:
+    std::shared_ptr<std::atomic<int>> m_beats = std::make_shared<std::atomic<int>>(0);
+};
 
 } // namespace
 
@@ -40,26 +58,32 @@ private slots:
         QVERIFY(heart.thread()->isRunning());
         QCOMPARE(heart.controlerState().rockerState, quint8(0));
         QCOMPARE(heart.controlerState().rockerValue, quint16(0));
-        QSignalSpy beats(&heart, &Heart::sendHeart);
-        QVERIFY(!beats.wait(Heart::IntervalMs + 200));
+        const BeatCounter beats(heart);
+        QVERIFY(!QTest::qWaitFor([&] { return beats.count() != 0; }, Heart::IntervalMs + 200));
     }
     void beatsEvery500MsFromStartToStop()
     {
         QCOMPARE(Heart::IntervalMs, 500);
         Heart heart;
-        QAtomicInt beats;
-        connect(
-            &heart, &Heart::sendHeart, &heart, [&] { beats.ref(); }, Qt::DirectConnection);
+        const BeatCounter beats(heart);
         heart.startHeart();
         heart.startHeart(); // while active: no second timer, no new phase
-        QTRY_VERIFY(beats.loadAcquire() >= 2);
+        QTRY_VERIFY(beats.count() >= 2);
         heart.stopHeart();
         heart.stopHeart();
         answer(heart, {}, 0); // a beat that was on its way has arrived
-        const int stopped = beats.loadAcquire();
-        QSignalSpy more(&heart, &Heart::sendHeart);
-        QVERIFY(!more.wait(Heart::IntervalMs + 200));
-        QCOMPARE(beats.loadAcquire(), stopped);
+        const int stopped = beats.count();
+        QVERIFY(!QTest::qWaitFor([&] { return beats.count() != stopped; }, Heart::IntervalMs + 200));
+    }
+    void startingAgainDoesNotPutTheBeatOff()
+    {
+        Heart heart;
+        QTimer again;
+        connect(&again, &QTimer::timeout, &again, [&] { heart.startHeart(); });
+        QSignalSpy beats(&heart, &Heart::sendHeart);
+        heart.startHeart();
+        again.start(50);
+        QVERIFY(beats.wait(5000));
     }
     void aSingleBeatComesAtOnce()
     {
@@ -156,9 +180,9 @@ private slots:
         {
             Heart heart;
             thread = heart.thread();
+            const BeatCounter beats(heart);
             heart.startHeart();
-            QSignalSpy beats(&heart, &Heart::sendHeart);
-            QVERIFY(beats.wait(5000));
+            QTRY_VERIFY(beats.count() != 0);
         }
         QVERIFY(thread.isNull());
     }

@@ -130,6 +130,24 @@ private slots:
         simulator::releaseHung();
     }
 
+    void shutDownDropsTheRequestsThatWait()
+    {
+        const auto worker = openDevice();
+        simulator::hangCall("stopRuning");
+        emit worker->signal_stopMotor(0);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        // These two are taken out of the queue together.
+        simulator::hangCall("home");
+        emit worker->signal_home(0);
+        emit worker->signal_startMotor(0, MOVE_CODE_MOVE);
+        simulator::releaseHung();
+        QVERIFY(simulator::waitUntilHanging(5000));
+        QVERIFY(!SerialComDev::shutDown(20));
+        simulator::releaseHung();
+        QVERIFY(SerialComDev::shutDown(5000));
+        QCOMPARE(calls(), (QStringList{"stopRuning(1001, 0)", "home(1001, 0)"}));
+    }
+
     // ---- Open and close
 
     void openAddsThenOpensAndKeepsTheIdentifier()
@@ -276,6 +294,8 @@ private slots:
               "getDevAxisCount", "getRuningState", "getMotorParams", "setMotorParams", "setMotorModelName"})
             simulator::failCall(function, -123);
         MotorStageState state;
+        std::memset(&state, 0x55, sizeof state);
+        const MotorStageState zero = {};
         MotorParams params = {};
         QCOMPARE(worker->setMotorEnable(0, 1), -123);
         QCOMPARE(worker->setRockerEnable(1), -123);
@@ -284,15 +304,18 @@ private slots:
         QCOMPARE(worker->getPosConpenEnable(0), -123);
         QCOMPARE(worker->getDevAxisCount(), -123);
         QCOMPARE(worker->getRuningState(0, state), -123);
+        QVERIFY(!std::memcmp(&state, &zero, sizeof state));
         QCOMPARE(worker->getMotorParams(0, params), -123);
         QCOMPARE(worker->setMotorParams(0, params), -123);
         QCOMPARE(worker->setMotorModelName(0, QString()), -123);
     }
-    void aModelNameIsNullOnFailureAndEmptyWhenItIsEmpty()
+    void aTextIsNullOnFailureAndEmptyWhenItIsEmpty()
     {
         const auto worker = openDevice();
         simulator::failCall("getMotorModelName", -9);
         QVERIFY(worker->getMotorModelName(0).isNull());
+        simulator::failCall("getDevSoftVersion", -9);
+        QVERIFY(worker->getDevSoftVersion().isNull());
         simulator::answerText("getMotorModelName", std::string());
         QVERIFY(worker->getMotorModelName(0).isEmpty());
         QVERIFY(!worker->getMotorModelName(0).isNull());
@@ -554,6 +577,59 @@ private slots:
                          "setTargetPos(1001, 0, 1.5)", "setSpeed(1001, 0, 10)", "setAcceleration(1001, 0, 20)",
                          "startMove(1001, 0)", "stopRuning(1001, 0)", "home(1001, 1)"}));
     }
+    void everyCallOfARequestHoldsTheMutex_data()
+    {
+        requestTable();
+        const auto row = [](const char *name, const char *call, const Request &request) {
+            QTest::newRow(name) << request << QVector<Step>{{call, nullptr, 0}} << Expected{};
+        };
+        row("position poll", "getCurrentPos(1001, 0)", [](SerialComDev &w) { emit w.signal_getCurrentPos(0); });
+        row("state poll", "getRuningState(1001, 0)", [](SerialComDev &w) { emit w.signal_getDevState(0); });
+        row("start", "startMove(1001, 0)", [](SerialComDev &w) { emit w.signal_startMotor(0, MOVE_CODE_MOVE); });
+        row("beat", "getRockerInfo(1001)",
+            [](SerialComDev &w) { QMetaObject::invokeMethod(&w, "slot_heartBeat", Qt::QueuedConnection); });
+        row("beat of the console", "getRockerInfo(1001)",
+            [](SerialComDev &w) { QMetaObject::invokeMethod(&w, "slot_consoleHeartBeat", Qt::QueuedConnection); });
+    }
+    void everyCallOfARequestHoldsTheMutex()
+    {
+        QFETCH(Request, request);
+        QFETCH(QVector<Step>, steps);
+        const auto worker = openDevice();
+        for (const Step &step : qAsConst(steps)) {
+            simulator::hangCall(functionOf(step.call));
+            request(*worker);
+            QVERIFY(simulator::waitUntilHanging(5000));
+            QVERIFY(!LibraryLock(0).isLocked());
+            simulator::releaseHung();
+            settle(*worker);
+            QVERIFY(LibraryLock(0).isLocked());
+        }
+    }
+    void openingClosingAndDetectingHoldTheMutex_data()
+    {
+        QTest::addColumn<QString>("function");
+        for (const char *function : {"addDev", "openTSDevice", "getMotorAutoDetect", "closeTSDevice", "removeDev"})
+            QTest::newRow(function) << QString::fromLatin1(function);
+    }
+    void openingClosingAndDetectingHoldTheMutex()
+    {
+        QFETCH(QString, function);
+        const auto worker = SerialComDev::instance();
+        simulator::hangCall(function.toStdString());
+        std::thread caller([&] {
+            int code = 0;
+            worker->open(device);
+            worker->readMotorAutoDetect(0, &code);
+            worker->close();
+        });
+        const bool hangs = simulator::waitUntilHanging(5000);
+        const bool free = LibraryLock(0).isLocked();
+        simulator::releaseHung();
+        caller.join();
+        QVERIFY(hangs);
+        QVERIFY(!free);
+    }
     void messagesAreEmittedWhileTheMutexIsHeldAndReleaseIt()
     {
         const auto worker = openDevice();
@@ -632,7 +708,8 @@ private slots:
         simulator::setPosition(device, 1, -0.5);
         QSignalSpy positions(worker.data(), &SerialComDev::signal_updateCurrentPos);
         emit worker->signal_getCurrentPos(1);
-        QVERIFY(positions.wait());
+        settle(*worker);
+        QCOMPARE(positions.count(), 1);
         QCOMPARE(positions.first(), (QList<QVariant>{1, -0.5}));
         QCOMPARE(calls(), QStringList{"getCurrentPos(1001, 1)"});
     }
@@ -655,7 +732,8 @@ private slots:
         simulator::setState(device, 0, sent);
         QSignalSpy states(worker.data(), &SerialComDev::signal_updateDevState);
         emit worker->signal_getDevState(0);
-        QVERIFY(states.wait());
+        settle(*worker);
+        QCOMPARE(states.count(), 1);
         QCOMPARE(states.first().at(0).toInt(), 0);
         const auto received = states.first().at(1).value<MotorStageState>();
         QVERIFY(!std::memcmp(&received, &sent, sizeof sent));
@@ -737,7 +815,10 @@ private:
         return worker;
     }
 
-    /** Waits until the worker has run everything that was requested, and its answers have arrived. */
+    /**
+     * Waits until the worker has run everything that was requested, and its answers have arrived. A spy on the worker
+     * records in the worker's thread: it is read only after this.
+     */
     static void settle(SerialComDev &worker)
     {
         QMetaObject::invokeMethod(

@@ -3,8 +3,8 @@
 
 #include "device/SerialComDev.h"
 #include "simulator/SimulatorControl.h"
-#include "tests/models/English.h"
-#include "tests/models/FailOnDeadSlot.h"
+#include "support/Catalogue.h"
+#include "support/FailOnDeadSlot.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -246,16 +246,7 @@ void tst_DeviceParamWidget::changesLanguageAndKeepsItsContents()
     find<QComboBox>("comboBox_motorID")->setCurrentIndex(4);
     find<QLineEdit>("lineEdit_motorModel")->setText("ROT-60");
     {
-        const English english({
-            {"外部输入输出", "External I/O"},
-            {"输入有效", "Enable input"},
-            {"输出有效", "Enable output"},
-            {"确认", "confirm"},
-            {"位移台型号配置", "Motor Stage Model Config"},
-            {"型号：", "Model"},
-            {"配置文件：", "Config file"},
-            {"写入", "write"},
-        });
+        const Catalogue english;
         QCOMPARE(find<QGroupBox>("groupBox")->title(), QString("External I/O"));
         QCOMPARE(find<QCheckBox>("checkBox_input")->text(), QString("Enable input"));
         QCOMPARE(find<QCheckBox>("checkBox_output")->text(), QString("Enable output"));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "models/StageModelCatalogue.h"
 
+#include "support/DebugLog.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -75,6 +77,10 @@ private slots:
     void keepsModelsWhenFileCannotBeOpened();
     void keepsModelsWhenFileIsBroken_data();
     void keepsModelsWhenFileIsBroken();
+    void saysWhereAFileHasAMistake_data();
+    void saysWhereAFileHasAMistake();
+    void saysNothingAboutAGoodFile();
+    void saysNoMoreThanTwentyMistakes();
     void keepsModelsWhereverTheFileIsCut();
     void readsFileOfTheLargestSize();
     void refusesLargerFile();
@@ -398,6 +404,63 @@ void tst_StageModelCatalogue::keepsModelsWhenFileIsBroken()
                                            .arg(offset + 1)));
     QVERIFY(catalogue.loadFile(path));
     QVERIFY(hasOnlyTheOldModel(catalogue));
+}
+
+void tst_StageModelCatalogue::saysWhereAFileHasAMistake_data()
+{
+    QTest::addColumn<QByteArray>("before"); // the offset is that of `after`
+    QTest::addColumn<QByteArray>("after");
+    QTest::addColumn<QString>("mistake");
+    const QByteArray begin = R"({"a": ["MoverModels", [{}]], "MoverModels" : [ )";
+    const QByteArray good = R"({"name": "[A\\\"],{", "x": [{}, []]} , )";
+    QTest::newRow("no models") << QByteArray() << QByteArray(R"({"Models": []})") << "MoverModels is no array";
+    QTest::newRow("no array") << QByteArray() << QByteArray(R"({"MoverModels": {"name": "M"}})")
+                              << "MoverModels is no array";
+    QTest::newRow("empty object") << QByteArray() << QByteArray("{}") << "no object with models, the former ones stay";
+    QTest::newRow("array") << QByteArray() << QByteArray(R"([{"name": "M"}])")
+                           << "no object with models, the former ones stay";
+    QTest::newRow("first is no object") << begin << QByteArray("7]}") << "model 1: no object, or an empty one";
+    QTest::newRow("later one is empty") << begin + good << QByteArray("{}]}") << "model 2: no object, or an empty one";
+    QTest::newRow("wrong types") << begin + good + good.toLower()
+                                 << QByteArray(R"({"name": "M", "unitString": 1, "maxAcc": "2", "modifyDate": 2.5}],
+                                                "b": [1]})")
+                                 << "model 3: wrong type of unitString, maxAcc, modifyDate";
+    QTest::newRow("name again") << begin + good << QByteArray(R"({"name": "[A\\\"],{"}]})")
+                                << R"(model 2: one more with the name \"[A\\\"],{\")";
+    QTest::newRow("stage type") << begin + good << QByteArray(R"({"name": "M", "moveType": 4}]})")
+                                << "model 2: moveType 4 is offered nowhere";
+    QTest::newRow("of two lists the later") << R"({"MoverModels": [1, 2], "MoverModels": [)" + good
+                                            << QByteArray("[]]}") << "model 2: no object, or an empty one";
+}
+
+void tst_StageModelCatalogue::saysWhereAFileHasAMistake()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    QFETCH(QString, mistake);
+    const QString path = writeFile(before + after);
+    const DebugLog log;
+    StageModelCatalogue().loadFile(path);
+    QCOMPARE(
+        log.lines().filter("offset"),
+        QStringList{QString("loadModelsData \"%1\" offset %2 \"%3\"").arg(path).arg(before.size()).arg(mistake)});
+}
+
+void tst_StageModelCatalogue::saysNothingAboutAGoodFile()
+{
+    const QString path = writeFile(newModel);
+    const DebugLog log;
+    StageModelCatalogue().loadFile(path);
+    QCOMPARE(log.lines().filter("offset"), QStringList());
+}
+
+void tst_StageModelCatalogue::saysNoMoreThanTwentyMistakes()
+{
+    const QString path = writeFile("{\"MoverModels\": [" + QByteArray("0,").repeated(24) + "0]}");
+    const DebugLog log;
+    StageModelCatalogue().loadFile(path);
+    QCOMPARE(log.lines().filter("no object, or an empty one").size(), 20);
+    QVERIFY(log.lines().last().endsWith("\"and 5 more\""));
 }
 
 void tst_StageModelCatalogue::keepsModelsWhereverTheFileIsCut()

@@ -59,7 +59,6 @@ private slots:
     void loadingDisablesTheDisplacementButNeverEnablesIt();
     void loadingSendsNothingBack();
     void cursorIsBusyWhileLoading();
-    void opensAtOnce();
     void opensOverASlowLink();
 
     // Trigger
@@ -331,17 +330,6 @@ void tst_AxisSettings::cursorIsBusyWhileLoading()
     QVERIFY(hung);
     QVERIFY(busy);
     QVERIFY(!QGuiApplication::overrideCursor());
-}
-
-void tst_AxisSettings::opensAtOnce()
-{
-    m_dialog->connectController();
-    m_dialog->get(); // created at start
-    QElapsedTimer elapsed;
-    elapsed.start();
-    m_dialog->get()->loadDeviceSettings();
-    m_dialog->open("trigger");
-    QVERIFY2(elapsed.elapsed() < 100, qPrintable(QString::number(elapsed.elapsed())));
 }
 
 void tst_AxisSettings::opensOverASlowLink()

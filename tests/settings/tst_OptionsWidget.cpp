@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
 
@@ -59,6 +60,8 @@ private slots:
     void cautionComesBeforeTheMotorParameters();
     void keepsItsPageBetweenOpenings();
     void closeButtonHidesIt();
+    void escapeHidesIt();
+    void allOfItIsReachedByKeyboard();
     void isDraggedByItsTitle();
     void isNotDraggedByItsPages();
 
@@ -209,6 +212,35 @@ void tst_OptionsWidget::closeButtonHidesIt()
     m_dialog->click("pushButton_close");
     QVERIFY(dialog);
     QVERIFY(!dialog->isVisible());
+}
+
+void tst_OptionsWidget::escapeHidesIt()
+{
+    m_dialog->open("trigger");
+    QTest::keyClick(m_dialog->find<QDoubleSpinBox>("doubleSpinBox_Axis1"), Qt::Key_Escape);
+    QVERIFY(!m_dialog->get()->isVisible());
+}
+
+void tst_OptionsWidget::allOfItIsReachedByKeyboard()
+{
+    m_dialog->open("language");
+    m_dialog->find<QPushButton>("pushButton_language")->setFocus();
+    // The page buttons are one stop of the Tab key; the arrow keys go from one to the next.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    QCOMPARE(page(), QString("page_trigger"));
+
+    // Every control of the page, and round to where it began.
+    const QWidget *const start = QApplication::focusWidget();
+    QStringList reached;
+    do {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        reached.append(QApplication::focusWidget()->objectName());
+    } while (QApplication::focusWidget() != start && reached.size() < 50);
+    for (const char *name :
+         {"checkBox_triggerIn_1", "checkBox_triggerOut_2", "doubleSpinBox_Axis3", "pushButton_close",
+          "pushButton_trigger"})
+        QVERIFY2(reached.contains(name), qPrintable(QString(name) + " not in " + reached.join(' ')));
 }
 
 void tst_OptionsWidget::isDraggedByItsTitle()

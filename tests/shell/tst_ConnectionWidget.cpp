@@ -12,6 +12,7 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QLayout>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
@@ -90,6 +91,7 @@ private slots:
     void disconnectClosesTheController();
     void connectsAgainAfterADisconnect();
     void theMessageIsHiddenAfterFiveSeconds();
+    void theMessageMovesNothingWhenItComesAndGoes();
 
     void tellsWhetherThePortIsLost_data();
     void tellsWhetherThePortIsLost();
@@ -423,6 +425,19 @@ void tst_ConnectionWidget::theMessageIsHiddenAfterFiveSeconds()
     dialog.hideTimer()->start(0);
     QTRY_VERIFY(dialog.message->isHidden());
     QCOMPARE(dialog.message->text(), QStringLiteral("设备已连接"));
+}
+
+void tst_ConnectionWidget::theMessageMovesNothingWhenItComesAndGoes()
+{
+    Dialog dialog;
+    const QRect before = dialog.connectButton->geometry();
+    dialog.connectTo(device);
+    dialog.widget.show();
+    QVERIFY(dialog.message->isVisible());
+    QCOMPARE(dialog.connectButton->geometry(), before);
+    dialog.widget.slot_hideMsg();
+    dialog.widget.layout()->activate();
+    QCOMPARE(dialog.connectButton->geometry(), before);
 }
 
 // ---- Port-lost check

@@ -103,6 +103,7 @@ private slots:
     void picturesStandInTheTitleBar();
     void theDebugButtonIsAlwaysShown();
     void theJoystickSwitchIsDisabledAndHidden();
+    void theConnectButtonHasTheFocus();
     void everyAutoConnectedSlotHasItsSignal();
     void registersTheQueuedRecords();
     void theResizeBorderIsFiveWide();
@@ -279,6 +280,12 @@ void tst_MoverWidget::theJoystickSwitchIsDisabledAndHidden()
     QVERIFY(!program.rocker()->isEnabled());
     QVERIFY(program.rocker()->isHidden());
     QVERIFY(!program.rocker()->isChecked());
+}
+
+void tst_MoverWidget::theConnectButtonHasTheFocus()
+{
+    OpenWindow program;
+    QCOMPARE(program.window().focusWidget(), program.find("pushButton_connect"));
 }
 
 void tst_MoverWidget::everyAutoConnectedSlotHasItsSignal()
@@ -616,6 +623,9 @@ void tst_MoverWidget::theSwitchTurnsJoystickModeOnAndOff()
     for (const MoverControlWidget *panel : program.window().panelBoard().panels())
         QCOMPARE(panel->findChild<QLabel *>(QStringLiteral("label_rockerSpeed"))->text(), QStringLiteral("4 mm/s"));
 
+    simulator::setJoystick(device, true, 0);
+    for (const MoverControlWidget *panel : program.window().panelBoard().panels())
+        QTRY_VERIFY(panel->findChild<QPushButton *>(QStringLiteral("pushButton_home"))->isEnabled());
     OpenWindow::click(program.rocker());
     QTRY_COMPARE(calls().last(), QStringLiteral("setRockerEnable(1001, 0)"));
     QCOMPARE(motionShown(), 2);

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "models/DeviceParamWidget.h"
 #include "support/LiveObjects.h"
 #include "support/MessageBoxes.h"
 
 #include "OpenWindow.h"
+
+#include <QGridLayout>
 
 #include <algorithm>
 #include <random>
@@ -177,10 +180,10 @@ void User::expand(int axis)
     m_model.expanded = expands ? axis : -1;
 }
 
-/** Something that leaves traces: motion, popups, the loop-run overlay, an answer that is still under way. */
+/** Something that leaves traces: motion, popups, overlays, an answer that is still under way. */
 void User::use(int axis)
 {
-    switch (pick(6)) {
+    switch (pick(7)) {
     case 0:
         note("jog", axis);
         return OpenWindow::click(button(axis, "pushButton_jogRight"));
@@ -196,6 +199,12 @@ void User::use(int axis)
     case 4:
         note("open the loop run of", axis);
         return OpenWindow::click(button(axis, "pushButton_circle"));
+    case 5:
+        note("open the device parameters of", axis);
+        button(axis, "pushButton_setting")->show();
+        OpenWindow::click(button(axis, "pushButton_setting"));
+        QVERIFY(m_program.panel(axis)->findChild<DeviceParamWidget *>()->isVisible());
+        return;
     default:
         note("queue answers for", axis);
         const auto worker = SerialComDev::instance();
@@ -247,7 +256,12 @@ QString User::difference()
     if (m_program.window().axisCount() != (m_model.connected ? axisCount : 0))
         return QStringLiteral("axis count: %1").arg(m_program.window().axisCount());
 
-    const auto *grid = m_program.content()->layout();
+    // Those that wait for their deletion hear the answers too, but no others do.
+    const Census now = census();
+    if (now.listeners != m_emptyWindow.listeners + 3 * now.panels)
+        return Census::text(now);
+
+    const auto *grid = qobject_cast<QGridLayout *>(m_program.content()->layout());
     for (int k = 0; k < m_model.open.size(); ++k) {
         const int axis = m_model.open.at(k);
         const MoverControlWidget *panel = m_program.panel(axis);
@@ -255,7 +269,8 @@ QString User::difference()
             return QStringLiteral("panel %1 hidden: %2").arg(axis + 1).arg(panel->isHidden());
         if (m_model.expanded == axis && panel->size() != QSize(1060, 560))
             return QStringLiteral("panel %1 is not enlarged").arg(axis + 1);
-        if (grid->itemAt(k)->widget() != panel)
+        QLayoutItem *place = grid->itemAtPosition(k / 2, k % 2);
+        if (!place || place->widget() != panel)
             return QStringLiteral("panel %1 is out of place").arg(axis + 1);
     }
     return QString();
@@ -341,12 +356,17 @@ void tst_PanelSequences::panelsComeAndGoWhileTheLinkFails()
         QCOMPARE(boxes.count(), 2);
         QCOMPARE(boxes.texts().last(), QStringLiteral("初始化轴，读取参数错误(-1)！"));
     }
+    QPushButton *stop = program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_stop"));
+    OpenWindow::click(stop);
+    QTRY_VERIFY(logOf(program.panel(0)).contains(QStringLiteral("停止 停止运行 操作失败")));
     QCOMPARE(program.panelNames(), QStringList{QStringLiteral("Axis1")});
 
     simulator::restoreLink(device);
     simulator::setPosition(device, 0, 3);
     QTRY_COMPARE(
         program.panel(0)->findChild<QLabel *>(QStringLiteral("label_currentPos"))->text(), QStringLiteral("3.000 mm"));
+    OpenWindow::click(stop);
+    QTRY_VERIFY(logOf(program.panel(0)).contains(QStringLiteral("停止 停止运行 操作成功")));
     program.window().slot_addControl(QStringLiteral("ROT-60"), 1, {});
     QCOMPARE(program.window().panelBoard().count(), 2);
 }

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include "axis/PositionLabel.h"
+
+#include <QPainter>
+#include <QStyle>
+#include <QStyleOption>
+
+PositionLabel::PositionLabel(QWidget *parent)
+    : QLabel(parent)
+{
+}
+
+void PositionLabel::setUnitColor(const QColor &color)
+{
+    m_unitColor = color;
+    update();
+}
+
+void PositionLabel::paintEvent(QPaintEvent *)
+{
+    QStyleOption option;
+    option.initFrom(this);
+    QPainter painter(this);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
+
+    const int blank = text().indexOf(QLatin1Char(' '));
+    const QString number = text().left(blank);
+    const QString unit = blank < 0 ? QString() : text().mid(blank + 1);
+    QFont unitFont = font();
+    unitFont.setPixelSize(fontInfo().pixelSize() / 2);
+    const QFontMetrics unitMetrics(unitFont);
+    const int gap = unit.isEmpty() ? 0 : unitFont.pixelSize() / 2;
+
+    // The numbers of all axes end at the same place, whatever their units.
+    const int unitWidth =
+        unit.isEmpty() ? 0
+                       : qMax(unitMetrics.horizontalAdvance(unit), unitMetrics.horizontalAdvance(QStringLiteral("mm")));
+    const QRect area = contentsRect();
+    const int baseline = area.top() + (area.height() + fontMetrics().capHeight()) / 2;
+    const int unitLeft = area.right() + 1 - unitWidth;
+
+    painter.setPen(palette().color(foregroundRole()));
+    painter.drawText(unitLeft - gap - fontMetrics().horizontalAdvance(number), baseline, number);
+    painter.setFont(unitFont);
+    painter.setPen(m_unitColor);
+    painter.drawText(unitLeft, baseline, unit);
+}
