@@ -161,7 +161,7 @@ private slots:
         });
         click(console(), "pushButton_readMorotParams");
         click(console(), "pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(atClosing.size(), atOpening.size());
         const int states = simulator::callCount("getRuningState");
         QTRY_VERIFY(simulator::callCount("getRuningState") > states);
