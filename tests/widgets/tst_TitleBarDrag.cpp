@@ -43,7 +43,7 @@ public:
 
     bool event(QEvent *event) override
     {
-        seen = true;
+        seen = seen || dynamic_cast<QMouseEvent *>(event) != nullptr;
         return QWidget::event(event);
     }
 
