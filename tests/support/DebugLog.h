@@ -46,6 +46,9 @@ private:
         // The offscreen platform complains about every window; the program cannot help it.
         if (message.startsWith(QLatin1String("This plugin does not support")))
             return;
+        // On a desktop Qt may still ask for a window that the window manager has just let go.
+        if (message.startsWith(QLatin1String("QXcbConnection: XCB error: 3 (BadWindow)")))
+            return;
         const QMutexLocker lock(&self()->m_mutex);
         self()->m_lines.append(message);
         if (type != QtDebugMsg && type != QtInfoMsg) {
