@@ -153,7 +153,7 @@ private slots:
         QSignalSpy polls(worker.data(), &SerialComDev::signal_getDevState);
         std::vector<std::string> atOpening;
         std::vector<std::string> atClosing;
-        const MessageBoxWatch watch([&](QMessageBox &) {
+        const OnMessageBox watch([&](QMessageBox &) {
             atOpening = simulator::journalText();
             const int before = polls.count();
             QTRY_VERIFY(polls.count() >= before + 10); // the panels go on asking: the window is alive
@@ -161,7 +161,7 @@ private slots:
         });
         click(console(), "pushButton_readMorotParams");
         click(console(), "pushButton_writeMotorParams");
-        QCOMPARE(watch.opened(), 1);
+        QCOMPARE(watch.shown(), 1);
         QCOMPARE(atClosing.size(), atOpening.size());
         const int states = simulator::callCount("getRuningState");
         QTRY_VERIFY(simulator::callCount("getRuningState") > states);
