@@ -152,21 +152,3 @@ void AddControlsWidget::keyPressEvent(QKeyEvent *event)
         QWidget::keyPressEvent(event);
     }
 }
-
-void AddControlsWidget::mousePressEvent(QMouseEvent *event)
-{
-    if (!m_drag.press(event))
-        QWidget::mousePressEvent(event);
-}
-
-void AddControlsWidget::mouseMoveEvent(QMouseEvent *event)
-{
-    if (!m_drag.move(event))
-        QWidget::mouseMoveEvent(event);
-}
-
-void AddControlsWidget::mouseReleaseEvent(QMouseEvent *event)
-{
-    m_drag.release();
-    QWidget::mouseReleaseEvent(event);
-}

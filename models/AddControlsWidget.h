@@ -43,9 +43,6 @@ protected:
     void changeEvent(QEvent *event) override;
     /** Escape closes, Return confirms. */
     void keyPressEvent(QKeyEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
-    void mouseMoveEvent(QMouseEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
 
 private slots:
     void on_pushButton_close_clicked();

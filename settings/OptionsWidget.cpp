@@ -150,24 +150,6 @@ void OptionsWidget::retranslate()
     showMessage(m_message);
 }
 
-void OptionsWidget::mousePressEvent(QMouseEvent *event)
-{
-    if (!m_drag.press(event))
-        QWidget::mousePressEvent(event);
-}
-
-void OptionsWidget::mouseMoveEvent(QMouseEvent *event)
-{
-    if (!m_drag.move(event))
-        QWidget::mouseMoveEvent(event);
-}
-
-void OptionsWidget::mouseReleaseEvent(QMouseEvent *event)
-{
-    m_drag.release();
-    QWidget::mouseReleaseEvent(event);
-}
-
 void OptionsWidget::on_pushButton_close_clicked()
 {
     close();

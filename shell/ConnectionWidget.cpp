@@ -14,7 +14,6 @@
 #include <QDebug>
 #include <QKeyEvent>
 #include <QListView>
-#include <QMouseEvent>
 
 #include <algorithm>
 
@@ -184,22 +183,4 @@ void ConnectionWidget::keyPressEvent(QKeyEvent *event)
         hide();
     else
         QWidget::keyPressEvent(event);
-}
-
-void ConnectionWidget::mousePressEvent(QMouseEvent *event)
-{
-    if (!m_drag.press(event))
-        QWidget::mousePressEvent(event);
-}
-
-void ConnectionWidget::mouseMoveEvent(QMouseEvent *event)
-{
-    if (!m_drag.move(event))
-        QWidget::mouseMoveEvent(event);
-}
-
-void ConnectionWidget::mouseReleaseEvent(QMouseEvent *event)
-{
-    m_drag.release();
-    QWidget::mouseReleaseEvent(event);
 }

@@ -6,7 +6,6 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QUrl>
 
 namespace {
@@ -40,7 +39,7 @@ std::unique_ptr<Ui::HelpWidget> makeForm(HelpWidget *popup)
 HelpWidget::HelpWidget(QWidget *parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
     , m_ui(makeForm(this))
-    , m_drag(this, m_ui->widget_title)
+    , m_drag(this, m_ui->widget_title, Qt::LeftButton)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     m_ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));
@@ -94,22 +93,4 @@ void HelpWidget::keyPressEvent(QKeyEvent *event)
         hide();
     else
         QWidget::keyPressEvent(event);
-}
-
-void HelpWidget::mousePressEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton || !m_drag.press(event))
-        QWidget::mousePressEvent(event);
-}
-
-void HelpWidget::mouseMoveEvent(QMouseEvent *event)
-{
-    if (!m_drag.move(event))
-        QWidget::mouseMoveEvent(event);
-}
-
-void HelpWidget::mouseReleaseEvent(QMouseEvent *event)
-{
-    m_drag.release();
-    QWidget::mouseReleaseEvent(event);
 }

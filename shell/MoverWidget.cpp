@@ -452,24 +452,6 @@ void MoverWidget::closeEvent(QCloseEvent *event)
     event->accept();
 }
 
-void MoverWidget::mousePressEvent(QMouseEvent *event)
-{
-    if (!m_drag.press(event))
-        QWidget::mousePressEvent(event);
-}
-
-void MoverWidget::mouseMoveEvent(QMouseEvent *event)
-{
-    if (!m_drag.move(event))
-        QWidget::mouseMoveEvent(event);
-}
-
-void MoverWidget::mouseReleaseEvent(QMouseEvent *event)
-{
-    m_drag.release();
-    QWidget::mouseReleaseEvent(event);
-}
-
 void MoverWidget::mouseDoubleClickEvent(QMouseEvent *event)
 {
     if (ui->widget_titleBar->geometry().contains(event->pos()))

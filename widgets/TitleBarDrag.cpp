@@ -16,17 +16,35 @@ QPoint localPos(const QMouseEvent *event)
 
 } // namespace
 
-TitleBarDrag::TitleBarDrag(QWidget *window, const QWidget *titleBar)
+TitleBarDrag::TitleBarDrag(QWidget *window, const QWidget *titleBar, Qt::MouseButtons buttons)
     : m_window(window)
     , m_titleBar(titleBar)
+    , m_buttons(buttons)
 {
+    window->installEventFilter(this);
+}
+
+bool TitleBarDrag::eventFilter(QObject *watched, QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+        return press(static_cast<QMouseEvent *>(event));
+    case QEvent::MouseMove:
+        return move(static_cast<QMouseEvent *>(event));
+    case QEvent::MouseButtonRelease:
+        m_bDragging = false;
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 bool TitleBarDrag::press(QMouseEvent *event)
 {
     const QPoint pos = localPos(event);
     const QRect bar(m_titleBar->mapTo(m_window, QPoint(0, 0)), m_titleBar->size());
-    if (m_window->isFullScreen() || !bar.contains(pos))
+    if (!(m_buttons & event->button()) || m_window->isFullScreen() || !bar.contains(pos))
         return false;
     m_pressPos = pos;
     m_bDragging = true;
@@ -41,9 +59,4 @@ bool TitleBarDrag::move(QMouseEvent *event)
     m_window->move(m_window->pos() + localPos(event) - m_pressPos);
     event->accept();
     return true;
-}
-
-void TitleBarDrag::release()
-{
-    m_bDragging = false;
 }

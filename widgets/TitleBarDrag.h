@@ -1,29 +1,34 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QObject>
 #include <QPoint>
 
 class QMouseEvent;
 class QWidget;
 
 /**
- * Moves a frameless window by its title bar. The window passes its mouse events on; a call that returns true has
- * handled (and accepted) the event, any other event takes its normal way.
+ * Moves a frameless window by its title bar while it lives: looks at the window's mouse events before the window does,
+ * and takes those that are part of a drag. Not while the window fills the screen.
  */
-class TitleBarDrag final
+class TitleBarDrag final : public QObject
 {
-public:
-    /** titleBar must be a child of window; both must outlive this object. */
-    TitleBarDrag(QWidget *window, const QWidget *titleBar);
+    Q_OBJECT
 
-    /** Starts a drag inside the title bar, unless the window fills the screen. */
-    bool press(QMouseEvent *event);
-    bool move(QMouseEvent *event);
-    void release();
+public:
+    /** titleBar must lie inside window; both must outlive this object. `buttons`: those that start a drag. */
+    TitleBarDrag(QWidget *window, const QWidget *titleBar, Qt::MouseButtons buttons = Qt::AllButtons);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    bool press(QMouseEvent *event);
+    bool move(QMouseEvent *event);
+
     QWidget *m_window;
     const QWidget *m_titleBar;
+    Qt::MouseButtons m_buttons;
     QPoint m_pressPos;
     bool m_bDragging = false;
 };

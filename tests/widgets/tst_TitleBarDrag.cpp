@@ -13,7 +13,8 @@ namespace {
 class Window final : public QWidget
 {
 public:
-    Window()
+    explicit Window(Qt::MouseButtons buttons = Qt::AllButtons)
+        : drag(this, &bar, buttons)
     {
         setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
         setGeometry(100, 150, 300, 200);
@@ -24,12 +25,15 @@ public:
     }
     ~Window() override = default;
 
-    bool send(QEvent::Type type, QPointF pos)
+    /** Whether the drag has taken the event, so that the window did not see it. */
+    bool send(QEvent::Type type, QPointF pos, Qt::MouseButton button = Qt::LeftButton)
     {
-        const Qt::MouseButton button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
-        QMouseEvent event(type, pos, mapToGlobal(QPoint(0, 0)) + pos, button, Qt::LeftButton, Qt::NoModifier);
+        const Qt::MouseButton changed = type == QEvent::MouseMove ? Qt::NoButton : button;
+        QMouseEvent event(type, pos, mapToGlobal(QPoint(0, 0)) + pos, changed, button, Qt::NoModifier);
         event.setAccepted(false);
-        const bool handled = type == QEvent::MouseButtonPress ? drag.press(&event) : drag.move(&event);
+        seen = false;
+        QCoreApplication::sendEvent(this, &event);
+        const bool handled = !seen;
         if (handled != event.isAccepted())
             qFatal("handled and accepted must be the same");
         return handled;
@@ -37,9 +41,16 @@ public:
     bool press(QPointF pos) { return send(QEvent::MouseButtonPress, pos); }
     bool move(QPointF pos) { return send(QEvent::MouseMove, pos); }
 
+    bool event(QEvent *event) override
+    {
+        seen = seen || dynamic_cast<QMouseEvent *>(event) != nullptr;
+        return QWidget::event(event);
+    }
+
+    bool seen = false;
     QWidget frame{this};
     QWidget bar{&frame};
-    TitleBarDrag drag{this, &bar};
+    TitleBarDrag drag;
 };
 
 } // namespace
@@ -104,9 +115,17 @@ private slots:
     void endsWithTheRelease()
     {
         QVERIFY(m_window->press({50, 30}));
-        m_window->drag.release();
+        QVERIFY(!m_window->send(QEvent::MouseButtonRelease, {50, 30}));
         QVERIFY(!m_window->move({60, 40}));
         QCOMPARE(m_window->pos(), QPoint(100, 150));
+    }
+    void startsWithTheGivenButtonsOnly()
+    {
+        QVERIFY(m_window->send(QEvent::MouseButtonPress, {50, 30}, Qt::RightButton));
+        m_window->send(QEvent::MouseButtonRelease, {50, 30}, Qt::RightButton);
+        Window leftOnly(Qt::LeftButton);
+        QVERIFY(!leftOnly.send(QEvent::MouseButtonPress, {50, 30}, Qt::RightButton));
+        QVERIFY(leftOnly.send(QEvent::MouseButtonPress, {50, 30}, Qt::LeftButton));
     }
     void leavesAFullScreenWindowAlone()
     {
