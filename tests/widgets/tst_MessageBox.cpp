@@ -196,7 +196,7 @@ private slots:
         QFETCH(int, cancel);
         const OnMessageBox next([](QMessageBox &box) {
             // As the keyboard does it: to whatever has the focus.
-            QVERIFY(box.focusWidget());
+            QTRY_VERIFY(box.focusWidget());
             QTest::keyClick(box.focusWidget(), Qt::Key_Return);
             QVERIFY(!box.isVisible());
         });
