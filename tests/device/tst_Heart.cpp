@@ -80,10 +80,10 @@ private slots:
         Heart heart;
         QTimer again;
         connect(&again, &QTimer::timeout, &again, [&] { heart.startHeart(); });
-        QSignalSpy beats(&heart, &Heart::sendHeart);
+        const BeatCounter beats(heart);
         heart.startHeart();
         again.start(50);
-        QVERIFY(beats.wait(5000));
+        QTRY_VERIFY(beats.count() != 0);
     }
     void aSingleBeatComesAtOnce()
     {
