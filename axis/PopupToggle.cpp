@@ -7,7 +7,7 @@
 namespace {
 
 // The press that takes the activation is the next event in the queue; a person's next press comes later than this.
-constexpr int samePressMs = 300;
+constexpr int samePressMs = 150;
 
 } // namespace
 

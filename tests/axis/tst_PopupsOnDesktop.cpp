@@ -253,7 +253,7 @@ private:
     {
         QElapsedTimer elapsed;
         elapsed.start();
-        QTRY_VERIFY(elapsed.elapsed() > 350);
+        QTRY_VERIFY(elapsed.elapsed() > 200);
     }
 
     std::unique_ptr<MoverControlWidget> m_panel;
