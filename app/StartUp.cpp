@@ -41,7 +41,7 @@ struct Options {
         QStringLiteral("FILE")};
 };
 
-/** Answers --help and --version, and complains about anything unknown, without a display. */
+/** Answers --help and --version without a display. Any other argument waits for the application object. */
 void answerQuestions(int argc, char *argv[])
 {
     bool asksOnly = false;
