@@ -3,7 +3,7 @@
 #
 # Checks what a compiler does not: formatting, first lines, names of files, and which folder includes from which.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
 install_missing "${style_packages[@]}"
