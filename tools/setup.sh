@@ -9,6 +9,7 @@ build_packages=(
 )
 desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
 kit_packages=(python3 mono-mcs mono-runtime)
+manual_packages=(pandoc weasyprint poppler-utils)
 style_packages=(clang-format)
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }

@@ -46,7 +46,10 @@ void noteParts(QImage *picture, const QRect &area)
         const bool isBar = widget->objectName().endsWith(QLatin1String("Bar"));
         if (!widget->isVisible() || !(widget->isWindow() || isBar || !kind.startsWith(QLatin1Char('Q'))))
             continue;
-        const QRect place = QRect(widget->mapToGlobal(QPoint()), widget->size()).intersected(area);
+        // A dialog without its shadow.
+        const auto *body = widget->findChild<QWidget *>(QStringLiteral("widget_back"), Qt::FindDirectChildrenOnly);
+        const QWidget *shown = body ? body : widget;
+        const QRect place = QRect(shown->mapToGlobal(QPoint()), shown->size()).intersected(area);
         if (!place.isEmpty())
             parts.insert(isBar ? widget->objectName() : kind, place.translated(-area.topLeft()));
     }
