@@ -15,10 +15,13 @@ import subprocess
 import sys
 
 from fontTools.ttLib import TTCollection
-from PIL import Image
+
+HERE = pathlib.Path(__file__).parent
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(HERE.parents[1] / "tools/tour"))
+from cutPicture import cut
 
 FONT = "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc"
-HERE = pathlib.Path(__file__).parent
 LANGUAGES = ("zh", "en")
 PICTURE = re.compile(r'!\[([^\]]+)\]\(([\w-]+)\)\{area="?([^}"]+)"?\}')
 SHORT_TABLE = 8  # rows; a table up to this length is kept on one page
@@ -28,26 +31,10 @@ def picture_name(step, area):
     return f"{step}+{area.replace(' ', '+')}.png"
 
 
-def cut(source, area, target):
-    """Cuts the box around the parts out of the tour's picture; 256 colours are enough for windows."""
-    with Image.open(source) as picture:
-        parts = [list(map(int, picture.text[part].split())) for part in area.split()]
-        left, top = min(p[0] for p in parts), min(p[1] for p in parts)
-        right, bottom = max(p[0] + p[2] for p in parts), max(p[1] + p[3] for p in parts)
-        colours = picture.convert("RGB").crop((left, top, right, bottom)).quantize(256, dither=Image.Dither.NONE)
-        colours.save(target, optimize=True)
-
-
 def cut_pictures(text, tour, target):
     target.mkdir(parents=True, exist_ok=True)
     for _, step, area in PICTURE.findall(text):
-        taken = list(tour.glob(f"[0-9][0-9]-{step}.png"))
-        if len(taken) != 1:
-            sys.exit(f"{tour}: {len(taken)} pictures of the step {step}")
-        try:
-            cut(taken[0], area, target / picture_name(step, area))
-        except KeyError as part:
-            sys.exit(f"{taken[0]}: there is no {part} in it")
+        cut(tour, step, area.split(), target / picture_name(step, area))
 
 
 def check_characters(text, language):
