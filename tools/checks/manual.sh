@@ -8,6 +8,7 @@ cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
 
+install_missing python3
 say "Texts of the manual"
 python3 tools/checks/manual.py texts
 [ "${1:-}" = --texts ] && exit
