@@ -25,7 +25,7 @@ def cut(directory, step, parts, target):
             max(x + width for x, y, width, height in places),
             max(y + height for x, y, width, height in places),
         )
-        colours = picture.convert("RGB").crop(box).quantize(256, dither=Image.Dither.NONE)
+        colours = picture.convert("RGB").crop(box).quantize(256, Image.Quantize.MAXCOVERAGE, dither=Image.Dither.NONE)
         colours.save(target, optimize=True)
 
 
