@@ -1,0 +1,176 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""drive.py PROGRAM|MENU_ENTRY: uses the program as a person would, on the desktop that is there.
+
+Starts the program, or what a menu entry (.desktop) starts, connects to the first controller, moves its first axis,
+switches to English, closes the program by its close button, and starts it once more to see that it still speaks
+English. What is on the screen is read from the accessibility tree, what is done is done with the mouse and the keyboard
+(xdotool). Ends with 1 when anything does not come about.
+
+Needs a session bus (dbus-run-session) and the default scenario of the simulated controller.
+"""
+
+import os
+import subprocess
+import sys
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, Gio, GLib  # noqa: E402
+
+LIMIT = 30  # seconds that anything may take
+TARGET = 12.5  # mm
+
+
+class Failure(Exception):
+    pass
+
+
+def wait(what, condition):
+    """Returns what the condition returns as soon as that is true."""
+    deadline = time.monotonic() + LIMIT
+    while time.monotonic() < deadline:
+        try:
+            result = condition()
+        except GLib.Error:  # it went away while it was looked at
+            result = None
+        if result:
+            return result
+        time.sleep(0.02)
+    raise Failure(what)
+
+
+def xdotool(*arguments):
+    subprocess.run(["xdotool", *map(str, arguments)], check=True)
+
+
+class Program:
+    def __init__(self, command):
+        environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        self.process = subprocess.Popen(command, env=environment, cwd="/")
+
+    def root(self):
+        desktop = Atspi.get_desktop(0)
+        desktop.clear_cache()
+        for index in range(desktop.get_child_count()):
+            child = desktop.get_child_at_index(index)
+            if child and child.get_process_id() == self.process.pid:
+                return child
+        return None
+
+    def elements(self, within=None):
+        """All that is showing, in the order of the tree."""
+        todo = [within or self.root()]
+        while todo:
+            element = todo.pop()
+            if not element:
+                continue
+            yield element
+            count = element.get_child_count()
+            todo.extend(element.get_child_at_index(index) for index in range(count - 1, -1, -1))
+
+    def showing(self, role, texts=()):
+        """The elements of a role that can be seen and whose name or description is one of the texts, if any."""
+        return [
+            element
+            for element in self.elements()
+            if element.get_role() == role
+            and element.get_state_set().contains(Atspi.StateType.SHOWING)
+            and (not texts or element.get_name() in texts or element.get_description() in texts)
+        ]
+
+    def see(self, role, *texts):
+        return wait(f"no {role.value_nick} {' or '.join(texts)}", lambda: self.showing(role, texts))[0]
+
+    def click(self, element):
+        box = Atspi.Component.get_extents(element, Atspi.CoordType.SCREEN)
+        xdotool("mousemove", box.x + box.width // 2, box.y + box.height // 2, "click", 1)
+
+    def press(self, text):
+        self.click(self.see(Atspi.Role.PUSH_BUTTON, text))
+
+    def close(self, text):
+        self.press(text)
+        try:
+            code = self.process.wait(LIMIT)
+        except subprocess.TimeoutExpired:
+            raise Failure("the program does not end") from None
+        if code != 0:
+            raise Failure(f"the program ended with {code}")
+
+    def print_screen(self):
+        for element in self.elements():
+            if element.get_state_set().contains(Atspi.StateType.SHOWING):
+                print(f"  {element.get_role_name()}: {element.get_name()!r} {element.get_description()!r}")
+
+
+def connect_and_move(program):
+    program.press("连接设备")
+    program.see(Atspi.Role.COMBO_BOX, "MC3-000117")
+    program.press("连接")
+    # The panel of the first axis comes first.
+    position = program.see(Atspi.Role.LABEL, "0.000 mm")
+
+    program.click(program.see(Atspi.Role.CHECK_BOX, "设置移动参数"))
+    program.click(program.see(Atspi.Role.SPIN_BUTTON))
+    xdotool("key", "ctrl+a")
+    xdotool("type", TARGET)
+    program.press("确认")
+    program.press("移动到目标位置")
+
+    passed = []
+
+    def arrived():
+        position.clear_cache()
+        passed.append(position.get_name())
+        return passed[-1] == f"{TARGET:.3f} mm"
+
+    wait("the axis does not arrive", arrived)
+    between = [place for place in dict.fromkeys(passed) if 0 < float(place.split()[0]) < TARGET]
+    if not between:
+        raise Failure("the axis was nowhere in between")
+    print(f"The axis moved to {TARGET} mm and was seen at {len(between)} places in between.")
+
+
+def switch_to_english(program):
+    program.press("软件设置")
+    program.click(program.see(Atspi.Role.RADIO_BUTTON, "英文"))
+    program.see(Atspi.Role.LABEL, "Settings")
+    xdotool("key", "Escape")
+    wait("the settings stay", lambda: not program.showing(Atspi.Role.LABEL, ["Settings"]))
+
+
+def command_of(path):
+    if not path.endswith(".desktop"):
+        return [path]
+    entry = Gio.DesktopAppInfo.new_from_filename(path)
+    if not entry:
+        raise Failure(f"{path} starts nothing that is installed")
+    return GLib.shell_parse_argv(entry.get_commandline())[1]
+
+
+def main():
+    program = None
+    try:
+        command = command_of(sys.argv[1])
+        program = Program(command)
+        connect_and_move(program)
+        switch_to_english(program)
+        program.close("Quit")
+        program = Program(command)
+        program.see(Atspi.Role.PUSH_BUTTON, "Connect the device serial port COM")
+        program.close("Quit")
+        print("It kept English and closed with exit code 0, twice.")
+    except Failure as failure:
+        print(f"{sys.argv[0]}: {failure}; on the screen:", file=sys.stderr)
+        if program:
+            program.print_screen()
+            program.process.kill()
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
