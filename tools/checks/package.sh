@@ -56,8 +56,9 @@ holds() {
 
 build release
 has_manual=
-if cmake --build --preset release --target help | grep -qw manual; then
+if cmake --build --preset release --target help | grep -q '^manual:'; then
     has_manual=1
+    install_missing "${manual_packages[@]}"
     build release manual
 fi
 
