@@ -84,7 +84,19 @@ class Program:
     def see(self, role, *texts):
         return wait(f"no {role.value_nick} {' or '.join(texts)}", lambda: self.showing(role, texts))[0]
 
+    def settled(self):
+        """Whether the active window is one of the program's and the program knows where it stands."""
+        question = ["xdotool", "getactivewindow", "getwindowpid", "getwindowgeometry", "--shell"]
+        answer = subprocess.run(question, capture_output=True, text=True, check=False).stdout.split()
+        if str(self.process.pid) not in answer:
+            return False
+        root = self.root()
+        windows = [root.get_child_at_index(index) for index in range(root.get_child_count())]
+        boxes = [Atspi.Component.get_extents(window, Atspi.CoordType.SCREEN) for window in windows]
+        return any({f"X={box.x}", f"Y={box.y}", f"WIDTH={box.width}"} <= set(answer) for box in boxes)
+
     def click(self, element):
+        wait("no window of the program is active", self.settled)
         box = Atspi.Component.get_extents(element, Atspi.CoordType.SCREEN)
         xdotool("mousemove", box.x + box.width // 2, box.y + box.height // 2, "click", 1)
 
