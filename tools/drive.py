@@ -20,7 +20,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
-LIMIT = 30  # seconds that anything may take
+LIMIT = 60  # seconds that anything may take
 TARGET = 12.5  # mm
 
 
@@ -167,6 +167,8 @@ def main():
     program = None
     try:
         command = command_of(sys.argv[1])
+        # Starts the accessibility bus and its registry, which a program that comes before them can miss.
+        Atspi.get_desktop(0).get_child_count()
         program = Program(command)
         connect_and_move(program)
         switch_to_english(program)
@@ -180,6 +182,7 @@ def main():
         if program:
             program.print_screen()
             program.process.kill()
+            program.process.wait()
         return 1
     return 0
 
