@@ -10,6 +10,8 @@ cd "$(dirname "$0")/../.."
 . tools/setup.sh
 install_missing "${build_packages[@]}" "${desktop_packages[@]}" "${package_packages[@]}"
 
+export LC_ALL=C.UTF-8 # the manual has a Chinese name, which cpack cannot pack in the C locale
+
 root=()
 user=()
 if [ "$(id -u)" -eq 0 ]; then
@@ -108,6 +110,11 @@ mapfile -t files < <(tar --list --quoting-style=literal --file "$archive" | sed 
 
 say "Form"
 dpkg-deb --extract "$deb" "$scratch/deb"
+for icon in "$scratch"/deb/usr/share/icons/hicolor/*x*/apps/mover.png; do
+    size=${icon#*/hicolor/}
+    size=${size%%/*}
+    file --brief "$icon" | grep -q "^PNG image data, ${size/x/ x }," || die "$icon has another size."
+done
 desktop-file-validate "$scratch"/deb/usr/share/applications/*.desktop
 appstreamcli validate --no-net --pedantic "$scratch"/deb/usr/share/metainfo/*.xml
 lintian --allow-root --fail-on error,warning --suppress-tags bogus-mail-host "$deb"
