@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 """drive.py PROGRAM|MENU_ENTRY: uses the program as a person would, on the desktop that is there.
 
-Starts the program, or what a menu entry (.desktop) starts, connects to the first controller, moves its first axis,
-switches to English, closes the program by its close button, and starts it once more to see that it still speaks
+Starts the program, or what a menu entry (.desktop) starts, connects to the first controller, moves its first axis, opens
+the manual from the help panel, switches to English, closes the program by its close button, and starts it once more to see that it still speaks
 English. What is on the screen is read from the accessibility tree, what is done is done with the mouse and the keyboard
 (xdotool). Ends with 1 when anything does not come about.
 
@@ -13,6 +13,7 @@ Needs a session bus (dbus-run-session) and the default scenario of the simulated
 import os
 import subprocess
 import sys
+import tempfile
 import time
 
 import gi
@@ -20,6 +21,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
+MANUAL = "help/台式步进电机驱动控制器用户手册.pdf"
 LIMIT = 60  # seconds that anything may take
 TARGET = 12.5  # mm
 
@@ -47,8 +49,17 @@ def xdotool(*arguments):
 
 
 class Program:
-    def __init__(self, command):
-        environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+    def __init__(self, command, scratch):
+        # Stands in for the desktop's opener and notes what it is to open.
+        opener = os.path.join(scratch, "xdg-open")
+        self.opened = os.path.join(scratch, "opened")
+        with open(opener, "w", encoding="utf-8") as file:
+            file.write(f'#!/bin/sh\nprintf %s "$1" >"{self.opened}"\n')
+        os.chmod(opener, 0o755)
+
+        self.folder = os.path.dirname(os.path.realpath(command[0]))
+        path = scratch + os.pathsep + os.environ["PATH"]
+        environment = dict(os.environ, PATH=path, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
         self.process = subprocess.Popen(command, env=environment, cwd="/")
 
     def root(self):
@@ -98,7 +109,9 @@ class Program:
     def click(self, element):
         wait("no window of the program is active", self.settled)
         box = Atspi.Component.get_extents(element, Atspi.CoordType.SCREEN)
-        xdotool("mousemove", box.x + box.width // 2, box.y + box.height // 2, "click", 1)
+        # The text of a link begins at its left edge and need not reach its middle.
+        x = 8 if element.get_role() == Atspi.Role.LABEL else box.width // 2
+        xdotool("mousemove", box.x + x, box.y + box.height // 2, "click", 1)
 
     def press(self, text):
         self.click(self.see(Atspi.Role.PUSH_BUTTON, text))
@@ -146,6 +159,21 @@ def connect_and_move(program):
     print(f"The axis moved to {TARGET} mm and was seen at {len(between)} places in between.")
 
 
+def open_manual(program):
+    program.press("帮助")
+    program.click(program.see(Atspi.Role.LABEL, "查看"))
+    manual = Gio.File.new_for_path(os.path.join(program.folder, MANUAL))
+
+    def opened():
+        with open(program.opened, encoding="utf-8") as file:
+            return Gio.File.new_for_uri(file.read()).equal(manual)
+
+    wait(f"{manual.get_path()} is not opened", lambda: os.path.exists(program.opened) and opened())
+    xdotool("key", "Escape")
+    wait("the help panel stays", lambda: not program.showing(Atspi.Role.LABEL, ["查看"]))
+    print("The help panel opened the manual.")
+
+
 def switch_to_english(program):
     program.press("软件设置")
     program.click(program.see(Atspi.Role.RADIO_BUTTON, "英文"))
@@ -163,17 +191,18 @@ def command_of(path):
     return GLib.shell_parse_argv(entry.get_commandline())[1]
 
 
-def main():
+def drive(scratch):
     program = None
     try:
         command = command_of(sys.argv[1])
         # Starts the accessibility bus and its registry, which a program that comes before them can miss.
         Atspi.get_desktop(0).get_child_count()
-        program = Program(command)
+        program = Program(command, scratch)
         connect_and_move(program)
+        open_manual(program)
         switch_to_english(program)
         program.close("Quit")
-        program = Program(command)
+        program = Program(command, scratch)
         program.see(Atspi.Role.PUSH_BUTTON, "Connect the device serial port COM")
         program.close("Quit")
         print("It kept English and closed with exit code 0, twice.")
@@ -188,4 +217,6 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    with tempfile.TemporaryDirectory() as directory:
+        code = drive(directory)
+    sys.exit(code)
