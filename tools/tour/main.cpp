@@ -485,7 +485,7 @@ private:
             [this] { return log(0).contains(word("读取当前位置出错", "Error reading current location")); });
         m_guide.step(
             "link-back",
-            [this] {
+            [] {
                 simulator::restoreLink(device);
                 simulator::setPosition(device, 0, 1.25);
             },
@@ -550,7 +550,7 @@ int main(int argc, char *argv[])
         MoverWidget window;
         window.show();
         const std::unique_ptr<QThread> script(QThread::create([&] {
-            failures = Tour(&window, QDir(parser.positionalArguments().first()), parser.value(language) == "en").take();
+            failures = Tour(&window, QDir(parser.positionalArguments().constFirst()), parser.value(language) == "en").take();
         }));
         script->start();
         QApplication::exec();
