@@ -108,6 +108,7 @@ public:
     int readAxisParams(int axis);
 
     // What is known of an axis, without a library call. 0 or empty for an axis that was never read.
+    MotorDevInfo axisInfo(int axis) const;
     QString getAxisModelName(int axis) const;
     QString getAxisSerialNo(int axis) const;
     double getAxisCurrentPos(int axis) const;
@@ -185,7 +186,6 @@ private:
     void report(int result, int axis, int type, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeDevice(QDeadlineTimer deadline);
-    MotorDevInfo axisInfo(int axis) const;
     template <typename Change>
     void updateAxisInfo(int axis, Change change);
 

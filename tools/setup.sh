@@ -11,6 +11,8 @@ desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
 kit_packages=(python3 mono-mcs mono-runtime)
 style_packages=(clang-format)
 static_packages=(clang-tidy clazy)
+coverage_packages=(gcovr)
+mutants_packages=(ccache)
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 

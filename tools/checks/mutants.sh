@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
-install_missing "${build_packages[@]}" ccache
+install_missing "${build_packages[@]}" "${mutants_packages[@]}"
 
 # What was built once is not built anew when a mutant is taken back.
 export CCACHE_BASEDIR=$PWD/build/mutants CCACHE_NOHASHDIR=1

@@ -13,6 +13,7 @@ The tables stand beside this file, one for each folder; in them each mutant is
 
 It works on a copy of the tree with a build folder of its own (build/mutants), so that nothing else is disturbed.
 """
+import json
 import os
 import re
 import shutil
@@ -90,22 +91,32 @@ def build(targets):
     return result.stdout.decode(errors="replace") if result.returncode else ""
 
 
-def test_paths():
-    """Where each test executable stands."""
-    paths = {}
+def known_tests():
+    """Each test executable with its source."""
+    sources = {}
     for folder, _, names in os.walk(os.path.join(ROOT, "tests")):
         for name in names:
             if name.startswith("tst_") and name.endswith(".cpp"):
-                paths[name[:-4]] = os.path.join(BUILD, os.path.relpath(folder, ROOT), name[:-4])
-    return paths
+                sources[name[:-4]] = open(os.path.join(folder, name), encoding="utf-8").read()
+    return sources
 
 
-def passes(path, functions):
+def test_commands():
+    """How ctest runs each test executable: command, folder, environment."""
+    listed = subprocess.run(["ctest", "--show-only=json-v1"], cwd=BUILD, stdout=subprocess.PIPE, check=True).stdout
+    commands = {}
+    for test in json.loads(listed)["tests"]:
+        properties = {entry["name"]: entry["value"] for entry in test["properties"]}
+        environment = dict(entry.split("=", 1) for entry in properties.get("ENVIRONMENT", []))
+        commands[test["name"]] = (test.get("command"), properties.get("WORKING_DIRECTORY", BUILD), environment)
+    return commands
+
+
+def passes(test, functions):
     """Whether the test passes. It is ended at its first failure."""
-    environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", LC_ALL="C.UTF-8", QTEST_FUNCTION_TIMEOUT="60000")
-    # The executable's own folder is where ctest runs it.
+    command, folder, environment = test
     process = subprocess.Popen(
-        ["timeout", str(TIME_LIMIT), path, *functions], cwd=os.path.dirname(path), env=environment,
+        ["timeout", str(TIME_LIMIT), *command, *functions], cwd=folder, env=dict(os.environ, **environment),
         stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     failed = False
     for line in process.stdout:
@@ -121,7 +132,7 @@ def main():
     started = time.time()
     wanted = sys.argv[1:]
     mutants = [m for m in read_tables() if not wanted or any(re.search(w, f"{m.file} {m.name}") for w in wanted)]
-    paths = test_paths()
+    sources = known_tests()
     problems = []
     copy_tree()
 
@@ -131,10 +142,8 @@ def main():
         if found != 1:
             problems.append(f"{mutant.name}\n    its text stands {found} times in {mutant.file}")
         for executable, *functions in mutant.tests:
-            source = os.path.join(ROOT, os.path.relpath(paths.get(executable, "/"), BUILD) + ".cpp")
-            known = open(source).read() if os.path.isfile(source) else ""
             for function in functions or ["QTEST"]:
-                if function not in known:
+                if function not in sources.get(executable, ""):
                     problems.append(f"{mutant.name}\n    there is no {executable} {function}")
     if problems:
         print("\n".join(problems))
@@ -148,8 +157,9 @@ def main():
     if failure:
         print(failure)
         return 1
+    tests = test_commands()
     for executable, *functions in sorted({tuple(test) for mutant in mutants for test in mutant.tests}):
-        if not passes(paths[executable], functions):
+        if not passes(tests[executable], functions):
             print(f"Without any mutant {executable} {' '.join(functions)} fails.")
             return 1
 
@@ -166,7 +176,7 @@ def main():
         if failure:
             outcome = "DOES NOT COMPILE"
             problems.append(f"{mutant.name}\n{failure[-2000:]}")
-        elif all(passes(paths[executable], functions) for executable, *functions in mutant.tests):
+        elif all(passes(tests[executable], functions) for executable, *functions in mutant.tests):
             outcome = "survives, explained" if mutant.excuse else "SURVIVES"
             (explained if mutant.excuse else survivors).append(mutant)
         else:
