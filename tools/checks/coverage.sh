@@ -20,7 +20,9 @@ say "Coverage"
 # Meta objects are generated. An exception's way out of every call is no branch that anyone wrote.
 gcovr --root . --filter '(app|device|shell|axis|models|settings|console|widgets)/' \
     --exclude-directories '.*_autogen.*' --exclude-throw-branches --exclude-unreachable-branches \
-    -j "$(nproc)" --txt build/coverage/report.txt --print-summary --fail-under-line "$minimum" build/coverage ||
-    failed=1
-cat build/coverage/report.txt
+    -j "$(nproc)" --json build/coverage/counts.json build/coverage
+gcovr --root . --add-tracefile build/coverage/counts.json --branches --txt build/coverage/branches.txt
+gcovr --root . --add-tracefile build/coverage/counts.json --print-summary --fail-under-line "$minimum" \
+    --txt build/coverage/lines.txt || failed=1
+cat build/coverage/branches.txt build/coverage/lines.txt
 [ -z "${failed:-}" ] || die "Less than $minimum % of the lines are reached."
