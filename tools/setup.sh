@@ -13,6 +13,7 @@ style_packages=(clang-format)
 static_packages=(clang-tidy clazy)
 coverage_packages=(gcovr)
 mutants_packages=(ccache)
+package_packages=(dpkg-dev file lintian appstream desktop-file-utils dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0)
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 
