@@ -9,6 +9,7 @@ build_packages=(
 )
 desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
 kit_packages=(python3 mono-mcs mono-runtime)
+manual_packages=(pandoc weasyprint poppler-utils)
 style_packages=(clang-format)
 static_packages=(clang-tidy clazy)
 coverage_packages=(gcovr)

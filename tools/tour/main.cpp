@@ -552,6 +552,8 @@ int main(int argc, char *argv[])
         const std::unique_ptr<QThread> script(QThread::create([&] {
             failures = Tour(&window, QDir(parser.positionalArguments().constFirst()), parser.value(language) == "en").take();
         }));
+        // Also when its last step, which closes the window, has failed.
+        QObject::connect(script.get(), &QThread::finished, &application, &QApplication::quit);
         script->start();
         QApplication::exec();
         // The tour still looks at the window that it has closed.
