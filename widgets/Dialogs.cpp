@@ -2,6 +2,7 @@
 #include "widgets/Dialogs.h"
 
 #include <QGraphicsDropShadowEffect>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
 #include <QStyle>
@@ -27,12 +28,21 @@ void Dialogs::centreOn(QWidget *popup, const QWidget *window)
         window->x() + (window->width() - popup->width()) / 2, window->y() + (window->height() - popup->height()) / 2);
 }
 
+QScreen *Dialogs::screenOf(const QWidget *window)
+{
+    QScreen *screen = QGuiApplication::screenAt(window->frameGeometry().center());
+    return screen ? screen : window->screen();
+}
+
 void Dialogs::keepOnScreen(QWidget *popup)
 {
-    const QRect screen = popup->screen()->availableGeometry();
-    popup->move(
-        qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - popup->width())),
-        qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - popup->height())));
+    const QRect screen = screenOf(popup)->availableGeometry();
+    const QSize size = popup->frameGeometry().size();
+    const QPoint place(
+        qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - size.width())),
+        qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - size.height())));
+    if (place != popup->pos())
+        popup->move(place);
 }
 
 void Dialogs::paintBackground(QWidget *widget)
