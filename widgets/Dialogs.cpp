@@ -36,7 +36,10 @@ QScreen *Dialogs::screenOf(const QWidget *window)
 
 void Dialogs::keepOnScreen(QWidget *popup)
 {
-    const QRect screen = screenOf(popup)->availableGeometry();
+    QRect screen = screenOf(popup)->availableGeometry();
+    const bool getsFrame = !(popup->windowFlags() & Qt::FramelessWindowHint);
+    if (getsFrame && popup->frameGeometry() == popup->geometry())
+        screen.adjust(8, 40, -8, -8); // the window manager puts it around later
     const QSize size = popup->frameGeometry().size();
     const QPoint place(
         qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - size.width())),
