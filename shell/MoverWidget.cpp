@@ -13,6 +13,7 @@
 #include "shell/PlaceholderWidget.h"
 #include "shell/SerialPortChangeFilter.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
@@ -74,6 +75,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     setWindowFlag(Qt::FramelessWindowHint);
     setMouseTracking(true);
+    new DialogKeys(this);
     m_border = new MyBorderContainer(this, 50, 50, 5);
 
     m_portWatcher = std::make_unique<SerialPortChangeFilter>(this);
