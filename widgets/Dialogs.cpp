@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/Dialogs.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QGraphicsDropShadowEffect>
 #include <QPainter>
 #include <QScreen>
@@ -33,6 +35,11 @@ void Dialogs::keepOnScreen(QWidget *popup)
     popup->move(
         qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - popup->width())),
         qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - popup->height())));
+}
+
+void Dialogs::polishWhenShown()
+{
+    QCoreApplication::removePostedEvents(nullptr, QEvent::PolishRequest);
 }
 
 void Dialogs::paintBackground(QWidget *widget)
