@@ -609,7 +609,8 @@ void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
 void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
-    report(stopRuning(m_iDeviceId, Axis), Axis, 8, tr("停止运行"));
+    const int result = stopRuning(m_iDeviceId, Axis); // before its text is looked up
+    report(result, Axis, 8, tr("停止运行"));
 }
 
 void SerialComDev::slot_startMotor(int Axis, int mode)
