@@ -209,6 +209,7 @@ QVector<StageModelCatalogue::Fault> StageModelCatalogue::fill(const QJsonDocumen
     if (!value.isArray())
         return {{-1, QStringLiteral("%1 is no array").arg(QLatin1String(modelsKey))}};
     const QJsonArray models = value.toArray();
+    MoverDevParam last;
     for (int element = 0; element < models.size(); ++element) {
         const QJsonObject model = models.at(element).toObject();
         if (model.isEmpty()) {
@@ -216,9 +217,15 @@ QVector<StageModelCatalogue::Fault> StageModelCatalogue::fill(const QJsonDocumen
             continue;
         }
         QStringList mistyped;
-        const MoverDevParam stage = fromJson(model, &mistyped);
+        MoverDevParam stage = fromJson(model, &mistyped);
         if (!mistyped.isEmpty())
             note(element, QStringLiteral("wrong type of ") + mistyped.join(QStringLiteral(", ")));
+        // Nearly all models have the same few texts here: kept once, they need not be freed 20,000 times.
+        if (stage.unitString == last.unitString)
+            stage.unitString = last.unitString;
+        if (stage.optOrder == last.optOrder)
+            stage.optOrder = last.optOrder;
+        last = stage;
         const int before = m_models.size();
         m_models.insert(stage.name, stage);
         if (m_models.size() == before)

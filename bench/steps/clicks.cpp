@@ -146,12 +146,19 @@ void Rows::clickIdle(int effort)
         worker.data(), &SerialComDev::signal_showOperationMsg, &context, [&] { library.note(); }, Qt::DirectConnection);
     const int before = simulator::callCount("stopRuning");
     int clicks = 0;
+    // The clock starts when the button is released, which is when it tells of the click; what Qt's button does for a
+    // press before that is told apart.
+    qint64 released = 0;
+    QObject::connect(button, &QPushButton::released, &context, [&] { released = library.now(); });
+    std::vector<double> whole;
     const Measure::Sample click = [&] {
         QThread::msleep(1); // the worker sleeps when the click comes
         ++clicks;
-        const qint64 from = library.now();
+        const qint64 pressed = library.now();
         button->click();
-        return library.told() - from;
+        const qint64 at = library.told();
+        whole.push_back(double(at - pressed) / 1000);
+        return at - released;
     };
 
     QThread thread;
@@ -170,9 +177,10 @@ void Rows::clickIdle(int effort)
     if (simulator::callCount("stopRuning") - before != clicks)
         qFatal("not every click has reached the library");
     Measure::report(
-        "click idle", pairs.ratio, "%.1f µs against %.1f µs; 99th percentile %.0f µs against %.0f µs",
+        "click idle", pairs.ratio,
+        "%.1f µs against %.1f µs; 99th percentile %.0f µs against %.0f µs; with the press before it %.1f µs",
         Measure::quantile(pairs.subject, 0.5), Measure::quantile(pairs.baseline, 0.5),
-        Measure::quantile(pairs.subject, 0.99), Measure::quantile(pairs.baseline, 0.99));
+        Measure::quantile(pairs.subject, 0.99), Measure::quantile(pairs.baseline, 0.99), Measure::quantile(whole, 0.5));
     thread.quit();
     thread.wait();
 }
