@@ -70,6 +70,9 @@ void StartUp::prepareApplication()
     // The program draws nothing by OpenGL; loading it costs a third of the start and half of the memory.
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // Qt's own event loop wakes a thread once for many events, GLib's once for each. The GUI thread stays with GLib's.
+    if (!qEnvironmentVariableIsSet("QT_NO_THREADED_GLIB"))
+        qputenv("QT_NO_THREADED_GLIB", "1");
 }
 
 std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
 #include "device/PollBacklog.h"
 
@@ -124,6 +125,9 @@ public:
     double getAxisCircleDisp(int axis) const;
     int getAxisCircleDelay(int axis) const;
 
+    /** The next answers to polls of the axis count as changed: somebody new listens. */
+    void announceAnew(int axis);
+
 signals:
     // Requests, to be emitted by the GUI.
     void signal_getCurrentPos(int ID);
@@ -146,6 +150,9 @@ signals:
     // Answers, from the worker thread.
     void signal_updateCurrentPos(int ID, double pos);
     void signal_updateDevState(int Axis, MotorStageState state);
+    /** Follow the two above when an axis answers something else than the last time; a counting loop run always does. */
+    void signal_positionChanged(int ID, double pos);
+    void signal_devStateChanged(int Axis, MotorStageState state);
     void signal_heartBeatInfo(CONTROLER_STATE state, int ret);
     /** As signal_heartBeatInfo, for the engineering console: neither counts the beats that the other one misses. */
     void signal_consoleHeartBeatInfo(CONTROLER_STATE state, int ret);
@@ -196,4 +203,6 @@ private:
     QMap<int, int> m_autoDetect;
     PollBacklog m_positionPolls;
     PollBacklog m_statePolls;
+    AnswerFilter<double> m_positions;
+    AnswerFilter<MotorStageState> m_states;
 };
