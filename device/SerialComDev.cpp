@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 
 namespace {
 
@@ -198,6 +199,7 @@ int SerialComDev::open(int id)
         return result;
     }
     m_iDeviceId = id;
+    m_bLeft = false;
     return id;
 }
 
@@ -214,6 +216,12 @@ bool SerialComDev::closeWithin(int limitMs)
         return true;
     qDebug() << "SerialComDev: a library call still runs, the device is left open";
     return false;
+}
+
+bool SerialComDev::leave(int limitMs)
+{
+    m_bLeft = true;
+    return closeWithin(limitMs);
 }
 
 bool SerialComDev::closeDevice(QDeadlineTimer deadline)
@@ -284,7 +292,8 @@ int SerialComDev::getTriggerState(int axis, TriggerState &state)
     // A failure is a negative whole number, and so is many a step. The enables were just read, so the link is there: a
     // step reads the same again, a passing failure does not.
     const double step = getTriggerStep(m_iDeviceId, axis);
-    if (step < 0 && step == std::floor(step) && step != getTriggerStep(m_iDeviceId, axis))
+    const bool isStatus = step < 0 && step >= std::numeric_limits<int>::min() && step == std::floor(step);
+    if (isStatus && step != getTriggerStep(m_iDeviceId, axis))
         return int(step);
     state = {in != 0, out != 0, step};
     return 0;
@@ -466,6 +475,8 @@ void SerialComDev::slot_getCurrentPos(int Axis)
     if (!m_positionPolls.take(Axis))
         return;
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     int status = 0;
     const double position = ::getCurrentPos(m_iDeviceId, Axis, &status);
     if (accepted(status, Axis, GeneralMessage, tr("读取当前位置出错")))
@@ -477,6 +488,8 @@ void SerialComDev::slot_getCurrentState(int Axis)
     if (!m_statePolls.take(Axis))
         return;
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     MotorStageState state = {};
     const int result = ::getRuningState(m_iDeviceId, Axis, &state);
     if (accepted(result, Axis, GeneralMessage, tr("获取设备状态出错")))
@@ -619,6 +632,8 @@ void SerialComDev::slot_setPosConpenEnable(int Axis, bool b)
 void SerialComDev::slot_heartBeat()
 {
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     CONTROLER_STATE state = {};
     const int result = getRockerInfo(m_iDeviceId, &state);
     emit signal_heartBeatInfo(state, result);
@@ -627,6 +642,8 @@ void SerialComDev::slot_heartBeat()
 void SerialComDev::slot_consoleHeartBeat()
 {
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     CONTROLER_STATE state = {};
     const int result = getRockerInfo(m_iDeviceId, &state);
     emit signal_consoleHeartBeatInfo(state, result);

@@ -2,7 +2,8 @@
 // The whole program in front of a simulated controller, with a user inside: it is brought into a state and then left.
 //     drivenProgram STATE WAY
 //     STATE: idle, connected, moving, asking (under a message box), writing (under the console's box, which holds the
-//            library), hanging (the library does not come back), typing (a target position with a decimal comma)
+//            library), hanging (the library does not come back), waiting (and the windows wait for it), typing (a
+//            target position with a decimal comma)
 //     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), nothing (somebody else
 //            sends a signal)
 // It writes "ready" before it is left, and what it finds on the way there.
@@ -122,6 +123,10 @@ void drive()
     } else if (state == "hanging") {
         simulator::hangCall("getCurrentPos");
         when([] { return simulator::waitUntilHanging(0); }, leaveNow);
+    } else if (state == "waiting") {
+        simulator::hangCall("getDevAxisCount");
+        leaveNow();
+        click(button(window, "pushButton_settings"));
     } else if (state == "typing") {
         MoverControlWidget *panel = window->panelBoard().find(QStringLiteral("Axis1"));
         click(button(panel, "pushButton_moveParam"));

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <map>
