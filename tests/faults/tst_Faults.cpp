@@ -733,6 +733,7 @@ Calls survey(const Situation &situation)
 }
 
 struct Figures {
+    const char *situation = "";
     int combinations = 0;
     int longestStallMs = 0; // beyond what the library takes
     std::string culprit;
@@ -786,10 +787,12 @@ private:
 
 void tst_Faults::cleanupTestCase()
 {
+    if (figures.combinations == 0)
+        return;
     std::printf(
-        "FIGURES %d combinations, longest stall beyond the library's own time %d ms%s%s, %.0f s\n",
-        figures.combinations, figures.longestStallMs, figures.culprit.empty() ? "" : " in ", figures.culprit.c_str(),
-        double(m_time.elapsed()) / 1000);
+        "FIGURES %s: %d combinations, longest stall beyond the library's own time %d ms%s%s, %.0f s\n",
+        figures.situation, figures.combinations, figures.longestStallMs, figures.culprit.empty() ? "" : " in ",
+        figures.culprit.c_str(), double(m_time.elapsed()) / 1000);
 }
 
 void tst_Faults::everyFunctionIsReached()
@@ -816,6 +819,7 @@ void tst_Faults::rows(const Situation &situation)
     QTest::addColumn<QString>("function");
     const DebugLog log; // not on the terminal
     m_calls = survey(situation);
+    figures.situation = situation.name;
     std::set<std::string> called;
     for (const std::set<std::string> &calls : m_calls)
         called.insert(calls.begin(), calls.end());
