@@ -140,6 +140,7 @@ private slots:
     void twoControllersAreSwapped();
     void noticesStorm();
     void noticesStormWhileTheControllerIsGone();
+    void theLibraryHangsDuringADisconnect();
     void theWallClockIsSetBackAndForward();
     void theMachineSleepsAndWakes();
 
@@ -305,6 +306,26 @@ void tst_Upheavals::noticesStormWhileTheControllerIsGone()
     QCOMPARE(notices, 10000);
     QCOMPARE(most, 1);
     QCOMPARE(boxes.count(), 1);
+}
+
+void tst_Upheavals::theLibraryHangsDuringADisconnect()
+{
+    OpenWindow program;
+    program.connectTo(device);
+    simulator::hangCall("getCurrentPos");
+    QTRY_VERIFY(simulator::waitUntilHanging(0));
+    program.disconnect(); // gives up after half a minute
+    QVERIFY(SerialComDev::instance()->isOpened());
+    QCOMPARE(program.panelNames().size(), 2);
+    const auto *connection = program.dialog<ConnectionWidget>();
+    QVERIFY(connection->findChild<QPushButton *>(QStringLiteral("pushButton_disConnect"))->isEnabled());
+
+    simulator::releaseHung();
+    settle();
+    drive(program, 7);
+    program.disconnect();
+    QVERIFY(!SerialComDev::instance()->isOpened());
+    QCOMPARE(program.panelNames(), QStringList());
 }
 
 void tst_Upheavals::theWallClockIsSetBackAndForward()
