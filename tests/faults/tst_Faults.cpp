@@ -565,8 +565,9 @@ Situation consoleOpen()
              session.settle();
              Session::press(session.console(), "pushButton_54");
              auto *count = session.console()->findChild<QLineEdit *>(QStringLiteral("lineEdit_heart"));
-             QTest::qWait(20); // the heart counts in its own thread
-             session.note(QStringLiteral("console heart: ") + count->text());
+             QTest::qWait(20);                        // the heart counts in its own thread
+             if (count->text() != QLatin1String("0")) // it counts on from one start to the next
+                 session.note(QStringLiteral("console heart counts"));
          }});
     return situation;
 }
@@ -580,7 +581,7 @@ Situation closing()
                     SerialComDev::instance().data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
                 Session::press(panel, "pushButton_stop");
                 // All of it has been done, or one call does not come back.
-                QTest::qWaitFor([] { return simulator::callCount("stopRuning") > 0; }, 100);
+                static_cast<void>(QTest::qWaitFor([] { return simulator::callCount("stopRuning") > 0; }, 100));
                 session.pressClose();
             })}};
 }
@@ -603,7 +604,7 @@ const Shown shownFailures[] = {
     {nullptr, "getCurrentPos", "log: 读取当前位置出错 操作失败"},
     {"consoleOpen", "getRuningState", "console state: %1"},
     {nullptr, "getRuningState", "log: 获取设备状态出错 操作失败"},
-    {"consoleOpen", "getRockerInfo", "console heart: 2"},
+    {"consoleOpen", "getRockerInfo", "console heart counts"},
     {nullptr, "getRockerInfo", nullptr},
 
     // Connecting

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QScopeGuard>
 
 #include <atomic>
 #include <csignal>
@@ -126,6 +128,7 @@ public:
         if (!asNobody)
             return;
         QProcess::execute(QStringLiteral("chown"), {QStringLiteral("-R"), QString::number(nobody), m_folder.path()});
+        chmod(QFile::encodeName(path("home")), 0700);
         child.set("XDG_RUNTIME_DIR", path("home"));
         child.process.setArguments(
             QStringList{
@@ -325,8 +328,7 @@ void tst_Files::aFullDiskLosesNoSetting()
     const QByteArray mountPoint = QFile::encodeName(folder.path());
     if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=64k") != 0)
         QSKIP("a disk cannot be mounted here; what a file that cannot grow does is tested with the settings");
-    const auto clean = [mountPoint](void *) { umount2(mountPoint, MNT_DETACH); };
-    const std::unique_ptr<const char, decltype(clean)> guard("", clean);
+    const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
 
     const QString program = folder.filePath(QStringLiteral("program"));
     QVERIFY(QDir().mkpath(program));
