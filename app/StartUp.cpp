@@ -15,6 +15,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QIcon>
 #include <QLocale>
 
 #include <cstdio>
@@ -117,6 +118,7 @@ int StartUp::run(int argc, char *argv[])
         qputenv(
             "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
 
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/image/mover.png")));
     setNumberFormat();
     installFont(QCoreApplication::applicationDirPath() + QStringLiteral("/font.ttf"));
     installStyleSheet(QStringLiteral(":/style.qss"));

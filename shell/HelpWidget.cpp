@@ -42,6 +42,7 @@ HelpWidget::HelpWidget(QWidget *parent)
     , m_drag(this, m_ui->widget_title, Qt::LeftButton)
 {
     setAttribute(Qt::WA_TranslucentBackground);
+    m_ui->label_softwareVersion->setText(QStringLiteral("V" MOVER_VERSION));
     m_ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));
     m_ui->label_learnMore->setOpenExternalLinks(true);
     for (const Link &link : links) {

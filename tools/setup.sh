@@ -10,6 +10,7 @@ build_packages=(
 desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
 kit_packages=(python3 mono-mcs mono-runtime)
 style_packages=(clang-format)
+package_packages=(dpkg-dev file lintian appstream desktop-file-utils dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0)
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 

@@ -200,7 +200,7 @@ void tst_HelpWidget::everyKitStandsBesideTheProgram()
 void tst_HelpWidget::showsTheSoftwareVersionAndTheCopyright()
 {
     const HelpWidget popup;
-    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V1.0.2"));
+    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V" MOVER_VERSION));
     QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
 }
 
@@ -270,7 +270,7 @@ void tst_HelpWidget::languageChangeKeepsVersionsAndCopyright()
     QVERIFY(QCoreApplication::installTranslator(&translator));
     QTRY_COMPARE(label(popup, "label_title")->text(), QStringLiteral("en:帮助"));
     QCOMPARE(label(popup, "label_firmwareVersion")->text(), QStringLiteral("V2.3"));
-    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V1.0.2"));
+    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V" MOVER_VERSION));
     QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
 }
 
