@@ -3,7 +3,7 @@
 #include "OpenWindow.h"
 #include "ProcessFigures.h"
 
-#include "shell/SerialPortChangeFilter.h"
+#include "shell/NativeMessage.h"
 #include "support/DebugLog.h"
 #include "support/MessageBoxes.h"
 
