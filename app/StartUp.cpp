@@ -6,6 +6,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
+#include "widgets/SmallFile.h"
 
 #include "device/moverLibrary.h"
 
@@ -27,6 +28,7 @@
 
 namespace {
 
+constexpr qint64 maxFontSize = 64 * 1024 * 1024;
 constexpr int threadLimitMs = 1000; // how long leaving waits for a library call in flight
 
 struct Options {
@@ -101,7 +103,8 @@ void StartUp::setNumberFormat()
 
 void StartUp::installFont(const QString &path)
 {
-    const int id = QFontDatabase::addApplicationFont(path);
+    // Not mapped: a font that is overwritten while the program runs must not take it along.
+    const int id = QFontDatabase::addApplicationFontFromData(SmallFile::read(path, maxFontSize));
     const QStringList families = QFontDatabase::applicationFontFamilies(id);
     if (families.isEmpty())
         return;

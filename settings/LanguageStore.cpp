@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "settings/LanguageStore.h"
 
+#include "widgets/SmallFile.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -11,6 +13,8 @@
 // for the lock of a program that was killed in between.
 
 namespace {
+
+constexpr qint64 maxSize = 64 * 1024;
 
 QString fileIn(const QString &folder)
 {
@@ -60,8 +64,7 @@ int LanguageStore::load() const
     const QFileInfo user(m_sUserFile);
     const bool userCounts = user.exists() && (!program.exists() || user.lastModified() >= program.lastModified());
 
-    QFile file(userCounts ? m_sUserFile : m_sProgramFile);
-    return file.open(QIODevice::ReadOnly) ? codeIn(file.readAll()) : 0;
+    return codeIn(SmallFile::read(userCounts ? m_sUserFile : m_sProgramFile, maxSize));
 }
 
 void LanguageStore::save(int code) const
