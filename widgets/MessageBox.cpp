@@ -59,7 +59,8 @@ int widestLine(const QString &text)
     font.setPixelSize(18);
     const QFontMetrics metrics(font);
     int widest = 0;
-    for (const QString &line : text.split(QLatin1Char('\n')))
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (const QString &line : lines)
         widest = std::max(widest, metrics.horizontalAdvance(line));
     return widest;
 }
