@@ -26,6 +26,7 @@ public:
             m_last.insert(axis, answer);
             return true;
         }
+        // Bit by bit is meant. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
         if (std::memcmp(&*last, &answer, sizeof answer) == 0)
             return false;
         *last = answer;
