@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/StartUp.h"
 
+#include "app/ScreenFit.h"
 #include "app/TerminationSignals.h"
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
@@ -17,10 +18,13 @@
 #include <QFontDatabase>
 #include <QIcon>
 #include <QLocale>
+#include <QScreen>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -68,6 +72,28 @@ void StartUp::prepareApplication()
     // The program draws nothing by OpenGL; loading it costs a third of the start and half of the memory.
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // Qt's own event loop wakes a thread once for many events, GLib's once for each. The GUI thread stays with GLib's.
+    if (!qEnvironmentVariableIsSet("QT_NO_THREADED_GLIB"))
+        qputenv("QT_NO_THREADED_GLIB", "1");
+}
+
+std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])
+{
+    const std::vector<char *> given(argv, argv + argc);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    const double scale = ScreenFit::scaleFor(QGuiApplication::primaryScreen()->availableSize());
+    constexpr char factor[] = "QT_SCALE_FACTOR";
+    if (scale == 1 || qEnvironmentVariableIsSet(factor))
+        return application;
+
+    // Only an application object knows the screen, and only a new one takes a scale.
+    application.reset();
+    argc = int(given.size());
+    std::copy(given.begin(), given.end(), argv); // the first one has taken out what it understood
+    qputenv(factor, QByteArray::number(scale));
+    application = std::make_unique<QApplication>(argc, argv);
+    qunsetenv(factor); // nothing for the programs that are started from here
+    return application;
 }
 
 void StartUp::setNumberFormat()
@@ -111,9 +137,9 @@ int StartUp::run(int argc, char *argv[])
     prepareApplication();
     answerQuestions(argc, argv);
 
-    QApplication application(argc, argv);
+    const auto application = makeApplication(argc, argv);
     Options options;
-    options.parser.process(application);
+    options.parser.process(*application);
     if (options.parser.isSet(options.scenario))
         qputenv(
             "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
@@ -126,6 +152,7 @@ int StartUp::run(int argc, char *argv[])
     int exitCode = 0;
     {
         MoverWidget window;
+        const ScreenFit fit(&window);
         registerStageModel();
         const TerminationSignals signalsToClose([&window] { window.close(); });
         window.show();

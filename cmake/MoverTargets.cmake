@@ -27,6 +27,11 @@ if(MOVER_SANITIZE)
     target_compile_options(mover_options INTERFACE ${flags} $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(mover_options INTERFACE ${flags})
 endif()
+if(MOVER_COVERAGE)
+    # Atomic: a worker thread counts too.
+    target_compile_options(mover_options INTERFACE --coverage -fprofile-update=atomic)
+    target_link_options(mover_options INTERFACE --coverage)
+endif()
 
 # mover_library(NAME SOURCES ... [DEPENDS ...]): the static library of one folder, reached as mover::NAME.
 # A folder's forms are found beside the class of the same name.

@@ -163,6 +163,23 @@ SerialComDev::SerialComDev()
         this, &SerialComDev::signal_getDevState, this, [this](int axis) { m_statePolls.add(axis); },
         Qt::DirectConnection);
 
+    // Answers are looked at in the thread that gives them: most repeat the last one, and every hop to the panels costs
+    // more than the poll itself.
+    connect(
+        this, &SerialComDev::signal_updateCurrentPos, this,
+        [this](int axis, double position) {
+            if (m_positions.isNews(axis, position))
+                emit signal_positionChanged(axis, position);
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_updateDevState, this,
+        [this](int axis, MotorStageState state) {
+            if (m_states.isNews(axis, state) || state.runCount != 0)
+                emit signal_devStateChanged(axis, state);
+        },
+        Qt::DirectConnection);
+
     connect(this, &SerialComDev::signal_getCurrentPos, this, &SerialComDev::slot_getCurrentPos);
     connect(this, &SerialComDev::signal_getDevState, this, &SerialComDev::slot_getCurrentState);
     connect(this, &SerialComDev::signal_setSpeedParams, this, &SerialComDev::slot_setSpeedParams);
@@ -445,6 +462,12 @@ int SerialComDev::getAxisCircleDelay(int axis) const
     return axisInfo(axis).circleDelay;
 }
 
+void SerialComDev::announceAnew(int axis)
+{
+    m_positions.forget(axis);
+    m_states.forget(axis);
+}
+
 /** Keeps what is known of an axis in step with a write that the controller accepted. */
 template <typename Change>
 void SerialComDev::updateAxisInfo(int axis, Change change)
@@ -479,8 +502,10 @@ void SerialComDev::slot_getCurrentPos(int Axis)
         return;
     int status = 0;
     const double position = ::getCurrentPos(m_iDeviceId, Axis, &status);
-    if (accepted(status, Axis, GeneralMessage, tr("读取当前位置出错")))
+    if (status >= 0)
         emit signal_updateCurrentPos(Axis, position);
+    else
+        emit signal_showOperationMsg(Axis, OPERATION_STATE_FAIL, GeneralMessage, tr("读取当前位置出错"));
 }
 
 void SerialComDev::slot_getCurrentState(int Axis)
@@ -492,8 +517,10 @@ void SerialComDev::slot_getCurrentState(int Axis)
         return;
     MotorStageState state = {};
     const int result = ::getRuningState(m_iDeviceId, Axis, &state);
-    if (accepted(result, Axis, GeneralMessage, tr("获取设备状态出错")))
+    if (result >= 0)
         emit signal_updateDevState(Axis, state);
+    else
+        emit signal_showOperationMsg(Axis, OPERATION_STATE_FAIL, GeneralMessage, tr("获取设备状态出错"));
 }
 
 void SerialComDev::slot_setSpeedParams(int Axis, double acc, double speed)
@@ -595,7 +622,8 @@ void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
 void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
-    report(stopRuning(m_iDeviceId, Axis), Axis, 8, tr("停止运行"));
+    const int result = stopRuning(m_iDeviceId, Axis); // before its text is looked up
+    report(result, Axis, 8, tr("停止运行"));
 }
 
 void SerialComDev::slot_startMotor(int Axis, int mode)

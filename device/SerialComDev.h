@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
 #include "device/PollBacklog.h"
 
@@ -113,6 +114,7 @@ public:
     int readAxisParams(int axis);
 
     // What is known of an axis, without a library call. 0 or empty for an axis that was never read.
+    MotorDevInfo axisInfo(int axis) const;
     QString getAxisModelName(int axis) const;
     QString getAxisSerialNo(int axis) const;
     double getAxisCurrentPos(int axis) const;
@@ -127,6 +129,9 @@ public:
     int getAxisCircleCount(int axis) const;
     double getAxisCircleDisp(int axis) const;
     int getAxisCircleDelay(int axis) const;
+
+    /** The next answers to polls of the axis count as changed: somebody new listens. */
+    void announceAnew(int axis);
 
 signals:
     // Requests, to be emitted by the GUI.
@@ -150,6 +155,9 @@ signals:
     // Answers, from the worker thread.
     void signal_updateCurrentPos(int ID, double pos);
     void signal_updateDevState(int Axis, MotorStageState state);
+    /** Follow the two above when an axis answers something else than the last time; a counting loop run always does. */
+    void signal_positionChanged(int ID, double pos);
+    void signal_devStateChanged(int Axis, MotorStageState state);
     void signal_heartBeatInfo(CONTROLER_STATE state, int ret);
     /** As signal_heartBeatInfo, for the engineering console: neither counts the beats that the other one misses. */
     void signal_consoleHeartBeatInfo(CONTROLER_STATE state, int ret);
@@ -190,7 +198,6 @@ private:
     void report(int result, int axis, int type, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeDevice(QDeadlineTimer deadline);
-    MotorDevInfo axisInfo(int axis) const;
     template <typename Change>
     void updateAxisInfo(int axis, Change change);
 
@@ -202,4 +209,6 @@ private:
     QMap<int, int> m_autoDetect;
     PollBacklog m_positionPolls;
     PollBacklog m_statePolls;
+    AnswerFilter<double> m_positions;
+    AnswerFilter<MotorStageState> m_states;
 };

@@ -25,7 +25,8 @@ int codeIn(const QByteArray &text)
 {
     int code = 0;
     bool inLanguage = false;
-    for (const QByteArray &rawLine : text.split('\n')) {
+    const QList<QByteArray> lines = text.split('\n');
+    for (const QByteArray &rawLine : lines) {
         const QByteArray line = rawLine.trimmed();
         const int equals = line.indexOf('=');
         if (line.isEmpty() || line.startsWith(';'))

@@ -3,6 +3,7 @@
 
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/SmallFile.h"
 
@@ -11,7 +12,6 @@
 #include <QButtonGroup>
 #include <QDebug>
 #include <QEvent>
-#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QMessageBox>
 #include <QSignalBlocker>
@@ -68,6 +68,7 @@ OptionsWidget::OptionsWidget(QWidget *parent)
     , m_messageTimer(new QTimer(this))
 {
     Dialogs::makeFrameless(this, ui->widget_back);
+    new DialogKeys(this, [this] { close(); });
 
     auto *pages = new QButtonGroup(this); // exclusive
     for (QPushButton *page :
@@ -143,14 +144,6 @@ void OptionsWidget::changeEvent(QEvent *event)
     if (event->type() == QEvent::LanguageChange)
         retranslate();
     QWidget::changeEvent(event);
-}
-
-void OptionsWidget::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape)
-        close();
-    else
-        QWidget::keyPressEvent(event);
 }
 
 void OptionsWidget::retranslate()

@@ -47,7 +47,6 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void on_pushButton_close_clicked();

@@ -5,6 +5,7 @@
 #include "device/LibraryText.h"
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 
 #include "ui_ConnectionWidget.h"
@@ -12,7 +13,6 @@
 #include "device/moverLibrary.h"
 
 #include <QDebug>
-#include <QKeyEvent>
 #include <QListView>
 
 #include <algorithm>
@@ -68,6 +68,8 @@ ConnectionWidget::ConnectionWidget(QWidget *parent)
     , m_hideTimer(this)
 {
     Dialogs::makeFrameless(this, ui->widget_back);
+    new DialogKeys(
+        this, [this] { hide(); }, ui->pushButton_connectSerial);
     ui->comboBox_comList->setView(new QListView(ui->comboBox_comList));
     QSizePolicy keepsItsPlace = ui->label_msg->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
@@ -180,12 +182,4 @@ void ConnectionWidget::changeEvent(QEvent *event)
             ui->label_msg->setText(m_message());
     }
     QWidget::changeEvent(event);
-}
-
-void ConnectionWidget::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape)
-        hide();
-    else
-        QWidget::keyPressEvent(event);
 }

@@ -13,6 +13,7 @@
 #include "shell/PlaceholderWidget.h"
 #include "shell/SerialPortChangeFilter.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
@@ -75,7 +76,9 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     setWindowFlag(Qt::FramelessWindowHint);
     setMouseTracking(true);
+    new DialogKeys(this);
     m_border = new MyBorderContainer(this, 50, 50, 5);
+    ensurePolished(); // before the dialogs are its children, which Qt would polish with it
 
     m_portWatcher = std::make_unique<SerialPortChangeFilter>(this);
     QCoreApplication::instance()->installNativeEventFilter(m_portWatcher.get());
@@ -103,7 +106,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     const auto worker = SerialComDev::instance();
     connect(
-        m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
+        m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
     connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
@@ -115,6 +118,7 @@ MoverWidget::MoverWidget(QWidget *parent)
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
     ui->pushButton_connect->setFocus(); // the first thing to do
+    Dialogs::polishWhenShown();
 }
 
 MoverWidget::~MoverWidget() = default;
@@ -271,10 +275,11 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
 
-    const SerialComDev *worker = SerialComDev::instance().data();
-    connect(worker, &SerialComDev::signal_updateCurrentPos, panel, &MoverControlWidget::slot_updateCurrentPos);
-    connect(worker, &SerialComDev::signal_updateDevState, panel, &MoverControlWidget::slot_updateDevState);
+    SerialComDev *worker = SerialComDev::instance().data();
+    connect(worker, &SerialComDev::signal_positionChanged, panel, &MoverControlWidget::slot_updateCurrentPos);
+    connect(worker, &SerialComDev::signal_devStateChanged, panel, &MoverControlWidget::slot_updateDevState);
     connect(worker, &SerialComDev::signal_showOperationMsg, panel, &MoverControlWidget::slot_showOperationMsg);
+    worker->announceAnew(panel->index());
 }
 
 void MoverWidget::slot_AsixButtonClicked(bool)

@@ -413,7 +413,7 @@ double getCurrentPos(int id, int axis, int *status)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (status)
+    if (status && !found) // the caller has set it to 0
         *status = call.status();
     if (found)
         return call.finish(call.given(found->reportedPosition()));
@@ -427,8 +427,8 @@ double getTargetPos(int id, int axis, unsigned char *success)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (success)
-        *success = found ? 1 : 0;
+    if (success && found) // the caller has set it to 0
+        *success = 1;
     if (found)
         return call.finish(call.given(found->settings.targetPos));
     call.finish(call.status());

@@ -144,7 +144,8 @@ public:
             fail(QStringLiteral("%1: no such palette").arg(base));
         }
         const QJsonObject spelling = row[QStringLiteral("spelling")].toObject();
-        for (const QString &state : palette.keys()) {
+        const QStringList states = palette.keys();
+        for (const QString &state : states) {
             const QString name =
                 base + QLatin1Char('_') + spelling[state].toString(state) + row[QStringLiteral("suffix")].toString();
             draw(row, palette[state].toObject(), name);

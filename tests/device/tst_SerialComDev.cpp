@@ -416,6 +416,12 @@ private slots:
         QCOMPARE(worker->getAxisCircleDisp(0), 10.5);
         QCOMPARE(worker->getAxisCircleDelay(0), 11);
     }
+    void theRecordOfAnAxisCarriesItsNumber()
+    {
+        const auto worker = openDevice();
+        QCOMPARE(worker->readAxisParams(2), 0);
+        QCOMPARE(worker->axisInfo(2).axis, 2);
+    }
     void axisReadHoldsTheMutexForTheWholeSequence()
     {
         const auto worker = openDevice();

@@ -118,6 +118,7 @@ private slots:
     void clickOnALinkOpensItsTarget();
     void everyKitStandsBesideTheProgram_data();
     void everyKitStandsBesideTheProgram();
+    void theManualStandsBesideTheProgram();
     void showsTheSoftwareVersionAndTheCopyright();
     void firmwareVersionIsEmptyAtFirst();
     void showsTheFirmwareVersion();
@@ -195,6 +196,19 @@ void tst_HelpWidget::everyKitStandsBesideTheProgram()
     const QString kit = QStringLiteral(MOVER_PROGRAM_DIR) + links.first().first().toString();
     QVERIFY2(QFileInfo(kit).isDir(), qPrintable(kit));
     QVERIFY(QFile::exists(kit + QStringLiteral("/README.md")));
+}
+
+void tst_HelpWidget::theManualStandsBesideTheProgram()
+{
+    HelpWidget popup;
+    QSignalSpy links(label(popup, "label_manual"), &QLabel::linkActivated);
+    Desktop desktop;
+    show(popup);
+    QTest::mouseClick(label(popup, "label_manual"), Qt::LeftButton, Qt::NoModifier, QPoint(8, 8));
+    QCOMPARE(links.count(), 1);
+    QFile manual(QStringLiteral(MOVER_PROGRAM_DIR) + links.first().first().toString());
+    QVERIFY2(manual.open(QIODevice::ReadOnly), qPrintable(manual.fileName()));
+    QCOMPARE(manual.read(5), QByteArray("%PDF-"));
 }
 
 void tst_HelpWidget::showsTheSoftwareVersionAndTheCopyright()

@@ -202,6 +202,9 @@ void tst_SimulatorCalls::reportsFailuresInTheirOwnWay()
     QCOMPARE(getCurrentPos(device, 3, &status), 0.0);
     QCOMPARE(status, int(NoSuchAxis));
     QCOMPARE(getCurrentPos(device, 3, nullptr), 0.0);
+    status = 7;
+    getCurrentPos(device, 0, &status);
+    QCOMPARE(status, 7); // only a failure is written
     QCOMPARE(getRuningState(device, 0, nullptr), int(BadArgument));
 
     unsigned char success = 0;
