@@ -61,7 +61,7 @@ private slots:
     {
         m_window = std::make_unique<Window>();
         m_window->show();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         QTRY_COMPARE(m_window->pos(), QPoint(600, 400));
         m_window->geometries.clear();
     }
