@@ -6,6 +6,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
+#include "widgets/SmallFile.h"
 
 #include "device/moverLibrary.h"
 
@@ -15,6 +16,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QIcon>
 #include <QLocale>
 #include <QScreen>
 
@@ -26,6 +28,7 @@
 
 namespace {
 
+constexpr qint64 maxFontSize = 64 * 1024 * 1024;
 constexpr int threadLimitMs = 1000; // how long leaving waits for a library call in flight
 
 struct Options {
@@ -69,6 +72,9 @@ void StartUp::prepareApplication()
     // The program draws nothing by OpenGL; loading it costs a third of the start and half of the memory.
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // Qt's own event loop wakes a thread once for many events, GLib's once for each. The GUI thread stays with GLib's.
+    if (!qEnvironmentVariableIsSet("QT_NO_THREADED_GLIB"))
+        qputenv("QT_NO_THREADED_GLIB", "1");
 }
 
 std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])
@@ -97,7 +103,8 @@ void StartUp::setNumberFormat()
 
 void StartUp::installFont(const QString &path)
 {
-    const int id = QFontDatabase::addApplicationFont(path);
+    // Not mapped: a font that is overwritten while the program runs must not take it along.
+    const int id = QFontDatabase::addApplicationFontFromData(SmallFile::read(path, maxFontSize));
     const QStringList families = QFontDatabase::applicationFontFamilies(id);
     if (families.isEmpty())
         return;
@@ -137,6 +144,7 @@ int StartUp::run(int argc, char *argv[])
         qputenv(
             "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
 
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/image/mover.png")));
     setNumberFormat();
     installFont(QCoreApplication::applicationDirPath() + QStringLiteral("/font.ttf"));
     installStyleSheet(QStringLiteral(":/style.qss"));

@@ -63,7 +63,9 @@ MoverControlWidget::MoverControlWidget(QWidget *parent)
 {
     ui->label_doingLight->setStyleSheet(QLatin1String(doingLightGray));
     ui->label_originLight->setStyleSheet(QLatin1String(originLightGray));
+    ensurePolished(); // before the popups are its children, which Qt would polish with it
     createPopups();
+    Dialogs::polishWhenShown();
 
     m_updateTimer.setInterval(PollIntervalMs);
     connect(&m_updateTimer, &QTimer::timeout, this, &MoverControlWidget::slot_updateState);

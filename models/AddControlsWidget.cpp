@@ -49,6 +49,7 @@ AddControlsWidget::AddControlsWidget(QWidget *parent)
     Dialogs::makeFrameless(this, m_ui->widget_back);
     new DialogKeys(
         this, [this] { close(); }, m_ui->pushButton_confirm);
+    m_ui->comboBox_models->setModel(&m_offered);
     m_ui->comboBox_models->setView(popupView(this));
     m_ui->comboBox_Axsi->setView(popupView(this));
     m_ui->buttonGroup_types->setId(m_ui->pushButton_lineControl, STAGE_LINEAR);
@@ -84,8 +85,7 @@ int AddControlsWidget::moveType() const
 
 void AddControlsWidget::showModels()
 {
-    m_ui->comboBox_models->clear();
-    m_ui->comboBox_models->addItems(m_catalogue.names(moveType()));
+    m_offered.setStringList(m_catalogue.names(moveType()));
     // A combo box with a placeholder does not choose its first item by itself.
     m_ui->comboBox_models->setCurrentIndex(0);
 }

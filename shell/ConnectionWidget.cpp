@@ -21,6 +21,7 @@ namespace {
 
 constexpr int hideMsgMs = 5000;
 constexpr int maxDevices = 10;
+constexpr int closeLimitMs = 30000; // longer than the calls that wait on any link that works
 
 struct DeviceList {
     int ids[maxDevices] = {};
@@ -102,6 +103,7 @@ std::optional<bool> ConnectionWidget::isPortLost() const
     const LibraryLock library(0);
     if (!library.isLocked())
         return std::nullopt;
+    const BusyCursor busy;
     DeviceList devices;
     devices.read();
     // An empty list is on purpose not taken for a loss.
@@ -155,10 +157,13 @@ void ConnectionWidget::on_pushButton_connectSerial_clicked()
 
 void ConnectionWidget::on_pushButton_disConnect_clicked()
 {
+    bool closed = false;
     {
         const BusyCursor busy;
-        SerialComDev::instance()->close();
+        closed = SerialComDev::instance()->closeWithin(closeLimitMs);
     }
+    if (!closed) // the library hangs: the controller is as connected as before, and the user can still leave
+        return;
     m_iConnectedId = 0;
     setConnected(false);
     emit signal_devDisConnected();

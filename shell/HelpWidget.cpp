@@ -44,6 +44,7 @@ HelpWidget::HelpWidget(QWidget *parent)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     new DialogKeys(this, [this] { hide(); });
+    m_ui->label_softwareVersion->setText(QStringLiteral("V" MOVER_VERSION));
     m_ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));
     m_ui->label_learnMore->setOpenExternalLinks(true);
     for (const Link &link : links) {

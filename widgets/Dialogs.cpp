@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/Dialogs.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QGraphicsDropShadowEffect>
 #include <QGuiApplication>
 #include <QPainter>
@@ -43,6 +45,11 @@ void Dialogs::keepOnScreen(QWidget *popup, const QMargins &frame)
         qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - size.height())));
     if (place != popup->pos())
         popup->move(place);
+}
+
+void Dialogs::polishWhenShown()
+{
+    QCoreApplication::removePostedEvents(nullptr, QEvent::PolishRequest);
 }
 
 void Dialogs::paintBackground(QWidget *widget)

@@ -23,6 +23,12 @@ QScreen *screenOf(const QWidget *window);
  * for a frame that it does not have yet. */
 void keepOnScreen(QWidget *popup, const QMargins &frame = QMargins());
 
+/**
+ * Leaves it to the first showing of each window that was made so far to look up its style and load its pictures. Qt
+ * would do so for all of them once control returns to the event loop. GUI thread.
+ */
+void polishWhenShown();
+
 /** Paints the style-sheet background of a plain QWidget subclass; for its paintEvent. */
 void paintBackground(QWidget *widget);
 

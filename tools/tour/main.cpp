@@ -486,7 +486,7 @@ private:
             [this] { return log(0).contains(word("读取当前位置出错", "Error reading current location")); });
         m_guide.step(
             "link-back",
-            [this] {
+            [] {
                 simulator::restoreLink(device);
                 simulator::setPosition(device, 0, 1.25);
             },
@@ -552,8 +552,10 @@ int main(int argc, char *argv[])
         const ScreenFit fit(&window);
         window.show();
         const std::unique_ptr<QThread> script(QThread::create([&] {
-            failures = Tour(&window, QDir(parser.positionalArguments().first()), parser.value(language) == "en").take();
+            failures = Tour(&window, QDir(parser.positionalArguments().constFirst()), parser.value(language) == "en").take();
         }));
+        // Also when its last step, which closes the window, has failed.
+        QObject::connect(script.get(), &QThread::finished, &application, &QApplication::quit);
         script->start();
         QApplication::exec();
         // The tour still looks at the window that it has closed.
