@@ -16,6 +16,8 @@ namespace {
 
 constexpr double leastScale = 0.5; // texts are then 8 pixels high
 
+constexpr QMargins usualFrame(8, 40, 8, 8);
+
 /** Whether it is a window with a place of its own: not a list, a menu or a tool tip, which Qt places. */
 bool hasItsPlace(const QWidget *window)
 {
@@ -114,6 +116,10 @@ void ScreenFit::settle(QWidget *window)
     if (*place && window->pos() != **place)
         window->move(**place);
     m_places.erase(place);
-    // Once the events of its appearing are through, it also has its frame.
-    QTimer::singleShot(0, window, [window] { Dialogs::keepOnScreen(window); });
+    // Once the events of its appearing are through, it usually has its frame as well.
+    QTimer::singleShot(0, window, [window] {
+        const bool misses =
+            !(window->windowFlags() & Qt::FramelessWindowHint) && window->frameGeometry() == window->geometry();
+        Dialogs::keepOnScreen(window, misses ? usualFrame : QMargins());
+    });
 }

@@ -53,6 +53,7 @@ HelpWidget::HelpWidget(QWidget *parent)
             connect(m_ui.get()->*link.label, &QLabel::linkActivated, this, &HelpWidget::slot_linkActivated);
     }
     showTexts();
+    m_ui->label_manual->setFocus();
 }
 
 HelpWidget::~HelpWidget() = default;

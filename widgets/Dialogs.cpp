@@ -36,12 +36,9 @@ QScreen *Dialogs::screenOf(const QWidget *window)
     return screen ? screen : window->screen();
 }
 
-void Dialogs::keepOnScreen(QWidget *popup)
+void Dialogs::keepOnScreen(QWidget *popup, const QMargins &frame)
 {
-    QRect screen = screenOf(popup)->availableGeometry();
-    const bool getsFrame = !(popup->windowFlags() & Qt::FramelessWindowHint);
-    if (getsFrame && popup->frameGeometry() == popup->geometry())
-        screen.adjust(8, 40, -8, -8); // the window manager puts it around later
+    const QRect screen = screenOf(popup)->availableGeometry().marginsRemoved(frame);
     const QSize size = popup->frameGeometry().size();
     const QPoint place(
         qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - size.width())),

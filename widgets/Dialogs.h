@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QMargins>
+
 class QScreen;
 class QWidget;
 
@@ -17,8 +19,9 @@ void centreOn(QWidget *popup, const QWidget *window);
 /** The screen that a window's middle lies on; the one it belongs to when that is on none. */
 QScreen *screenOf(const QWidget *window);
 
-/** Moves `popup` by as little as it takes to have it on its screen, the top left corner first. */
-void keepOnScreen(QWidget *popup);
+/** Moves `popup` by as little as it takes to have it on its screen, the top left corner first. `frame`: what to leave
+ * for a frame that it does not have yet. */
+void keepOnScreen(QWidget *popup, const QMargins &frame = QMargins());
 
 /**
  * Leaves it to the first showing of each window that was made so far to look up its style and load its pictures. Qt

@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr QSize borderMinimum(320, 240);
-constexpr QSize windowMinimum(360, 200); // the border's height and the window's width are the larger ones
-constexpr QSize least(360, 240);
+constexpr QSize borderMinimum(320, 230);
+constexpr QSize windowMinimum(380, 200); // the border's height and the window's width are the larger ones
+constexpr QSize least(380, 230);
 
 void xdotool(const QStringList &arguments)
 {
@@ -61,7 +61,7 @@ private slots:
     {
         m_window = std::make_unique<Window>();
         m_window->show();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         QTRY_COMPARE(m_window->pos(), QPoint(600, 400));
         m_window->geometries.clear();
     }
@@ -75,22 +75,21 @@ private slots:
         const QRect before = m_window->geometry();
         const QPoint grip = gripOf(x, y);
         xdotool({"mousemove", QString::number(grip.x()), QString::number(grip.y()), "mousedown", "1"});
-        // Inwards far past both limits, one pixel at a time, so that it comes to rest at the limit exactly.
-        move(-x, -y, 170);
+        // Inwards to both limits exactly, past them, and outwards past where it began. Each step waits for the one
+        // before, as steps that come in a heap count as one.
         const QSize limit(x ? least.width() : before.width(), y ? least.height() : before.height());
-        // A corner stops as soon as one of its edges is at its limit.
-        if (x && y)
-            QTRY_VERIFY(m_window->width() == least.width() || m_window->height() == least.height());
-        else
-            QTRY_COMPARE(m_window->size(), limit);
-        const QSize atLimit = m_window->size();
-        move(-x, -y, 40);
-        QTRY_COMPARE(m_window->size(), atLimit);
-        // Outwards, past where it began.
-        move(x, y, 260);
+        for (int size = 80; size >= 0; size -= 40) {
+            move(-x * 40, -y * 40);
+            QTRY_COMPARE(m_window->size(), limit + QSize(qAbs(x), qAbs(y)) * size);
+        }
+        move(-x * 25, -y * 25);
+        QCOMPARE(m_window->size(), limit);
+        for (int size = 60; size <= 180; size += 60) {
+            move(x * 60, y * 60);
+            QTRY_COMPARE(m_window->size(), limit + QSize(qAbs(x), qAbs(y)) * size);
+        }
         xdotool({"mouseup", "1"});
-        QTRY_VERIFY(m_window->width() >= before.width() && m_window->height() >= before.height());
-        QVERIFY(m_window->size() != before.size());
+        QVERIFY(m_window->geometries.size() >= 6);
         checkOppositeEdges(before, x, y);
     }
     void aQuickDragLeavesTheOppositeEdgeAlone_data() { strips(); }
@@ -139,17 +138,12 @@ private:
             : y > 0 ? rect.bottom() - 2
                     : rect.center().y()};
     }
-    static void move(int dx, int dy, int pixels)
+    static void move(int dx, int dy)
     {
-        QStringList moves;
-        for (int k = 0; k < pixels; ++k)
-            moves << "mousemove_relative"
-                  << "--" << QString::number(dx) << QString::number(dy);
-        xdotool(moves);
+        xdotool({"mousemove_relative", "--", QString::number(dx), QString::number(dy)});
     }
     void checkOppositeEdges(const QRect &before, int x, int y)
     {
-        QVERIFY(m_window->geometries.size() > 10);
         for (const QRect &rect : m_window->geometries) {
             QCOMPARE(x < 0 ? rect.right() : rect.left(), x < 0 ? before.right() : before.left());
             QCOMPARE(y < 0 ? rect.bottom() : rect.top(), y < 0 ? before.bottom() : before.top());

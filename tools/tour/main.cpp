@@ -552,7 +552,8 @@ int main(int argc, char *argv[])
         const ScreenFit fit(&window);
         window.show();
         const std::unique_ptr<QThread> script(QThread::create([&] {
-            failures = Tour(&window, QDir(parser.positionalArguments().constFirst()), parser.value(language) == "en").take();
+            failures =
+                Tour(&window, QDir(parser.positionalArguments().constFirst()), parser.value(language) == "en").take();
         }));
         // Also when its last step, which closes the window, has failed.
         QObject::connect(script.get(), &QThread::finished, &application, &QApplication::quit);
