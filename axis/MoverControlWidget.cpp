@@ -359,11 +359,13 @@ void MoverControlWidget::on_pushButton_circle_clicked()
         worker->getAxisCircleDisp(m_iIndex), worker->getAxisSpeed(m_iIndex), worker->getAxisAcceleration(m_iIndex),
         worker->getAxisCircleCount(m_iIndex), worker->getAxisCircleDelay(m_iIndex));
     m_loopRun->show();
+    m_loopRun->setFocus();
 }
 
 void MoverControlWidget::on_pushButton_setting_clicked()
 {
     m_settings->show();
+    m_settings->setFocus();
 }
 
 void MoverControlWidget::on_pushButton_moveParam_clicked(bool checked)

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 
 namespace {
 
@@ -215,6 +216,7 @@ int SerialComDev::open(int id)
         return result;
     }
     m_iDeviceId = id;
+    m_bLeft = false;
     return id;
 }
 
@@ -231,6 +233,12 @@ bool SerialComDev::closeWithin(int limitMs)
         return true;
     qDebug() << "SerialComDev: a library call still runs, the device is left open";
     return false;
+}
+
+bool SerialComDev::leave(int limitMs)
+{
+    m_bLeft = true;
+    return closeWithin(limitMs);
 }
 
 bool SerialComDev::closeDevice(QDeadlineTimer deadline)
@@ -301,7 +309,8 @@ int SerialComDev::getTriggerState(int axis, TriggerState &state)
     // A failure is a negative whole number, and so is many a step. The enables were just read, so the link is there: a
     // step reads the same again, a passing failure does not.
     const double step = getTriggerStep(m_iDeviceId, axis);
-    if (step < 0 && step == std::floor(step) && step != getTriggerStep(m_iDeviceId, axis))
+    const bool isStatus = step < 0 && step >= std::numeric_limits<int>::min() && step == std::floor(step);
+    if (isStatus && step != getTriggerStep(m_iDeviceId, axis))
         return int(step);
     state = {in != 0, out != 0, step};
     return 0;
@@ -489,6 +498,8 @@ void SerialComDev::slot_getCurrentPos(int Axis)
     if (!m_positionPolls.take(Axis))
         return;
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     int status = 0;
     const double position = ::getCurrentPos(m_iDeviceId, Axis, &status);
     if (status >= 0)
@@ -502,6 +513,8 @@ void SerialComDev::slot_getCurrentState(int Axis)
     if (!m_statePolls.take(Axis))
         return;
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     MotorStageState state = {};
     const int result = ::getRuningState(m_iDeviceId, Axis, &state);
     if (result >= 0)
@@ -647,6 +660,8 @@ void SerialComDev::slot_setPosConpenEnable(int Axis, bool b)
 void SerialComDev::slot_heartBeat()
 {
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     CONTROLER_STATE state = {};
     const int result = getRockerInfo(m_iDeviceId, &state);
     emit signal_heartBeatInfo(state, result);
@@ -655,6 +670,8 @@ void SerialComDev::slot_heartBeat()
 void SerialComDev::slot_consoleHeartBeat()
 {
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     CONTROLER_STATE state = {};
     const int result = getRockerInfo(m_iDeviceId, &state);
     emit signal_consoleHeartBeatInfo(state, result);

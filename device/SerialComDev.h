@@ -65,6 +65,11 @@ public:
     int close();
     /** As close(), but gives up when the library does not come free within limitMs (-1: no limit). */
     bool closeWithin(int limitMs);
+    /**
+     * As closeWithin(), when the program ends: what the panels and the heartbeats ask for on their own no longer
+     * reaches the library, neither before nor after the close. Until the next open().
+     */
+    bool leave(int limitMs);
     /** Identifier of the open controller, 0 for none. */
     int deviceId() const { return m_iDeviceId; }
 
@@ -109,6 +114,7 @@ public:
     int readAxisParams(int axis);
 
     // What is known of an axis, without a library call. 0 or empty for an axis that was never read.
+    MotorDevInfo axisInfo(int axis) const;
     QString getAxisModelName(int axis) const;
     QString getAxisSerialNo(int axis) const;
     double getAxisCurrentPos(int axis) const;
@@ -192,11 +198,11 @@ private:
     void report(int result, int axis, int type, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeDevice(QDeadlineTimer deadline);
-    MotorDevInfo axisInfo(int axis) const;
     template <typename Change>
     void updateAxisInfo(int axis, Change change);
 
     std::atomic<int> m_iDeviceId{0};
+    std::atomic<bool> m_bLeft{false};
     bool m_bOpened = false;
     mutable QMutex m_registryMutex; // both registries are written by either thread
     QMap<int, MotorDevInfo> m_axisInfo;

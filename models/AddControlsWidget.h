@@ -42,8 +42,6 @@ signals:
 
 protected:
     void changeEvent(QEvent *event) override;
-    /** Escape closes, Return confirms. */
-    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void on_pushButton_close_clicked();

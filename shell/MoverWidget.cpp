@@ -13,6 +13,7 @@
 #include "shell/PlaceholderWidget.h"
 #include "shell/SerialPortChangeFilter.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
@@ -25,6 +26,7 @@
 
 namespace {
 
+constexpr int maxAxes = 3;            // of any controller
 constexpr int identifiedStage = 2;    // chip code of a stage that identifies itself
 constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
 constexpr int portCheckRetryMs = 100; // when the library was busy
@@ -74,6 +76,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     setWindowFlag(Qt::FramelessWindowHint);
     setMouseTracking(true);
+    new DialogKeys(this);
     m_border = new MyBorderContainer(this, 50, 50, 5);
     ensurePolished(); // before the dialogs are its children, which Qt would polish with it
 
@@ -138,9 +141,11 @@ void MoverWidget::slot_devConnected()
     }
     ui->radioButton_Rocker->setChecked(false); // what the last controller left behind
     for (int axis = 0; axis < m_iAxisCount; ++axis) {
-        initialiseAxis(axis);
+        const bool initialised = initialiseAxis(axis);
         if (!alive || m_bClosing) // on the way out the library may hang: it is not called again
             return;
+        if (!initialised && axis >= maxAxes) // of a count that cannot be true one failure is enough to be told
+            break;
     }
 
     const BusyCursor busy;
@@ -152,8 +157,11 @@ void MoverWidget::slot_devConnected()
     }
 }
 
-/** Opens the panel of an axis whose stage identifies itself; an axis without such a stage is passed over. */
-void MoverWidget::initialiseAxis(int axis)
+/**
+ * Opens the panel of an axis whose stage identifies itself; an axis without such a stage is passed over. False after a
+ * failure, which it has shown.
+ */
+bool MoverWidget::initialiseAxis(int axis)
 {
     QString failure;
     QString model;
@@ -162,10 +170,13 @@ void MoverWidget::initialiseAxis(int axis)
         const BusyCursor busy;
         failure = readAxis(axis, &model, &params);
     }
-    if (!failure.isEmpty())
+    if (!failure.isEmpty()) {
         slot_showTipMessage(failure);
-    else if (!model.isNull())
+        return false;
+    }
+    if (!model.isNull())
         slot_addControl(model, axis, toDevParam(params), true);
+    return true;
 }
 
 /** Returns the message of a failure. `model` stays null for an axis that is passed over. */
@@ -430,7 +441,7 @@ void MoverWidget::on_pushButton_close_clicked()
     qDebug() << "on_pushButton_close_clicked: close the device";
     {
         const BusyCursor busy;
-        SerialComDev::instance()->closeWithin(closeLimitMs);
+        SerialComDev::instance()->leave(closeLimitMs);
     }
     qDebug() << "on_pushButton_close_clicked: quit";
     QCoreApplication::quit();

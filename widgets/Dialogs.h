@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+class QScreen;
 class QWidget;
 
 /** What the program's frameless dialogs have in common. */
@@ -12,6 +13,9 @@ void makeFrameless(QWidget *dialog, QWidget *body);
 
 /** Moves `popup` over the middle of `window` (integer division), for just before it is shown. */
 void centreOn(QWidget *popup, const QWidget *window);
+
+/** The screen that a window's middle lies on; the one it belongs to when that is on none. */
+QScreen *screenOf(const QWidget *window);
 
 /** Moves `popup` by as little as it takes to have it on its screen, the top left corner first. */
 void keepOnScreen(QWidget *popup);

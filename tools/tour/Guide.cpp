@@ -4,13 +4,20 @@
 #include "simulator/SimulatorControl.h"
 
 #include <QApplication>
+#include <QColor>
 #include <QDeadlineTimer>
+#include <QImage>
+#include <QMap>
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
 #include <QSemaphore>
 #include <QTextStream>
 #include <QWidget>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -27,6 +34,73 @@ QStringList onScreen(const QWidget *widget, QPoint position)
         const QPoint point = widget->mapToGlobal(position) * widget->devicePixelRatioF();
         return {QString::number(point.x()), QString::number(point.y())};
     });
+}
+
+/**
+ * Notes in the picture, as its texts, where the windows, panels and bars stand in it, so that each can be cut out:
+ * "MoveParamWidget" = "x y width height". Of several of a kind the further ones are "…-2", "…-3" from the top left.
+ */
+void noteParts(QImage *picture, const QRect &area)
+{
+    QMultiMap<QString, QRect> parts;
+    for (const QWidget *widget : QApplication::allWidgets()) {
+        const QString kind = QLatin1String(widget->metaObject()->className());
+        const bool isBar = widget->objectName().endsWith(QLatin1String("Bar"));
+        if (!widget->isVisible() || !(widget->isWindow() || isBar || !kind.startsWith(QLatin1Char('Q'))))
+            continue;
+        // A dialog without its shadow.
+        const auto *body = widget->findChild<QWidget *>(QStringLiteral("widget_back"), Qt::FindDirectChildrenOnly);
+        const QWidget *shown = body ? body : widget;
+        const QRect place = QRect(shown->mapToGlobal(QPoint()), shown->size()).intersected(area);
+        if (!place.isEmpty())
+            parts.insert(isBar ? widget->objectName() : kind, place.translated(-area.topLeft()));
+    }
+    const qreal ratio = picture->devicePixelRatioF();
+    for (const QString &name : parts.uniqueKeys()) {
+        QList<QRect> places = parts.values(name);
+        std::sort(places.begin(), places.end(), [](const QRect &a, const QRect &b) {
+            return std::make_pair(a.y(), a.x()) < std::make_pair(b.y(), b.x());
+        });
+        for (int k = 0; k < places.size(); ++k) {
+            const QRect &place = places[k];
+            picture->setText(
+                k == 0 ? name : QStringLiteral("%1-%2").arg(name).arg(k + 1), QStringLiteral("%1 %2 %3 %4")
+                                                                                  .arg(int(place.x() * ratio))
+                                                                                  .arg(int(place.y() * ratio))
+                                                                                  .arg(int(place.width() * ratio))
+                                                                                  .arg(int(place.height() * ratio)));
+        }
+    }
+}
+
+/** Whether the screen shows what the active window would draw now, but for a blinking cursor, a number, a rim. */
+bool isOnScreen()
+{
+    QWidget *window = QApplication::activeWindow();
+    if (!window)
+        return true;
+    auto *body = window->findChild<QWidget *>(QStringLiteral("widget_back"), Qt::FindDirectChildrenOnly);
+    QWidget *drawn = body ? body : window;
+    const QPoint place = drawn->mapToGlobal(QPoint());
+    const QImage screen = QGuiApplication::primaryScreen()
+                              ->grabWindow(0, place.x(), place.y(), drawn->width(), drawn->height())
+                              .toImage()
+                              .convertToFormat(QImage::Format_RGB32);
+    const QImage wanted = drawn->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    if (screen.size() != wanted.size())
+        return false;
+    constexpr int grid = 7; // every seventh pixel of every seventh line tells enough
+    int looked = 0;
+    int different = 0;
+    for (int y = 0; y < wanted.height(); y += grid) {
+        for (int x = 0; x < wanted.width(); x += grid) {
+            ++looked;
+            const QColor a = screen.pixelColor(x, y);
+            const QColor b = wanted.pixelColor(x, y);
+            different += std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) > 40;
+        }
+    }
+    return different * 200 < looked;
 }
 
 } // namespace
@@ -82,8 +156,10 @@ QString Guide::answers() const
 
 void Guide::savePicture(const QString &name) const
 {
-    // The outcome is there; give the window manager and the compositor the time to bring it to the screen.
+    // The outcome is there; give the window manager and the compositor the time to bring it to the screen. Something
+    // may lie over the window (a list, a popup that has not got the activation): then this is the time that they get.
     QSemaphore().tryAcquire(1, 150);
+    wait(isOnScreen, 1000);
     const QString path =
         m_directory.filePath(QStringLiteral("%1-%2.png").arg(m_iStep, 2, 10, QLatin1Char('0')).arg(name));
     const bool saved = inGui([&] {
@@ -91,9 +167,10 @@ void Guide::savePicture(const QString &name) const
         const QWidget *active = QApplication::activeWindow();
         const QRect area =
             active ? m_window->frameGeometry().united(active->frameGeometry()) : m_window->frameGeometry();
-        return QGuiApplication::primaryScreen()
-            ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
-            .save(path);
+        QImage picture =
+            QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(), area.height()).toImage();
+        noteParts(&picture, area);
+        return picture.save(path);
     });
     if (!saved)
         qFatal("%s cannot be written", qPrintable(path));
