@@ -52,6 +52,21 @@ void addTab(const Ui::MoverWidget &form, int axis)
     form.horizontalLayout_menuBar->insertWidget(1 + axis, tab);
 }
 
+/** What a panel shows when its axis stands still. */
+void fill(const Ui::MoverControlWidget &form, int axis)
+{
+    form.label_axisName->setText(QStringLiteral("Axis%1").arg(axis + 1));
+    form.label_modelName->setText(QStringLiteral("LIN-%1").arg(axis + 1));
+    form.label_currentPos->setText(QStringLiteral("0.000 mm"));
+    form.label_doingLight->setStyleSheet(
+        QStringLiteral(".QLabel#label_doingLight{border-image: url(:/image/grayPot.png);}"));
+    form.label_originLight->setStyleSheet(
+        QStringLiteral(".QLabel#label_originLight{border-image: url(:/image/grayPot.png);}"));
+    for (const char *entry : {"初始化运动轴参数成功", "位移台序列号：SN-1"})
+        form.textBrowser_operatioInfo->append(
+            QStringLiteral("<pre><font color=white>12:00:00\n%1</font></pre>").arg(QString::fromUtf8(entry)));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -82,6 +97,7 @@ int main(int argc, char *argv[])
              {static_cast<QWidget *>(panelForm.pushButton_expand), static_cast<QWidget *>(panelForm.pushButton_setting),
               static_cast<QWidget *>(panelForm.label_speed), static_cast<QWidget *>(panelForm.label_rockerSpeed)})
             hidden->hide();
+        fill(panelForm, axis);
         grid->addWidget(panel, axis / 2, axis % 2, Qt::AlignLeft | Qt::AlignTop);
         if (mode == "timers")
             timers[axis].start(pollIntervalMs);

@@ -745,6 +745,44 @@ private slots:
         QCOMPARE(positions.first(), (QList<QVariant>{1, -0.5}));
         QCOMPARE(calls(), QStringList{"getCurrentPos(1001, 1)"});
     }
+    void onlyAnAnswerThatDiffersIsAChange()
+    {
+        const auto worker = openDevice();
+        QSignalSpy positions(worker.data(), &SerialComDev::signal_positionChanged);
+        QSignalSpy states(worker.data(), &SerialComDev::signal_devStateChanged);
+        const auto poll = [&] {
+            emit worker->signal_getCurrentPos(1);
+            emit worker->signal_getDevState(1);
+            settle(*worker);
+        };
+        worker->announceAnew(1);
+        poll();
+        poll();
+        QCOMPARE(positions.count(), 1);
+        QCOMPARE(states.count(), 1);
+        simulator::setPosition(device, 1, -0.5);
+        poll();
+        QCOMPARE(positions.count(), 2);
+        worker->announceAnew(1);
+        poll();
+        QCOMPARE(positions.count(), 3);
+        QVERIFY(states.count() >= 2);
+    }
+    void aCountingLoopRunIsAlwaysAChange()
+    {
+        const auto worker = openDevice();
+        QSignalSpy states(worker.data(), &SerialComDev::signal_devStateChanged);
+        MotorStageState state = {};
+        state.runCount = 3;
+        simulator::setState(device, 0, state);
+        for (int k = 0; k < 3; ++k)
+            emit worker->signal_getDevState(0);
+        settle(*worker);
+        emit worker->signal_getDevState(0);
+        settle(*worker);
+        simulator::setState(device, 0, std::nullopt);
+        QVERIFY(states.count() >= 2);
+    }
     void aFailedPositionPollReportsAndGivesNoPosition()
     {
         const auto worker = openDevice();

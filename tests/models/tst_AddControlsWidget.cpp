@@ -637,10 +637,11 @@ void tst_AddControlsWidget::offersManyModels()
 {
     // No list is filled item by item: each item added alone would be one more change that everybody hears of.
     QSignalSpy inserted(models()->model(), &QAbstractItemModel::rowsInserted);
+    QSignalSpy reset(models()->model(), &QAbstractItemModel::modelReset);
     open(manyModels());
     QCOMPARE(models()->count(), 20000);
     QCOMPARE(models()->itemText(19999), QString("LIN-19999"));
-    QCOMPARE(inserted.size(), 1);
+    QCOMPARE(inserted.size() + reset.size(), 1);
 }
 
 void tst_AddControlsWidget::movesByItsTitleBar()

@@ -46,8 +46,8 @@ int listenersOf(const SerialComDev &worker)
         using QObject::receivers;
     };
     const auto count = &Receivers::receivers;
-    return (worker.*count)(SIGNAL(signal_updateCurrentPos(int, double))) +
-           (worker.*count)(SIGNAL(signal_updateDevState(int, MotorStageState))) +
+    return (worker.*count)(SIGNAL(signal_positionChanged(int, double))) +
+           (worker.*count)(SIGNAL(signal_devStateChanged(int, MotorStageState))) +
            (worker.*count)(SIGNAL(signal_showOperationMsg(int, int, int, QString)));
 }
 
