@@ -556,7 +556,7 @@ int main(int argc, char *argv[])
                 Tour(&window, QDir(parser.positionalArguments().constFirst()), parser.value(language) == "en").take();
         }));
         // Also when its last step, which closes the window, has failed.
-        QObject::connect(script.get(), &QThread::finished, &application, &QApplication::quit);
+        QObject::connect(script.get(), &QThread::finished, application.get(), &QApplication::quit);
         script->start();
         QApplication::exec();
         // The tour still looks at the window that it has closed.
