@@ -10,6 +10,7 @@ build_packages=(
 desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
 kit_packages=(python3 mono-mcs mono-runtime)
 style_packages=(clang-format)
+fuzz_packages=(clang-14 libclang-rt-14-dev)
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 

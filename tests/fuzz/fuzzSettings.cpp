@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// Bytes as the two small files that the program keeps between runs: the language, and the place of the console.
+#include "console/DebugWidget.h"
+#include "settings/LanguageStore.h"
+
+#include "Fuzz.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+namespace {
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        Fuzz::fail("cannot write", path);
+}
+
+void checkLanguage(const QByteArray &bytes)
+{
+    static const QTemporaryDir folder;
+    static const QString path = folder.filePath(QStringLiteral("appConfig.ini"));
+    const LanguageStore store(folder.path(), folder.filePath(QStringLiteral("user")));
+
+    write(path, bytes);
+    const int code = store.load();
+    Fuzz::require(store.load() == code, "read twice it is another");
+    // Nothing comes from nowhere: a code other than Chinese stands in a line of its own group.
+    if (code != 0)
+        Fuzz::require(bytes.contains("[language]") && bytes.contains("type") && bytes.contains('='), "from nowhere");
+
+    store.save(code);
+    Fuzz::require(store.load() == code, "saved and read again it is another");
+    const QSettings settings(path, QSettings::IniFormat);
+    Fuzz::require(settings.value(QStringLiteral("language/type")).toInt() == code, "not as QSettings reads it");
+
+    // Whatever was in the file, a choice replaces it.
+    write(path, bytes);
+    const int chosen = int(bytes.size()) - 3;
+    store.save(chosen);
+    Fuzz::require(store.load() == chosen, "a choice over a damaged file");
+}
+
+void checkPlace(const QByteArray &bytes)
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    QDir().mkpath(folder);
+    write(folder + QStringLiteral("/consolePlace"), bytes);
+    const DebugWidget console;
+    Fuzz::require(console.width() >= 0 && console.height() >= 0, "size");
+    Fuzz::require(console.width() < QWIDGETSIZE_MAX && console.height() < QWIDGETSIZE_MAX, "larger than a widget");
+    Fuzz::require(!console.isVisible(), "shown by its place");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    static const QTemporaryDir home;
+    qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
+    Fuzz::makeApplication();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    Fuzz::Input input(data, size);
+    const char kind = input.take<char>();
+    if (kind == 'P')
+        checkPlace(QByteArray::fromHex(input.rest()));
+    else
+        checkLanguage(QByteArray(reinterpret_cast<const char *>(data), int(size)));
+    return 0;
+}
