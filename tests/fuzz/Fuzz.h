@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QApplication>
 #include <QByteArray>
 #include <QDebug>
 
@@ -33,18 +32,6 @@ inline void watchMessages()
         if (type != QtDebugMsg && type != QtInfoMsg && !message.startsWith(QLatin1String("This plugin does not")))
             fail("Qt warns:", message);
     });
-}
-
-/** The application that widgets need, without a display; made once for all inputs, and never destroyed. */
-inline void makeApplication()
-{
-    static int argc = 1;
-    static char name[] = "fuzz";
-    static char *argv[] = {name, nullptr};
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    static auto *const application = new QApplication(argc, argv);
-    Q_UNUSED(application)
-    watchMessages();
 }
 
 /** Takes values from the front of an input; zeros when it is used up. */

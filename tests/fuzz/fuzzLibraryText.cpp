@@ -5,7 +5,7 @@
 #include "device/SerialComDev.h"
 #include "simulator/SimulatorControl.h"
 
-#include "Fuzz.h"
+#include "Application.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ void openController()
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    Fuzz::watchMessages();
+    Fuzz::makeApplication();
     registerDeviceRecords();
     openController();
     return 0;

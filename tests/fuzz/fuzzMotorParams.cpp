@@ -6,7 +6,7 @@
 #include "models/StageParams.h"
 #include "settings/MotorParamEdits.h"
 
-#include "Fuzz.h"
+#include "Application.h"
 
 #include "ui_DebugWidget.h"
 #include "ui_OptionsWidget.h"

@@ -3,7 +3,7 @@
 #include "shell/PortEventMonitor.h"
 #include "shell/SerialPortChangeFilter.h"
 
-#include "Fuzz.h"
+#include "Application.h"
 
 #include <QElapsedTimer>
 #include <QWidget>

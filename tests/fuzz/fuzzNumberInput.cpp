@@ -3,7 +3,7 @@
 #include "console/CompensationModel.h"
 #include "console/NumberInput.h"
 
-#include "Fuzz.h"
+#include "Application.h"
 
 #include <QLineEdit>
 
@@ -16,7 +16,9 @@ void checkInteger(const QString &text, const char *type)
     const bool ok = NumberInput::read(text, value);
     bool fits = false;
     const qlonglong wide = text.toLongLong(&fits);
-    fits = fits && wide >= qlonglong(std::numeric_limits<Integer>::min()) &&
+    const bool isSigned = std::numeric_limits<Integer>::is_signed;
+    fits = fits && (isSigned || !text.trimmed().startsWith(QLatin1Char('-'))) &&
+           wide >= qlonglong(std::numeric_limits<Integer>::min()) &&
            wide <= qlonglong(std::numeric_limits<Integer>::max());
     Fuzz::require(ok == fits, "in range or not:", QLatin1String(type) + QLatin1Char(' ') + text);
     Fuzz::require(qlonglong(value) == (fits ? wide : 0), "another value:", text);
@@ -35,7 +37,8 @@ void checkReal(const QString &text)
     if (!ok)
         return;
     for (const QChar character : text.trimmed()) {
-        const bool ofNumbers = (character >= '0' && character <= '9') || QStringLiteral("+-.eE,").contains(character);
+        const bool ofNumbers =
+            (character >= '0' && character <= '9') || QStringLiteral("+-\u2212.eE").contains(character);
         Fuzz::require(ofNumbers, "a number with other characters:", text);
     }
 }

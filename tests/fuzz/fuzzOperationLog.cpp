@@ -2,7 +2,7 @@
 // Entries of the operation log: their texts stand there as they are, and nothing in them is live.
 #include "axis/OperationLog.h"
 
-#include "Fuzz.h"
+#include "Application.h"
 
 #include <QRegularExpression>
 #include <QTextBlock>
@@ -49,9 +49,10 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     static const QRegularExpression time(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d$"));
-    QTextBrowser browser;
-    OperationLog log(&browser);
-    const QTextDocument &document = *browser.document();
+    static auto *const browser = new QTextBrowser;
+    browser->clear();
+    OperationLog log(browser);
+    const QTextDocument &document = *browser->document();
 
     Fuzz::Input input(data, size);
     bool endsWithCount = false;

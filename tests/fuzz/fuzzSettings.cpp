@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Bytes as the two small files that the program keeps between runs: the language, and the place of the console.
-#include "console/DebugWidget.h"
 #include "settings/LanguageStore.h"
 
-#include "Fuzz.h"
+#include "Application.h"
 
-#include <QDir>
 #include <QFile>
 #include <QSettings>
-#include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QWidget>
 
 namespace {
 
@@ -45,23 +43,23 @@ void checkLanguage(const QByteArray &bytes)
     Fuzz::require(store.load() == chosen, "a choice over a damaged file");
 }
 
+/** As the console does it with its own, when it is made. */
 void checkPlace(const QByteArray &bytes)
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
-    QDir().mkpath(folder);
-    write(folder + QStringLiteral("/consolePlace"), bytes);
-    const DebugWidget console;
-    Fuzz::require(console.width() >= 0 && console.height() >= 0, "size");
-    Fuzz::require(console.width() < QWIDGETSIZE_MAX && console.height() < QWIDGETSIZE_MAX, "larger than a widget");
-    Fuzz::require(!console.isVisible(), "shown by its place");
+    static auto *const window = new QWidget;
+    window->restoreGeometry(bytes);
+    Fuzz::require(window->width() >= 0 && window->height() >= 0, "size");
+    Fuzz::require(window->width() <= QWIDGETSIZE_MAX && window->height() <= QWIDGETSIZE_MAX, "larger than a widget");
+    Fuzz::require(!window->isVisible(), "shown by its place");
+    // What a window says of its place can be given back to it.
+    const QByteArray place = window->saveGeometry();
+    Fuzz::require(window->restoreGeometry(place), "its own place is refused");
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    static const QTemporaryDir home;
-    qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     Fuzz::makeApplication();
     return 0;
 }

@@ -91,33 +91,30 @@ void Fingers::press(QWidget *window, Qt::Key key, Qt::KeyboardModifiers modifier
     QTest::keyClick(window->windowHandle(), key, modifiers);
 }
 
-QString Fingers::click(QWidget *window)
+void Fingers::click(QWidget *window)
 {
     QWidget *widget = target(window);
     const QPoint place = placeIn(window, widget);
     const bool right = m_random.oneIn(15);
-    const QString words = QStringLiteral("%1 click on %2").arg(right ? "right" : "left", nameOf(widget));
+    m_note(QStringLiteral("%1 click on %2").arg(right ? "right" : "left", nameOf(widget)));
     const Qt::KeyboardModifiers modifiers = m_random.oneIn(15) ? Qt::ControlModifier : Qt::NoModifier;
     QTest::mouseClick(window->windowHandle(), right ? Qt::RightButton : Qt::LeftButton, modifiers, place);
-    return words;
 }
 
-QString Fingers::doubleClick(QWidget *window)
+void Fingers::doubleClick(QWidget *window)
 {
     QWidget *widget = target(window);
     const QPoint place = placeIn(window, widget);
-    const QString words = QStringLiteral("double click on ") + nameOf(widget);
+    m_note(QStringLiteral("double click on ") + nameOf(widget));
     QTest::mouseDClick(window->windowHandle(), Qt::LeftButton, {}, place);
-    return words;
 }
 
-QString Fingers::drag(QWidget *window)
+void Fingers::drag(QWidget *window)
 {
     QWidget *widget = target(window);
     const QPoint from = placeIn(window, widget);
-    const QPoint to = from + QPoint(m_random.between(-300, 300), m_random.between(-200, 200));
-    const QString words =
-        QStringLiteral("drag from %1 by %2,%3").arg(nameOf(widget)).arg(to.x() - from.x()).arg(to.y() - from.y());
+    const QPoint to = from + QPoint{m_random.between(-300, 300), m_random.between(-200, 200)};
+    m_note(QStringLiteral("drag from %1 by %2,%3").arg(nameOf(widget)).arg(to.x() - from.x()).arg(to.y() - from.y()));
     const QPointer<QWindow> handle = window->windowHandle(); // a press may close it
     const auto moveTo = [&handle](QPoint place) {
         if (handle)
@@ -128,24 +125,22 @@ QString Fingers::drag(QWidget *window)
     moveTo(to);
     if (handle)
         QTest::mouseRelease(handle, Qt::LeftButton, {}, to);
-    return words;
 }
 
-QString Fingers::wheel(QWidget *window)
+void Fingers::wheel(QWidget *window)
 {
     QWidget *widget = target(window);
     const QPoint place = placeIn(window, widget);
     const int notches = m_random.oneIn(2) ? 1 : -3;
-    const QString words = QStringLiteral("wheel %1 over %2").arg(notches).arg(nameOf(widget));
+    m_note(QStringLiteral("wheel %1 over %2").arg(notches).arg(nameOf(widget)));
     QWheelEvent event(
         place, window->mapToGlobal(place), {}, {0, 120 * notches}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
         false);
     event.setTimestamp(0);
     QCoreApplication::sendEvent(window->windowHandle(), &event);
-    return words;
 }
 
-QString Fingers::key(QWidget *window)
+void Fingers::key(QWidget *window)
 {
     static constexpr Qt::Key keys[] = {
         Qt::Key_Tab,    Qt::Key_Tab,    Qt::Key_Backtab,   Qt::Key_Return, Qt::Key_Enter,
@@ -160,18 +155,16 @@ QString Fingers::key(QWidget *window)
                                             : m_random.oneIn(8)  ? Qt::ShiftModifier
                                             : m_random.oneIn(20) ? Qt::AltModifier
                                                                  : Qt::NoModifier;
-    const QString words =
-        QStringLiteral("key %1 in %2").arg(QKeySequence(int(key) | int(modifiers)).toString(), nameOf(window));
+    m_note(QStringLiteral("key %1 in %2").arg(QKeySequence(int(key) | int(modifiers)).toString(), nameOf(window)));
     press(window, key, modifiers);
-    return words;
 }
 
-QString Fingers::type(QWidget *window)
+void Fingers::type(QWidget *window)
 {
     QString text = QString::fromUtf8(m_random.of(texts));
     if (m_random.oneIn(20))
         text = text.repeated(200);
-    const QString words = QStringLiteral("type \"%1\" into %2").arg(text.left(40), nameOf(window));
+    m_note(QStringLiteral("type \"%1\" into %2").arg(text.left(40), nameOf(window)));
     const QPointer<QWindow> handle = window->windowHandle();
     if (m_random.oneIn(3))
         press(window, Qt::Key_A, Qt::ControlModifier);
@@ -193,16 +186,14 @@ QString Fingers::type(QWidget *window)
                 QTest::sendKeyEvent(QTest::Click, handle, Qt::Key_unknown, QString(character), Qt::NoModifier);
         }
     }
-    return words;
 }
 
-QString Fingers::resize(QWidget *window)
+void Fingers::resize(QWidget *window)
 {
     static constexpr QSize sizes[] = {{0, 0}, {1, 1}, {640, 480}, {1024, 768}, {1920, 1080}, {3000, 2000}};
-    const QSize size = m_random.oneIn(2) ? m_random.of(sizes) : QSize(m_random.below(2500), m_random.below(1500));
-    const QString words = QStringLiteral("resize %1 to %2x%3").arg(nameOf(window)).arg(size.width()).arg(size.height());
+    const QSize size = m_random.oneIn(2) ? m_random.of(sizes) : QSize{m_random.below(2500), m_random.below(1500)};
+    m_note(QStringLiteral("resize %1 to %2x%3").arg(nameOf(window)).arg(size.width()).arg(size.height()));
     if (m_random.oneIn(2))
-        window->move(m_random.between(-200, 1000), m_random.between(-200, 800));
+        window->move(QPoint{m_random.between(-200, 1000), m_random.between(-200, 800)});
     window->resize(size);
-    return words;
 }

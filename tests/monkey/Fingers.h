@@ -6,28 +6,32 @@
 #include <QPoint>
 #include <QString>
 
+#include <functional>
+
 class QWidget;
-class QWindow;
 
 /**
  * Random input, given to the windows as the window system gives it: to the window, not to the widget, so that modal
- * windows, grabs, focus and shortcuts do their part. Each returns what it did, in words.
+ * windows, grabs, focus and shortcuts do their part. Each says in words what it is about to do.
  */
 class Fingers final
 {
 public:
-    explicit Fingers(Random &random)
+    using Note = std::function<void(const QString &)>;
+
+    Fingers(Random &random, Note note)
         : m_random(random)
+        , m_note(std::move(note))
     {
     }
 
-    QString click(QWidget *window);
-    QString doubleClick(QWidget *window);
-    QString drag(QWidget *window);
-    QString wheel(QWidget *window);
-    QString key(QWidget *window);
-    QString type(QWidget *window);
-    QString resize(QWidget *window);
+    void click(QWidget *window);
+    void doubleClick(QWidget *window);
+    void drag(QWidget *window);
+    void wheel(QWidget *window);
+    void key(QWidget *window);
+    void type(QWidget *window);
+    void resize(QWidget *window);
 
     /** Where a widget is: its class, its name and the text on it. */
     static QString nameOf(const QWidget *widget);
@@ -41,4 +45,5 @@ private:
     QPoint placeIn(const QWidget *window, const QWidget *target);
 
     Random &m_random;
+    Note m_note;
 };

@@ -37,7 +37,7 @@ QString boardBroken(const MoverWidget &window)
 {
     const QList<MoverControlWidget *> &panels = window.panelBoard().panels();
     QStringList names;
-    for (const MoverControlWidget *panel : panels) {
+    for (MoverControlWidget *panel : panels) {
         if (panel->axisName() != QStringLiteral("Axis%1").arg(panel->index() + 1))
             return QStringLiteral("panel %1 is of axis %2").arg(panel->axisName()).arg(panel->index());
         if (names.contains(panel->axisName()))

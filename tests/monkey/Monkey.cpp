@@ -34,6 +34,7 @@ constexpr int comeBackEvery = 300;
 constexpr int deepest = 5;           // event loops within each other before only leaving is left
 constexpr int stepLimitSeconds = 60; // no step takes long, whatever hangs is released
 constexpr int hangMs = 40;
+constexpr int messageMs = 5000; // what a message is shown for at least
 constexpr int held = 100000000; // a timer's interval beyond every run
 const int controllers[] = {1001, 1002};
 
@@ -99,6 +100,7 @@ void note(const QString &words)
 {
     std::snprintf(
         steps.lines[steps.count % Steps::Kept], sizeof steps.lines[0], "%d %s", steps.count, qPrintable(words));
+    std::puts(steps.lines[steps.count % Steps::Kept]);
 }
 
 /** Waits until a thread has handled everything that was asked of it so far. */
@@ -126,7 +128,7 @@ void Monkey::tellSteps()
 
 Monkey::Monkey(unsigned seed, int count)
     : m_random(seed)
-    , m_fingers(m_random)
+    , m_fingers(m_random, &note)
     , m_steps(count)
 {
     steps.seed = seed;
@@ -267,13 +269,14 @@ void Monkey::check()
         fail(broken);
 }
 
-/** From here on nothing polls by itself. */
+/** From here on nothing polls by itself, and messages stay until their time has passed in steps. */
 void Monkey::holdTimers()
 {
     for (QTimer *timer : LiveObjects::all<QTimer>()) {
-        const bool polls =
-            timer->interval() == MoverControlWidget::PollIntervalMs || timer->interval() == Heart::IntervalMs;
-        if (polls && !timer->isSingleShot() && timer->thread() == thread())
+        const bool polls = !timer->isSingleShot() && (timer->interval() == MoverControlWidget::PollIntervalMs ||
+                                                      timer->interval() == Heart::IntervalMs);
+        const bool hidesMessage = timer->isSingleShot() && timer->interval() >= messageMs;
+        if ((polls || hidesMessage) && timer->thread() == thread() && timer->interval() < held)
             timer->setInterval(held);
     }
 }
@@ -300,77 +303,79 @@ QWidget *Monkey::someWindow()
     return m_random.of(windows);
 }
 
-QString Monkey::act()
+void Monkey::act()
 {
     QWidget *window = someWindow();
     if (m_window->isMinimized()) {
         note(QStringLiteral("bring the main window back from the task bar"));
         m_window->showNormal();
-        return QString();
+        return;
     }
     if (!window->windowHandle() || !window->isVisible()) {
         note(QStringLiteral("show the main window"));
         m_window->show();
-        return QString();
+        return;
     }
     if (m_actingLevel >= deepest) {
-        note(leave());
-        return QString();
+        leave();
+        return;
     }
-    note(QStringLiteral("in ") + Fingers::nameOf(window)); // stands there while the action runs
     // What a window manager does before it hands a click on.
     if (window->windowHandle() != QGuiApplication::focusWindow() && !QApplication::activePopupWidget())
         window->activateWindow();
 
     const int choice = m_random.below(100);
-    QString words;
     if (choice < 45)
-        words = m_fingers.click(window);
+        m_fingers.click(window);
     else if (choice < 50)
-        words = m_fingers.doubleClick(window);
+        m_fingers.doubleClick(window);
     else if (choice < 55)
-        words = m_fingers.drag(window);
+        m_fingers.drag(window);
     else if (choice < 59)
-        words = m_fingers.wheel(window);
+        m_fingers.wheel(window);
     else if (choice < 69)
-        words = m_fingers.key(window);
+        m_fingers.key(window);
     else if (choice < 77)
-        words = m_fingers.type(window);
+        m_fingers.type(window);
     else if (choice < 79)
-        words = m_fingers.resize(window);
+        m_fingers.resize(window);
     else if (choice < 90)
-        words = passTime();
+        passTime();
     else if (choice < 96)
-        words = fault();
+        fault();
     else
-        words = leave();
-    return words;
+        leave();
 }
 
-QString Monkey::passTime()
+void Monkey::passTime()
 {
     const double seconds = m_random.oneIn(4) ? 30 : 0.05 * m_random.between(1, 40);
     note(QStringLiteral("%1 s pass").arg(seconds));
     simulator::advance(seconds);
     poll();
-    return QString();
+    if (seconds < 30)
+        return;
+    for (QTimer *timer : LiveObjects::all<QTimer>()) {
+        if (timer->isSingleShot() && timer->isActive() && timer->interval() == held) {
+            timer->stop();
+            QMetaObject::invokeMethod(timer, "timeout");
+        }
+    }
 }
 
 /** Escape, or the cross that a window manager draws. */
-QString Monkey::leave()
+void Monkey::leave()
 {
     QWidget *window = someWindow();
     const bool escape = window == m_window || m_random.oneIn(2);
-    const QString words = QStringLiteral("%1 %2").arg(escape ? "Escape in" : "close", Fingers::nameOf(window));
-    note(words);
+    note(QStringLiteral("%1 %2").arg(escape ? "Escape in" : "close", Fingers::nameOf(window)));
     if (escape)
         Fingers::press(window, Qt::Key_Escape);
     else
         window->close();
-    return words;
 }
 
-QString Monkey::fault()
+void Monkey::fault()
 {
     using simulator::Opto;
     const int id = controllers[m_random.oneIn(6) ? 1 : 0];
@@ -459,7 +464,6 @@ QString Monkey::fault()
         simulator::plug(id);
         simulator::setState(id, axis, std::nullopt);
     }
-    return QString();
 }
 
 /** Away with the faults, out of every window, and then the program has to do what it is for. */

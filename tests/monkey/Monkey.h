@@ -40,10 +40,10 @@ private:
     void tick();
     void step();
     void settle();
-    QString act();
-    QString fault();
-    QString passTime();
-    QString leave();
+    void act();
+    void fault();
+    void passTime();
+    void leave();
     QWidget *someWindow();
     void holdTimers();
     void poll();

@@ -40,6 +40,8 @@ run() {
     done
     [ "$target" != fuzzScenario ] || cp simulator/scenarios/*.json "$seeds"
     [ ! -f "tests/fuzz/$target.dict" ] || options+=("-dict=tests/fuzz/$target.dict")
+    # Qt's JSON reader does not free an object that ends in the middle, and most do here.
+    [ "$target" != fuzzModelFile ] || ASAN_OPTIONS=${ASAN_OPTIONS/detect_leaks=1/detect_leaks=0}
     "build/fuzz/tests/fuzz/$target" "$corpus" "$seeds" "${options[@]}" -max_total_time="$seconds" -timeout=20 \
         -rss_limit_mb=2048 -max_len=4096 -print_final_stats=1 -artifact_prefix="$findings/" >"$log" 2>&1
 }
