@@ -174,6 +174,17 @@ QString Invariants::broken(const MoverWidget &window)
     return QString();
 }
 
+QString Invariants::brokenAtRest(const MoverWidget &window)
+{
+    const int panels = LiveObjects::count<MoverControlWidget>();
+    if (panels != window.panelBoard().count())
+        return QStringLiteral("%1 panels live, %2 are on the board").arg(panels).arg(window.panelBoard().count());
+    const int boxes = LiveObjects::count<QMessageBox>();
+    if (boxes != 0)
+        return QStringLiteral("%1 message boxes live, none is open").arg(boxes);
+    return QString();
+}
+
 QString Invariants::leftBehind()
 {
     QStringList names;

@@ -14,6 +14,11 @@ class Invariants final
 public:
     /** What does not hold; empty when everything does. GUI thread, with nothing left to do in the other ones. */
     QString broken(const MoverWidget &window);
+    /**
+     * What does not hold although no message box is open and everything that was to be deleted is; empty when
+     * everything does.
+     */
+    static QString brokenAtRest(const MoverWidget &window);
     /** What is left of the windows once the main window is gone; empty when nothing is. */
     static QString leftBehind();
 

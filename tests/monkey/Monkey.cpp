@@ -264,7 +264,9 @@ void Monkey::settle()
 
 void Monkey::check()
 {
-    const QString broken = m_invariants.broken(*m_window);
+    QString broken = m_invariants.broken(*m_window);
+    if (broken.isEmpty() && m_actingLevel == 1)
+        broken = Invariants::brokenAtRest(*m_window);
     if (!broken.isEmpty())
         fail(broken);
 }

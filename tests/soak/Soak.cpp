@@ -26,9 +26,10 @@ namespace {
 
 constexpr int axes = 3;
 constexpr int handMs = 100;          // between two things that the user does
-constexpr int actionsPerRound = 200; // after which they begin anew
-constexpr int warmUpSamples = 10;    // not judged: every window has to be opened once
-constexpr int samplesPerMinute = 12;
+constexpr int actionsPerRound = 200; // after which they begin anew: 20 s, or more on a busy machine
+constexpr int actionsPerSample = 25;
+constexpr int warmUpRounds = 2;        // not judged: every window has to be opened once
+constexpr int roundsPerConnection = 4; // the next one then connects anew
 constexpr double kilobyte = 1024;
 
 double quantile(QVector<double> values, double part)
@@ -44,7 +45,7 @@ double quantile(QVector<double> values, double part)
 
 Soak::Soak(MoverWidget *window, int minutes)
     : m_window(window)
-    , m_samples(minutes * samplesPerMinute + warmUpSamples)
+    , m_durationMs(qint64(minutes) * 60000)
     , m_bytesPerEntry(Measurements::bytesPerLogEntry())
     , m_series{
           // A real leak of one object a round, or of one allocation in a thousand polls, is beyond these.
@@ -64,9 +65,7 @@ Soak::Soak(MoverWidget *window, int minutes)
     connect(worker.data(), &SerialComDev::signal_updateCurrentPos, this, &Soak::notePoll);
 
     connect(&m_hand, &QTimer::timeout, this, &Soak::doSomething);
-    connect(&m_sampler, &QTimer::timeout, this, &Soak::sample);
     m_hand.start(handMs);
-    m_sampler.start(60000 / samplesPerMinute);
     m_running.start();
 }
 
@@ -114,11 +113,13 @@ void Soak::disconnectController()
     connection->hide();
 }
 
-/** A round of 20 s: what a user does in a day, one thing after the other. */
+/** One thing after the other, of what a user does in a day. */
 void Soak::doSomething()
 {
     hurryTimers();
     const int action = m_action++ % actionsPerRound;
+    if (action % actionsPerSample == actionsPerSample - 1)
+        sample();
     if (m_window->panelBoard().count() < axes && action < actionsPerRound - 1)
         return connectController();
     static const char *const popups[] = {"pushButton_moveParam", "pushButton_jogParam", "pushButton_driveParam"};
@@ -160,8 +161,8 @@ void Soak::doSomething()
         click(looped->findChild<CycleOperationWidget *>(), "pushButton_close"); // stands still: does not ask
     } else if (action >= 175 && action < 190) {
         click(some, action % 2 ? "pushButton_jogRight" : "pushButton_stop");
-    } else if (action == actionsPerRound - 1 && m_action / actionsPerRound % 4 == 0) {
-        disconnectController(); // takes the panels with it, and their logs
+    } else if (action == actionsPerRound - 1) {
+        endRound();
     }
 }
 
@@ -204,20 +205,30 @@ void Soak::sample()
         double(m_queueLength),
         quantile(m_lateness, 0.5),
     };
-    ++m_sample;
     std::printf(
-        "%3d %6lld polls %6d entries %8.0f kB heap %8.0f kB memory %3.0f handles %2.0f threads %3.0f waiting "
+        "%5lld s %7lld polls %5d entries %7.0f kB heap %7.0f kB memory %2.0f handles %2.0f threads %3.0f waiting "
         "%5.2f ms late (99 %%: %.1f)\n",
-        m_sample, m_polls, logEntries(), values[Heap], values[Memory], values[Handles], values[Threads], values[Queue],
-        values[Lateness], quantile(m_lateness, 0.99));
+        m_running.elapsed() / 1000, m_polls, logEntries(), values[Heap], values[Memory], values[Handles],
+        values[Threads], values[Queue], values[Lateness], quantile(m_lateness, 0.99));
     std::fflush(stdout);
     m_lateness.clear();
-    if (m_sample > warmUpSamples) {
-        for (int k = 0; k < QuantityCount; ++k)
-            m_series[k].values.append(values[k]);
+    for (int k = 0; k < QuantityCount; ++k)
+        m_ofRound[k].append(values[k]);
+}
+
+/** Rounds are alike, so that one can be held against another. */
+void Soak::endRound()
+{
+    const int round = m_action / actionsPerRound;
+    for (int k = 0; k < QuantityCount; ++k) {
+        if (round > warmUpRounds)
+            m_series[k].values.append(quantile(m_ofRound[k], 0.5));
+        m_ofRound[k].clear();
     }
-    if (m_sample >= m_samples)
+    if (m_running.elapsed() >= m_durationMs)
         m_window->close();
+    else if (round % roundsPerConnection == 0)
+        disconnectController(); // takes the panels with it, and their logs
 }
 
 bool Soak::report() const

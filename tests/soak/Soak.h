@@ -34,6 +34,7 @@ private:
     void hurryTimers();
     void doSomething();
     void sample();
+    void endRound();
     void notePoll(int axis);
     void connectController();
     void disconnectController();
@@ -43,11 +44,9 @@ private:
     int logEntries() const;
 
     MoverWidget *m_window;
-    const int m_samples;
+    const qint64 m_durationMs;
     QTimer m_hand;
-    QTimer m_sampler;
     int m_action = 0;
-    int m_sample = 0;
     bool m_bLinkUp = true;
 
     QElapsedTimer m_running;
@@ -59,5 +58,6 @@ private:
     double m_bytesPerEntry;
 
     enum Quantity { Heap, Memory, Handles, Threads, Queue, Lateness, QuantityCount };
-    Measurements::Series m_series[QuantityCount];
+    QVector<double> m_ofRound[QuantityCount];     // the samples of the round that runs
+    Measurements::Series m_series[QuantityCount]; // one value a round
 };

@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include <cstdio>
 #include <optional>
@@ -58,6 +59,9 @@ int main(int argc, char *argv[])
         return 1;
     }
     simulator::useRealClock();
+
+    // Qt scales large pictures in threads that end after 30 s without work: here they stay, once they are there.
+    QThreadPool::globalInstance()->setExpiryTimeout(-1);
 
     bool flat = false;
     {

@@ -4,7 +4,7 @@
 # soak.sh [MINUTES]   runs the program for MINUTES (20) with everything that polls made 20 times faster, and looks whether
 #                     memory, handles, threads, the worker's queue and the lateness of the polls stay flat
 #
-# The first 50 s warm up and are not judged. The limits stand in tests/soak/Soak.cpp; the exit code is 1 when one is
+# The first two rounds of 20 s warm up and are not judged. The limits stand in tests/soak/Soak.cpp; the exit code is 1 when one is
 # passed.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
