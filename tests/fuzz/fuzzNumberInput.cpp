@@ -16,8 +16,10 @@ void checkInteger(const QString &text, const char *type)
     const bool ok = NumberInput::read(text, value);
     bool fits = false;
     const qlonglong wide = text.toLongLong(&fits);
-    const bool isSigned = std::numeric_limits<Integer>::is_signed;
-    fits = fits && (isSigned || !text.trimmed().startsWith(QLatin1Char('-'))) &&
+    // A minus is refused even before a zero.
+    const QString trimmed = text.trimmed();
+    const bool negative = trimmed.startsWith(QLatin1Char('-')) || trimmed.startsWith(QChar(0x2212));
+    fits = fits && (std::numeric_limits<Integer>::is_signed || !negative) &&
            wide >= qlonglong(std::numeric_limits<Integer>::min()) &&
            wide <= qlonglong(std::numeric_limits<Integer>::max());
     Fuzz::require(ok == fits, "in range or not:", QLatin1String(type) + QLatin1Char(' ') + text);

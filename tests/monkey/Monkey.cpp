@@ -99,7 +99,8 @@ struct Steps {
 void note(const QString &words)
 {
     std::snprintf(
-        steps.lines[steps.count % Steps::Kept], sizeof steps.lines[0], "%d %s", steps.count, qPrintable(words));
+        steps.lines[steps.count % Steps::Kept], sizeof steps.lines[0], "%d %s", steps.count,
+        qPrintable(QString(words).replace(QLatin1Char('\n'), QLatin1Char('|'))));
     std::puts(steps.lines[steps.count % Steps::Kept]);
 }
 
@@ -260,6 +261,8 @@ void Monkey::settle()
         }
         QCoreApplication::processEvents();
     }
+    if (m_actingLevel == 1)
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // nothing is under way that needs them
 }
 
 void Monkey::check()
