@@ -49,7 +49,7 @@ private:
     void poll();
     void comeBack();
     void connectAndMove();
-    void check();
+    bool holds();
     [[noreturn]] void fail(const QString &what);
     void startScenario();
 
@@ -58,6 +58,7 @@ private:
     Invariants m_invariants;
     int m_steps;
     int m_actingLevel = 0; // of the event loop in which a step is being made
+    QString m_sBroken;     // what did not hold when it was looked at last
     int m_sinceComingBack = 0;
     bool m_bComingBack = false;
     MoverWidget *m_window = nullptr;

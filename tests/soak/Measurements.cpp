@@ -3,6 +3,7 @@
 
 #include "axis/OperationLog.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTextBrowser>
@@ -61,9 +62,11 @@ double Measurements::bytesPerLogEntry()
     constexpr int entries = 10000;
     QTextBrowser browser;
     OperationLog log(&browser);
+    browser.show(); // or its lines are not laid out
     const auto append = [&log](int count) {
         for (int k = 0; k < count; ++k)
             log.append(1, QStringLiteral("Move"), 3);
+        QCoreApplication::processEvents();
     };
     append(100); // what comes with the first ones
     const qint64 before = heapBytes();
