@@ -13,6 +13,7 @@
 #include "simulator/SimulatorControl.h"
 #include "support/LiveObjects.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QComboBox>
 #include <QLabel>
@@ -133,6 +134,8 @@ Monkey::Monkey(unsigned seed, int count)
     , m_steps(count)
 {
     steps.seed = seed;
+    connect(
+        QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, [this] { m_bLoopRuns = true; });
     // A call that hangs is let go after a while, whichever thread it is in.
     m_releaser = std::thread([this] {
         while (!m_bDone) {
@@ -193,7 +196,6 @@ void Monkey::run()
             QApplication::exec();
             m_window = nullptr;
         }
-        m_sBroken.clear();
         m_actingLevel = 0;
         if (!SerialComDev::shutDown(5000))
             fail(QStringLiteral("the worker does not end"));
@@ -220,11 +222,12 @@ void Monkey::tick()
         return;
     arm();
     const int level = QThread::currentThread()->loopLevel();
-    if (level <= m_actingLevel)
+    if (level <= m_actingLevel || !m_bLoopRuns)
         return;
     const int outer = m_actingLevel;
     m_actingLevel = level;
     step();
+    m_bLoopRuns = false; // one that was told to end makes no further step
     m_actingLevel = outer;
 }
 
@@ -232,8 +235,7 @@ void Monkey::step()
 {
     ++m_beats;
     settle();
-    if (!holds())
-        return;
+    check();
     ++steps.count;
     if (steps.count > m_steps) {
         m_window->close();
@@ -267,16 +269,13 @@ void Monkey::settle()
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // nothing is under way that needs them
 }
 
-/** What does not hold is looked at a second time: a program that is ending has no second time. */
-bool Monkey::holds()
+void Monkey::check()
 {
     QString broken = m_invariants.broken(*m_window);
     if (broken.isEmpty() && m_actingLevel == 1)
         broken = Invariants::brokenAtRest(*m_window);
-    if (!broken.isEmpty() && !m_sBroken.isEmpty())
+    if (!broken.isEmpty())
         fail(broken);
-    m_sBroken = broken;
-    return broken.isEmpty();
 }
 
 /** From here on nothing polls by itself, and messages stay until their time has passed in steps. */

@@ -49,7 +49,7 @@ private:
     void poll();
     void comeBack();
     void connectAndMove();
-    bool holds();
+    void check();
     [[noreturn]] void fail(const QString &what);
     void startScenario();
 
