@@ -58,9 +58,9 @@ private:
     Invariants m_invariants;
     int m_steps;
     int m_actingLevel = 0; // of the event loop in which a step is being made
-    QString m_sBroken;     // what did not hold when it was looked at last
     int m_sinceComingBack = 0;
     bool m_bComingBack = false;
+    bool m_bLoopRuns = true; // the event loop has gone round since the last step
     MoverWidget *m_window = nullptr;
     std::atomic<bool> m_bDone{false};
     std::atomic<int> m_beats{0};
