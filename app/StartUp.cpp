@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/StartUp.h"
 
+#include "app/ScreenFit.h"
 #include "app/TerminationSignals.h"
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
+#include "widgets/SmallFile.h"
 
 #include "device/moverLibrary.h"
 
@@ -14,14 +16,19 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QIcon>
 #include <QLocale>
+#include <QScreen>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 namespace {
 
+constexpr qint64 maxFontSize = 64 * 1024 * 1024;
 constexpr int threadLimitMs = 1000; // how long leaving waits for a library call in flight
 
 struct Options {
@@ -65,6 +72,28 @@ void StartUp::prepareApplication()
     // The program draws nothing by OpenGL; loading it costs a third of the start and half of the memory.
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // Qt's own event loop wakes a thread once for many events, GLib's once for each. The GUI thread stays with GLib's.
+    if (!qEnvironmentVariableIsSet("QT_NO_THREADED_GLIB"))
+        qputenv("QT_NO_THREADED_GLIB", "1");
+}
+
+std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])
+{
+    const std::vector<char *> given(argv, argv + argc);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    const double scale = ScreenFit::scaleFor(QGuiApplication::primaryScreen()->availableSize());
+    constexpr char factor[] = "QT_SCALE_FACTOR";
+    if (scale == 1 || qEnvironmentVariableIsSet(factor))
+        return application;
+
+    // Only an application object knows the screen, and only a new one takes a scale.
+    application.reset();
+    argc = int(given.size());
+    std::copy(given.begin(), given.end(), argv); // the first one has taken out what it understood
+    qputenv(factor, QByteArray::number(scale));
+    application = std::make_unique<QApplication>(argc, argv);
+    qunsetenv(factor); // nothing for the programs that are started from here
+    return application;
 }
 
 void StartUp::setNumberFormat()
@@ -74,7 +103,8 @@ void StartUp::setNumberFormat()
 
 void StartUp::installFont(const QString &path)
 {
-    const int id = QFontDatabase::addApplicationFont(path);
+    // Not mapped: a font that is overwritten while the program runs must not take it along.
+    const int id = QFontDatabase::addApplicationFontFromData(SmallFile::read(path, maxFontSize));
     const QStringList families = QFontDatabase::applicationFontFamilies(id);
     if (families.isEmpty())
         return;
@@ -107,13 +137,14 @@ int StartUp::run(int argc, char *argv[])
     prepareApplication();
     answerQuestions(argc, argv);
 
-    QApplication application(argc, argv);
+    const auto application = makeApplication(argc, argv);
     Options options;
-    options.parser.process(application);
+    options.parser.process(*application);
     if (options.parser.isSet(options.scenario))
         qputenv(
             "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
 
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/image/mover.png")));
     setNumberFormat();
     installFont(QCoreApplication::applicationDirPath() + QStringLiteral("/font.ttf"));
     installStyleSheet(QStringLiteral(":/style.qss"));
@@ -121,6 +152,7 @@ int StartUp::run(int argc, char *argv[])
     int exitCode = 0;
     {
         MoverWidget window;
+        const ScreenFit fit(&window);
         registerStageModel();
         const TerminationSignals signalsToClose([&window] { window.close(); });
         window.show();

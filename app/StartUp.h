@@ -3,11 +3,20 @@
 
 #include <QString>
 
+#include <memory>
+
+class QApplication;
+
 /** The program's start-up, step by step. GUI thread. */
 namespace StartUp {
 
 /** What must be set before the application object: high-DPI scaling, no OpenGL. */
 void prepareApplication();
+/**
+ * The application object. On a screen too small for the main window everything is drawn at a smaller scale, unless the
+ * user has chosen one (QT_SCALE_FACTOR).
+ */
+std::unique_ptr<QApplication> makeApplication(int &argc, char *argv[]);
 /** What must be set before the first widget: numbers are shown and read with a point in every locale. */
 void setNumberFormat();
 /** Makes the first family of the font file the application's font, 16 pixels high; without one nothing changes. */

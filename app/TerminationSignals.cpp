@@ -4,12 +4,15 @@
 #ifdef Q_OS_UNIX
 
 #include <csignal>
+#include <cstdlib>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+constexpr unsigned int patienceSeconds = 5; // more than leaving takes
 
 // A handler may do little more than write to a file descriptor.
 int sockets[2] = {-1, -1};
@@ -19,16 +22,28 @@ void noteSignal(int)
     const char byte = 1;
     // Nothing can be done about a failed write here, and a full buffer means that a signal is noted already.
     [[maybe_unused]] const ssize_t written = ::write(sockets[0], &byte, sizeof byte);
+    // The event loop may not come to it: the library may hang in a call that it waits for.
+    ::alarm(patienceSeconds);
 }
 
-void handleSignals(void (*handler)(int))
+void leaveAtOnce(int)
+{
+    ::_exit(EXIT_FAILURE);
+}
+
+void handle(int signal, void (*handler)(int))
 {
     struct sigaction action = {};
     action.sa_handler = handler;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
+    sigaction(signal, &action, nullptr);
+}
+
+void handleSignals(void (*handler)(int))
+{
     for (const int signal : endingSignals)
-        sigaction(signal, &action, nullptr);
+        handle(signal, handler);
 }
 
 } // namespace
@@ -44,6 +59,7 @@ TerminationSignals::TerminationSignals(std::function<void()> onSignal)
         }
         onSignal();
     });
+    handle(SIGALRM, leaveAtOnce);
     handleSignals(noteSignal);
 }
 
@@ -52,6 +68,8 @@ TerminationSignals::~TerminationSignals()
     if (!m_notifier)
         return;
     handleSignals(SIG_DFL);
+    ::alarm(0);
+    handle(SIGALRM, SIG_DFL);
     m_notifier.reset();
     ::close(sockets[0]);
     ::close(sockets[1]);

@@ -3,6 +3,7 @@
 
 #include "axis/MotionLimits.h"
 #include "device/SerialComDev.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
@@ -18,6 +19,8 @@ CycleOperationWidget::CycleOperationWidget(QWidget *parent)
     , ui(std::make_unique<Ui::CycleOperationWidget>())
 {
     ui->setupUi(this);
+    new DialogKeys(this, [this] { on_pushButton_close_clicked(); });
+    setFocusProxy(ui->doubleSpinBox_relativeDisp);
     setUnit(QStringLiteral("mm"));
 }
 

@@ -12,7 +12,7 @@ DriveParamWidget::DriveParamWidget(QWidget *parent)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     ui->setupUi(this);
-    setUnitLabels(ui->label_relativeUnit, ui->label_speedUnit, ui->label_accUnit);
+    setForm(ui->pushButton_confirm, ui->label_relativeUnit, ui->label_speedUnit, ui->label_accUnit);
 }
 
 DriveParamWidget::~DriveParamWidget() = default;

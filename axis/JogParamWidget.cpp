@@ -12,7 +12,7 @@ JogParamWidget::JogParamWidget(QWidget *parent)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     ui->setupUi(this);
-    setUnitLabels(ui->label_stepUnit, nullptr, nullptr);
+    setForm(ui->pushButton_confirm, ui->label_stepUnit, nullptr, nullptr);
 }
 
 JogParamWidget::~JogParamWidget() = default;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "axis/MotionParamPopup.h"
 
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
 #include <QAbstractSpinBox>
 #include <QEvent>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QPointer>
 
@@ -15,12 +15,14 @@ MotionParamPopup::MotionParamPopup(QWidget *parent)
 {
 }
 
-void MotionParamPopup::setUnitLabels(QLabel *length, QLabel *speed, QLabel *acceleration)
+void MotionParamPopup::setForm(QPushButton *confirm, QLabel *length, QLabel *speed, QLabel *acceleration)
 {
     m_lengthUnit = length;
     m_speedUnit = speed;
     m_accelerationUnit = acceleration;
     showUnit();
+    new DialogKeys(
+        this, [this] { close(); }, confirm);
 }
 
 void MotionParamPopup::setUnit(const QString &unit)
@@ -84,21 +86,6 @@ void MotionParamPopup::changeEvent(QEvent *event)
 void MotionParamPopup::paintEvent(QPaintEvent *)
 {
     Dialogs::paintBackground(this);
-}
-
-void MotionParamPopup::keyPressEvent(QKeyEvent *event)
-{
-    switch (event->key()) {
-    case Qt::Key_Escape:
-        close();
-        break;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        on_pushButton_confirm_clicked();
-        break;
-    default:
-        QWidget::keyPressEvent(event);
-    }
 }
 
 void MotionParamPopup::on_pushButton_confirm_clicked()

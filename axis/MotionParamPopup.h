@@ -4,6 +4,7 @@
 #include <QWidget>
 
 class QLabel;
+class QPushButton;
 
 /**
  * What the three motion parameter popups have in common: a frameless window that opens under its toggle button, loads
@@ -33,8 +34,11 @@ public:
 protected:
     explicit MotionParamPopup(QWidget *parent);
 
-    /** Labels that show the unit; null where a popup has none. Called once by the constructor of a member. */
-    void setUnitLabels(QLabel *length, QLabel *speed, QLabel *acceleration);
+    /**
+     * The button that Enter presses and the labels that show the unit, null where a popup has none. Called once by the
+     * constructor of a member.
+     */
+    void setForm(QPushButton *confirm, QLabel *length, QLabel *speed, QLabel *acceleration);
 
     int axis() const { return m_iAxis; }
     double minimum() const { return m_dMinimum; }
@@ -54,7 +58,6 @@ protected:
     bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void on_pushButton_confirm_clicked();

@@ -15,7 +15,7 @@ MoveParamWidget::MoveParamWidget(QWidget *parent)
     ui->setupUi(this);
     // This popup is not translucent: its window has the outline of its picture, arrow and all.
     setMask(QPixmap(QStringLiteral(":/image/settings/moveParam.png")).mask());
-    setUnitLabels(ui->label_posUnit, ui->label_speedUnit, ui->label_accUnit);
+    setForm(ui->pushButton_confirm, ui->label_posUnit, ui->label_speedUnit, ui->label_accUnit);
 }
 
 MoveParamWidget::~MoveParamWidget() = default;

@@ -63,7 +63,9 @@ MoverControlWidget::MoverControlWidget(QWidget *parent)
 {
     ui->label_doingLight->setStyleSheet(QLatin1String(doingLightGray));
     ui->label_originLight->setStyleSheet(QLatin1String(originLightGray));
+    ensurePolished(); // before the popups are its children, which Qt would polish with it
     createPopups();
+    Dialogs::polishWhenShown();
 
     m_updateTimer.setInterval(PollIntervalMs);
     connect(&m_updateTimer, &QTimer::timeout, this, &MoverControlWidget::slot_updateState);
@@ -357,11 +359,13 @@ void MoverControlWidget::on_pushButton_circle_clicked()
         worker->getAxisCircleDisp(m_iIndex), worker->getAxisSpeed(m_iIndex), worker->getAxisAcceleration(m_iIndex),
         worker->getAxisCircleCount(m_iIndex), worker->getAxisCircleDelay(m_iIndex));
     m_loopRun->show();
+    m_loopRun->setFocus();
 }
 
 void MoverControlWidget::on_pushButton_setting_clicked()
 {
     m_settings->show();
+    m_settings->setFocus();
 }
 
 void MoverControlWidget::on_pushButton_moveParam_clicked(bool checked)

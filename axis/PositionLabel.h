@@ -8,7 +8,7 @@
 class PositionLabel final : public QLabel
 {
     Q_OBJECT
-    Q_PROPERTY(QColor unitColor READ unitColor WRITE setUnitColor)
+    Q_PROPERTY(QColor unitColor READ unitColor WRITE setUnitColor) // clazy:exclude=qproperty-without-notify
 
 public:
     explicit PositionLabel(QWidget *parent = nullptr);

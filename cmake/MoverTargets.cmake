@@ -15,6 +15,8 @@ target_include_directories(mover_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_definitions(mover_options INTERFACE QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS)
 if(MSVC)
     target_compile_options(mover_options INTERFACE /W4 /utf-8 /permissive- $<$<BOOL:${MOVER_WERROR}>:/WX>)
+    # getenv() and the like stay: what is offered instead is not portable.
+    target_compile_definitions(mover_options INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
     target_compile_options(mover_options INTERFACE -Wall -Wextra -Wpedantic $<$<BOOL:${MOVER_WERROR}>:-Werror>)
 endif()
@@ -24,6 +26,11 @@ if(MOVER_SANITIZE)
     # The instrumentation makes GCC see uses of uninitialised variables where there are none.
     target_compile_options(mover_options INTERFACE ${flags} $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(mover_options INTERFACE ${flags})
+endif()
+if(MOVER_COVERAGE)
+    # Atomic: a worker thread counts too.
+    target_compile_options(mover_options INTERFACE --coverage -fprofile-update=atomic)
+    target_link_options(mover_options INTERFACE --coverage)
 endif()
 
 # mover_library(NAME SOURCES ... [DEPENDS ...]): the static library of one folder, reached as mover::NAME.

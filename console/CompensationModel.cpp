@@ -42,8 +42,9 @@ CompensationModel::Pairs CompensationModel::pairs(Direction direction) const
     }
     Pairs pairs;
     for (auto pair = actualOf.cbegin(); pair != actualOf.cend(); ++pair) {
-        pairs.values[size_t(2 * pairs.count)] = pair.key();
-        pairs.values[size_t(2 * pairs.count + 1)] = pair.value();
+        const auto at = 2 * size_t(pairs.count);
+        pairs.values[at] = pair.key();
+        pairs.values[at + 1] = pair.value();
         ++pairs.count;
     }
     return pairs;
@@ -54,7 +55,7 @@ void CompensationModel::show(Direction direction, const Pairs &pairs)
     const int count = qBound(0, pairs.count, Rows);
     for (int row = 0; row < count; ++row) {
         for (int k = 0; k < 2; ++k)
-            setData(index(row, direction + k), QString::number(pairs.values[size_t(2 * row + k)], 'g', 6));
+            setData(index(row, direction + k), QString::number(pairs.values[2 * size_t(row) + size_t(k)], 'g', 6));
     }
 }
 

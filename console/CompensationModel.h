@@ -21,7 +21,7 @@ public:
 
     /** One direction's table as the library takes it: expected, actual, expected, actual … */
     struct Pairs {
-        std::array<double, 2 * Rows> values{};
+        std::array<double, std::size_t(2) * Rows> values{};
         int count = 0;
     };
 

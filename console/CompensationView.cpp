@@ -47,7 +47,8 @@ void CompensationView::copy() const
 
 void CompensationView::clearSelected()
 {
-    for (const QModelIndex &cell : selectionModel()->selectedIndexes())
+    const QModelIndexList cells = selectionModel()->selectedIndexes();
+    for (const QModelIndex &cell : cells)
         model()->setData(cell, QVariant());
 }
 

@@ -9,6 +9,7 @@
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/Dialogs.h"
+#include "widgets/SmallFile.h"
 
 #include "ui_DebugWidget.h"
 
@@ -49,6 +50,8 @@ int deviceId()
     return SerialComDev::instance()->deviceId();
 }
 
+constexpr qint64 maxPlaceSize = 4096;
+
 /** Where the place of the window on the screen is kept between runs. */
 QString placeFile()
 {
@@ -82,9 +85,7 @@ DebugWidget::DebugWidget(QWidget *parent)
     ui->tableView_conpen->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     ui->tableView_conpen->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     showInputWrong(false);
-    QFile place(placeFile());
-    if (place.open(QIODevice::ReadOnly))
-        restoreGeometry(place.readAll()); // whatever is no place of a window on this screen changes nothing
+    restoreGeometry(SmallFile::read(placeFile(), maxPlaceSize)); // what is no place on this screen changes nothing
 }
 
 DebugWidget::~DebugWidget() = default;
@@ -362,7 +363,9 @@ void DebugWidget::savePlace() const
     const QFileInfo info(placeFile());
     QDir().mkpath(info.path());
     QSaveFile file(info.filePath());
-    if (file.open(QIODevice::WriteOnly) && file.write(saveGeometry()) > 0)
+    const QByteArray place = saveGeometry();
+    // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
+    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(place) == place.size())
         file.commit();
 }
 

@@ -3,6 +3,8 @@
 
 #include <QDebug>
 
+#include <cstring>
+
 Heart::Heart()
 {
     m_thread.setObjectName(QStringLiteral("Heart"));
@@ -43,6 +45,9 @@ void Heart::rcvHeartInfo(CONTROLER_STATE state, int ret)
         return;
     }
     qDebug() << "rcvHeartInfo" << state.rockerValue;
-    m_state = state;
+    const CONTROLER_STATE last = m_state.exchange(state);
     emit receivedControlerState();
+    if (!m_bAnswered || std::memcmp(&last, &state, sizeof state) != 0)
+        emit controlerStateChanged();
+    m_bAnswered = true;
 }

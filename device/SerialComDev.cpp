@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 
 namespace {
 
@@ -162,6 +163,23 @@ SerialComDev::SerialComDev()
         this, &SerialComDev::signal_getDevState, this, [this](int axis) { m_statePolls.add(axis); },
         Qt::DirectConnection);
 
+    // Answers are looked at in the thread that gives them: most repeat the last one, and every hop to the panels costs
+    // more than the poll itself.
+    connect(
+        this, &SerialComDev::signal_updateCurrentPos, this,
+        [this](int axis, double position) {
+            if (m_positions.isNews(axis, position))
+                emit signal_positionChanged(axis, position);
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_updateDevState, this,
+        [this](int axis, MotorStageState state) {
+            if (m_states.isNews(axis, state) || state.runCount != 0)
+                emit signal_devStateChanged(axis, state);
+        },
+        Qt::DirectConnection);
+
     connect(this, &SerialComDev::signal_getCurrentPos, this, &SerialComDev::slot_getCurrentPos);
     connect(this, &SerialComDev::signal_getDevState, this, &SerialComDev::slot_getCurrentState);
     connect(this, &SerialComDev::signal_setSpeedParams, this, &SerialComDev::slot_setSpeedParams);
@@ -198,6 +216,7 @@ int SerialComDev::open(int id)
         return result;
     }
     m_iDeviceId = id;
+    m_bLeft = false;
     return id;
 }
 
@@ -214,6 +233,12 @@ bool SerialComDev::closeWithin(int limitMs)
         return true;
     qDebug() << "SerialComDev: a library call still runs, the device is left open";
     return false;
+}
+
+bool SerialComDev::leave(int limitMs)
+{
+    m_bLeft = true;
+    return closeWithin(limitMs);
 }
 
 bool SerialComDev::closeDevice(QDeadlineTimer deadline)
@@ -284,7 +309,8 @@ int SerialComDev::getTriggerState(int axis, TriggerState &state)
     // A failure is a negative whole number, and so is many a step. The enables were just read, so the link is there: a
     // step reads the same again, a passing failure does not.
     const double step = getTriggerStep(m_iDeviceId, axis);
-    if (step < 0 && step == std::floor(step) && step != getTriggerStep(m_iDeviceId, axis))
+    const bool isStatus = step < 0 && step >= std::numeric_limits<int>::min() && step == std::floor(step);
+    if (isStatus && step != getTriggerStep(m_iDeviceId, axis))
         return int(step);
     state = {in != 0, out != 0, step};
     return 0;
@@ -436,6 +462,12 @@ int SerialComDev::getAxisCircleDelay(int axis) const
     return axisInfo(axis).circleDelay;
 }
 
+void SerialComDev::announceAnew(int axis)
+{
+    m_positions.forget(axis);
+    m_states.forget(axis);
+}
+
 /** Keeps what is known of an axis in step with a write that the controller accepted. */
 template <typename Change>
 void SerialComDev::updateAxisInfo(int axis, Change change)
@@ -466,10 +498,14 @@ void SerialComDev::slot_getCurrentPos(int Axis)
     if (!m_positionPolls.take(Axis))
         return;
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     int status = 0;
     const double position = ::getCurrentPos(m_iDeviceId, Axis, &status);
-    if (accepted(status, Axis, GeneralMessage, tr("读取当前位置出错")))
+    if (status >= 0)
         emit signal_updateCurrentPos(Axis, position);
+    else
+        emit signal_showOperationMsg(Axis, OPERATION_STATE_FAIL, GeneralMessage, tr("读取当前位置出错"));
 }
 
 void SerialComDev::slot_getCurrentState(int Axis)
@@ -477,10 +513,14 @@ void SerialComDev::slot_getCurrentState(int Axis)
     if (!m_statePolls.take(Axis))
         return;
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     MotorStageState state = {};
     const int result = ::getRuningState(m_iDeviceId, Axis, &state);
-    if (accepted(result, Axis, GeneralMessage, tr("获取设备状态出错")))
+    if (result >= 0)
         emit signal_updateDevState(Axis, state);
+    else
+        emit signal_showOperationMsg(Axis, OPERATION_STATE_FAIL, GeneralMessage, tr("获取设备状态出错"));
 }
 
 void SerialComDev::slot_setSpeedParams(int Axis, double acc, double speed)
@@ -582,7 +622,8 @@ void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
 void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
-    report(stopRuning(m_iDeviceId, Axis), Axis, 8, tr("停止运行"));
+    const int result = stopRuning(m_iDeviceId, Axis); // before its text is looked up
+    report(result, Axis, 8, tr("停止运行"));
 }
 
 void SerialComDev::slot_startMotor(int Axis, int mode)
@@ -619,6 +660,8 @@ void SerialComDev::slot_setPosConpenEnable(int Axis, bool b)
 void SerialComDev::slot_heartBeat()
 {
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     CONTROLER_STATE state = {};
     const int result = getRockerInfo(m_iDeviceId, &state);
     emit signal_heartBeatInfo(state, result);
@@ -627,6 +670,8 @@ void SerialComDev::slot_heartBeat()
 void SerialComDev::slot_consoleHeartBeat()
 {
     const LibraryLock library;
+    if (m_bLeft)
+        return;
     CONTROLER_STATE state = {};
     const int result = getRockerInfo(m_iDeviceId, &state);
     emit signal_consoleHeartBeatInfo(state, result);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
 #include "device/PollBacklog.h"
 
@@ -64,6 +65,11 @@ public:
     int close();
     /** As close(), but gives up when the library does not come free within limitMs (-1: no limit). */
     bool closeWithin(int limitMs);
+    /**
+     * As closeWithin(), when the program ends: what the panels and the heartbeats ask for on their own no longer
+     * reaches the library, neither before nor after the close. Until the next open().
+     */
+    bool leave(int limitMs);
     /** Identifier of the open controller, 0 for none. */
     int deviceId() const { return m_iDeviceId; }
 
@@ -108,6 +114,7 @@ public:
     int readAxisParams(int axis);
 
     // What is known of an axis, without a library call. 0 or empty for an axis that was never read.
+    MotorDevInfo axisInfo(int axis) const;
     QString getAxisModelName(int axis) const;
     QString getAxisSerialNo(int axis) const;
     double getAxisCurrentPos(int axis) const;
@@ -122,6 +129,9 @@ public:
     int getAxisCircleCount(int axis) const;
     double getAxisCircleDisp(int axis) const;
     int getAxisCircleDelay(int axis) const;
+
+    /** The next answers to polls of the axis count as changed: somebody new listens. */
+    void announceAnew(int axis);
 
 signals:
     // Requests, to be emitted by the GUI.
@@ -145,6 +155,9 @@ signals:
     // Answers, from the worker thread.
     void signal_updateCurrentPos(int ID, double pos);
     void signal_updateDevState(int Axis, MotorStageState state);
+    /** Follow the two above when an axis answers something else than the last time; a counting loop run always does. */
+    void signal_positionChanged(int ID, double pos);
+    void signal_devStateChanged(int Axis, MotorStageState state);
     void signal_heartBeatInfo(CONTROLER_STATE state, int ret);
     /** As signal_heartBeatInfo, for the engineering console: neither counts the beats that the other one misses. */
     void signal_consoleHeartBeatInfo(CONTROLER_STATE state, int ret);
@@ -185,15 +198,17 @@ private:
     void report(int result, int axis, int type, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeDevice(QDeadlineTimer deadline);
-    MotorDevInfo axisInfo(int axis) const;
     template <typename Change>
     void updateAxisInfo(int axis, Change change);
 
     std::atomic<int> m_iDeviceId{0};
+    std::atomic<bool> m_bLeft{false};
     bool m_bOpened = false;
     mutable QMutex m_registryMutex; // both registries are written by either thread
     QMap<int, MotorDevInfo> m_axisInfo;
     QMap<int, int> m_autoDetect;
     PollBacklog m_positionPolls;
     PollBacklog m_statePolls;
+    AnswerFilter<double> m_positions;
+    AnswerFilter<MotorStageState> m_states;
 };

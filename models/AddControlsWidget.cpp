@@ -4,6 +4,7 @@
 #include "device/SerialComDev.h"
 #include "models/StageParams.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
@@ -11,7 +12,6 @@
 
 #include <QCoreApplication>
 #include <QDebug>
-#include <QKeyEvent>
 #include <QListView>
 
 namespace {
@@ -47,6 +47,9 @@ AddControlsWidget::AddControlsWidget(QWidget *parent)
 {
     qRegisterMetaType<MoverDevParam>("MoverDevParam");
     Dialogs::makeFrameless(this, m_ui->widget_back);
+    new DialogKeys(
+        this, [this] { close(); }, m_ui->pushButton_confirm);
+    m_ui->comboBox_models->setModel(&m_offered);
     m_ui->comboBox_models->setView(popupView(this));
     m_ui->comboBox_Axsi->setView(popupView(this));
     m_ui->buttonGroup_types->setId(m_ui->pushButton_lineControl, STAGE_LINEAR);
@@ -82,8 +85,7 @@ int AddControlsWidget::moveType() const
 
 void AddControlsWidget::showModels()
 {
-    m_ui->comboBox_models->clear();
-    m_ui->comboBox_models->addItems(m_catalogue.names(moveType()));
+    m_offered.setStringList(m_catalogue.names(moveType()));
     // A combo box with a placeholder does not choose its first item by itself.
     m_ui->comboBox_models->setCurrentIndex(0);
 }
@@ -136,19 +138,4 @@ void AddControlsWidget::changeEvent(QEvent *event)
     if (event->type() == QEvent::LanguageChange)
         m_ui->retranslateUi(this);
     QWidget::changeEvent(event);
-}
-
-void AddControlsWidget::keyPressEvent(QKeyEvent *event)
-{
-    switch (event->key()) {
-    case Qt::Key_Escape:
-        close();
-        break;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        on_pushButton_confirm_clicked();
-        break;
-    default:
-        QWidget::keyPressEvent(event);
-    }
 }

@@ -4,6 +4,7 @@
 #include "models/StageModelCatalogue.h"
 #include "widgets/TitleBarDrag.h"
 
+#include <QStringListModel>
 #include <QWidget>
 
 #include <memory>
@@ -41,8 +42,6 @@ signals:
 
 protected:
     void changeEvent(QEvent *event) override;
-    /** Escape closes, Return confirms. */
-    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void on_pushButton_close_clicked();
@@ -59,4 +58,5 @@ private:
     std::unique_ptr<Ui::AddControlsWidget> m_ui;
     TitleBarDrag m_drag;
     StageModelCatalogue m_catalogue;
+    QStringListModel m_offered; // the combo box's own model makes an object of each of 20,000 names
 };

@@ -2,6 +2,7 @@
 #include "models/DeviceParamWidget.h"
 
 #include "device/SerialComDev.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 
 #include "ui_DeviceParamWidget.h"
@@ -15,6 +16,8 @@ DeviceParamWidget::DeviceParamWidget(QWidget *parent)
     , m_ui(std::make_unique<Ui::DeviceParamWidget>())
 {
     m_ui->setupUi(this);
+    new DialogKeys(this, [this] { hide(); });
+    setFocusProxy(m_ui->checkBox_input);
 }
 
 DeviceParamWidget::~DeviceParamWidget() = default;

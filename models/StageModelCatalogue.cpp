@@ -9,61 +9,90 @@
 #include <QJsonObject>
 #include <QVector>
 
+#include <algorithm>
+#include <iterator>
+#include <variant>
+
 namespace {
 
 constexpr int maxLoggedFaults = 20; // a file of another kind would have one in every element
 
 constexpr char modelsKey[] = "MoverModels";
 
-/** Values of a wrong type count as missing; the names of their keys are added to `mistyped`. */
-MoverDevParam fromJson(const QJsonObject &model, QStringList *mistyped)
-{
-    const auto check = [mistyped](const char *key, const QJsonValue &value, bool fits) {
-        if (!fits && !value.isUndefined())
-            mistyped->append(QLatin1String(key));
-    };
-    const auto text = [&](const char *key) {
-        const QJsonValue value = model.value(QLatin1String(key));
-        check(key, value, value.isString());
-        return value.toString();
-    };
-    const auto integer = [&](const char *key) {
-        const QJsonValue value = model.value(QLatin1String(key));
-        check(key, value, value.toInt(0) == value.toInt(1)); // else the default was taken
-        return value.toInt();
-    };
-    const auto real = [&](const char *key) {
-        const QJsonValue value = model.value(QLatin1String(key));
-        check(key, value, value.isDouble());
-        return value.toDouble();
-    };
+using Stage = MoverDevParam;
 
-    MoverDevParam stage;
-    stage.name = text("name");
+/** A key of a model and where its value goes. */
+struct Key {
+    QLatin1String name;
+    std::variant<QString Stage::*, int Stage::*, float Stage::*, double Stage::*> field;
+};
+
+// In the order in which QJsonObject gives them, so that the next key is nearly always the next row.
+const Key keys[] = {
+    {QLatin1String("AxisType"), &Stage::AxisType},
+    {QLatin1String("dispOneCircle"), &Stage::dispOneCircle},
+    {QLatin1String("limitDirection"), &Stage::limitDirection},
+    {QLatin1String("maxAcc"), &Stage::maxAcc},
+    {QLatin1String("maxPos"), &Stage::maxPos},
+    {QLatin1String("maxRockerSpeed"), &Stage::maxRockerSpeed},
+    {QLatin1String("maxSpeed"), &Stage::maxSpeed},
+    {QLatin1String("minPos"), &Stage::minPos},
+    {QLatin1String("modifyDate"), &Stage::modifyDate},
+    {QLatin1String("motorPhase"), &Stage::motorPhase},
+    {QLatin1String("moveType"), &Stage::moveType},
+    {QLatin1String("name"), &Stage::name},
+    {QLatin1String("negativePolarity"), &Stage::negativePolarity},
+    {QLatin1String("optNum"), &Stage::optNum},
+    {QLatin1String("optOrder"), &Stage::optOrder},
+    {QLatin1String("originPolarity"), &Stage::originPolarity},
+    {QLatin1String("originSigID"), &Stage::originSigID},
+    {QLatin1String("phaseDirction"), &Stage::phaseDirction},
+    {QLatin1String("positivePolarity"), &Stage::positivePolarity},
+    {QLatin1String("pulseOneCircle"), &Stage::pulseOneCircle},
+    {QLatin1String("restoreSpeed"), &Stage::restoreSpeed},
+    {QLatin1String("returnTrip"), &Stage::returnTrip},
+    {QLatin1String("unitString"), &Stage::unitString},
+    {QLatin1String("zeroOptWidth"), &Stage::zeroOptWidth},
+};
+
+// Each returns whether the value has the right type; one of a wrong type leaves the default.
+bool store(const QJsonValue &value, QString &field)
+{
+    field = value.toString();
+    return value.isString();
+}
+bool store(const QJsonValue &value, int &field)
+{
+    field = value.toInt();
+    return field != 0 || value.toInt(1) == 0; // else the default was taken
+}
+template <typename Real>
+bool store(const QJsonValue &value, Real &field)
+{
+    field = Real(value.toDouble());
+    return value.isDouble();
+}
+
+/** Values of a wrong type count as missing; the names of their keys are added to `mistyped`. Other keys are ignored. */
+Stage fromJson(const QJsonObject &model, QStringList *mistyped)
+{
+    Stage stage;
     stage.auxText = QLatin1String("");
-    stage.pulseOneCircle = integer("pulseOneCircle");
-    stage.dispOneCircle = float(real("dispOneCircle"));
-    stage.restoreSpeed = float(real("restoreSpeed"));
-    stage.AxisType = integer("AxisType");
-    stage.positivePolarity = integer("positivePolarity");
-    stage.negativePolarity = integer("negativePolarity");
-    stage.originPolarity = integer("originPolarity");
-    stage.phaseDirction = integer("phaseDirction");
-    stage.originSigID = integer("originSigID");
-    stage.unitString = text("unitString");
-    stage.moveType = integer("moveType");
-    stage.limitDirection = integer("limitDirection");
-    stage.optOrder = text("optOrder");
-    stage.maxSpeed = real("maxSpeed");
-    stage.maxAcc = real("maxAcc");
-    stage.minPos = real("minPos");
-    stage.maxPos = real("maxPos");
-    stage.zeroOptWidth = integer("zeroOptWidth");
-    stage.optNum = integer("optNum");
-    stage.returnTrip = integer("returnTrip");
-    stage.motorPhase = integer("motorPhase");
-    stage.modifyDate = integer("modifyDate");
-    stage.maxRockerSpeed = real("maxRockerSpeed");
+    const Key *next = std::begin(keys);
+    for (auto member = model.begin(); member != model.end(); ++member) {
+        const QString name = member.key();
+        const Key *key =
+            next != std::end(keys) && name == next->name
+                ? next
+                : std::find_if(std::begin(keys), std::end(keys), [&](const Key &k) { return name == k.name; });
+        if (key == std::end(keys))
+            continue;
+        next = key + 1;
+        const QJsonValue value = member.value();
+        const bool fits = std::visit([&](auto field) { return store(value, stage.*field); }, key->field);
+        if (!fits)
+            mistyped->append(name);
+    }
     return stage;
 }
 
@@ -180,6 +209,7 @@ QVector<StageModelCatalogue::Fault> StageModelCatalogue::fill(const QJsonDocumen
     if (!value.isArray())
         return {{-1, QStringLiteral("%1 is no array").arg(QLatin1String(modelsKey))}};
     const QJsonArray models = value.toArray();
+    MoverDevParam last;
     for (int element = 0; element < models.size(); ++element) {
         const QJsonObject model = models.at(element).toObject();
         if (model.isEmpty()) {
@@ -187,12 +217,19 @@ QVector<StageModelCatalogue::Fault> StageModelCatalogue::fill(const QJsonDocumen
             continue;
         }
         QStringList mistyped;
-        const MoverDevParam stage = fromJson(model, &mistyped);
+        MoverDevParam stage = fromJson(model, &mistyped);
         if (!mistyped.isEmpty())
             note(element, QStringLiteral("wrong type of ") + mistyped.join(QStringLiteral(", ")));
-        if (m_models.contains(stage.name))
-            note(element, QStringLiteral("one more with the name \"%1\"").arg(stage.name));
+        // Nearly all models have the same few texts here: kept once, they need not be freed 20,000 times.
+        if (stage.unitString == last.unitString)
+            stage.unitString = last.unitString;
+        if (stage.optOrder == last.optOrder)
+            stage.optOrder = last.optOrder;
+        last = stage;
+        const int before = m_models.size();
         m_models.insert(stage.name, stage);
+        if (m_models.size() == before)
+            note(element, QStringLiteral("one more with the name \"%1\"").arg(stage.name));
         // A model of any other type stays in the map and is offered nowhere.
         if (isStageType(stage.moveType))
             m_names[uint(stage.moveType)].append(stage.name);

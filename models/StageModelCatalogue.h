@@ -19,7 +19,7 @@ class StageModelCatalogue final
 {
 public:
     /** Size in bytes above which a file is not read: 64 MiB, some 80,000 models. */
-    static constexpr qint64 MaxFileSize = 64 * 1024 * 1024;
+    static constexpr qint64 MaxFileSize = qint64(64) * 1024 * 1024;
 
     /**
      * Replaces the models by those of the file at `path`. False when there is no such file or it may not be read; true

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "settings/LanguageStore.h"
 
+#include "widgets/SmallFile.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -12,6 +14,8 @@
 
 namespace {
 
+constexpr qint64 maxSize = 64 * 1024;
+
 QString fileIn(const QString &folder)
 {
     return folder + QStringLiteral("/appConfig.ini");
@@ -21,7 +25,8 @@ int codeIn(const QByteArray &text)
 {
     int code = 0;
     bool inLanguage = false;
-    for (const QByteArray &rawLine : text.split('\n')) {
+    const QList<QByteArray> lines = text.split('\n');
+    for (const QByteArray &rawLine : lines) {
         const QByteArray line = rawLine.trimmed();
         const int equals = line.indexOf('=');
         if (line.isEmpty() || line.startsWith(';'))
@@ -59,8 +64,7 @@ int LanguageStore::load() const
     const QFileInfo user(m_sUserFile);
     const bool userCounts = user.exists() && (!program.exists() || user.lastModified() >= program.lastModified());
 
-    QFile file(userCounts ? m_sUserFile : m_sProgramFile);
-    return file.open(QIODevice::ReadOnly) ? codeIn(file.readAll()) : 0;
+    return codeIn(SmallFile::read(userCounts ? m_sUserFile : m_sProgramFile, maxSize));
 }
 
 void LanguageStore::save(int code) const

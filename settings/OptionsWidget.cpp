@@ -3,14 +3,15 @@
 
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/SmallFile.h"
 
 #include "ui_OptionsWidget.h"
 
 #include <QButtonGroup>
 #include <QDebug>
 #include <QEvent>
-#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QMessageBox>
 #include <QSignalBlocker>
@@ -21,10 +22,21 @@ namespace {
 constexpr int Chinese = 0;
 constexpr int English = 1;
 
+constexpr qint64 maxCatalogueSize = 16 * 1024 * 1024;
 constexpr int messageTimeMs = 10000;
 
 /** What label_msg shows when the record to be changed could not even be read. */
 constexpr int writeWithoutRead = 1000;
+
+/**
+ * A catalogue of the program's folder. Not by the translator itself: it would map the file, and crash when the file is
+ * overwritten. `bytes` are what it reads from as long as it lives.
+ */
+bool loadCatalogue(const QString &name, QTranslator *translator, QByteArray *bytes)
+{
+    *bytes = SmallFile::read(QCoreApplication::applicationDirPath() + QLatin1Char('/') + name, maxCatalogueSize);
+    return translator->load(reinterpret_cast<const uchar *>(bytes->constData()), bytes->size());
+}
 
 std::unique_ptr<Ui::OptionsWidget> makeForm(QWidget *dialog)
 {
@@ -56,6 +68,7 @@ OptionsWidget::OptionsWidget(QWidget *parent)
     , m_messageTimer(new QTimer(this))
 {
     Dialogs::makeFrameless(this, ui->widget_back);
+    new DialogKeys(this, [this] { close(); });
 
     auto *pages = new QButtonGroup(this); // exclusive
     for (QPushButton *page :
@@ -68,9 +81,8 @@ OptionsWidget::OptionsWidget(QWidget *parent)
     m_messageTimer->setInterval(messageTimeMs);
     connect(m_messageTimer, &QTimer::timeout, this, [this] { showMessage(nullptr); });
 
-    const QString qtChinese = QStringLiteral("qtbase_zh_CN");
-    if (m_qtChinese.load(qtChinese, QCoreApplication::applicationDirPath()) ||
-        m_qtChinese.load(qtChinese, QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+    if (loadCatalogue(QStringLiteral("qtbase_zh_CN.qm"), &m_qtChinese, &m_qtCatalogue) ||
+        m_qtChinese.load(QStringLiteral("qtbase_zh_CN"), QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&m_qtChinese);
     loadLanguage();
 }
@@ -88,9 +100,7 @@ void OptionsWidget::setLanguage(int code)
         retranslate();
     } else if (code == English && !m_english) {
         auto english = std::make_unique<QTranslator>();
-        // Empty delimiters and suffix: this file, and none with a shorter name, such as the program itself.
-        const QString exactly = QLatin1String("");
-        if (!english->load(QStringLiteral("mover_en_US.qm"), QCoreApplication::applicationDirPath(), exactly, exactly))
+        if (!loadCatalogue(QStringLiteral("mover_en_US.qm"), english.get(), &m_catalogue))
             return;
         m_english = std::move(english);
         QCoreApplication::removeTranslator(&m_qtChinese);
@@ -134,14 +144,6 @@ void OptionsWidget::changeEvent(QEvent *event)
     if (event->type() == QEvent::LanguageChange)
         retranslate();
     QWidget::changeEvent(event);
-}
-
-void OptionsWidget::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape)
-        close();
-    else
-        QWidget::keyPressEvent(event);
 }
 
 void OptionsWidget::retranslate()

@@ -47,7 +47,6 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void on_pushButton_close_clicked();
@@ -86,8 +85,11 @@ private:
     std::unique_ptr<Ui::OptionsWidget> ui;
     TitleBarDrag m_drag;
     LanguageStore m_store;
+    // Each catalogue outlives the translator that reads from it.
+    QByteArray m_catalogue;
     std::unique_ptr<QTranslator> m_english; // this program's texts; null while they are in Chinese
-    QTranslator m_qtChinese;                // Qt's own texts, which are in English without it
+    QByteArray m_qtCatalogue;
+    QTranslator m_qtChinese; // Qt's own texts, which are in English without it
     int m_iLanguage = 0;
     std::array<AxisSettings, 3> m_axes;
     MotorParamEdits m_motorParams;

@@ -5,6 +5,7 @@
 #include "device/LibraryText.h"
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 
 #include "ui_ConnectionWidget.h"
@@ -12,7 +13,6 @@
 #include "device/moverLibrary.h"
 
 #include <QDebug>
-#include <QKeyEvent>
 #include <QListView>
 
 #include <algorithm>
@@ -21,6 +21,7 @@ namespace {
 
 constexpr int hideMsgMs = 5000;
 constexpr int maxDevices = 10;
+constexpr int closeLimitMs = 30000; // longer than the calls that wait on any link that works
 
 struct DeviceList {
     int ids[maxDevices] = {};
@@ -67,6 +68,8 @@ ConnectionWidget::ConnectionWidget(QWidget *parent)
     , m_hideTimer(this)
 {
     Dialogs::makeFrameless(this, ui->widget_back);
+    new DialogKeys(
+        this, [this] { hide(); }, ui->pushButton_connectSerial);
     ui->comboBox_comList->setView(new QListView(ui->comboBox_comList));
     QSizePolicy keepsItsPlace = ui->label_msg->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
@@ -100,6 +103,7 @@ std::optional<bool> ConnectionWidget::isPortLost() const
     const LibraryLock library(0);
     if (!library.isLocked())
         return std::nullopt;
+    const BusyCursor busy;
     DeviceList devices;
     devices.read();
     // An empty list is on purpose not taken for a loss.
@@ -153,10 +157,13 @@ void ConnectionWidget::on_pushButton_connectSerial_clicked()
 
 void ConnectionWidget::on_pushButton_disConnect_clicked()
 {
+    bool closed = false;
     {
         const BusyCursor busy;
-        SerialComDev::instance()->close();
+        closed = SerialComDev::instance()->closeWithin(closeLimitMs);
     }
+    if (!closed) // the library hangs: the controller is as connected as before, and the user can still leave
+        return;
     m_iConnectedId = 0;
     setConnected(false);
     emit signal_devDisConnected();
@@ -175,12 +182,4 @@ void ConnectionWidget::changeEvent(QEvent *event)
             ui->label_msg->setText(m_message());
     }
     QWidget::changeEvent(event);
-}
-
-void ConnectionWidget::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape)
-        hide();
-    else
-        QWidget::keyPressEvent(event);
 }

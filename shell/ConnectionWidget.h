@@ -41,7 +41,6 @@ public slots:
 
 protected:
     void changeEvent(QEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void on_pushButton_close_clicked();

@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "shell/HelpWidget.h"
 
+#include "widgets/DialogKeys.h"
+
 #include "ui_HelpWidget.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
-#include <QKeyEvent>
 #include <QUrl>
 
 namespace {
 
 struct Link {
-    QLabel *Ui::HelpWidget::*label;
+    LinkLabel *Ui::HelpWidget::*label;
     const char *target;
     const char *text;
 };
@@ -42,9 +43,12 @@ HelpWidget::HelpWidget(QWidget *parent)
     , m_drag(this, m_ui->widget_title, Qt::LeftButton)
 {
     setAttribute(Qt::WA_TranslucentBackground);
+    new DialogKeys(this, [this] { hide(); });
+    m_ui->label_softwareVersion->setText(QStringLiteral("V" MOVER_VERSION));
     m_ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));
     m_ui->label_learnMore->setOpenExternalLinks(true);
     for (const Link &link : links) {
+        (m_ui.get()->*link.label)->setTarget(QString::fromUtf8(link.target));
         if (link.label != &Ui::HelpWidget::label_learnMore)
             connect(m_ui.get()->*link.label, &QLabel::linkActivated, this, &HelpWidget::slot_linkActivated);
     }
@@ -85,12 +89,4 @@ void HelpWidget::changeEvent(QEvent *event)
         showTexts();
     }
     QWidget::changeEvent(event);
-}
-
-void HelpWidget::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape)
-        hide();
-    else
-        QWidget::keyPressEvent(event);
 }

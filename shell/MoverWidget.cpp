@@ -13,6 +13,7 @@
 #include "shell/PlaceholderWidget.h"
 #include "shell/SerialPortChangeFilter.h"
 #include "widgets/BusyCursor.h"
+#include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
 
@@ -25,6 +26,7 @@
 
 namespace {
 
+constexpr int maxAxes = 3;            // of any controller
 constexpr int identifiedStage = 2;    // chip code of a stage that identifies itself
 constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
 constexpr int portCheckRetryMs = 100; // when the library was busy
@@ -74,7 +76,9 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     setWindowFlag(Qt::FramelessWindowHint);
     setMouseTracking(true);
+    new DialogKeys(this);
     m_border = new MyBorderContainer(this, 50, 50, 5);
+    ensurePolished(); // before the dialogs are its children, which Qt would polish with it
 
     m_portWatcher = std::make_unique<SerialPortChangeFilter>(this);
     QCoreApplication::instance()->installNativeEventFilter(m_portWatcher.get());
@@ -102,7 +106,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     const auto worker = SerialComDev::instance();
     connect(
-        m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
+        m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
     connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
@@ -114,6 +118,7 @@ MoverWidget::MoverWidget(QWidget *parent)
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
     ui->pushButton_connect->setFocus(); // the first thing to do
+    Dialogs::polishWhenShown();
 }
 
 MoverWidget::~MoverWidget() = default;
@@ -136,9 +141,11 @@ void MoverWidget::slot_devConnected()
     }
     ui->radioButton_Rocker->setChecked(false); // what the last controller left behind
     for (int axis = 0; axis < m_iAxisCount; ++axis) {
-        initialiseAxis(axis);
+        const bool initialised = initialiseAxis(axis);
         if (!alive || m_bClosing) // on the way out the library may hang: it is not called again
             return;
+        if (!initialised && axis >= maxAxes) // of a count that cannot be true one failure is enough to be told
+            break;
     }
 
     const BusyCursor busy;
@@ -150,8 +157,11 @@ void MoverWidget::slot_devConnected()
     }
 }
 
-/** Opens the panel of an axis whose stage identifies itself; an axis without such a stage is passed over. */
-void MoverWidget::initialiseAxis(int axis)
+/**
+ * Opens the panel of an axis whose stage identifies itself; an axis without such a stage is passed over. False after a
+ * failure, which it has shown.
+ */
+bool MoverWidget::initialiseAxis(int axis)
 {
     QString failure;
     QString model;
@@ -160,10 +170,13 @@ void MoverWidget::initialiseAxis(int axis)
         const BusyCursor busy;
         failure = readAxis(axis, &model, &params);
     }
-    if (!failure.isEmpty())
+    if (!failure.isEmpty()) {
         slot_showTipMessage(failure);
-    else if (!model.isNull())
+        return false;
+    }
+    if (!model.isNull())
         slot_addControl(model, axis, toDevParam(params), true);
+    return true;
 }
 
 /** Returns the message of a failure. `model` stays null for an axis that is passed over. */
@@ -265,10 +278,11 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
 
-    const SerialComDev *worker = SerialComDev::instance().data();
-    connect(worker, &SerialComDev::signal_updateCurrentPos, panel, &MoverControlWidget::slot_updateCurrentPos);
-    connect(worker, &SerialComDev::signal_updateDevState, panel, &MoverControlWidget::slot_updateDevState);
+    SerialComDev *worker = SerialComDev::instance().data();
+    connect(worker, &SerialComDev::signal_positionChanged, panel, &MoverControlWidget::slot_updateCurrentPos);
+    connect(worker, &SerialComDev::signal_devStateChanged, panel, &MoverControlWidget::slot_updateDevState);
     connect(worker, &SerialComDev::signal_showOperationMsg, panel, &MoverControlWidget::slot_showOperationMsg);
+    worker->announceAnew(panel->index());
 }
 
 void MoverWidget::slot_AsixButtonClicked(bool)
@@ -430,7 +444,7 @@ void MoverWidget::on_pushButton_close_clicked()
     qDebug() << "on_pushButton_close_clicked: close the device";
     {
         const BusyCursor busy;
-        SerialComDev::instance()->closeWithin(closeLimitMs);
+        SerialComDev::instance()->leave(closeLimitMs);
     }
     qDebug() << "on_pushButton_close_clicked: quit";
     QCoreApplication::quit();

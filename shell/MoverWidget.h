@@ -76,7 +76,7 @@ private slots:
     void on_radioButton_Rocker_clicked();
 
 private:
-    void initialiseAxis(int axis);
+    bool initialiseAxis(int axis);
     QString readAxis(int axis, QString *model, MotorParams *params);
     void wire(MoverControlWidget *panel);
     void refreshRockerSpeed();

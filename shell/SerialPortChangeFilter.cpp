@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "shell/SerialPortChangeFilter.h"
 
+#include "shell/NativeMessage.h"
 #include "shell/PortEventMonitor.h"
 
 #include <QWidget>
 
 namespace {
-
-constexpr unsigned int deviceChange = 0x219; // WM_DEVICECHANGE
-constexpr quintptr devNodesChanged = 7;      // DBT_DEVNODES_CHANGED
 
 /** Does not make a window native that is not: effectiveWinId() is 0 then, which no message is addressed to. */
 bool isAddressedTo(const QWidget *window, const NativeMessage &message)
@@ -32,7 +30,8 @@ bool SerialPortChangeFilter::nativeEventFilter(const QByteArray &eventType, void
     Q_UNUSED(result)
     if (message && (eventType == "windows_generic_MSG" || eventType == "windows_dispatcher_MSG")) {
         const auto &native = *static_cast<const NativeMessage *>(message);
-        if (native.message == deviceChange && native.wParam == devNodesChanged && isAddressedTo(m_mainWindow, native))
+        if (native.message == WM_DEVICECHANGE && native.wParam == DBT_DEVNODES_CHANGED &&
+            isAddressedTo(m_mainWindow, native))
             emit signal_usbDevPortChanged();
     }
     return false;

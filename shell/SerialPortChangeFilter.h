@@ -4,22 +4,6 @@
 #include <QAbstractNativeEventFilter>
 #include <QObject>
 
-#ifdef Q_OS_WIN
-#include <qt_windows.h>
-using NativeMessage = MSG;
-#else
-/** A Windows message as Windows lays it out, so that its decoding is the same code everywhere. */
-struct NativeMessage {
-    void *hwnd;
-    unsigned int message;
-    quintptr wParam;
-    qintptr lParam;
-    quint32 time;
-    qint32 x;
-    qint32 y;
-};
-#endif
-
 class QWidget;
 
 /**

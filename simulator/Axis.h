@@ -90,6 +90,8 @@ public:
     Chip chip;
     /** Override of state(), for tests of displays. */
     std::optional<MotorStageState> shownState;
+    /** What getMotorParams answers in place of stage(). */
+    std::optional<MotorParams> shownParams;
 
     const MotorParams &stage() const { return m_stage; }
     /** Names and unit may be changed at any time; for the rest there is setStage(). */

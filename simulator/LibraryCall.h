@@ -57,6 +57,14 @@ public:
     int status() const { return m_fate.status; }
     /** Text that a getter has to give instead of its own, or null. */
     const std::string *answer() const { return m_fate.answer; }
+    /** The number that a getter has to give: what a test has set, else `own`. */
+    template <typename Number>
+    Number given(Number own) const
+    {
+        return m_fate.number ? static_cast<Number>(*m_fate.number) : own;
+    }
+    /** The same for the number of things. */
+    int givenCount(int own) const { return m_fate.count.value_or(own); }
     Simulator &simulator() { return m_simulator; }
 
     // Each of these returns null, and the status says why, if the call is refused.

@@ -105,6 +105,8 @@ Controller *Simulator::controller(int id)
 
 Simulator::Fate Simulator::enter(const char *function, std::unique_lock<std::mutex> *lock)
 {
+    if (m_observer)
+        m_observer(function);
     *lock = std::unique_lock(m_mutex);
     noteFlight(function);
     int delayMs = m_latencyMs;
@@ -118,6 +120,10 @@ Simulator::Fate Simulator::enter(const char *function, std::unique_lock<std::mut
     }
     if (const auto answer = m_answers.find(function); answer != m_answers.end())
         fate.answer = &answer->second;
+    if (const auto number = m_numbers.find(function); number != m_numbers.end())
+        fate.number = number->second;
+    if (const auto count = m_counts.find(function); count != m_counts.end())
+        fate.count = count->second;
     settle();
     return fate;
 }
@@ -195,6 +201,8 @@ void Simulator::clearFaults()
 {
     m_faults.clear();
     m_answers.clear();
+    m_numbers.clear();
+    m_counts.clear();
     m_hangs.clear();
 }
 

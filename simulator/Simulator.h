@@ -8,8 +8,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,6 +45,8 @@ public:
     struct Fate {
         int status = 0;                      ///< below 0: it fails with that
         const std::string *answer = nullptr; ///< text that a text getter gives instead of its own
+        std::optional<double> number;        ///< number that a getter gives instead of its own
+        std::optional<int> count;            ///< the same for the number of things
     };
     /** Begins a call: waits as long as faults and latency want, locks the mutex and lets the time pass up to now. */
     Fate enter(const char *function, std::unique_lock<std::mutex> *lock);
@@ -65,6 +69,8 @@ public:
     void addFault(const CallFault &fault);
     void hang(const std::string &function);
     void setAnswer(const std::string &function, const std::string &bytes) { m_answers[function] = bytes; }
+    void setNumber(const std::string &function, double number) { m_numbers[function] = number; }
+    void setCount(const std::string &function, int count) { m_counts[function] = count; }
     void clearFaults();
     /** Releases `lock` while waiting. */
     bool waitUntilHanging(std::unique_lock<std::mutex> *lock, int timeoutMs);
@@ -73,6 +79,8 @@ public:
     const std::deque<Call> &journal() const { return m_journal; }
     void clearJournal() { m_journal.clear(); }
     const std::string &overlap() const { return m_overlap; }
+    void setObserver(std::function<void(const std::string &)> observer) { m_observer = std::move(observer); }
+    std::string callInFlight() const { return m_inFlight.empty() ? std::string() : m_inFlight.back(); }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -99,6 +107,8 @@ private:
 
     std::vector<Fault> m_faults;
     std::map<std::string, std::string> m_answers;
+    std::map<std::string, double> m_numbers;
+    std::map<std::string, int> m_counts;
     std::vector<std::string> m_hangs; ///< functions whose next call hangs
     int m_hanging = 0;
     int m_releases = 0; ///< how often hanging calls were let go
@@ -107,6 +117,7 @@ private:
     std::vector<const char *> m_inFlight;
     std::string m_overlap;
     std::deque<Call> m_journal;
+    std::function<void(const std::string &)> m_observer;
 };
 
 } // namespace simulator

@@ -130,6 +130,21 @@ void clearJournal()
     LockedSimulator()->clearJournal();
 }
 
+std::vector<std::string> functions()
+{
+    return libraryFunctions();
+}
+
+void onCall(std::function<void(const std::string &function)> observer)
+{
+    LockedSimulator()->setObserver(std::move(observer));
+}
+
+std::string callInFlight()
+{
+    return LockedSimulator()->callInFlight();
+}
+
 std::string overlap()
 {
     return LockedSimulator()->overlap();
@@ -171,6 +186,16 @@ void releaseHung()
 void answerText(const std::string &function, const std::string &bytes)
 {
     LockedSimulator()->setAnswer(checked(function), bytes);
+}
+
+void answerNumber(const std::string &function, double number)
+{
+    LockedSimulator()->setNumber(checked(function), number);
+}
+
+void answerCount(const std::string &function, int count)
+{
+    LockedSimulator()->setCount(checked(function), count);
 }
 
 void clearFaults()
@@ -218,6 +243,11 @@ void triggerPulse(int id, int axis)
 void setState(int id, int axis, std::optional<MotorStageState> state)
 {
     LockedSimulator().axis(id, axis).shownState = state;
+}
+
+void setParams(int id, int axis, std::optional<MotorParams> params)
+{
+    LockedSimulator().axis(id, axis).shownParams = params;
 }
 
 void setPosition(int id, int axis, double position)

@@ -3,6 +3,7 @@
 
 #include "device/moverRecords.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <thread>
@@ -69,6 +70,16 @@ std::vector<std::string> journalText();
 int callCount(const std::string &function);
 void clearJournal();
 
+/** The names of the library's functions. */
+std::vector<std::string> functions();
+/**
+ * Runs at the entry of every call from here on, in the caller's thread and before the call waits for anything. Set it
+ * while no call is in flight; null ends that.
+ */
+void onCall(std::function<void(const std::string &function)> observer);
+/** A function whose call is in flight, "" when there is none. */
+std::string callInFlight();
+
 /** The first two calls that were in flight together, "startMove overlapped getCurrentPos"; "" when none were. */
 std::string overlap();
 
@@ -89,6 +100,14 @@ void releaseHung();
 /** Every call of the text getter `function` gives these bytes, cut or zero-padded to the buffer, until clearFaults().
  */
 void answerText(const std::string &function, const std::string &bytes);
+/**
+ * Every call of `function` that is carried out gives this number, cut to the type of what it gives, until
+ * clearFaults(): a getter's value, the position, the target, the chip's code, both fields of the joystick's record,
+ * every value of a compensation table. Only a double can be no finite number.
+ */
+void answerNumber(const std::string &function, double number);
+/** As answerNumber(), for the number of things that a list or a compensation table says it has; no more are given. */
+void answerCount(const std::string &function, int count);
 /** Takes back all of the above, and the scenario's faults of calls; a call that hangs goes on hanging. */
 void clearFaults();
 
@@ -110,6 +129,8 @@ void setJoystick(int id, bool present, double deflection = 0);
 void triggerPulse(int id, int axis);
 /** From here on getRuningState answers this record, whatever the axis does; std::nullopt ends that. */
 void setState(int id, int axis, std::optional<MotorStageState> state);
+/** From here on getMotorParams answers this record, whatever the stage is; std::nullopt ends that. */
+void setParams(int id, int axis, std::optional<MotorParams> params);
 /** Puts the axis, standing, to a position, clipped to its travel. */
 void setPosition(int id, int axis, double position);
 void setChip(int id, int axis, Chip chip);

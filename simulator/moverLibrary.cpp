@@ -112,7 +112,7 @@ Value load(const char *function, int id, int axis, Value AxisSettings::*setting)
 {
     LibraryCall call(function, id, axis);
     Axis *found = call.axis(id, axis);
-    return call.finish(found ? found->settings.*setting : static_cast<Value>(call.status()));
+    return call.finish(found ? call.given(found->settings.*setting) : static_cast<Value>(call.status()));
 }
 
 /** `allows` takes the axis and the value and tells whether they go together. */
@@ -186,11 +186,12 @@ int getTable(const char *function, int id, int axis, Table AxisSettings::*table,
         if (!pairs || !count || *count < 0)
             return BadArgument;
         const Table &stored = found.settings.*table;
-        *count = std::min(*count, static_cast<int>(stored.size()));
-        for (int i = 0; i < *count; ++i) {
-            pairs[2 * i] = stored[i].first;
-            pairs[2 * i + 1] = stored[i].second;
+        const int given = std::min(*count, static_cast<int>(stored.size()));
+        for (int i = 0; i < given; ++i) {
+            pairs[2 * i] = call.given(stored[i].first);
+            pairs[2 * i + 1] = call.given(stored[i].second);
         }
+        *count = call.givenCount(given);
         return Ok;
     });
 }
@@ -211,7 +212,7 @@ int listTSMotorControlerDevices(int *ids, int capacity)
         if (controller.plugged() && count < capacity)
             ids[count++] = controller.id;
     }
-    return call.finish(count);
+    return call.finish(call.givenCount(count));
 }
 
 int addDev(int id)
@@ -275,7 +276,7 @@ int getDevAxisCount(int id)
 {
     LibraryCall call(__func__, id);
     Controller *controller = call.openController(id);
-    return call.finish(controller ? controller->axisCount : call.status());
+    return call.finish(controller ? call.given(controller->axisCount) : call.status());
 }
 
 int setDevAxisCount(int id, int count)
@@ -319,7 +320,7 @@ int getRockerEnable(int id)
 {
     LibraryCall call(__func__, id);
     Controller *controller = call.openController(id);
-    return call.finish(controller ? static_cast<int>(controller->joystickDrives()) : call.status());
+    return call.finish(controller ? call.given(static_cast<int>(controller->joystickDrives())) : call.status());
 }
 
 int setRockerEnable(int id, int enable)
@@ -340,8 +341,9 @@ int getRockerInfo(int id, CONTROLER_STATE *info)
         if (!info) {
             call.refuse(BadArgument);
         } else {
-            info->rockerState = controller->joystickPresent();
-            info->rockerValue = static_cast<uint16_t>(std::lround(std::abs(controller->deflection())));
+            info->rockerState = static_cast<uint8_t>(call.given<int>(controller->joystickPresent()));
+            info->rockerValue =
+                static_cast<uint16_t>(call.given(static_cast<int>(std::lround(std::abs(controller->deflection())))));
         }
     }
     return call.finish(call.status());
@@ -411,10 +413,10 @@ double getCurrentPos(int id, int axis, int *status)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (status)
+    if (status && !found) // the caller has set it to 0
         *status = call.status();
     if (found)
-        return call.finish(found->reportedPosition());
+        return call.finish(call.given(found->reportedPosition()));
     call.finish(call.status()); // positions can be negative, so that the status would not show in the result
     return 0;
 }
@@ -425,10 +427,10 @@ double getTargetPos(int id, int axis, unsigned char *success)
 {
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
-    if (success)
-        *success = found ? 1 : 0;
+    if (success && found) // the caller has set it to 0
+        *success = 1;
     if (found)
-        return call.finish(found->settings.targetPos);
+        return call.finish(call.given(found->settings.targetPos));
     call.finish(call.status());
     return 0;
 }
@@ -511,7 +513,7 @@ int getJogDelay(int id, int axis)
 int getJogIndex(int id, int axis)
 {
     LibraryCall call(__func__, id, axis);
-    return onAxis(call, id, axis, [](const Axis &found) { return found.jogIndex(); });
+    return onAxis(call, id, axis, [&call](const Axis &found) { return call.given(found.jogIndex()); });
 }
 
 int setCircleDisp(int id, int axis, double value)
@@ -547,7 +549,7 @@ int getCircleDelay(int id, int axis)
 int getCircleIndex(int id, int axis)
 {
     LibraryCall call(__func__, id, axis);
-    return onAxis(call, id, axis, [](const Axis &found) { return found.loopIndex(); });
+    return onAxis(call, id, axis, [&call](const Axis &found) { return call.given(found.loopIndex()); });
 }
 
 int setTriggerInEnable(int id, int axis, int value)
@@ -596,7 +598,8 @@ int setMotorUnitType(int id, int axis, int value)
 int getMotorUnitType(int id, int axis)
 {
     LibraryCall call(__func__, id, axis);
-    return onAxis(call, id, axis, [](const Axis &found) { return static_cast<int>(found.stage().unitType); });
+    return onAxis(
+        call, id, axis, [&call](const Axis &found) { return call.given(static_cast<int>(found.stage().unitType)); });
 }
 
 int getMotorModelName(int id, int axis, char *buffer, int length)
@@ -625,7 +628,7 @@ int getMotorParams(int id, int axis, MotorParams *params)
     const Axis *found = call.axis(id, axis);
     if (!found || !params)
         return call.finish(call.refuse(BadArgument)); // or what had already been said against it
-    *params = found->stage();
+    *params = found->shownParams.value_or(found->stage());
     return call.finish(Ok, formatted(*params));
 }
 
@@ -640,8 +643,8 @@ int getMotorAutoDetect(int id, int axis, int *code)
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
     if (!found || !code)
-        return call.finish(call.refuse(BadArgument)); // or what had already been said against it
-    *code = static_cast<int>(found->chip);            // the enumerators are in the order of the codes
+        return call.finish(call.refuse(BadArgument));  // or what had already been said against it
+    *code = call.given(static_cast<int>(found->chip)); // the enumerators are in the order of the codes
     return call.finish(Ok, formatted(*code));
 }
 

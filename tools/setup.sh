@@ -9,8 +9,13 @@ build_packages=(
 )
 desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
 kit_packages=(python3 mono-mcs mono-runtime)
+manual_packages=(pandoc weasyprint poppler-utils)
 style_packages=(clang-format)
 fuzz_packages=(clang-14 libclang-rt-14-dev)
+static_packages=(clang-tidy clazy)
+coverage_packages=(gcovr)
+mutants_packages=(ccache)
+package_packages=(dpkg-dev file lintian appstream desktop-file-utils dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0)
 
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 

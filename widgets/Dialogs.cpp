@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/Dialogs.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QGraphicsDropShadowEffect>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
 #include <QStyle>
@@ -27,12 +30,29 @@ void Dialogs::centreOn(QWidget *popup, const QWidget *window)
         window->x() + (window->width() - popup->width()) / 2, window->y() + (window->height() - popup->height()) / 2);
 }
 
+QScreen *Dialogs::screenOf(const QWidget *window)
+{
+    QScreen *screen = QGuiApplication::screenAt(window->frameGeometry().center());
+    return screen ? screen : window->screen();
+}
+
 void Dialogs::keepOnScreen(QWidget *popup)
 {
-    const QRect screen = popup->screen()->availableGeometry();
-    popup->move(
-        qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - popup->width())),
-        qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - popup->height())));
+    QRect screen = screenOf(popup)->availableGeometry();
+    const bool getsFrame = !(popup->windowFlags() & Qt::FramelessWindowHint);
+    if (getsFrame && popup->frameGeometry() == popup->geometry())
+        screen.adjust(8, 40, -8, -8); // the window manager puts it around later
+    const QSize size = popup->frameGeometry().size();
+    const QPoint place(
+        qMax(screen.left(), qMin(popup->x(), screen.right() + 1 - size.width())),
+        qMax(screen.top(), qMin(popup->y(), screen.bottom() + 1 - size.height())));
+    if (place != popup->pos())
+        popup->move(place);
+}
+
+void Dialogs::polishWhenShown()
+{
+    QCoreApplication::removePostedEvents(nullptr, QEvent::PolishRequest);
 }
 
 void Dialogs::paintBackground(QWidget *widget)

@@ -59,7 +59,8 @@ int widestLine(const QString &text)
     font.setPixelSize(18);
     const QFontMetrics metrics(font);
     int widest = 0;
-    for (const QString &line : text.split(QLatin1Char('\n')))
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (const QString &line : lines)
         widest = std::max(widest, metrics.horizontalAdvance(line));
     return widest;
 }
@@ -82,8 +83,12 @@ protected:
     bool event(QEvent *event) override
     {
         const bool handled = QMessageBox::event(event);
-        if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::FontChange)
+        if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::FontChange) {
             grow();
+            // X may just have reported the place from before showEvent(), and resizing asks for that place again.
+            if (isVisible())
+                place();
+        }
         return handled;
     }
     void showEvent(QShowEvent *event) override
@@ -91,12 +96,17 @@ protected:
         QMessageBox::showEvent(event);
         grow();
         // Its size is known only now, and the window manager would place it as it likes.
+        place();
+    }
+
+private:
+    void place()
+    {
         if (parentWidget())
             Dialogs::centreOn(this, parentWidget()->window());
         Dialogs::keepOnScreen(this);
     }
 
-private:
     void grow()
     {
         const QSize size = this->size().expandedTo(layout()->totalMinimumSize()).expandedTo(m_minimum);

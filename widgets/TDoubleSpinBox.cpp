@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/TDoubleSpinBox.h"
 
-#include <QRegularExpression>
-
 TDoubleSpinBox::TDoubleSpinBox(QWidget *parent)
     : QDoubleSpinBox(parent)
 {
@@ -11,8 +9,14 @@ TDoubleSpinBox::TDoubleSpinBox(QWidget *parent)
 
 QString TDoubleSpinBox::textFromValue(double value) const
 {
-    static const QRegularExpression trailingZeros(QStringLiteral("(\\.){0,1}0+$"));
-    return QString::number(value, 'f', 6).remove(trailingZeros);
+    QString text = QString::number(value, 'f', 6);
+    if (!text.endsWith(QLatin1Char('0')))
+        return text;
+    while (text.endsWith(QLatin1Char('0')))
+        text.chop(1);
+    if (text.endsWith(QLatin1Char('.')))
+        text.chop(1);
+    return text;
 }
 
 QValidator::State TDoubleSpinBox::validate(QString &input, int &pos) const

@@ -152,6 +152,10 @@ actual travel of the stage!</translation>
         <source>停止运行</source>
         <translation>Stop runing</translation>
     </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
+    </message>
 </context>
 <context>
     <name>DebugWidget</name>
@@ -431,6 +435,10 @@ actual travel of the stage!</translation>
         <source>读取电机参数失败：error（%1）</source>
         <translation>Failed to read motor parameters: error (%1)</translation>
     </message>
+    <message>
+        <source>位置补偿表</source>
+        <translation>Position compensation table</translation>
+    </message>
 </context>
 <context>
     <name>DeviceParamWidget</name>
@@ -465,6 +473,10 @@ actual travel of the stage!</translation>
     <message>
         <source>写入</source>
         <translation>write</translation>
+    </message>
+    <message>
+        <source>选择配置文件</source>
+        <translation>Choose the config file</translation>
     </message>
 </context>
 <context>
@@ -539,6 +551,10 @@ actual travel of the stage!</translation>
     <message>
         <source>了解更多详细信息</source>
         <translation>Learn more</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
     </message>
 </context>
 <context>
@@ -734,6 +750,10 @@ actual travel of the stage!</translation>
     <message>
         <source>缩小</source>
         <translation>Reduce</translation>
+    </message>
+    <message>
+        <source>操作日志</source>
+        <translation>Operation log</translation>
     </message>
 </context>
 <context>

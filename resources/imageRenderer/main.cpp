@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
 // imageRenderer TABLE TOKENS TEMPLATES OUTPUT [FONT]: draws the program's images at build time.
+// imageRenderer --icon NAME TABLE TOKENS TEMPLATES OUTPUT: draws the table's single image NAME as a desktop's icon, as
+// OUTPUT/hicolor/… in the sizes and folders of an icon theme and as OUTPUT/NAME.ico.
 //
 // TABLE names every image: the template it is drawn from, its size and the token colour of each role in each state.
 // In a template a role is written @role. Each image is written at its size and, as NAME@2x.png, at twice its size.
 
+#include <QBuffer>
+#include <QDataStream>
 #include <QDir>
 #include <QFile>
 #include <QFontDatabase>
@@ -53,6 +57,50 @@ Values readTokens(const QString &path)
     return tokens;
 }
 
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()) {
+        fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+    }
+}
+
+QByteArray png(QSvgRenderer &svg, QSize size)
+{
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    svg.render(&painter);
+    painter.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+/// A Windows icon file: a directory of pictures, then the pictures, here all in PNG.
+QByteArray ico(QSvgRenderer &svg, const QVector<int> &sizes)
+{
+    constexpr int headerSize = 6;
+    constexpr int entrySize = 16;
+    QByteArray bytes;
+    QByteArray pictures;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream << quint16(0) << quint16(1) << quint16(sizes.size());
+    for (const int size : sizes) {
+        const QByteArray picture = png(svg, {size, size});
+        const quint8 side = size == 256 ? 0 : quint8(size);
+        stream << side << side << quint8(0) << quint8(0) << quint16(1) << quint16(32) << quint32(picture.size())
+               << quint32(headerSize + entrySize * sizes.size() + pictures.size());
+        pictures += picture;
+    }
+    return bytes + pictures;
+}
+
 QByteArray fillIn(const QString &text, const Values &values, const QString &name)
 {
     static const QRegularExpression role(QStringLiteral("@(\\w+)"));
@@ -96,15 +144,29 @@ public:
             fail(QStringLiteral("%1: no such palette").arg(base));
         }
         const QJsonObject spelling = row[QStringLiteral("spelling")].toObject();
-        for (const QString &state : palette.keys()) {
+        const QStringList states = palette.keys();
+        for (const QString &state : states) {
             const QString name =
                 base + QLatin1Char('_') + spelling[state].toString(state) + row[QStringLiteral("suffix")].toString();
             draw(row, palette[state].toObject(), name);
         }
     }
 
+    void drawIcon(const QJsonObject &row) const
+    {
+        const QString name = row[QStringLiteral("base")].toString();
+        const QByteArray source = fillTemplate(row, row[QStringLiteral("colours")].toObject(), name);
+        QSvgRenderer svg(source);
+        const QString theme = m_output + QStringLiteral("/hicolor/%1/apps/") + name;
+        for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512}) {
+            writeFile(theme.arg(QStringLiteral("%1x%1").arg(size)) + QStringLiteral(".png"), png(svg, {size, size}));
+        }
+        writeFile(theme.arg(QStringLiteral("scalable")) + QStringLiteral(".svg"), source);
+        writeFile(m_output + QLatin1Char('/') + name + QStringLiteral(".ico"), ico(svg, {16, 24, 32, 48, 64, 256}));
+    }
+
 private:
-    void draw(const QJsonObject &row, const QJsonObject &colours, const QString &name) const
+    QByteArray fillTemplate(const QJsonObject &row, const QJsonObject &colours, const QString &name) const
     {
         Values values;
         values.insert(QStringLiteral("font"), m_fontFamily);
@@ -125,24 +187,21 @@ private:
         }
 
         const QString source = QString::fromUtf8(readFile(QStringLiteral("%1/%2.svg").arg(m_templates, templateName)));
-        QSvgRenderer svg(fillIn(source, values, name));
-        if (!svg.isValid()) {
+        const QByteArray filled = fillIn(source, values, name);
+        if (!QSvgRenderer(filled).isValid()) {
             fail(QStringLiteral("%1: its template is not a readable image").arg(name));
         }
+        return filled;
+    }
+
+    void draw(const QJsonObject &row, const QJsonObject &colours, const QString &name) const
+    {
+        QSvgRenderer svg(fillTemplate(row, colours, name));
         const QJsonArray size = row[QStringLiteral("size")].toArray();
         for (int scale = 1; scale <= 2; ++scale) {
-            QImage image(size[0].toInt() * scale, size[1].toInt() * scale, QImage::Format_ARGB32_Premultiplied);
-            image.fill(Qt::transparent);
-            QPainter painter(&image);
-            painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-            svg.render(&painter);
-            painter.end();
             const QString path =
                 QStringLiteral("%1/%2%3.png").arg(m_output, name, scale == 2 ? QStringLiteral("@2x") : QString());
-            QDir().mkpath(QFileInfo(path).path());
-            if (!image.save(path)) {
-                fail(QStringLiteral("cannot write %1").arg(path));
-            }
+            writeFile(path, png(svg, QSize(size[0].toInt(), size[1].toInt()) * scale));
         }
     }
 
@@ -160,9 +219,14 @@ int main(int argc, char *argv[])
     // The images must not depend on the scaling of the desktop that happens to build them.
     qunsetenv("QT_SCALE_FACTOR");
     QGuiApplication app(argc, argv);
-    const QStringList arguments = app.arguments();
+    QStringList arguments = app.arguments();
+    QString icon;
+    if (arguments.size() > 2 && arguments[1] == QLatin1String("--icon")) {
+        icon = arguments[2];
+        arguments.erase(arguments.begin() + 1, arguments.begin() + 3);
+    }
     if (arguments.size() < 5) {
-        std::fprintf(stderr, "usage: imageRenderer TABLE TOKENS TEMPLATES OUTPUT [FONT]\n");
+        std::fprintf(stderr, "usage: imageRenderer [--icon NAME] TABLE TOKENS TEMPLATES OUTPUT [FONT]\n");
         return 2;
     }
     try {
@@ -182,8 +246,17 @@ int main(int argc, char *argv[])
         }
         const Renderer renderer(readTokens(arguments[2]), arguments[3], arguments[4], family);
         const QJsonArray rows = table[QStringLiteral("images")].toArray();
+        bool iconDrawn = false;
         for (const QJsonValue &row : rows) {
-            renderer.drawRow(row.toObject(), table[QStringLiteral("palettes")].toObject());
+            if (icon.isEmpty()) {
+                renderer.drawRow(row.toObject(), table[QStringLiteral("palettes")].toObject());
+            } else if (row[QStringLiteral("base")].toString() == icon) {
+                renderer.drawIcon(row.toObject());
+                iconDrawn = true;
+            }
+        }
+        if (!icon.isEmpty() && !iconDrawn) {
+            fail(QStringLiteral("no image is named %1").arg(icon));
         }
     } catch (const std::exception &error) {
         std::fprintf(stderr, "imageRenderer: %s\n", error.what());

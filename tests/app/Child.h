@@ -82,12 +82,13 @@ public:
         return files;
     }
 
-    /** Whether this text has come on standard output. */
-    bool hasSaid(const char *text)
+    /** What has come on standard output. */
+    QByteArray output()
     {
         m_output += process.readAllStandardOutput();
-        return m_output.contains(text);
+        return m_output;
     }
+    bool hasSaid(const char *text) { return output().contains(text); }
     /** The lines on standard error, but for the program's own debug lines. */
     QStringList complaints()
     {

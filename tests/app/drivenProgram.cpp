@@ -2,7 +2,9 @@
 // The whole program in front of a simulated controller, with a user inside: it is brought into a state and then left.
 //     drivenProgram STATE WAY
 //     STATE: idle, connected, moving, asking (under a message box), writing (under the console's box, which holds the
-//            library), hanging (the library does not come back), typing (a target position with a decimal comma)
+//            library), hanging (the library does not come back), waiting (and the windows wait for it), typing (a
+//            target position with a decimal comma), reading (every file that it reads, as often as READS in the
+//            environment says; it tells what it has read)
 //     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), nothing (somebody else
 //            sends a signal)
 // It writes "ready" before it is left, and what it finds on the way there.
@@ -12,15 +14,21 @@
 #include "axis/MoverControlWidget.h"
 #include "console/DebugWidget.h"
 #include "device/SerialComDev.h"
+#include "models/AddControlsWidget.h"
+#include "settings/OptionsWidget.h"
 #include "shell/ConnectionWidget.h"
+#include "shell/HelpWidget.h"
 #include "shell/MoverWidget.h"
 #include "simulator/SimulatorControl.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QFile>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QtTest>
@@ -86,6 +94,44 @@ DebugWidget *openConsole(MoverWidget *window)
         *std::find_if(windows.begin(), windows.end(), [](QWidget *each) { return qobject_cast<DebugWidget *>(each); }));
 }
 
+/** Opens and uses whatever reads a file, and tells what came of it. */
+void readFiles(MoverWidget *window)
+{
+    auto *options = window->findChild<OptionsWidget *>();
+    auto *add = window->findChild<AddControlsWidget *>();
+    auto *models = add->findChild<QComboBox *>(QStringLiteral("comboBox_models"));
+    const auto language = [options](const char *radioButton) {
+        options->findChild<QRadioButton *>(QLatin1String(radioButton))->setChecked(true);
+        QCoreApplication::processEvents();
+    };
+    const bool startedInEnglish = options->language() == 1;
+    QString title;
+    for (int k = qMax(1, qEnvironmentVariableIntValue("READS")); k > 0; --k) {
+        language("radioButton_cn");
+        language("radioButton_en");
+        title = options->findChild<QLabel *>(QStringLiteral("label"))->text();
+        click(button(window, "pushButton_addAsix"));
+        add->hide();
+        click(button(window, "pushButton_help"));
+        window->findChild<HelpWidget *>()->hide();
+        openConsole(window)->hide();
+    }
+    language("radioButton_cn");
+    QFile status(QStringLiteral("/proc/self/status"));
+    QByteArray peak;
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray &line : status.readAll().split('\n')) {
+            if (line.startsWith("VmHWM:"))
+                peak = line.mid(6).simplified();
+        }
+    }
+    say("english: " + std::to_string(startedInEnglish));
+    say("title: " + title.toStdString());
+    say("models: " + std::to_string(models->count()));
+    say("font size: " + std::to_string(QApplication::font().pixelSize()));
+    say("peak: " + peak.toStdString());
+}
+
 /** Runs `then` in the event loop as soon as `condition` holds. */
 template <typename Condition, typename Function>
 void when(Condition condition, Function then)
@@ -122,6 +168,13 @@ void drive()
     } else if (state == "hanging") {
         simulator::hangCall("getCurrentPos");
         when([] { return simulator::waitUntilHanging(0); }, leaveNow);
+    } else if (state == "waiting") {
+        simulator::hangCall("getDevAxisCount");
+        leaveNow();
+        click(button(window, "pushButton_settings"));
+    } else if (state == "reading") {
+        readFiles(window);
+        leaveNow();
     } else if (state == "typing") {
         MoverControlWidget *panel = window->panelBoard().find(QStringLiteral("Axis1"));
         click(button(panel, "pushButton_moveParam"));

@@ -11,7 +11,9 @@
 #include "support/Chinese.h"
 
 #include <QAction>
+#include <QAccessible>
 #include <QApplication>
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QHeaderView>
@@ -350,6 +352,44 @@ QStringList cutOff(const QWidget *window, int *texts)
     return list;
 }
 
+/** What a user types into, clicks or steps to; not the parts that Qt makes a control of. */
+bool isControl(const QWidget *widget)
+{
+    const QWidget *parent = widget->parentWidget();
+    return (widget->focusPolicy() != Qt::NoFocus || qobject_cast<const QAbstractButton *>(widget)) &&
+           !widget->isWindow() && widget->window()->windowType() != Qt::Popup &&
+           !qobject_cast<const QTabWidget *>(widget) &&
+           (!widget->objectName().startsWith("qt_") || qobject_cast<const QTabBar *>(widget)) &&
+           !qobject_cast<const QAbstractSpinBox *>(parent) && !qobject_cast<const QComboBox *>(parent) &&
+           !qobject_cast<const QAbstractScrollArea *>(parent);
+}
+
+/** Of buttons that exclude each other Tab reaches one, and the arrow keys the others. */
+bool isExclusive(const QWidget *widget)
+{
+    const auto *button = qobject_cast<const QAbstractButton *>(widget);
+    return button && (button->autoExclusive() || (button->group() && button->group()->exclusive()));
+}
+
+/** Distinct, also among the panels. */
+QString nameOf(const QWidget *widget)
+{
+    QString name = widget->objectName();
+    for (const QWidget *parent = widget->parentWidget(); parent; parent = parent->parentWidget()) {
+        if (const auto *panel = qobject_cast<const MoverControlWidget *>(parent))
+            name.prepend(panel->axisName() + '/');
+    }
+    return name;
+}
+
+/** Whether `next` comes after `last` to someone who reads lines from above, and one column after the other. */
+bool isRead(const QWidget *last, const QWidget *next)
+{
+    const QRect a(last->mapTo(last->window(), QPoint()), last->size());
+    const QRect b(next->mapTo(next->window(), QPoint()), next->size());
+    return b.center().y() > a.bottom() || b.left() > a.right();
+}
+
 } // namespace
 
 /** The whole program, with a controller, in its two languages. */
@@ -370,6 +410,11 @@ private slots:
     void startsInTheStoredLanguage();
     void textsFit_data();
     void textsFit();
+
+    void everyControlHasAName_data();
+    void everyControlHasAName();
+    void tabReachesEveryControlOnce_data();
+    void tabReachesEveryControlOnce();
 
 private:
     void choose(bool english);
@@ -663,6 +708,98 @@ void tst_Languages::textsFit()
     }
     QCOMPARE(windows, 14 + tabs->count());
     QVERIFY2(cut.isEmpty(), qPrintable('\n' + cut.join('\n')));
+}
+
+// ---- Without eyes or mouse -----------------------------------------------------------------------------------------
+
+void tst_Languages::everyControlHasAName_data()
+{
+    QTest::addColumn<bool>("english");
+    QTest::newRow("Chinese") << false;
+    QTest::newRow("English") << true;
+    QTest::newRow("Chinese again") << false;
+}
+
+void tst_Languages::everyControlHasAName()
+{
+    QFETCH(bool, english);
+    choose(!english);
+    choose(english);
+    int controls = 0;
+    QStringList nameless;
+    QStringList chinese;
+    for (QWidget *widget : programWidgets()) {
+        if (!isControl(widget))
+            continue;
+        ++controls;
+        const QString name = QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+        const QString place = widget->window()->metaObject()->className() + QStringLiteral(", ") + widget->objectName();
+        if (name.trimmed().isEmpty() && !qobject_cast<QTabBar *>(widget)) // whose tabs have names
+            nameless.append(place);
+        if (english && isChinese(widget->accessibleName()))
+            chinese.append(place);
+    }
+    QVERIFY(controls > 200);
+    QVERIFY2(nameless.isEmpty(), qPrintable('\n' + nameless.join('\n')));
+    QVERIFY2(chinese.isEmpty(), qPrintable('\n' + chinese.join('\n')));
+}
+
+void tst_Languages::tabReachesEveryControlOnce_data()
+{
+    QTest::addColumn<QString>("window");
+    for (const char *window :
+         {"MoverWidget", "AddControlsWidget", "ConnectionWidget", "HelpWidget", "MoveParamWidget", "JogParamWidget",
+          "DriveParamWidget", "OptionsWidget", "DebugWidget"})
+        QTest::newRow(window) << window;
+}
+
+void tst_Languages::tabReachesEveryControlOnce()
+{
+    QFETCH(QString, window);
+    QWidget *const shown = [&]() -> QWidget * {
+        for (QWidget *widget : programWidgets()) {
+            if (widget->metaObject()->className() == window)
+                return widget;
+        }
+        return nullptr;
+    }();
+    auto *tabs = shown->findChild<QTabWidget *>();
+    auto *pages = shown->findChild<QStackedWidget *>();
+    const int count = tabs ? tabs->count() : window == "OptionsWidget" ? pages->count() : 1;
+    for (int page = 0; page < count; ++page) {
+        if (tabs)
+            tabs->setCurrentIndex(page);
+        else if (count > 1)
+            pages->setCurrentIndex(page);
+        shown->show();
+        QApplication::setActiveWindow(shown);
+        QVERIFY(QTest::qWaitForWindowActive(shown));
+        QStringList left;
+        for (QWidget *widget : programWidgets()) {
+            if (isControl(widget) && widget->window() == shown && widget->isVisible() && widget->isEnabled() &&
+                (widget->focusPolicy() & Qt::TabFocus) && !isExclusive(widget))
+                left.append(nameOf(widget));
+        }
+        QVERIFY(!left.isEmpty());
+        QWidget *const first = QApplication::focusWidget();
+        QStringList twice;
+        QWidget *last = nullptr;
+        QStringList backwards;
+        do {
+            QWidget *focus = QApplication::focusWidget();
+            if (!isExclusive(focus) && !left.removeOne(nameOf(focus)))
+                twice.append(nameOf(focus));
+            // The buttons stand beside or above the fields, and come after them.
+            if (last && !isRead(last, focus) && !qobject_cast<QAbstractButton *>(focus))
+                backwards.append(nameOf(last) + " -> " + nameOf(focus));
+            last = focus;
+            QTest::keyClick(focus, Qt::Key_Tab);
+        } while (QApplication::focusWidget() != first && twice.size() < 5);
+        QVERIFY2(left.isEmpty(), qPrintable("never: " + left.join(", ")));
+        QVERIFY2(twice.isEmpty(), qPrintable("twice: " + twice.join(", ")));
+        QVERIFY2(backwards.size() <= 1, qPrintable("backwards: " + backwards.join(", "))); // one is from end to start
+    }
+    shown->hide();
 }
 
 int main(int argc, char *argv[])

@@ -11,6 +11,7 @@ const QString drivenProgram = QStringLiteral(MOVER_DRIVEN_PROGRAM);
 
 constexpr int startLimitMs = 30000;
 constexpr int leaveLimitMs = 3000;
+constexpr int patienceMs = 5000; // with windows that do not answer
 
 } // namespace
 
@@ -39,6 +40,7 @@ private slots:
     void exitCodeIsThatOfTheEventLoop();
     void leavesOnASignalFromEveryState_data();
     void leavesOnASignalFromEveryState();
+    void leavesOnASignalWhileItsWindowsWaitForTheLibrary();
 };
 
 void tst_Process::explainsItself_data()
@@ -278,6 +280,20 @@ void tst_Process::leavesOnASignalFromEveryState()
     QVERIFY2(timer.elapsed() < leaveLimitMs, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(child.process.exitCode(), 0);
+}
+
+void tst_Process::leavesOnASignalWhileItsWindowsWaitForTheLibrary()
+{
+    Child child(drivenProgram, {QStringLiteral("waiting"), QStringLiteral("nothing")});
+    child.start();
+    QTRY_VERIFY_WITH_TIMEOUT(child.hasSaid("ready"), startLimitMs);
+    QElapsedTimer timer;
+    timer.start();
+    child.send(SIGTERM);
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QVERIFY2(timer.elapsed() < patienceMs + leaveLimitMs, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), EXIT_FAILURE); // the controller was not closed
 }
 
 QTEST_GUILESS_MAIN(tst_Process)

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "app/ScreenFit.h"
 #include "app/StartUp.h"
+#include "device/SerialComDev.h"
 #include "models/StageModelCatalogue.h"
+#include "shell/MoverWidget.h"
 #include "simulator/SimulatorControl.h"
 #include "support/DebugLog.h"
 
@@ -51,6 +54,10 @@ private slots:
 
     void numbersHaveAPointInEveryLocale_data();
     void numbersHaveAPointInEveryLocale();
+
+    void scaleFitsTheMainWindow_data();
+    void scaleFitsTheMainWindow();
+    void scaleIsForTheMainWindowsMinimum();
 
 private:
     QFont m_font;
@@ -232,6 +239,38 @@ void tst_StartUp::numbersHaveAPointInEveryLocale()
     QTest::keyClicks(&field, QStringLiteral("1234.25"));
     QCOMPARE(field.value(), 1234.25);
     QCOMPARE(field.text(), QStringLiteral("1234.25"));
+}
+
+// ---- Screen --------------------------------------------------------------------------------------------------------
+
+void tst_StartUp::scaleFitsTheMainWindow_data()
+{
+    QTest::addColumn<QSize>("room");
+    QTest::addColumn<double>("scale");
+    QTest::newRow("large") << QSize(1920, 1080) << 1.0;
+    QTest::newRow("just large enough") << QSize(1620, 910) << 1.0;
+    QTest::newRow("too narrow") << QSize(1600, 1200) << 0.98;
+    QTest::newRow("too low") << QSize(1920, 900) << 0.98;
+    QTest::newRow("small notebook") << QSize(1366, 768) << 0.84;
+    QTest::newRow("small notebook with a task bar") << QSize(1366, 728) << 0.8;
+    QTest::newRow("too small to be read") << QSize(640, 480) << 0.5;
+    QTest::newRow("none") << QSize(0, 0) << 0.5;
+}
+
+void tst_StartUp::scaleFitsTheMainWindow()
+{
+    QFETCH(QSize, room);
+    QTEST(ScreenFit::scaleFor(room), "scale");
+}
+
+void tst_StartUp::scaleIsForTheMainWindowsMinimum()
+{
+    {
+        const MoverWidget window;
+        QCOMPARE(window.minimumSize(), ScreenFit::MainWindow);
+        QCOMPARE(window.size(), ScreenFit::MainWindow);
+    }
+    QVERIFY(SerialComDev::shutDown(5000));
 }
 
 int main(int argc, char *argv[])

@@ -216,6 +216,32 @@ private slots:
         QCOMPARE(worker->deviceId(), 0);
     }
 
+    void leavingEndsWhatIsPolledForButNotWhatWasAskedFor()
+    {
+        const auto worker = openDevice();
+        QVERIFY(worker->leave(5000));
+        emit worker->signal_getCurrentPos(0);
+        emit worker->signal_getDevState(0);
+        QMetaObject::invokeMethod(worker.data(), &SerialComDev::slot_heartBeat);
+        QMetaObject::invokeMethod(worker.data(), &SerialComDev::slot_consoleHeartBeat);
+        worker->close(); // after all of them
+        QCOMPARE(calls(), (QStringList{"closeTSDevice(1001)", "removeDev(1001)"}));
+
+        QCOMPARE(worker->open(device), device);
+        simulator::clearJournal();
+        simulator::hangCall("getCurrentPos");
+        emit worker->signal_getCurrentPos(0);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        emit worker->signal_stopMotor(0);
+        emit worker->signal_getDevState(0);
+        QVERIFY(!worker->leave(50));
+        simulator::releaseHung();
+        worker->close();
+        QCOMPARE(
+            calls(),
+            (QStringList{"getCurrentPos(1001, 0)", "stopRuning(1001, 0)", "closeTSDevice(1001)", "removeDev(1001)"}));
+    }
+
     // ---- Accessors
 
     void accessorsMakeOneCallUnderTheMutexAndReturnItsResult_data()
@@ -389,6 +415,12 @@ private slots:
         QCOMPARE(worker->getAxisCircleCount(0), 9);
         QCOMPARE(worker->getAxisCircleDisp(0), 10.5);
         QCOMPARE(worker->getAxisCircleDelay(0), 11);
+    }
+    void theRecordOfAnAxisCarriesItsNumber()
+    {
+        const auto worker = openDevice();
+        QCOMPARE(worker->readAxisParams(2), 0);
+        QCOMPARE(worker->axisInfo(2).axis, 2);
     }
     void axisReadHoldsTheMutexForTheWholeSequence()
     {

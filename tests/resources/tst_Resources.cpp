@@ -64,6 +64,7 @@ struct Single {
 QVector<Single> singles()
 {
     return {
+        {"mover", {64, 64}},
         {"company", {70, 20}},
         {"devLogo", {284, 20}},
         {"console", {32, 32}},

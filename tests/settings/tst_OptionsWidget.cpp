@@ -70,6 +70,7 @@ private slots:
     void clickOnEnglishAppliesAndStoresIt();
     void clickOnChineseAppliesAndStoresIt();
     void storedLanguageIsAppliedOnConstruction();
+    void showingTheStoredLanguageWritesNothing();
     void withoutCatalogueItStaysChineseAndKeepsTheChoice();
     void takesNoOtherCatalogue_data();
     void takesNoOtherCatalogue();
@@ -320,6 +321,20 @@ void tst_OptionsWidget::storedLanguageIsAppliedOnConstruction()
     m_dialog->restart();
     QCOMPARE(title(), QString("设置"));
     QVERIFY(isOn("radioButton_cn"));
+}
+
+void tst_OptionsWidget::showingTheStoredLanguageWritesNothing()
+{
+    putCatalogue("mover_en_US.qm");
+    const QByteArray text = "; by hand\n[language]\ntype=1\n"; // would not be written like that
+    QFile file(OptionsDialog::programFile("appConfig.ini"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(text), text.size());
+    file.close();
+    QCOMPARE(title(), QString("Settings"));
+    QVERIFY(isOn("radioButton_en"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), text);
 }
 
 void tst_OptionsWidget::withoutCatalogueItStaysChineseAndKeepsTheChoice()

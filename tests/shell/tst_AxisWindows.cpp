@@ -77,6 +77,7 @@ private slots:
     void startsInJoystickModeWhenTheControllerIsInIt();
     void forgetsTheJoystickModeOfTheLastController();
     void initialisationShowsABusyCursorButNotUnderMessages();
+    void anImpossibleAxisCountIsToldOnce();
 
     // Adding a panel
     void refusesMorePanelsThanAxes();
@@ -319,6 +320,17 @@ void tst_AxisWindows::forgetsTheJoystickModeOfTheLastController()
     program.connectTo(1002);
     QVERIFY(!program.rocker()->isChecked());
     QVERIFY(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_move"))->isVisible());
+}
+
+void tst_AxisWindows::anImpossibleAxisCountIsToldOnce()
+{
+    playChips("waw");
+    simulator::answerNumber("getDevAxisCount", 1000);
+    const MessageBoxes boxes;
+    OpenWindow program;
+    program.connectTo(device);
+    QCOMPARE(boxes.texts(), QStringList{QStringLiteral("初始化轴，识别芯片错误(0)！")});
+    QCOMPARE(program.panelNames(), (QStringList{QStringLiteral("Axis1"), QStringLiteral("Axis3")}));
 }
 
 void tst_AxisWindows::initialisationShowsABusyCursorButNotUnderMessages()

@@ -118,6 +118,7 @@ private slots:
     void clickOnALinkOpensItsTarget();
     void everyKitStandsBesideTheProgram_data();
     void everyKitStandsBesideTheProgram();
+    void theManualStandsBesideTheProgram();
     void showsTheSoftwareVersionAndTheCopyright();
     void firmwareVersionIsEmptyAtFirst();
     void showsTheFirmwareVersion();
@@ -197,10 +198,23 @@ void tst_HelpWidget::everyKitStandsBesideTheProgram()
     QVERIFY(QFile::exists(kit + QStringLiteral("/README.md")));
 }
 
+void tst_HelpWidget::theManualStandsBesideTheProgram()
+{
+    HelpWidget popup;
+    QSignalSpy links(label(popup, "label_manual"), &QLabel::linkActivated);
+    Desktop desktop;
+    show(popup);
+    QTest::mouseClick(label(popup, "label_manual"), Qt::LeftButton, Qt::NoModifier, QPoint(8, 8));
+    QCOMPARE(links.count(), 1);
+    QFile manual(QStringLiteral(MOVER_PROGRAM_DIR) + links.first().first().toString());
+    QVERIFY2(manual.open(QIODevice::ReadOnly), qPrintable(manual.fileName()));
+    QCOMPARE(manual.read(5), QByteArray("%PDF-"));
+}
+
 void tst_HelpWidget::showsTheSoftwareVersionAndTheCopyright()
 {
     const HelpWidget popup;
-    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V1.0.2"));
+    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V" MOVER_VERSION));
     QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
 }
 
@@ -270,7 +284,7 @@ void tst_HelpWidget::languageChangeKeepsVersionsAndCopyright()
     QVERIFY(QCoreApplication::installTranslator(&translator));
     QTRY_COMPARE(label(popup, "label_title")->text(), QStringLiteral("en:帮助"));
     QCOMPARE(label(popup, "label_firmwareVersion")->text(), QStringLiteral("V2.3"));
-    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V1.0.2"));
+    QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V" MOVER_VERSION));
     QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
 }
 

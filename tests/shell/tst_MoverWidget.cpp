@@ -2,7 +2,7 @@
 #include "device/Heart.h"
 #include "device/LibraryLock.h"
 #include "shell/MyBorderContainer.h"
-#include "shell/SerialPortChangeFilter.h"
+#include "shell/NativeMessage.h"
 #include "support/FailOnDeadSlot.h"
 #include "support/MessageBoxes.h"
 #include "support/Mouse.h"

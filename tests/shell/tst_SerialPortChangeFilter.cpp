@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "shell/NativeMessage.h"
 #include "shell/PortEventMonitor.h"
 #include "shell/SerialPortChangeFilter.h"
 

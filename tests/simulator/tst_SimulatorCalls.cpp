@@ -3,6 +3,8 @@
 
 #include <QtTest>
 
+#include <atomic>
+#include <cmath>
 #include <stdexcept>
 #include <thread>
 
@@ -43,6 +45,10 @@ private slots:
     void letsHungCallsGoOnReset();
     void answersGivenTexts();
     void answersAGivenState();
+    void answersGivenNumbers();
+    void answersGivenCounts();
+    void answersGivenParams();
+    void tellsOfEveryCallBeforeItWaits();
     void noticesOverlappingCalls();
     void noticesNoOverlapInOneThread();
     void standsCallsFromManyThreads();
@@ -196,6 +202,9 @@ void tst_SimulatorCalls::reportsFailuresInTheirOwnWay()
     QCOMPARE(getCurrentPos(device, 3, &status), 0.0);
     QCOMPARE(status, int(NoSuchAxis));
     QCOMPARE(getCurrentPos(device, 3, nullptr), 0.0);
+    status = 7;
+    getCurrentPos(device, 0, &status);
+    QCOMPARE(status, 7); // only a failure is written
     QCOMPARE(getRuningState(device, 0, nullptr), int(BadArgument));
 
     unsigned char success = 0;
@@ -442,6 +451,74 @@ void tst_SimulatorCalls::answersAGivenState()
     setState(device, 0, std::nullopt);
     QCOMPARE(stateOf(0).isHome, qint16(0));
     QCOMPARE(stateOf(0).isStop, qint16(1));
+}
+
+void tst_SimulatorCalls::answersGivenNumbers()
+{
+    answerNumber("getSpeed", std::nan(""));
+    answerNumber("getCurrentPos", 1e308);
+    answerNumber("getMotorAutoDetect", -1);
+    answerNumber("getJogCount", 32767);
+    answerNumber("getRockerInfo", 32767);
+    QVERIFY(std::isnan(getSpeed(device, 0)));
+    QCOMPARE(getCurrentPos(device, 0, nullptr), 1e308);
+    int code = 7;
+    QCOMPARE(getMotorAutoDetect(device, 0, &code), 0);
+    QCOMPARE(code, -1);
+    QCOMPARE(getJogCount(device, 0), 32767);
+    CONTROLER_STATE state = {};
+    QCOMPARE(getRockerInfo(device, &state), 0);
+    QCOMPARE(int(state.rockerState), 255);
+    QCOMPARE(int(state.rockerValue), 32767);
+    failCall("getSpeed", -9);
+    QCOMPARE(getSpeed(device, 0), -9.0); // a failure goes before
+    clearFaults();
+    QCOMPARE(getJogCount(device, 0), 5);
+}
+
+void tst_SimulatorCalls::answersGivenCounts()
+{
+    answerCount("listTSMotorControlerDevices", 1000);
+    int ids[2] = {};
+    QCOMPARE(listTSMotorControlerDevices(ids, 2), 1000);
+    QCOMPARE(ids[0], device);
+    QCOMPARE(ids[1], 0); // no more are given than there are
+    answerCount("getPositivePosConpen", -1);
+    double pairs[4] = {};
+    int count = 2;
+    QCOMPARE(getPositivePosConpen(device, 0, pairs, &count), 0);
+    QCOMPARE(count, -1);
+}
+
+void tst_SimulatorCalls::answersGivenParams()
+{
+    MotorParams given = {};
+    given.maxPos = 123;
+    setParams(device, 0, given);
+    MotorParams read = {};
+    QCOMPARE(getMotorParams(device, 0, &read), 0);
+    QCOMPARE(read.maxPos, 123.0);
+    setParams(device, 0, std::nullopt);
+    QCOMPARE(getMotorParams(device, 0, &read), 0);
+    QVERIFY(read.maxPos != 123);
+}
+
+void tst_SimulatorCalls::tellsOfEveryCallBeforeItWaits()
+{
+    std::atomic<int> seen{0};
+    onCall([&seen](const std::string &function) { seen += function == "getSpeed"; });
+    hangCall("getSpeed");
+    std::thread caller([] { getSpeed(device, 0); });
+    QVERIFY(waitUntilHanging(5000));
+    QCOMPARE(seen.load(), 1);
+    QCOMPARE(callInFlight(), std::string("getSpeed"));
+    releaseHung();
+    caller.join();
+    onCall(nullptr);
+    QCOMPARE(callInFlight(), std::string());
+    getSpeed(device, 0);
+    QCOMPARE(seen.load(), 1);
+    QCOMPARE(functions().size(), std::size_t(71));
 }
 
 // ---- Threads

@@ -179,6 +179,20 @@ private slots:
         QCOMPARE(MessageBox::exec(parent.get(), "?", kind), cancel);
         QCOMPARE(next.shown(), 1);
     }
+    void goesBackToItsPlaceWhenItIsLaidOutAnew()
+    {
+        QWidget parent;
+        parent.setGeometry(0, 0, 800, 600);
+        const OnMessageBox next([](QMessageBox &box) {
+            const QPoint place = box.pos();
+            box.move(0, 0); // as a late report of the window system would have it
+            QEvent layout(QEvent::LayoutRequest);
+            QCoreApplication::sendEvent(&box, &layout);
+            QCOMPARE(box.pos(), place);
+        });
+        MessageBox::exec(&parent, "?");
+        QCOMPARE(next.shown(), 1);
+    }
     void leavesNothingBehind()
     {
         QWidget parent;

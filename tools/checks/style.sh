@@ -52,7 +52,7 @@ done
 say "Includes"
 # folder: what it may include from, beside itself
 allowed='
-app: shell device
+app: shell widgets device
 shell: console settings axis models widgets device
 console: widgets device
 settings: widgets device

@@ -5,12 +5,17 @@
 
 #include <QApplication>
 #include <QDeadlineTimer>
+#include <QImage>
+#include <QMap>
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
 #include <QSemaphore>
 #include <QTextStream>
 #include <QWidget>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -27,6 +32,43 @@ QStringList onScreen(const QWidget *widget, QPoint position)
         const QPoint point = widget->mapToGlobal(position) * widget->devicePixelRatioF();
         return {QString::number(point.x()), QString::number(point.y())};
     });
+}
+
+/**
+ * Notes in the picture, as its texts, where the windows, panels and bars stand in it, so that each can be cut out:
+ * "MoveParamWidget" = "x y width height". Of several of a kind the further ones are "…-2", "…-3" from the top left.
+ */
+void noteParts(QImage *picture, const QRect &area)
+{
+    QMultiMap<QString, QRect> parts;
+    for (const QWidget *widget : QApplication::allWidgets()) {
+        const QString kind = QLatin1String(widget->metaObject()->className());
+        const bool isBar = widget->objectName().endsWith(QLatin1String("Bar"));
+        if (!widget->isVisible() || !(widget->isWindow() || isBar || !kind.startsWith(QLatin1Char('Q'))))
+            continue;
+        // A dialog without its shadow.
+        const auto *body = widget->findChild<QWidget *>(QStringLiteral("widget_back"), Qt::FindDirectChildrenOnly);
+        const QWidget *shown = body ? body : widget;
+        const QRect place = QRect(shown->mapToGlobal(QPoint()), shown->size()).intersected(area);
+        if (!place.isEmpty())
+            parts.insert(isBar ? widget->objectName() : kind, place.translated(-area.topLeft()));
+    }
+    const qreal ratio = picture->devicePixelRatioF();
+    for (const QString &name : parts.uniqueKeys()) {
+        QList<QRect> places = parts.values(name);
+        std::sort(places.begin(), places.end(), [](const QRect &a, const QRect &b) {
+            return std::make_pair(a.y(), a.x()) < std::make_pair(b.y(), b.x());
+        });
+        for (int k = 0; k < places.size(); ++k) {
+            const QRect &place = places[k];
+            picture->setText(
+                k == 0 ? name : QStringLiteral("%1-%2").arg(name).arg(k + 1), QStringLiteral("%1 %2 %3 %4")
+                                                                                  .arg(int(place.x() * ratio))
+                                                                                  .arg(int(place.y() * ratio))
+                                                                                  .arg(int(place.width() * ratio))
+                                                                                  .arg(int(place.height() * ratio)));
+        }
+    }
 }
 
 } // namespace
@@ -91,9 +133,10 @@ void Guide::savePicture(const QString &name) const
         const QWidget *active = QApplication::activeWindow();
         const QRect area =
             active ? m_window->frameGeometry().united(active->frameGeometry()) : m_window->frameGeometry();
-        return QGuiApplication::primaryScreen()
-            ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
-            .save(path);
+        QImage picture =
+            QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(), area.height()).toImage();
+        noteParts(&picture, area);
+        return picture.save(path);
     });
     if (!saved)
         qFatal("%s cannot be written", qPrintable(path));

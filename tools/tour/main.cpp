@@ -6,6 +6,7 @@
 
 #include "tour/Guide.h"
 
+#include "app/ScreenFit.h"
 #include "app/StartUp.h"
 #include "axis/MoverControlWidget.h"
 #include "device/SerialComDev.h"
@@ -485,7 +486,7 @@ private:
             [this] { return log(0).contains(word("读取当前位置出错", "Error reading current location")); });
         m_guide.step(
             "link-back",
-            [this] {
+            [] {
                 simulator::restoreLink(device);
                 simulator::setPosition(device, 0, 1.25);
             },
@@ -527,13 +528,13 @@ private:
 int main(int argc, char *argv[])
 {
     StartUp::prepareApplication();
-    QApplication application(argc, argv);
+    const auto application = StartUp::makeApplication(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();
     const QCommandLineOption language("language", "The language to show: zh or en.", "zh|en", "zh");
     parser.addOption(language);
     parser.addPositionalArgument("DIRECTORY", "Where the pictures go.");
-    parser.process(application);
+    parser.process(*application);
     if (parser.positionalArguments().size() != 1)
         parser.showHelp(2);
 
@@ -548,10 +549,13 @@ int main(int argc, char *argv[])
     int failures = 0;
     {
         MoverWidget window;
+        const ScreenFit fit(&window);
         window.show();
         const std::unique_ptr<QThread> script(QThread::create([&] {
-            failures = Tour(&window, QDir(parser.positionalArguments().first()), parser.value(language) == "en").take();
+            failures = Tour(&window, QDir(parser.positionalArguments().constFirst()), parser.value(language) == "en").take();
         }));
+        // Also when its last step, which closes the window, has failed.
+        QObject::connect(script.get(), &QThread::finished, &application, &QApplication::quit);
         script->start();
         QApplication::exec();
         // The tour still looks at the window that it has closed.

@@ -1,16 +1,20 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 #
-# run.sh TOUR DIRECTORY: takes the tour in both languages at 1x and 2x; pictures go to DIRECTORY/<language>[@2x].
+# run.sh TOUR DIRECTORY [PASS...]: takes the tour in both languages at 1x and 2x, or those passes of them (zh, en, zh@2x,
+# en@2x); pictures go to DIRECTORY/<pass>.
 set -euo pipefail
 tour=$(realpath "$1")
 directory=$(realpath "$2")
 desktop=$(dirname "$(realpath "$0")")/../with-desktop.sh
 
-for pass in zh:1:1920x1200 en:1:1920x1200 zh:2:3840x2400 en:2:3840x2400; do
-    IFS=: read -r language scale screen <<<"$pass"
-    name=$language
-    [ "$scale" = 1 ] || name="$language@${scale}x"
+passes=("${@:3}")
+[ ${#passes[@]} -gt 0 ] || passes=(zh en zh@2x en@2x)
+
+for name in "${passes[@]}"; do
+    language=${name%@2x}
+    scale=1 screen=1920x1200
+    [ "$name" = "$language" ] || scale=2 screen=3840x2400
     mkdir -p "$directory/$name"
     rm -f "$directory/$name"/*.png
     printf -- '-- %s\n' "$name"

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "app/ScreenFit.h"
+
+#include "widgets/Dialogs.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QScreen>
+#include <QTimer>
+#include <QWidget>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double leastScale = 0.5; // texts are then 8 pixels high
+
+/** Whether it is a window with a place of its own: not a list, a menu or a tool tip, which Qt places. */
+bool hasItsPlace(const QWidget *window)
+{
+    return window->isWindow() && window->windowType() != Qt::Popup && window->windowType() != Qt::ToolTip;
+}
+
+} // namespace
+
+ScreenFit::ScreenFit(QWidget *mainWindow)
+    : m_mainWindow(mainWindow)
+{
+    QCoreApplication::instance()->installEventFilter(this);
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    for (QScreen *screen : screens)
+        watch(screen);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &ScreenFit::watch);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &ScreenFit::fitAll, Qt::QueuedConnection);
+}
+
+double ScreenFit::scaleFor(QSize room)
+{
+    const double scale =
+        std::min(double(room.width()) / MainWindow.width(), double(room.height()) / MainWindow.height());
+    return std::clamp(std::floor(scale * 100) / 100, leastScale, 1.0);
+}
+
+bool ScreenFit::eventFilter(QObject *watched, QEvent *event)
+{
+    if (!watched->isWidgetType())
+        return QObject::eventFilter(watched, event);
+    auto *widget = static_cast<QWidget *>(watched);
+    switch (event->type()) {
+    case QEvent::Show:
+        if (!hasItsPlace(widget))
+            break;
+        fit(widget);
+        if (event->spontaneous() || widget->isFullScreen())
+            break;
+        m_places.insert(widget, std::nullopt);
+        if (widget->testAttribute(Qt::WA_Moved)) {
+            Dialogs::keepOnScreen(widget);
+            m_places[widget] = widget->pos();
+        }
+        break;
+    case QEvent::WindowActivate:
+        settle(widget);
+        break;
+    case QEvent::Hide:
+        m_places.remove(widget);
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void ScreenFit::watch(QScreen *screen)
+{
+    connect(screen, &QScreen::availableGeometryChanged, this, &ScreenFit::fitAll, Qt::QueuedConnection);
+    fitAll();
+}
+
+void ScreenFit::fitAll()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (window->isVisible() && hasItsPlace(window)) {
+            fit(window);
+            if (!window->isFullScreen())
+                Dialogs::keepOnScreen(window);
+        }
+    }
+}
+
+/** Sees to it that the main window can be as small as its screen. */
+void ScreenFit::fit(QWidget *window) const
+{
+    if (window != m_mainWindow)
+        return;
+    const QSize room = Dialogs::screenOf(window)->availableSize();
+    window->setMinimumSize(MainWindow.boundedTo(room));
+    if (!window->isFullScreen())
+        window->resize(window->size().boundedTo(room));
+}
+
+/**
+ * A window manager puts a window into a frame first and the frame into its place later. Asked in between, X tells a
+ * position that is never corrected: the window stands where it should, but its lists and boxes would open elsewhere,
+ * and a drag would begin there.
+ */
+void ScreenFit::settle(QWidget *window)
+{
+    const auto place = m_places.constFind(window);
+    if (place == m_places.constEnd())
+        return;
+    if (*place && window->pos() != **place)
+        window->move(**place);
+    m_places.erase(place);
+    // Once the events of its appearing are through, it also has its frame.
+    QTimer::singleShot(0, window, [window] { Dialogs::keepOnScreen(window); });
+}

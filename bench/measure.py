@@ -1,0 +1,220 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Measures every row of the performance table and exits with 1 when one is beyond its limit.
+
+measure.py BUILD-FOLDER [--short] [--output FILE]
+
+A row that is beyond its limit is measured once more, at length, before it counts. Needs a desktop (with-desktop.sh).
+"""
+import argparse
+import datetime
+import os
+import platform
+import statistics
+import subprocess
+import sys
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+# name, what the report says, limit, unit
+ROWS = [
+    ("start", "start to mapped and painted window, against the bare window", 1.3, "×"),
+    ("start, Qt's defaults", "the same, against the bare window left at Qt's own defaults", 1.0, "×"),
+    ("memory", "memory, three panels open, against the bare window", 1.2, "×"),
+    ("memory, Qt's defaults", "the same, against the bare window left at Qt's own defaults", 0.7, "×"),
+    ("rest", "processor time, three panels at rest, against three idle 10 Hz timers", 2, "×"),
+    ("moving", "processor time, three axes moving, against changing three numbers at 10 Hz", 1.5, "×"),
+    ("click idle", "click to library call with an idle worker, against one queued signal between two threads", 1.5, "×"),
+    ("click busy", "click with three panels polling and calls of 5 ms: calls in front of it beyond those that waited", 0,
+     ""),
+    ("slow link", "stop with three panels and calls of 200 ms for ten minutes: calls in front of it", 13, ""),
+    ("slow link growth", "the same at the end, against at the beginning", 0, ""),
+    ("poll", "one state poll without a change, handled by the panel, beyond the signal", 1, "µs"),
+    ("poll touches", "the same: widgets touched", 0, ""),
+    ("log entry", "one log entry at 100,000 entries, against at 1,000", 1.3, "×"),
+    ("run count", "one run-count replacement at 100,000 entries, against at 1,000", 1.3, "×"),
+    ("panels", "adding and closing a panel 1,000 times: growth of memory", 1, "MiB"),
+    ("library call", "one simulated library call", 1, "µs"),
+    ("model file", "a model file of 20,000 models, against parsing it with QJsonDocument alone", 1.5, "×"),
+]
+# Which step of benchSteps measures a row; the others need processes of their own.
+STEPS = {
+    "click idle": "click idle", "click busy": "click busy", "slow link": "slow link", "slow link growth": "slow link",
+    "poll": "poll", "poll touches": "poll", "log entry": "log", "run count": "log", "panels": "panels",
+    "library call": "library call", "model file": "model file",
+}
+
+
+class Program:
+    """A process with the attendant plug-in, from its start until its window is painted and its task is done."""
+
+    # What the program sets for itself, for the bare window to have the same.
+    SETTINGS = {"QT_XCB_GL_INTEGRATION": "none", "QT_NO_THREADED_GLIB": "1"}
+
+    def __init__(self, build, command, task="", settings=SETTINGS):
+        environment = {k: v for k, v in os.environ.items() if k not in self.SETTINGS}
+        environment.update(
+            QT_QPA_GENERIC_PLUGINS="attendant", QT_PLUGIN_PATH=f"{build}/bench/plugins", MOVER_BENCH_TASK=task,
+            MOVER_SCENARIO=f"{HERE}/threeAxes.json", QT_LOGGING_RULES="*.debug=false", **settings)
+        begin = time.clock_gettime_ns(time.CLOCK_MONOTONIC)
+        self.process = subprocess.Popen(command, env=environment, stdout=subprocess.PIPE, text=True)
+        words = self.process.stdout.readline().split()
+        if words[:1] != ["painted"] or self.process.stdout.readline() != "ready\n":
+            self.process.kill()
+            sys.exit(f"{command[0]} did not come up")
+        self.start_ms = (int(words[1]) - begin) / 1e6
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        self.process.wait()
+
+    def cpu_ms(self):
+        """Processor time of all its threads so far."""
+        return time.clock_gettime_ns((~self.process.pid << 3) | 2) / 1e6  # clock_getcpuclockid()
+
+    def cpu_ms_per_s(self, seconds):
+        before, begin = self.cpu_ms(), time.monotonic()
+        time.sleep(seconds)
+        return (self.cpu_ms() - before) / (time.monotonic() - begin)
+
+    def memory_mib(self):
+        """Proportional set size."""
+        with open(f"/proc/{self.process.pid}/smaps_rollup", encoding="ascii") as rollup:
+            return next(int(line.split()[1]) for line in rollup if line.startswith("Pss:")) / 1024
+
+
+class Bench:
+    def __init__(self, build):
+        self.build = build
+        self.mover = [f"{build}/mover/mover"]
+        self.bare = [f"{build}/bench/bareWindow"]
+
+    def in_turns(self, rounds, subject, baselines):
+        """Rounds of A B C, A B C …, every other one backwards. For each baseline: ratio, and the medians of both."""
+        samples = [[] for _ in range(1 + len(baselines))]
+        for number in range(rounds):
+            order = list(enumerate([subject, *baselines]))
+            for index, measure in order[::-1] if number % 2 else order:
+                samples[index].append(measure())
+        median = statistics.median
+        return [(median(a / b for a, b in zip(samples[0], baseline)), median(samples[0]), median(baseline))
+                for baseline in samples[1:]]
+
+    def starts(self, rounds):
+        def start(command, settings=Program.SETTINGS):
+            with Program(self.build, command, settings=settings) as program:
+                return program.start_ms
+
+        results = self.in_turns(
+            rounds, lambda: start(self.mover, {}),
+            [lambda: start(self.bare), lambda: start(self.bare, {}), lambda: start(self.bare + ["idle", "0"])])
+        _, own, least = results[2]
+        names = ["start", "start, Qt's defaults"]
+        remark = "{1:.0f} ms against {2:.0f} ms"
+        rows = {name: (result[0], remark.format(*result)) for name, result in zip(names, results)}
+        ratio, text = rows["start"]
+        rows["start"] = (ratio, f"{text}; without the three panels the bare window takes {least:.0f} ms")
+        return rows
+
+    def memory(self, rounds):
+        def size(command, task="", settings=Program.SETTINGS):
+            with Program(self.build, command, task, settings) as program:
+                time.sleep(1)
+                return program.memory_mib()
+
+        results = self.in_turns(
+            rounds, lambda: size(self.mover, "rest", {}), [lambda: size(self.bare), lambda: size(self.bare, settings={})])
+        return {name: (result[0], "{1:.1f} MiB against {2:.1f} MiB".format(*result))
+                for name, result in zip(["memory", "memory, Qt's defaults"], results)}
+
+    def cpu(self, rounds, seconds, task, mode, name):
+        def load(command, task="", settings=Program.SETTINGS):
+            with Program(self.build, command, task, settings) as program:
+                time.sleep(1.5)  # until Qt has drawn the timers together
+                return program.cpu_ms_per_s(seconds)
+
+        result, = self.in_turns(rounds, lambda: load(self.mover, task, {}), [lambda: load(self.bare + [mode])])
+        return {name: (result[0], "{1:.2f} ms/s against {2:.2f} ms/s".format(*result))}
+
+    def step(self, effort, step):
+        rows = {}
+        # Off the screen: nothing here is about windows, and a window manager would only be in the way.
+        environment = {k: v for k, v in os.environ.items() if not k.startswith("QT_")}
+        environment["QT_QPA_PLATFORM"] = "offscreen"
+        output = subprocess.run(
+            [f"{self.build}/bench/benchSteps", str(effort), step], env=environment, stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL, text=True, check=True).stdout
+        for line in output.splitlines():
+            name, figure, remark = line.split("\t")
+            rows[name] = (float(figure), remark)
+        return rows
+
+    def row(self, name, short):
+        """The row and whatever was measured along with it."""
+        rounds, seconds, effort = (9, 2, 25) if short else (15, 5, 100)
+        if name.startswith("start"):
+            return self.starts(rounds)
+        if name.startswith("memory"):
+            return self.memory(9)
+        if name == "rest":
+            return self.cpu(rounds, seconds, "rest", "timers", name)
+        if name == "moving":
+            return self.cpu(9, seconds, "move", "numbers", name)
+        return self.step(effort, STEPS[name])
+
+
+def machine():
+    with open("/proc/cpuinfo", encoding="ascii", errors="replace") as info:
+        model = next((line.split(":")[1].strip() for line in info if line.startswith("model name")), platform.machine())
+    with open("/etc/os-release", encoding="utf-8") as release:
+        system = next(line.split("=")[1].strip().strip('"') for line in release if line.startswith("PRETTY_NAME"))
+    qt = subprocess.run(["qmake", "-qt=5", "-query", "QT_VERSION"], stdout=subprocess.PIPE, text=True, check=False).stdout
+    load = os.getloadavg()[1]
+    return f"{model}, {os.cpu_count()} processors, {system}, Qt {qt.strip() or '5'}, load before the run {load:.1f}"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("build")
+    parser.add_argument("--short", action="store_true", help="fewer rounds")
+    parser.add_argument("--output", help="also writes the table to this file")
+    options = parser.parse_args()
+    bench = Bench(os.path.abspath(options.build))
+    where = machine()
+
+    figures = {}
+    failed = []
+    lines = []
+    for name, text, limit, unit in ROWS:
+        if name not in figures:
+            figures.update(bench.row(name, options.short))
+        again = ""
+        if round(figures[name][0], 2) > limit:
+            figures.update(bench.row(name, False))
+            again = " (second measurement)"
+        figure, remark = figures[name]
+        if round(figure, 2) > limit:
+            failed.append(name)
+        # A difference of nothing is a whole number; ratios and times are not.
+        shown = f"{figure:.2f} {unit}" if unit else f"{figure:.0f}"
+        lines.append(f"| {text} | {limit} {unit} | {'**' + shown + '**' if name in failed else shown} | {remark}{again} |")
+        print(f"{'BEYOND' if name in failed else 'ok':7}{name}: {shown} (at most {limit} {unit}) {remark}{again}", flush=True)
+
+    if options.output:
+        with open(f"{HERE}/performance.md.in", encoding="utf-8") as template:
+            document = template.read()
+        document = document.replace("@DATE@", datetime.date.today().strftime("%-d %B %Y"))
+        document = document.replace("@MACHINE@", where).replace("@RUN@", "short" if options.short else "full")
+        document = document.replace("@ROWS@", "\n".join(lines))
+        with open(options.output, "w", encoding="utf-8") as output:
+            output.write(document)
+    if failed:
+        sys.exit(f"Beyond the limit: {', '.join(failed)}")
+
+
+if __name__ == "__main__":
+    main()

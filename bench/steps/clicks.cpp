@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: MIT
+// How soon a click reaches the library.
+#include "steps/Measure.h"
+#include "steps/Rows.h"
+
+#include "axis/MoverControlWidget.h"
+#include "device/PollBacklog.h"
+#include "device/SerialComDev.h"
+#include "simulator/SimulatorControl.h"
+
+#include <QEventLoop>
+#include <QFile>
+#include <QPushButton>
+#include <QSemaphore>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+
+namespace {
+
+/** Lives in a thread of its own and notes when it is told. */
+class Receiver final : public QObject
+{
+    Q_OBJECT
+
+public:
+    Receiver() { m_clock.start(); }
+
+    qint64 now() const { return m_clock.nsecsElapsed(); }
+    /** Waits until it has been told; when that was. */
+    qint64 told()
+    {
+        m_told.acquire();
+        return m_at;
+    }
+
+public slots:
+    void note()
+    {
+        m_at = now();
+        m_told.release();
+    }
+
+signals:
+    void tell();
+
+private:
+    QElapsedTimer m_clock;
+    std::atomic<qint64> m_at{0};
+    QSemaphore m_told;
+};
+
+void runFor(int ms)
+{
+    QEventLoop loop;
+    QTimer::singleShot(ms, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/** Three panels that poll their axes over a link on which every call takes so long. */
+class SlowController final
+{
+public:
+    SlowController(int callMs, int pollMs)
+    {
+        QFile file(QStringLiteral(MOVER_BENCH_SCENARIO));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("no scenario");
+        QByteArray json = file.readAll();
+        json.insert(json.indexOf('{') + 1, "\"latencyMs\": " + QByteArray::number(callMs) + ",");
+        std::string error;
+        if (!simulator::loadScenarioText(json.toStdString(), &error))
+            qFatal("%s", error.c_str());
+        simulator::useRealClock();
+        const auto worker = SerialComDev::instance();
+        if (worker->open(Rows::device) != Rows::device)
+            qFatal("cannot open the simulated controller");
+        const auto ask = [this] { ++m_asked; };
+        const auto answer = [this] { ++m_answered; };
+        QObject::connect(worker.data(), &SerialComDev::signal_getCurrentPos, &m_context, ask, Qt::DirectConnection);
+        QObject::connect(worker.data(), &SerialComDev::signal_getDevState, &m_context, ask, Qt::DirectConnection);
+        QObject::connect(
+            worker.data(), &SerialComDev::signal_updateCurrentPos, &m_context, answer, Qt::DirectConnection);
+        QObject::connect(worker.data(), &SerialComDev::signal_updateDevState, &m_context, answer, Qt::DirectConnection);
+        // In the worker thread, as the first thing after the library has answered.
+        QObject::connect(
+            worker.data(), &SerialComDev::signal_showOperationMsg, &m_context, [this] { m_stop.note(); },
+            Qt::DirectConnection);
+        for (int axis = 0; axis < 3; ++axis) {
+            m_panels[axis] = std::make_unique<MoverControlWidget>();
+            m_panels[axis]->setIndex(axis);
+            m_panels[axis]->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->setInterval(pollMs);
+        }
+    }
+    ~SlowController()
+    {
+        for (auto &panel : m_panels)
+            panel.reset();
+        SerialComDev::instance()->close();
+        simulator::reset();
+        SerialComDev::instance()->open(Rows::device);
+    }
+
+    struct Click {
+        double ms;       // to the answer of the library
+        int callsBefore; // that the library answered in between
+        int waiting;     // polls that were asked for and not yet answered at the time, the one in flight included
+    };
+    /** Clicks the stop button of a panel. */
+    Click click(int axis)
+    {
+        const int waiting = -m_answered + m_asked;
+        simulator::clearJournal();
+        const qint64 from = m_stop.now();
+        m_panels[axis]->findChild<QPushButton *>(QStringLiteral("pushButton_stop"))->click();
+        const qint64 at = m_stop.told();
+        const std::vector<simulator::Call> calls = simulator::journal();
+        const auto stop = std::find_if(
+            calls.begin(), calls.end(), [](const simulator::Call &call) { return call.function == "stopRuning"; });
+        return {double(at - from) / 1e6, int(stop - calls.begin()), waiting};
+    }
+
+private:
+    std::atomic<int> m_asked{0};
+    std::atomic<int> m_answered{0};
+    Receiver m_stop;
+    QObject m_context;
+    std::unique_ptr<MoverControlWidget> m_panels[3];
+};
+
+} // namespace
+
+void Rows::clickIdle(int effort)
+{
+    const auto worker = SerialComDev::instance();
+    MoverControlWidget panel;
+    panel.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->stop(); // no polls between the clicks
+    auto *button = panel.findChild<QPushButton *>(QStringLiteral("pushButton_stop"));
+
+    Receiver library;
+    QObject context;
+    QObject::connect(
+        worker.data(), &SerialComDev::signal_showOperationMsg, &context, [&] { library.note(); }, Qt::DirectConnection);
+    const int before = simulator::callCount("stopRuning");
+    int clicks = 0;
+    // The clock starts when the button is released, which is when it tells of the click; what Qt's button does for a
+    // press before that is told apart.
+    qint64 released = 0;
+    QObject::connect(button, &QPushButton::released, &context, [&] { released = library.now(); });
+    std::vector<double> whole;
+    const Measure::Sample click = [&] {
+        QThread::msleep(1); // the worker sleeps when the click comes
+        ++clicks;
+        const qint64 pressed = library.now();
+        button->click();
+        const qint64 at = library.told();
+        whole.push_back(double(at - pressed) / 1000);
+        return at - released;
+    };
+
+    QThread thread;
+    Receiver receiver;
+    Receiver sender;
+    receiver.moveToThread(&thread);
+    QObject::connect(&sender, &Receiver::tell, &receiver, &Receiver::note);
+    thread.start();
+    const Measure::Sample hop = [&] {
+        QThread::msleep(1);
+        const qint64 from = receiver.now();
+        emit sender.tell();
+        return receiver.told() - from;
+    };
+    const Measure::Pairs pairs = Measure::inTurns(click, hop, 30 * effort);
+    if (simulator::callCount("stopRuning") - before != clicks)
+        qFatal("not every click has reached the library");
+    Measure::report(
+        "click idle", pairs.ratio,
+        "%.1f µs against %.1f µs; 99th percentile %.0f µs against %.0f µs; with the press before it %.1f µs",
+        Measure::quantile(pairs.subject, 0.5), Measure::quantile(pairs.baseline, 0.5),
+        Measure::quantile(pairs.subject, 0.99), Measure::quantile(pairs.baseline, 0.99), Measure::quantile(whole, 0.5));
+    thread.quit();
+    thread.wait();
+}
+
+void Rows::clickBusy(int effort)
+{
+    SlowController controller(5, MoverControlWidget::PollIntervalMs);
+    runFor(300);
+    std::vector<double> times;
+    std::vector<double> before;
+    int beyond = 0;
+    for (int k = 0; k < effort; ++k) {
+        runFor(40 + k * 37 % 100); // at any moment between the polls
+        const SlowController::Click click = controller.click(k % 3);
+        times.push_back(click.ms);
+        before.push_back(click.callsBefore);
+        beyond = std::max(beyond, click.callsBefore - click.waiting);
+    }
+    Measure::report(
+        "click busy", beyond, "%d clicks: median %.1f ms, 99th percentile %.1f ms; calls in front %.0f to %.0f", effort,
+        Measure::quantile(times, 0.5), Measure::quantile(times, 0.99), Measure::quantile(before, 0),
+        Measure::quantile(before, 1));
+}
+
+void Rows::slowLink(int effort)
+{
+    // Twenty times as fast as it is: calls of 200 ms, polls every 100 ms, ten minutes.
+    constexpr int speedUp = 20;
+    SlowController controller(200 / speedUp, MoverControlWidget::PollIntervalMs / speedUp);
+    QElapsedTimer clock;
+    clock.start();
+    std::vector<double> times;
+    std::vector<double> before;
+    const qint64 endMs = 600000 / speedUp * effort / 100;
+    while (clock.elapsed() < endMs) {
+        runFor(60);
+        const SlowController::Click click = controller.click(int(times.size()) % 3);
+        times.push_back(click.ms * speedUp);
+        before.push_back(click.callsBefore);
+    }
+    const auto quarter = std::ptrdiff_t(times.size() / 4);
+    const double atStart = Measure::quantile({before.begin(), before.begin() + quarter}, 0.5);
+    const double atEnd = Measure::quantile({before.end() - quarter, before.end()}, 0.5);
+    const double most = Measure::quantile(before, 1);
+    Measure::report(
+        "slow link", most,
+        "%.0f simulated minutes, %zu stops after %.1f s (median), %.1f s (99th percentile), %.1f s (longest); calls in "
+        "front %.0f to %.0f",
+        double(endMs) * speedUp / 60000, times.size(), Measure::quantile(times, 0.5) / 1000,
+        Measure::quantile(times, 0.99) / 1000, Measure::quantile(times, 1) / 1000, Measure::quantile(before, 0), most);
+    Measure::report(
+        "slow link growth", atEnd - atStart, "calls in front of a stop: %.0f in the first quarter, %.0f in the last",
+        atStart, atEnd);
+}
+
+#include "clicks.moc"

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+#include "app/ScreenFit.h"
+#include "app/StartUp.h"
+#include "axis/DriveParamWidget.h"
+#include "axis/JogParamWidget.h"
+#include "axis/MoveParamWidget.h"
+#include "console/DebugWidget.h"
+#include "shell/OpenWindow.h"
+#include "support/OnMessageBox.h"
+
+#include <QProcess>
+#include <QScreen>
+
+#include <memory>
+
+namespace {
+
+void run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    // What it does to us is ours to handle meanwhile.
+    QTRY_COMPARE(process.state(), QProcess::NotRunning);
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 0);
+}
+
+/** The mouse itself: moves onto the middle of a widget and clicks. */
+void clickOn(const QWidget *widget)
+{
+    const QPoint point =
+        (QPointF(widget->mapToGlobal(widget->rect().center())) * widget->devicePixelRatioF()).toPoint();
+    run("xdotool", {"mousemove", QString::number(point.x()), QString::number(point.y()), "click", "1"});
+}
+
+QRect onScreen(const QWidget *widget)
+{
+    return {widget->mapToGlobal(QPoint(0, 0)), widget->size()};
+}
+
+QRect room()
+{
+    return QGuiApplication::primaryScreen()->availableGeometry();
+}
+
+bool isScaleChosen()
+{
+    return qEnvironmentVariableIsSet("QT_SCALE_FACTOR");
+}
+
+} // namespace
+
+/** The program on a real desktop whose screen is smaller than its main window. Run with several scales. */
+class tst_SmallScreen : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        StartUp::setNumberFormat();
+        StartUp::installFont(QStringLiteral(MOVER_PROGRAM_DIR "/font.ttf"));
+        StartUp::installStyleSheet(QStringLiteral(":/style.qss"));
+    }
+    void init()
+    {
+        play({{1001, "MC3-000117", {{}, {'w', "ROT-60", 1}, {'w', "LIFT-10", 3}}}});
+        m_open = std::make_unique<OpenWindow>();
+        m_fit = std::make_unique<ScreenFit>(&m_open->window());
+        QVERIFY(QTest::qWaitForWindowActive(&m_open->window()));
+    }
+    void cleanup()
+    {
+        m_fit.reset();
+        m_open.reset();
+        QVERIFY(SerialComDev::shutDown(5000));
+    }
+
+    void applicationKeepsItsNameAndArguments()
+    {
+        QCOMPARE(QCoreApplication::applicationName(), QString("mover"));
+        QCOMPARE(QGuiApplication::platformName(), QString("xcb")); // see main()
+    }
+    void mainWindowLiesOnTheScreen() { QTRY_VERIFY(room().contains(m_open->window().frameGeometry())); }
+    void mainWindowHasItsWholeSizeUnlessTheUserChoseAScale()
+    {
+        QCOMPARE(m_open->window().size() == ScreenFit::MainWindow, !isScaleChosen());
+        if (isScaleChosen())
+            QCOMPARE(m_open->window().size(), ScreenFit::MainWindow.boundedTo(room().size()));
+    }
+    void programsStartedFromHereGetNoScale()
+    {
+        if (!isScaleChosen())
+            QVERIFY(qgetenv("QT_SCALE_FACTOR").isNull());
+    }
+    void everyControlCanBeReached()
+    {
+        connectController();
+        auto *area = m_open->find<QScrollArea>("scrollArea_controls");
+        int controls = 0;
+        for (QWidget *control : m_open->window().findChildren<QWidget *>()) {
+            if (!control->isVisible() || control->window() != &m_open->window() ||
+                !qobject_cast<QAbstractButton *>(control))
+                continue;
+            ++controls;
+            if (area->isAncestorOf(control))
+                area->ensureWidgetVisible(control);
+            QVERIFY2(room().contains(onScreen(control)), qPrintable(control->objectName()));
+            const QWidget *under = QApplication::widgetAt(onScreen(control).center());
+            QVERIFY2(under == control, qPrintable(control->objectName()));
+        }
+        QVERIFY(controls > 40);
+    }
+    void clicksReachTheFarthestCorners()
+    {
+        connectController();
+        auto *area = m_open->find<QScrollArea>("scrollArea_controls");
+        auto *circle = m_open->panel(2)->findChild<QPushButton *>("pushButton_circle");
+        area->ensureWidgetVisible(circle);
+        QSignalSpy clicked(circle, &QPushButton::clicked);
+        clickOn(circle);
+        QTRY_COMPARE(clicked.size(), 1);
+
+        QSignalSpy helped(m_open->titleButton("pushButton_help"), &QPushButton::clicked);
+        clickOn(m_open->titleButton("pushButton_help"));
+        QTRY_COMPARE(helped.size(), 1);
+    }
+    void fullScreenFillsTheScreen()
+    {
+        clickOn(m_open->titleButton("pushButton_showMax"));
+        QTRY_VERIFY(m_open->window().isFullScreen());
+        QTRY_COMPARE(m_open->window().frameGeometry(), QGuiApplication::primaryScreen()->geometry());
+        clickOn(m_open->titleButton("pushButton_showMax"));
+        QTRY_VERIFY(!m_open->window().isFullScreen());
+        QTRY_VERIFY(room().contains(m_open->window().frameGeometry()));
+    }
+    void dialogsOpenOnTheScreen_data()
+    {
+        QTest::addColumn<QPoint>("moved");
+        QTest::newRow("in the middle") << QPoint(0, 0);
+        QTest::newRow("far to the right and below") << QPoint(900, 600);
+        QTest::newRow("far to the left") << QPoint(-900, 0);
+    }
+    void dialogsOpenOnTheScreen()
+    {
+        QFETCH(QPoint, moved);
+        connectController();
+        auto &window = m_open->window();
+        window.move(window.pos() + moved);
+
+        const auto opens = [](QWidget *dialog, QPushButton *button) {
+            OpenWindow::click(button);
+            QVERIFY(QTest::qWaitForWindowActive(dialog));
+            QTRY_VERIFY2(room().contains(dialog->frameGeometry()), dialog->metaObject()->className());
+            dialog->hide();
+        };
+        opens(m_open->dialog<HelpWidget>(), m_open->titleButton("pushButton_help"));
+        opens(m_open->dialog<OptionsWidget>(), m_open->titleButton("pushButton_settings"));
+        opens(m_open->dialog<ConnectionWidget>(), m_open->find("pushButton_connect"));
+        for (DebugWidget *console : consoles())
+            opens(console, m_open->find("pushButton_debug"));
+        auto *panel = m_open->panel(1);
+        opens(panel->findChild<MoveParamWidget *>(), panel->findChild<QPushButton *>("pushButton_moveParam"));
+        opens(panel->findChild<JogParamWidget *>(), panel->findChild<QPushButton *>("pushButton_jogParam"));
+        opens(panel->findChild<DriveParamWidget *>(), panel->findChild<QPushButton *>("pushButton_driveParam"));
+
+        const OnMessageBox box([](QMessageBox &shown) {
+            QTRY_VERIFY(shown.isActiveWindow());
+            QTRY_COMPARE(shown.frameGeometry() & room(), shown.frameGeometry());
+        });
+        window.slot_showTipMessage("text");
+        QCOMPARE(box.shown(), 1);
+    }
+    void standsWhereItWasPutWhateverTheDesktopTells()
+    {
+        auto *dialog = m_open->dialog<ConnectionWidget>();
+        OpenWindow::click(m_open->find("pushButton_connect"));
+        const QPoint place = dialog->pos();
+        QVERIFY(place != QPoint(1, 2));
+        dialog->move(1, 2); // a position asked for while the window manager was still at it
+        QVERIFY(QTest::qWaitForWindowActive(dialog));
+        QTRY_COMPARE(dialog->pos(), place);
+        // Only until it stands: then it is the user's.
+        dialog->move(40, 30);
+        m_open->window().activateWindow();
+        dialog->activateWindow();
+        QTRY_VERIFY(dialog->isActiveWindow());
+        QCOMPARE(dialog->pos(), QPoint(40, 30));
+    }
+    void staysOnAScreenThatLosesRoom()
+    {
+        const QRect before = room();
+        QWidget bar(nullptr, Qt::FramelessWindowHint);
+        bar.setAttribute(Qt::WA_X11NetWmWindowTypeDock);
+        const int height = int(200 * bar.devicePixelRatioF());
+        bar.setGeometry(0, before.bottom() - 199, before.width(), 200);
+        bar.winId();
+        run("xprop", {"-id", QString::number(bar.winId()), "-f", "_NET_WM_STRUT", "32c", "-set", "_NET_WM_STRUT",
+                      QStringLiteral("0, 0, 0, %1").arg(height)});
+        bar.show();
+        QTRY_VERIFY(room().height() <= before.height() - 199);
+        QTRY_VERIFY(room().contains(m_open->window().frameGeometry()));
+        bar.hide();
+        QTRY_COMPARE(room(), before);
+        QTRY_COMPARE(m_open->window().minimumSize(), ScreenFit::MainWindow.boundedTo(before.size()));
+    }
+
+private:
+    /** At the pace of a user: one window after the other. */
+    void connectController()
+    {
+        auto *dialog = m_open->dialog<ConnectionWidget>();
+        OpenWindow::click(m_open->find("pushButton_connect"));
+        QVERIFY(QTest::qWaitForWindowActive(dialog));
+        OpenWindow::click(dialog->findChild<QPushButton *>("pushButton_connectSerial"));
+        QVERIFY(QTest::qWaitForWindowActive(&m_open->window()));
+        QCOMPARE(m_open->panelNames().size(), 3);
+        QTRY_VERIFY(m_open->panel(2)->y() > m_open->panel(0)->geometry().bottom()); // laid out
+    }
+    static QList<DebugWidget *> consoles()
+    {
+        QList<DebugWidget *> found;
+        for (QWidget *window : QApplication::topLevelWidgets()) {
+            if (auto *console = qobject_cast<DebugWidget *>(window))
+                found.append(console);
+        }
+        return found;
+    }
+
+    std::unique_ptr<OpenWindow> m_open;
+    std::unique_ptr<ScreenFit> m_fit;
+};
+
+int main(int argc, char *argv[])
+{
+    StartUp::prepareApplication();
+    // The argument wins, also when the application object is made anew.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QVector<char *> given(argv, argv + argc);
+    char option[] = "-platform";
+    char platform[] = "xcb";
+    given << option << platform << nullptr;
+    int count = given.size() - 1;
+    const auto application = StartUp::makeApplication(count, given.data());
+    tst_SmallScreen test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_SmallScreen.moc"

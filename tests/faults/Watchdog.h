@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "simulator/SimulatorControl.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <thread>
+
+/**
+ * Measures from a thread of its own how long the GUI thread goes without an event, and which library call was in
+ * flight meanwhile. Lets a call that hangs go on after a while. Ends the process, with the culprit's name, when the GUI
+ * thread does not come back at all. Create it in the GUI thread.
+ */
+class Watchdog final
+{
+public:
+    Watchdog()
+    {
+        m_timer.callOnTimeout([this] { m_seen = now(); });
+        m_timer.start(2);
+        m_thread = std::thread([this] { watch(); });
+    }
+    ~Watchdog()
+    {
+        m_ends = true;
+        m_thread.join();
+    }
+
+    struct Stall {
+        int ms = 0;
+        std::string call; // in flight when it was longest; "" for none
+    };
+    /** The longest stall since the last call of this. */
+    Stall take()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        Stall result;
+        std::swap(result, m_longest);
+        return result;
+    }
+
+    static constexpr int HangMs = 150; // how long a call hangs
+
+private:
+    static qint64 now()
+    {
+        using namespace std::chrono;
+        return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+    }
+
+    void watch()
+    {
+        constexpr int deadlockMs = 60000;
+        qint64 hangsSince = 0;
+        while (!m_ends) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            const int stall = int(now() - m_seen);
+            {
+                const std::lock_guard<std::mutex> lock(m_mutex);
+                if (stall > m_longest.ms)
+                    m_longest = {stall, simulator::callInFlight()};
+            }
+            if (stall > deadlockMs) {
+                std::fprintf(stderr, "The GUI thread hangs; in flight: %s\n", simulator::callInFlight().c_str());
+                std::abort();
+            }
+            if (!simulator::waitUntilHanging(0)) {
+                hangsSince = 0;
+            } else if (hangsSince == 0) {
+                hangsSince = now();
+            } else if (now() - hangsSince >= HangMs) {
+                simulator::releaseHung();
+                hangsSince = 0;
+            }
+        }
+    }
+
+    QTimer m_timer;
+    std::atomic<qint64> m_seen{now()};
+    std::atomic<bool> m_ends{false};
+    std::mutex m_mutex;
+    Stall m_longest;
+    std::thread m_thread;
+};

@@ -1,0 +1,356 @@
+// SPDX-License-Identifier: MIT
+// Every file that the program reads, in every wrong state, and settings that are saved when the machine does not let
+// them.
+#include "app/Child.h"
+#include "settings/LanguageStore.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QScopeGuard>
+
+#include <atomic>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/ptrace.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+constexpr int limitMs = 120000;
+constexpr qint64 hugeSize = qint64(1) << 30;
+constexpr int nobody = 65534;
+
+/** A file that the program reads, and what it makes of it: whole, and when it is no use. */
+struct ReadFile {
+    const char *name;
+    const char *whole;
+    const char *useless;
+};
+
+const ReadFile readFiles[] = {
+    {"program/font.ttf", "font size: 16", "font size: -1"},
+    {"program/deviceModelsParam", "models: ", "models: 0"},
+    {"program/mover_en_US.qm", "title: Settings", "title: 设置"},
+    {"program/appConfig.ini", "english: 1", "english: 0"},
+    {"home/.qttest/config/mover/appConfig.ini", "english: 1", "english: 0"},
+    {"program/qtbase_zh_CN.qm", "title: Settings", "title: Settings"},
+    {"home/.qttest/config/mover/consolePlace", "title: Settings", "title: Settings"},
+    {"program/help", "title: Settings", "title: Settings"},
+};
+
+QByteArray randomBytes(int count)
+{
+    QRandomGenerator random(1);
+    QByteArray bytes(count, Qt::Uninitialized);
+    for (char &byte : bytes)
+        byte = char(random.generate());
+    return bytes;
+}
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/** Puts the file into a state; false when this machine has no such state. */
+bool spoil(const QString &path, const QString &state)
+{
+    const QByteArray name = QFile::encodeName(path);
+    if (state == QLatin1String("unreadable"))
+        return chmod(name, 0) == 0;
+    if (QFileInfo(path).isDir() && !QFileInfo(path).isSymLink())
+        QDir(path).removeRecursively();
+    else
+        QFile::remove(path);
+    if (state == QLatin1String("missing"))
+        return true;
+    if (state == QLatin1String("a folder"))
+        return QDir().mkpath(path + QStringLiteral("/inner"));
+    if (state == QLatin1String("a dangling link"))
+        return symlink("/nowhere/at/all", name) == 0;
+    if (state == QLatin1String("a pipe"))
+        return mkfifo(name, 0666) == 0;
+    if (state == QLatin1String("empty"))
+        write(path, QByteArray());
+    else if (state == QLatin1String("random bytes"))
+        write(path, randomBytes(20000));
+    else if (state == QLatin1String("huge"))
+        write(path, QByteArray("{\n"));
+    return state != QLatin1String("huge") || truncate(name, hugeSize) == 0;
+}
+
+/** A copy of the program's folder and of the user's, which may be spoilt. */
+class Installation final
+{
+public:
+    Installation()
+        : m_folder(QStringLiteral(MOVER_SCRATCH "/filesXXXXXX"))
+    {
+        // Others have to get in: unreadable is tested as another user, since root may read everything.
+        chmod(QFile::encodeName(m_folder.path()), 0755);
+        QDir().mkpath(path("program/help"));
+        QDir().mkpath(path("home/.qttest/config/mover"));
+        if (::link(MOVER_DRIVEN_PROGRAM, QFile::encodeName(path("program/drivenProgram"))) != 0)
+            qFatal("cannot link the program");
+        for (const char *file : {"font.ttf", "deviceModelsParam", "mover_en_US.qm", "qtbase_zh_CN.qm"})
+            QFile::copy(
+                QStringLiteral(MOVER_PROGRAM_DIR "/") + QLatin1String(file), path("program/") + QLatin1String(file));
+        write(path("program/appConfig.ini"), "[language]\ntype=1\n");
+        write(path("home/.qttest/config/mover/consolePlace"), "no place");
+    }
+    ~Installation()
+    {
+        for (const ReadFile &file : readFiles)
+            chmod(QFile::encodeName(path(file.name)), 0755);
+    }
+
+    QString path(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
+
+    /** Gives everything to somebody who is not root, who then runs the program. */
+    void setUp(Child &child, bool asNobody) const
+    {
+        child.set("HOME", path("home"));
+        child.set("READS", QStringLiteral("2"));
+        if (!asNobody)
+            return;
+        QProcess::execute(QStringLiteral("chown"), {QStringLiteral("-R"), QString::number(nobody), m_folder.path()});
+        chmod(QFile::encodeName(path("home")), 0700);
+        child.set("XDG_RUNTIME_DIR", path("home"));
+        child.process.setArguments(
+            QStringList{
+                QStringLiteral("--reuid=%1").arg(nobody), QStringLiteral("--regid=%1").arg(nobody),
+                QStringLiteral("--clear-groups"), child.process.program()} +
+            child.process.arguments());
+        child.process.setProgram(QStringLiteral("setpriv"));
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+const QStringList arguments{QStringLiteral("reading"), QStringLiteral("button")};
+
+} // namespace
+
+class tst_Files : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void isReadWholeOrNotAtAll_data();
+    void isReadWholeOrNotAtAll();
+    void isReplacedWhileItIsRead_data();
+    void isReplacedWhileItIsRead();
+    void aSpoiltScenarioIsRefused_data();
+    void aSpoiltScenarioIsRefused();
+    void aKillAtAnySystemCallLosesNoSetting();
+    void aFullDiskLosesNoSetting();
+};
+
+void tst_Files::isReadWholeOrNotAtAll_data()
+{
+    QTest::addColumn<int>("file");
+    QTest::addColumn<QString>("state");
+    for (int k = 0; k < int(std::size(readFiles)); ++k) {
+        for (const char *state :
+             {"whole", "missing", "unreadable", "a folder", "a dangling link", "a pipe", "empty", "huge",
+              "random bytes"})
+            QTest::addRow("%s: %s", readFiles[k].name, state) << k << QString::fromLatin1(state);
+    }
+}
+
+void tst_Files::isReadWholeOrNotAtAll()
+{
+    QFETCH(int, file);
+    QFETCH(QString, state);
+    const ReadFile &row = readFiles[file];
+    const Installation installation;
+    const bool isUserFile = qstrcmp(row.name, "home/.qttest/config/mover/appConfig.ini") == 0;
+    if (isUserFile) { // it counts when the program's folder has none, or an older one
+        QFile::remove(installation.path("program/appConfig.ini"));
+        write(installation.path(row.name), "[language]\ntype=1\n");
+    }
+    const bool whole = state == QLatin1String("whole");
+    if (!whole && !spoil(installation.path(row.name), state))
+        QSKIP("there is no such state here");
+
+    Child child(installation.path("program/drivenProgram"), arguments);
+    installation.setUp(child, state == QLatin1String("unreadable") && geteuid() == 0);
+    QElapsedTimer timer;
+    timer.start();
+    child.start();
+    QVERIFY2(child.process.waitForFinished(limitMs), qPrintable(child.process.errorString()));
+    const QStringList complaints = child.complaints();
+    QVERIFY2(child.process.exitStatus() == QProcess::NormalExit, qPrintable(complaints.join(QLatin1Char('\n'))));
+    QVERIFY2(child.process.exitCode() == 0, qPrintable(complaints.join(QLatin1Char('\n'))));
+    const QByteArray said = child.output();
+    QVERIFY2(said.contains(whole ? row.whole : row.useless), said.constData());
+    if (whole)
+        QVERIFY2(!said.contains("models: 0"), said.constData());
+    // Nothing of the huge one is kept in memory.
+    static const QRegularExpression peak(QStringLiteral("peak: (\\d+) kB"));
+    const qint64 peakBytes = peak.match(QString::fromUtf8(said)).captured(1).toLongLong() * 1024;
+    QVERIFY2(peakBytes > 0 && peakBytes < hugeSize / 2, said.constData());
+}
+
+void tst_Files::isReplacedWhileItIsRead_data()
+{
+    QTest::addColumn<int>("file");
+    QTest::addColumn<bool>("inPlace");
+    for (int k = 0; k < 6; ++k) {
+        QTest::addRow("%s: written anew", readFiles[k].name) << k << true;
+        QTest::addRow("%s: by another one", readFiles[k].name) << k << false;
+    }
+}
+
+void tst_Files::isReplacedWhileItIsRead()
+{
+    QFETCH(int, file);
+    QFETCH(bool, inPlace);
+    const Installation installation;
+    const QString path = installation.path(readFiles[file].name);
+    QFile::remove(installation.path("home/.qttest/config/mover/appConfig.ini"));
+    const QByteArray contents[] = {read(path), QByteArray(), randomBytes(5000), read(path).left(5000)};
+    Child child(installation.path("program/drivenProgram"), arguments);
+    installation.setUp(child, false);
+    child.set("READS", QStringLiteral("25"));
+
+    std::atomic<bool> ends{false};
+    std::thread replacing([&] {
+        for (int k = 0; !ends; ++k) {
+            const QString target = inPlace ? path : path + QStringLiteral(".new");
+            QFile file(target);
+            if (file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+                file.write(contents[k % 4]);
+            file.close();
+            if (!inPlace)
+                std::rename(QFile::encodeName(target), QFile::encodeName(path));
+            usleep(500);
+        }
+    });
+    child.start();
+    const bool finished = child.process.waitForFinished(limitMs);
+    ends = true;
+    replacing.join();
+    QVERIFY(finished);
+    const QStringList complaints = child.complaints();
+    QVERIFY2(child.process.exitStatus() == QProcess::NormalExit, qPrintable(complaints.join(QLatin1Char('\n'))));
+    QVERIFY2(child.process.exitCode() == 0, qPrintable(complaints.join(QLatin1Char('\n'))));
+}
+
+void tst_Files::aSpoiltScenarioIsRefused_data()
+{
+    QTest::addColumn<QString>("state");
+    for (const char *state : {"missing", "unreadable", "a folder", "a dangling link", "empty", "huge", "random bytes"})
+        QTest::newRow(state) << QString::fromLatin1(state);
+}
+
+void tst_Files::aSpoiltScenarioIsRefused()
+{
+    QFETCH(QString, state);
+    const Installation installation;
+    const QString scenario = installation.path("program/scenario.json");
+    write(scenario, "{ \"controllers\": [] }");
+    QVERIFY(spoil(scenario, state));
+    Child child(QStringLiteral(MOVER_PROGRAM_DIR "/mover"), {QStringLiteral("--scenario"), scenario});
+    installation.setUp(child, state == QLatin1String("unreadable") && geteuid() == 0);
+    child.start();
+    QVERIFY(child.process.waitForFinished(limitMs));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 2);
+    const QStringList complaints = child.complaints();
+    QCOMPARE(complaints.size(), 1);
+    QVERIFY2(complaints.first().startsWith(scenario + QLatin1Char(':')), qPrintable(complaints.first()));
+}
+
+/** Every system call of a save is one after which the process may be gone. */
+void tst_Files::aKillAtAnySystemCallLosesNoSetting()
+{
+    const QByteArray before("[language]\ntype=0\n");
+    const QByteArray after("[language]\ntype=1\n");
+    bool sawBefore = false;
+    bool sawAfter = false;
+    bool ended = false;
+    int stops = 0;
+    for (; !ended && stops < 1000; ++stops) {
+        const QTemporaryDir folder;
+        const QString program = folder.filePath(QStringLiteral("program"));
+        QVERIFY(QDir().mkpath(program));
+        const LanguageStore store(program, folder.filePath(QStringLiteral("user")));
+        store.save(0);
+        const pid_t child = fork();
+        if (child == 0) {
+            ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+            raise(SIGSTOP);
+            store.save(1);
+            _exit(0);
+        }
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        if (!WIFSTOPPED(status))
+            QSKIP("nobody may be traced here");
+        for (int k = 0; k < stops && !ended; ++k) { // each system call stops on its way in and on its way out
+            QCOMPARE(ptrace(PTRACE_SYSCALL, child, nullptr, nullptr), 0L);
+            QCOMPARE(waitpid(child, &status, 0), child);
+            ended = WIFEXITED(status);
+        }
+        if (!ended) {
+            kill(child, SIGKILL);
+            waitpid(child, &status, 0);
+        }
+        const QByteArray found = read(program + QStringLiteral("/appConfig.ini"));
+        QVERIFY2(found == before || found == after, found.constData());
+        QCOMPARE(store.load(), found == after ? 1 : 0);
+        sawBefore = sawBefore || found == before;
+        sawAfter = sawAfter || found == after;
+    }
+    QVERIFY(ended && sawBefore && sawAfter);
+    std::printf("FIGURES a save killed at %d places\n", stops);
+}
+
+void tst_Files::aFullDiskLosesNoSetting()
+{
+    const QTemporaryDir folder;
+    const QByteArray mountPoint = QFile::encodeName(folder.path());
+    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=64k") != 0)
+        QSKIP("a disk cannot be mounted here; what a file that cannot grow does is tested with the settings");
+    const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
+
+    const QString program = folder.filePath(QStringLiteral("program"));
+    QVERIFY(QDir().mkpath(program));
+    const LanguageStore store(program, folder.filePath(QStringLiteral("user")));
+    store.save(1);
+    for (int free = 0; free < 3; ++free) { // pages that are left
+        QFile filler(folder.filePath(QStringLiteral("filler")));
+        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        while (filler.write(QByteArray(4096, 'x')) == 4096) {
+        }
+        QVERIFY(filler.resize(filler.size() - 4096 * free));
+        filler.close();
+        store.save(0);
+        const QByteArray found = read(program + QStringLiteral("/appConfig.ini"));
+        QVERIFY2(found == "[language]\ntype=1\n" || found == "[language]\ntype=0\n", found.constData());
+        QCOMPARE(found.contains("type=1"), free == 0);
+        store.save(1);
+        QVERIFY(QFile::remove(filler.fileName()));
+        store.save(1);
+        QCOMPARE(store.load(), 1);
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_Files)
+#include "tst_Files.moc"

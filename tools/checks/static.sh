@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+#
+# static.sh [FILE...]: clang-tidy with the tree's .clang-tidy and clazy (level 1) over the program, the simulated
+# controller and the tools; any finding is an error. With files, only over those. Not over the tests, which may copy a
+# list and keep a text in a constant.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+# shellcheck source=tools/setup.sh
+. tools/setup.sh
+install_missing "${build_packages[@]}" "${static_packages[@]}"
+build dev # forms and meta objects are generated
+
+say "Static checks"
+# Each source once, also where two libraries are made of it, and none that is generated.
+mkdir -p build/static
+python3 - "$@" <<'EOF'
+import json, os, sys
+own = {}
+for entry in json.load(open("build/dev/compile_commands.json")):
+    name = os.path.relpath(entry["file"])
+    if name.endswith(".cpp") and not name.startswith(("build/", "tests/")) and (len(sys.argv) == 1 or name in sys.argv):
+        own.setdefault(name, entry)
+json.dump(list(own.values()), open("build/static/compile_commands.json", "w"))
+open("build/static/files", "w").writelines(name + "\n" for name in own)
+EOF
+
+# The style prescribes auto-connected slots, so that connect-by-name has nothing to say here.
+check() {
+    local ours='(app|device|shell|axis|models|settings|console|widgets|simulator|tools|bench|resources)'
+    local tool=(clang-tidy --quiet)
+    [ "$1" = clazy ] && tool=(clazy-standalone --checks=level1,no-connect-by-name --extra-arg=-Werror
+        "--header-filter=$PWD/$ours/.*")
+    local said
+    said=$("${tool[@]}" -p build/static "$2" 2>&1) || { printf '%s\n' "== $1 $2" "$said" && return 1; }
+}
+export -f check
+
+{
+    sed 's/^/clazy /' build/static/files
+    sed 's/^/clang-tidy /' build/static/files
+} | xargs -P "$(nproc)" -L 1 bash -c 'check "$@"' check || die "See the findings above."

@@ -1,0 +1,222 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""drive.py PROGRAM|MENU_ENTRY: uses the program as a person would, on the desktop that is there.
+
+Starts the program, or what a menu entry (.desktop) starts, connects to the first controller, moves its first axis, opens
+the manual from the help panel, switches to English, closes the program by its close button, and starts it once more to see that it still speaks
+English. What is on the screen is read from the accessibility tree, what is done is done with the mouse and the keyboard
+(xdotool). Ends with 1 when anything does not come about.
+
+Needs a session bus (dbus-run-session) and the default scenario of the simulated controller.
+"""
+
+import os
+import subprocess
+import sys
+import tempfile
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, Gio, GLib  # noqa: E402
+
+MANUAL = "help/台式步进电机驱动控制器用户手册.pdf"
+LIMIT = 60  # seconds that anything may take
+TARGET = 12.5  # mm
+
+
+class Failure(Exception):
+    pass
+
+
+def wait(what, condition):
+    """Returns what the condition returns as soon as that is true."""
+    deadline = time.monotonic() + LIMIT
+    while time.monotonic() < deadline:
+        try:
+            result = condition()
+        except GLib.Error:  # it went away while it was looked at
+            result = None
+        if result:
+            return result
+        time.sleep(0.02)
+    raise Failure(what)
+
+
+def xdotool(*arguments):
+    subprocess.run(["xdotool", *map(str, arguments)], check=True)
+
+
+class Program:
+    def __init__(self, command, scratch):
+        # Stands in for the desktop's opener and notes what it is to open.
+        opener = os.path.join(scratch, "xdg-open")
+        self.opened = os.path.join(scratch, "opened")
+        with open(opener, "w", encoding="utf-8") as file:
+            file.write(f'#!/bin/sh\nprintf %s "$1" >"{self.opened}"\n')
+        os.chmod(opener, 0o755)
+
+        self.folder = os.path.dirname(os.path.realpath(command[0]))
+        path = scratch + os.pathsep + os.environ["PATH"]
+        environment = dict(os.environ, PATH=path, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        self.process = subprocess.Popen(command, env=environment, cwd="/")
+
+    def root(self):
+        desktop = Atspi.get_desktop(0)
+        desktop.clear_cache()
+        for index in range(desktop.get_child_count()):
+            child = desktop.get_child_at_index(index)
+            if child and child.get_process_id() == self.process.pid:
+                return child
+        return None
+
+    def elements(self, within=None):
+        """All that is showing, in the order of the tree."""
+        todo = [within or self.root()]
+        while todo:
+            element = todo.pop()
+            if not element:
+                continue
+            yield element
+            count = element.get_child_count()
+            todo.extend(element.get_child_at_index(index) for index in range(count - 1, -1, -1))
+
+    def showing(self, role, texts=()):
+        """The elements of a role that can be seen and whose name or description is one of the texts, if any."""
+        return [
+            element
+            for element in self.elements()
+            if element.get_role() == role
+            and element.get_state_set().contains(Atspi.StateType.SHOWING)
+            and (not texts or element.get_name() in texts or element.get_description() in texts)
+        ]
+
+    def see(self, role, *texts):
+        return wait(f"no {role.value_nick} {' or '.join(texts)}", lambda: self.showing(role, texts))[0]
+
+    def settled(self):
+        """Whether the active window is one of the program's and the program knows where it stands."""
+        question = ["xdotool", "getactivewindow", "getwindowpid", "getwindowgeometry", "--shell"]
+        answer = subprocess.run(question, capture_output=True, text=True, check=False).stdout.split()
+        if str(self.process.pid) not in answer:
+            return False
+        root = self.root()
+        windows = [root.get_child_at_index(index) for index in range(root.get_child_count())]
+        boxes = [Atspi.Component.get_extents(window, Atspi.CoordType.SCREEN) for window in windows]
+        return any({f"X={box.x}", f"Y={box.y}", f"WIDTH={box.width}"} <= set(answer) for box in boxes)
+
+    def click(self, element):
+        wait("no window of the program is active", self.settled)
+        box = Atspi.Component.get_extents(element, Atspi.CoordType.SCREEN)
+        # The text of a link begins at its left edge and need not reach its middle.
+        x = 8 if element.get_role() == Atspi.Role.LABEL else box.width // 2
+        xdotool("mousemove", box.x + x, box.y + box.height // 2, "click", 1)
+
+    def press(self, text):
+        self.click(self.see(Atspi.Role.PUSH_BUTTON, text))
+
+    def close(self, text):
+        self.press(text)
+        try:
+            code = self.process.wait(LIMIT)
+        except subprocess.TimeoutExpired:
+            raise Failure("the program does not end") from None
+        if code != 0:
+            raise Failure(f"the program ended with {code}")
+
+    def print_screen(self):
+        for element in self.elements():
+            if element.get_state_set().contains(Atspi.StateType.SHOWING):
+                print(f"  {element.get_role_name()}: {element.get_name()!r} {element.get_description()!r}")
+
+
+def connect_and_move(program):
+    program.press("连接设备")
+    program.see(Atspi.Role.COMBO_BOX, "MC3-000117")
+    program.press("连接")
+    # The panel of the first axis comes first.
+    position = program.see(Atspi.Role.LABEL, "0.000 mm")
+
+    program.click(program.see(Atspi.Role.CHECK_BOX, "设置移动参数"))
+    program.click(program.see(Atspi.Role.SPIN_BUTTON))
+    xdotool("key", "ctrl+a")
+    xdotool("type", TARGET)
+    program.press("确认")
+    program.press("移动到目标位置")
+
+    passed = []
+
+    def arrived():
+        position.clear_cache()
+        passed.append(position.get_name())
+        return passed[-1] == f"{TARGET:.3f} mm"
+
+    wait("the axis does not arrive", arrived)
+    between = [place for place in dict.fromkeys(passed) if 0 < float(place.split()[0]) < TARGET]
+    if not between:
+        raise Failure("the axis was nowhere in between")
+    print(f"The axis moved to {TARGET} mm and was seen at {len(between)} places in between.")
+
+
+def open_manual(program):
+    program.press("帮助")
+    program.click(program.see(Atspi.Role.LABEL, "查看"))
+    manual = Gio.File.new_for_path(os.path.join(program.folder, MANUAL))
+
+    def opened():
+        with open(program.opened, encoding="utf-8") as file:
+            return Gio.File.new_for_uri(file.read()).equal(manual)
+
+    wait(f"{manual.get_path()} is not opened", lambda: os.path.exists(program.opened) and opened())
+    xdotool("key", "Escape")
+    wait("the help panel stays", lambda: not program.showing(Atspi.Role.LABEL, ["查看"]))
+    print("The help panel opened the manual.")
+
+
+def switch_to_english(program):
+    program.press("软件设置")
+    program.click(program.see(Atspi.Role.RADIO_BUTTON, "英文"))
+    program.see(Atspi.Role.LABEL, "Settings")
+    xdotool("key", "Escape")
+    wait("the settings stay", lambda: not program.showing(Atspi.Role.LABEL, ["Settings"]))
+
+
+def command_of(path):
+    if not path.endswith(".desktop"):
+        return [path]
+    entry = Gio.DesktopAppInfo.new_from_filename(path)
+    if not entry:
+        raise Failure(f"{path} starts nothing that is installed")
+    return GLib.shell_parse_argv(entry.get_commandline())[1]
+
+
+def drive(scratch):
+    program = None
+    try:
+        command = command_of(sys.argv[1])
+        # Starts the accessibility bus and its registry, which a program that comes before them can miss.
+        Atspi.get_desktop(0).get_child_count()
+        program = Program(command, scratch)
+        connect_and_move(program)
+        open_manual(program)
+        switch_to_english(program)
+        program.close("Quit")
+        program = Program(command, scratch)
+        program.see(Atspi.Role.PUSH_BUTTON, "Connect the device serial port COM")
+        program.close("Quit")
+        print("It kept English and closed with exit code 0, twice.")
+    except Failure as failure:
+        print(f"{sys.argv[0]}: {failure}; on the screen:", file=sys.stderr)
+        if program:
+            program.print_screen()
+            program.process.kill()
+            program.process.wait()
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    with tempfile.TemporaryDirectory() as directory:
+        code = drive(directory)
+    sys.exit(code)

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+
+/** Reading of the small files that the program has beside it, whatever stands there in their place. */
+namespace SmallFile {
+
+/**
+ * The bytes of a file; none when it cannot be read, is no file (opening a pipe would wait for its writer) or has more
+ * than `limit` bytes. What comes back stays as it is when the file changes, unlike a file that is mapped.
+ */
+inline QByteArray read(const QString &path, qint64 limit)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return QByteArray();
+    const QByteArray bytes = file.read(limit + 1);
+    return bytes.size() > limit ? QByteArray() : bytes;
+}
+
+} // namespace SmallFile
