@@ -35,14 +35,14 @@ qint64 Measurements::heapBytes()
     return qint64(info.uordblks + info.hblkhd);
 }
 
-qint64 Measurements::proportionalBytes()
+qint64 Measurements::anonymousBytes()
 {
     QFile file(QStringLiteral("/proc/self/smaps_rollup"));
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.startsWith("Pss:"))
-            return line.mid(4).simplified().split(' ').first().toLongLong() * 1024;
+        if (line.startsWith("Pss_Anon:"))
+            return line.mid(9).simplified().split(' ').first().toLongLong() * 1024;
     }
     return 0;
 }

@@ -9,8 +9,8 @@ namespace Measurements {
 
 /** Bytes that the program has allocated and not released. */
 qint64 heapBytes();
-/** Bytes of memory of this process, shared pages divided among those who share them. */
-qint64 proportionalBytes();
+/** Bytes of memory of this process alone: not its files, which weigh less the more programs have them open. */
+qint64 anonymousBytes();
 int openHandles();
 int threads();
 

@@ -199,7 +199,7 @@ void Soak::sample()
     const double logBytes = logEntries() * m_bytesPerEntry;
     const double values[QuantityCount] = {
         (double(Measurements::heapBytes()) - logBytes) / kilobyte,
-        (double(Measurements::proportionalBytes()) - logBytes) / kilobyte,
+        (double(Measurements::anonymousBytes()) - logBytes) / kilobyte,
         double(Measurements::openHandles()),
         double(Measurements::threads()),
         double(m_queueLength),
