@@ -3,8 +3,6 @@
 
 #include <QDebug>
 
-#include <cstring>
-
 Heart::Heart()
 {
     m_thread.setObjectName(QStringLiteral("Heart"));
@@ -45,9 +43,6 @@ void Heart::rcvHeartInfo(CONTROLER_STATE state, int ret)
         return;
     }
     qDebug() << "rcvHeartInfo" << state.rockerValue;
-    const CONTROLER_STATE last = m_state.exchange(state);
+    m_state = state;
     emit receivedControlerState();
-    if (!m_bAnswered || std::memcmp(&last, &state, sizeof state) != 0)
-        emit controlerStateChanged();
-    m_bAnswered = true;
 }

@@ -34,8 +34,6 @@ signals:
     void heartBreak(int count);
     /** A good answer was stored. */
     void receivedControlerState();
-    /** Follows receivedControlerState() when the answer is the first, or another than the last one. */
-    void controlerStateChanged();
     /** Asks for one answer, to be delivered to rcvHeartInfo(). */
     void sendHeart();
 
@@ -51,5 +49,4 @@ private:
     QThread m_thread;
     QTimer m_timer;
     int m_iMissed = 0;
-    bool m_bAnswered = false;
 };

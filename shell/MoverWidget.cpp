@@ -26,7 +26,7 @@
 
 namespace {
 
-constexpr int maxAxes = 3;            // of any controller
+constexpr int maxAxes = 8;            // of any controller
 constexpr int identifiedStage = 2;    // chip code of a stage that identifies itself
 constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
 constexpr int portCheckRetryMs = 100; // when the library was busy
@@ -106,7 +106,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     const auto worker = SerialComDev::instance();
     connect(
-        m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
+        m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
     connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
@@ -144,7 +144,7 @@ void MoverWidget::slot_devConnected()
         const bool initialised = initialiseAxis(axis);
         if (!alive || m_bClosing) // on the way out the library may hang: it is not called again
             return;
-        if (!initialised && axis >= maxAxes) // of a count that cannot be true one failure is enough to be told
+        if (!initialised && axis >= maxAxes) // a count that cannot be true: one failure is told, not one by one
             break;
     }
 

@@ -6,18 +6,25 @@
 #include <QObject>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
+#include <fstream>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
 
 /**
  * Measures from a thread of its own how long the GUI thread goes without an event, and which library call was in
  * flight meanwhile. Lets a call that hangs go on after a while. Ends the process, with the culprit's name, when the GUI
- * thread does not come back at all. Create it in the GUI thread.
+ * thread does not come back at all. The time in which this process was ready to run, but a busy machine let others go
+ * before, counts for none of its own. Create it in the GUI thread.
  */
 class Watchdog final
 {
@@ -56,13 +63,37 @@ private:
         return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
     }
 
+    /** How long the threads of this process, but for this one, have waited for a processor; 0 where nobody counts. */
+    static qint64 keptWaitingMs()
+    {
+        static const std::string self = std::to_string(::syscall(SYS_gettid));
+        qint64 waited = 0;
+        const std::unique_ptr<DIR, int (*)(DIR *)> tasks(::opendir("/proc/self/task"), &::closedir);
+        while (const dirent *task = tasks ? ::readdir(tasks.get()) : nullptr) {
+            long long ranNs = 0;
+            long long waitedNs = 0;
+            std::ifstream statistics(std::string("/proc/self/task/") + task->d_name + "/schedstat");
+            if (task->d_name != self && statistics >> ranNs >> waitedNs)
+                waited += waitedNs / 1000000;
+        }
+        return waited;
+    }
+
     void watch()
     {
         constexpr int deadlockMs = 60000;
         qint64 hangsSince = 0;
+        qint64 seen = 0;
+        qint64 keptWaiting = 0; // when the GUI thread was seen
         while (!m_ends) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            const int stall = int(now() - m_seen);
+            const qint64 keptWaitingNow = keptWaitingMs();
+            if (seen != m_seen) {
+                seen = m_seen;
+                keptWaiting = keptWaitingNow;
+            }
+            // A thread that has ended takes its count along.
+            const int stall = int(now() - seen - std::max(qint64(0), keptWaitingNow - keptWaiting));
             {
                 const std::lock_guard<std::mutex> lock(m_mutex);
                 if (stall > m_longest.ms)

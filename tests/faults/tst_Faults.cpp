@@ -217,7 +217,8 @@ public:
         settle();
         pass(100);
         const QString wanted = QString::number(m_dTarget, 'f', 3) + QStringLiteral(" mm");
-        if (position() != wanted)
+        // Polls that a busy machine is late with are dropped for newer ones.
+        if (!QTest::qWaitFor([&] { return position() == wanted; }, 5000))
             return QStringLiteral("the position is shown as %1 instead of %2; ").arg(position(), wanted) +
                    logOf(panel).split(QLatin1Char('\n')).mid(1).join(QStringLiteral(" | "));
         return QString();

@@ -61,6 +61,7 @@ constexpr int device = 1001;
 constexpr int other = 1002;
 constexpr int rounds = 1000;
 constexpr qint64 memorySlack = 64 * 1024;
+constexpr qint64 connectionSlack = 1024 * 1024; // for a thousand connections, with what Qt keeps of fonts
 
 /** The worker has done what was asked of it and the windows know. */
 void settle()
@@ -110,8 +111,7 @@ void drive(OpenWindow &program, double target)
     OpenWindow::click(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_move")));
     settle();
     simulator::advance(100);
-    poll(program);
-    QCOMPARE(position(program), QString::number(target, 'f', 3) + QStringLiteral(" mm"));
+    QTRY_COMPARE(position(program), QString::number(target, 'f', 3) + QStringLiteral(" mm"));
 }
 
 int polls()
@@ -182,7 +182,7 @@ void tst_Upheavals::theLinkIsLostAndComesBack()
         QCOMPARE(position(program), shown); // the last one that was true
         simulator::restoreLink(device);
         poll(program);
-        QCOMPARE(position(program), QString::number(round % 50, 'f', 3) + QStringLiteral(" mm"));
+        QTRY_COMPARE(position(program), QString::number(round % 50, 'f', 3) + QStringLiteral(" mm"));
         // The log grows for as long as its panel lives, as intended.
         for (MoverControlWidget *panel : program.window().panelBoard().panels())
             panel->findChild<QTextBrowser *>()->clear();
@@ -207,7 +207,7 @@ void tst_Upheavals::theControllerIsUnpluggedAndPluggedIn()
         simulator::unplug(device);
         announceDeviceChange(program); // an empty list is no loss
         poll(program);
-        QVERIFY(logOf(program.panel(0)).contains(QStringLiteral("读取当前位置出错")));
+        QTRY_VERIFY(logOf(program.panel(0)).contains(QStringLiteral("读取当前位置出错")));
         simulator::plug(device);
         announceDeviceChange(program);
         program.disconnect();
@@ -219,7 +219,7 @@ void tst_Upheavals::theControllerIsUnpluggedAndPluggedIn()
         }
     }
     forgetRecords();
-    QCOMPARE(ProcessFigures().grownSince(*before, memorySlack), QString());
+    QCOMPARE(ProcessFigures().grownSince(*before, connectionSlack), QString());
     QCOMPARE(boxes.texts(), QStringList());
     program.connectTo(device);
     drive(program, 7);
@@ -253,7 +253,7 @@ void tst_Upheavals::twoControllersAreSwapped()
         program.disconnect();
         program.connectTo(next);
         poll(program);
-        QCOMPARE(position(program), next == device ? QStringLiteral("1.000 mm") : QStringLiteral("2.000 mm"));
+        QTRY_COMPARE(position(program), next == device ? QStringLiteral("1.000 mm") : QStringLiteral("2.000 mm"));
         QCOMPARE(
             program.panel(0)->findChild<QLabel *>(QStringLiteral("label_modelName"))->text(),
             next == device ? QStringLiteral("LIN-100") : QStringLiteral("LIN-200"));
@@ -276,7 +276,7 @@ void tst_Upheavals::noticesStorm()
         if (notice % 1000 == 0) {
             simulator::setPosition(device, 0, notice / 1000);
             poll(program); // the panels are served all the while
-            QCOMPARE(position(program), QString::number(notice / 1000, 'f', 3) + QStringLiteral(" mm"));
+            QTRY_COMPARE(position(program), QString::number(notice / 1000, 'f', 3) + QStringLiteral(" mm"));
             simulator::clearJournal();
         }
     }
@@ -312,9 +312,12 @@ void tst_Upheavals::theLibraryHangsDuringADisconnect()
 {
     OpenWindow program;
     program.connectTo(device);
+    OpenWindow::click(program.find("pushButton_connect")); // while the library still answers its probing
     simulator::hangCall("getCurrentPos");
     QTRY_VERIFY(simulator::waitUntilHanging(0));
-    program.disconnect(); // gives up after half a minute
+    OpenWindow::click(
+        program.dialog<ConnectionWidget>()->findChild<QPushButton *>(QStringLiteral("pushButton_disConnect")));
+    // It gave up after half a minute.
     QVERIFY(SerialComDev::instance()->isOpened());
     QCOMPARE(program.panelNames().size(), 2);
     const auto *connection = program.dialog<ConnectionWidget>();
@@ -368,7 +371,7 @@ void tst_Upheavals::theMachineSleepsAndWakes()
         // The polls of the night are not made up for, and the axis has arrived meanwhile.
         QVERIFY2(polls() > before && polls() - before <= 2 * 8, qPrintable(QString::number(polls() - before)));
         QVERIFY(simulator::callCount("getRockerInfo") <= 3);
-        QCOMPARE(position(program), QStringLiteral("40.000 mm"));
+        QTRY_COMPARE(position(program), QStringLiteral("40.000 mm"));
     }
     drive(program, -2);
 }

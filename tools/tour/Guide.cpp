@@ -4,6 +4,7 @@
 #include "simulator/SimulatorControl.h"
 
 #include <QApplication>
+#include <QColor>
 #include <QDeadlineTimer>
 #include <QImage>
 #include <QMap>
@@ -15,6 +16,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace {
@@ -71,6 +73,36 @@ void noteParts(QImage *picture, const QRect &area)
     }
 }
 
+/** Whether the screen shows what the active window would draw now, but for a blinking cursor, a number, a rim. */
+bool isOnScreen()
+{
+    QWidget *window = QApplication::activeWindow();
+    if (!window)
+        return true;
+    auto *body = window->findChild<QWidget *>(QStringLiteral("widget_back"), Qt::FindDirectChildrenOnly);
+    QWidget *drawn = body ? body : window;
+    const QPoint place = drawn->mapToGlobal(QPoint());
+    const QImage screen = QGuiApplication::primaryScreen()
+                              ->grabWindow(0, place.x(), place.y(), drawn->width(), drawn->height())
+                              .toImage()
+                              .convertToFormat(QImage::Format_RGB32);
+    const QImage wanted = drawn->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    if (screen.size() != wanted.size())
+        return false;
+    constexpr int grid = 7; // every seventh pixel of every seventh line tells enough
+    int looked = 0;
+    int different = 0;
+    for (int y = 0; y < wanted.height(); y += grid) {
+        for (int x = 0; x < wanted.width(); x += grid) {
+            ++looked;
+            const QColor a = screen.pixelColor(x, y);
+            const QColor b = wanted.pixelColor(x, y);
+            different += std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) > 40;
+        }
+    }
+    return different * 200 < looked;
+}
+
 } // namespace
 
 Guide::Guide(QWidget *window, const QDir &directory)
@@ -124,8 +156,10 @@ QString Guide::answers() const
 
 void Guide::savePicture(const QString &name) const
 {
-    // The outcome is there; give the window manager and the compositor the time to bring it to the screen.
+    // The outcome is there; give the window manager and the compositor the time to bring it to the screen. Something
+    // may lie over the window (a list, a popup that has not got the activation): then this is the time that they get.
     QSemaphore().tryAcquire(1, 150);
+    wait(isOnScreen, 1000);
     const QString path =
         m_directory.filePath(QStringLiteral("%1-%2.png").arg(m_iStep, 2, 10, QLatin1Char('0')).arg(name));
     const bool saved = inGui([&] {
