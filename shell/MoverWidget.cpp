@@ -237,6 +237,9 @@ void MoverWidget::slot_addControl(QString model, int Asix, MoverDevParam param, 
         return;
     }
     if (!autoDetect) {
+        // A second click that was made while the first one waited for the controller reaches the closed dialog.
+        if (m_board->find(axisNameOf(Asix)))
+            return;
         int result = 0;
         {
             const BusyCursor busy;

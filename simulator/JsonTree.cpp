@@ -11,6 +11,9 @@ namespace simulator {
 
 namespace {
 
+/** A tree is destroyed level by level on the stack, which a file must not be able to use up. */
+constexpr std::size_t deepest = 100;
+
 /** Walks over a text and counts the line ends that it has passed. The parser copies it, hence the shared counters. */
 struct CountingIterator {
     using iterator_category = std::input_iterator_tag;
@@ -115,6 +118,8 @@ private:
     template <typename Container>
     bool open()
     {
+        if (m_open.size() == deepest)
+            throw JsonError(line(), "more than " + std::to_string(deepest) + " objects and lists within each other");
         m_open.push_back(place());
         m_open.back()->content.emplace<Container>();
         return true;

@@ -30,7 +30,7 @@ struct JsonValue {
     Content content;
     int line = 0;
 
-    /** Reads a whole text. Throws JsonError, also for a key that an object has twice. */
+    /** Reads a whole text. Throws JsonError, also for a key that an object has twice and for more than 100 levels. */
     static JsonValue parse(const std::string &text);
 };
 

@@ -106,6 +106,7 @@ private slots:
     // Add-axis button
     void offersTheFreeAxesAndTheModels();
     void opensTheAxisThatWasChosen();
+    void aDoubleClickOpensTheChosenAxisOnce();
 
     // Messages
     void messages_data();
@@ -658,6 +659,18 @@ void tst_AxisWindows::opensTheAxisThatWasChosen()
         program.panel(2)->findChild<QLabel *>(QStringLiteral("label_modelName"))->text(), QStringLiteral("LIN-50"));
     QVERIFY(program.panel(2)->isVisible());
     QVERIFY(program.dialog<AddControlsWidget>()->isHidden());
+}
+
+void tst_AxisWindows::aDoubleClickOpensTheChosenAxisOnce()
+{
+    playChips("awa");
+    OpenWindow program;
+    program.connectTo();
+    program.addAxis(2, QStringLiteral("LIN-50"));
+    // The second click was made while the first one waited for the controller.
+    program.dialog<AddControlsWidget>()->findChild<QPushButton *>(QStringLiteral("pushButton_confirm"))->click();
+    QCOMPARE(program.panelNames(), namesOf({1, 2}));
+    QCOMPARE(program.menuBar(), OpenWindow::menuBarWith(namesOf({1, 2})));
 }
 
 // ---- Messages ------------------------------------------------------------------------------------------------------

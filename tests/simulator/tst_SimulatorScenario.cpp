@@ -216,6 +216,8 @@ void tst_SimulatorScenario::namesTheLineOfTheMistake_data()
     row("key of another event",
         head + "\"events\": [{\"at\": 1, \"event\": \"plug\", \"controller\": 7,\n\"axis\": 0}]}",
         "scenario:4: the event has no \"axis\"");
+    row("very deep", "{\"controllers\":\n" + QByteArray(300000, '['),
+        "scenario:2: more than 100 objects and lists within each other");
     row("text that ends early", head + "\"events\": [\n",
         "scenario:3: syntax error while parsing value - unexpected "
         "end of input; expected '[', '{', or a literal");

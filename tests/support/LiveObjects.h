@@ -30,6 +30,18 @@ public:
             result += qobject_cast<const Object *>(object) ? 1 : 0;
         return result;
     }
+    /** Those themselves, in no particular order; while no other thread destroys any. */
+    template <typename Object>
+    static QList<Object *> all()
+    {
+        const QMutexLocker lock(&mutex());
+        QList<Object *> result;
+        for (QObject *object : qAsConst(objects())) {
+            if (auto *found = qobject_cast<Object *>(object))
+                result.append(found);
+        }
+        return result;
+    }
     static int runningTimers()
     {
         const QMutexLocker lock(&mutex());
