@@ -38,10 +38,12 @@ void PositionLabel::paintEvent(QPaintEvent *)
     const QRect area = contentsRect();
     const int baseline = area.top() + (area.height() + fontMetrics().capHeight()) / 2;
     const int unitLeft = area.right() + 1 - unitWidth;
+    // A degree sign stands as high as the number, not as high as its own small letters.
+    const int raise = unit == QStringLiteral("°") ? fontMetrics().capHeight() - unitMetrics.capHeight() : 0;
 
     painter.setPen(palette().color(foregroundRole()));
     painter.drawText(unitLeft - gap - fontMetrics().horizontalAdvance(number), baseline, number);
     painter.setFont(unitFont);
     painter.setPen(m_unitColor);
-    painter.drawText(unitLeft, baseline, unit);
+    painter.drawText(unitLeft, baseline - raise, unit);
 }
