@@ -26,8 +26,12 @@ void PositionLabel::paintEvent(QPaintEvent *)
     const int blank = text().indexOf(QLatin1Char(' '));
     const QString number = text().left(blank);
     const QString unit = blank < 0 ? QString() : text().mid(blank + 1);
-    QFont unitFont = font();
-    unitFont.setPixelSize(fontInfo().pixelSize() / 2);
+    const int height = fontInfo().pixelSize();
+    QFont numberFont = font();
+    numberFont.setPixelSize(height);
+    numberFont.setKerning(false); // it would move digits beside a 1, 4 or 7
+    QFont unitFont = numberFont;
+    unitFont.setPixelSize(height / 2);
     const QFontMetrics unitMetrics(unitFont);
     const int gap = unit.isEmpty() ? 0 : unitFont.pixelSize() / 2;
 
@@ -41,8 +45,16 @@ void PositionLabel::paintEvent(QPaintEvent *)
     // A degree sign stands as high as the number, not as high as its own small letters.
     const int raise = unit == QStringLiteral("°") ? fontMetrics().capHeight() - unitMetrics.capHeight() : 0;
 
+    const int room = unitLeft - gap - area.left();
+    const int needed = QFontMetrics(numberFont).horizontalAdvance(number);
+    if (needed > room)
+        numberFont.setPixelSize(qMax(unitFont.pixelSize(), height * room / needed));
+    const QFontMetrics numberMetrics(numberFont);
+    const QString shown = numberMetrics.elidedText(number, Qt::ElideRight, room);
+
+    painter.setFont(numberFont);
     painter.setPen(palette().color(foregroundRole()));
-    painter.drawText(unitLeft - gap - fontMetrics().horizontalAdvance(number), baseline, number);
+    painter.drawText(unitLeft - gap - numberMetrics.horizontalAdvance(shown), baseline, shown);
     painter.setFont(unitFont);
     painter.setPen(m_unitColor);
     painter.drawText(unitLeft, baseline - raise, unit);
