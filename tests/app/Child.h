@@ -97,7 +97,10 @@ public:
         lines.erase(
             std::remove_if(
                 lines.begin(), lines.end(),
-                [](const QString &line) { return line.startsWith(QLatin1String("debug|default|")); }),
+                [](const QString &line) {
+                    return line.startsWith(QLatin1String("debug|default|")) ||
+                           line.endsWith(QLatin1String("This plugin does not support propagateSizeHints()"));
+                }),
             lines.end());
         return lines;
     }

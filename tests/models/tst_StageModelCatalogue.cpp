@@ -424,7 +424,7 @@ void tst_StageModelCatalogue::saysWhereAFileHasAMistake_data()
     QTest::newRow("wrong types") << begin + good + good.toLower()
                                  << QByteArray(R"({"name": "M", "unitString": 1, "maxAcc": "2", "modifyDate": 2.5}],
                                                 "b": [1]})")
-                                 << "model 3: wrong type of unitString, maxAcc, modifyDate";
+                                 << "model 3: wrong type of maxAcc, modifyDate, unitString";
     QTest::newRow("name again") << begin + good << QByteArray(R"({"name": "[A\\\"],{"}]})")
                                 << R"(model 2: one more with the name \"[A\\\"],{\")";
     QTest::newRow("stage type") << begin + good << QByteArray(R"({"name": "M", "moveType": 4}]})")

@@ -351,8 +351,9 @@ private slots:
         parent.setGeometry(corner.x() * screen.width() - 50, corner.y() * screen.height() - 50, 100, 100);
         parent.show();
         const OnMessageBox next([&](QMessageBox &box) {
-            QCOMPARE(box.x(), corner.x() * (screen.width() - box.width()));
-            QCOMPARE(box.y(), corner.y() * (screen.height() - box.height()));
+            const QRect frame = box.frameGeometry();
+            QCOMPARE(frame.x(), corner.x() * (screen.width() - frame.width()));
+            QCOMPARE(frame.y(), corner.y() * (screen.height() - frame.height()));
         });
         MessageBox::exec(&parent, "!");
         QCOMPARE(next.shown(), 1);
