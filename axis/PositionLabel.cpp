@@ -29,7 +29,6 @@ void PositionLabel::paintEvent(QPaintEvent *)
     const int height = fontInfo().pixelSize();
     QFont numberFont = font();
     numberFont.setPixelSize(height);
-    numberFont.setKerning(false); // it would move digits beside a 1, 4 or 7
     QFont unitFont = numberFont;
     unitFont.setPixelSize(height / 2);
     const QFontMetrics unitMetrics(unitFont);
@@ -49,12 +48,13 @@ void PositionLabel::paintEvent(QPaintEvent *)
     const int needed = QFontMetrics(numberFont).horizontalAdvance(number);
     if (needed > room)
         numberFont.setPixelSize(qMax(unitFont.pixelSize(), height * room / needed));
-    const QFontMetrics numberMetrics(numberFont);
+    // To a fraction of a pixel, or the digits would shift with their number.
+    const QFontMetricsF numberMetrics(numberFont);
     const QString shown = numberMetrics.elidedText(number, Qt::ElideRight, room);
 
     painter.setFont(numberFont);
     painter.setPen(palette().color(foregroundRole()));
-    painter.drawText(unitLeft - gap - numberMetrics.horizontalAdvance(shown), baseline, shown);
+    painter.drawText(QPointF(unitLeft - gap - numberMetrics.horizontalAdvance(shown), baseline), shown);
     painter.setFont(unitFont);
     painter.setPen(m_unitColor);
     painter.drawText(unitLeft, baseline - raise, unit);
