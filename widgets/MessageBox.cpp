@@ -128,6 +128,7 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     // Not on the stack: whoever owns the parent may destroy it, and the box with it, while the event loop runs.
     const QPointer<QMessageBox> box = new SizedMessageBox(parent, look.minimum);
     box->setWindowIcon(box->style()->standardIcon(QStyle::SP_MessageBoxInformation));
+    box->setObjectName(QStringLiteral("messageBox")); // for the style sheet
     box->setWindowTitle(QCoreApplication::translate("MessageBox", "提示"));
     box->setText(text);
 
