@@ -20,6 +20,7 @@ CycleOperationWidget::CycleOperationWidget(QWidget *parent)
 {
     ui->setupUi(this);
     new DialogKeys(this, [this] { on_pushButton_close_clicked(); });
+    Dialogs::forgetMouseWhenHidden(this);
     setFocusProxy(ui->doubleSpinBox_relativeDisp);
     setUnit(QStringLiteral("mm"));
 }
@@ -48,6 +49,12 @@ void CycleOperationWidget::wait(int milliseconds)
     elapsed.start();
     while (elapsed.elapsed() < milliseconds)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+}
+
+/** Tab does not lead to the panel underneath. */
+bool CycleOperationWidget::focusNextPrevChild(bool next)
+{
+    return Dialogs::focusWithin(this, next);
 }
 
 void CycleOperationWidget::changeEvent(QEvent *event)

@@ -43,6 +43,7 @@ public slots:
     void setRunningState(bool b) { m_bIdle = b; }
 
 protected:
+    bool focusNextPrevChild(bool next) override;
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 

@@ -13,6 +13,7 @@
 MotionParamPopup::MotionParamPopup(QWidget *parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
 {
+    Dialogs::forgetMouseWhenHidden(this);
 }
 
 void MotionParamPopup::setForm(QPushButton *confirm, QLabel *length, QLabel *speed, QLabel *acceleration)

@@ -61,8 +61,8 @@ MoverControlWidget::MoverControlWidget(QWidget *parent)
     , ui(std::make_unique<Ui::MoverControlWidget>())
     , m_log((ui->setupUi(this), ui->textBrowser_operatioInfo))
 {
-    ui->label_doingLight->setStyleSheet(QLatin1String(doingLightGray));
-    ui->label_originLight->setStyleSheet(QLatin1String(originLightGray));
+    setDoingLight(doingLightGray, false);
+    setOriginLight(false);
     ensurePolished(); // before the popups are its children, which Qt would polish with it
     createPopups();
     Dialogs::polishWhenShown();
@@ -201,7 +201,31 @@ void MoverControlWidget::setRockerSpeed(int level)
 
 void MoverControlWidget::setDoingLightRed()
 {
-    ui->label_doingLight->setStyleSheet(QLatin1String(doingLightRed));
+    setDoingLight(doingLightRed, true);
+}
+
+void MoverControlWidget::setDoingLight(const char *sheet, bool lit)
+{
+    ui->label_doingLight->setStyleSheet(QLatin1String(sheet));
+    m_bDoingLit = lit;
+    nameLights();
+}
+
+void MoverControlWidget::setOriginLight(bool lit)
+{
+    ui->label_originLight->setStyleSheet(QLatin1String(lit ? originLightGreen : originLightGray));
+    m_bOriginLit = lit;
+    nameLights();
+}
+
+/** Says for assistive tools what the lights' pictures say. */
+void MoverControlWidget::nameLights()
+{
+    const auto name = [](const QLabel *caption, bool lit) {
+        return (lit ? tr("%1：亮") : tr("%1：灭")).arg(caption->text());
+    };
+    ui->label_doingLight->setAccessibleName(name(ui->label_doing, m_bDoingLit));
+    ui->label_originLight->setAccessibleName(name(ui->label_origin, m_bOriginLit));
 }
 
 void MoverControlWidget::slot_updateState()
@@ -225,10 +249,11 @@ void MoverControlWidget::slot_updateDevState(int ID, MotorStageState state)
 
     if (state.isStop != m_sState.isStop) {
         emit signal_broadcastRunningState(state.isStop != 0);
-        ui->label_doingLight->setStyleSheet(QLatin1String(state.isStop == 1 ? doingLightGray : doingLightGreen));
+        const bool lit = state.isStop != 1;
+        setDoingLight(lit ? doingLightGreen : doingLightGray, lit);
     }
     if (state.isHome != m_sState.isHome)
-        ui->label_originLight->setStyleSheet(QLatin1String(state.isHome != 0 ? originLightGreen : originLightGray));
+        setOriginLight(state.isHome != 0);
     if (state.isCanRun != m_sState.isCanRun) {
         const bool canRun = state.isCanRun != 0;
         if (!m_bRockerMode) {
@@ -424,6 +449,7 @@ void MoverControlWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange) {
         ui->retranslateUi(this);
+        nameLights();
         ui->pushButton_expand->setText(ui->pushButton_expand->isChecked() ? tr("缩小") : tr("放大"));
     }
     QWidget::changeEvent(event);

@@ -112,6 +112,9 @@ private:
     void startMotor(int mode);
     void togglePopup(bool checked, PopupToggle *toggle, MotionParamPopup *popup, const QPushButton *button);
     void placeDrivePopup();
+    void setDoingLight(const char *sheet, bool lit);
+    void setOriginLight(bool lit);
+    void nameLights();
     void showRunCount(quint32 count);
     void warnOfLimits(const MotorStageState &state);
     void log(int type, const QString &text, int state);
@@ -120,6 +123,8 @@ private:
     int m_iIndex = 0;
     QString m_sName;
     MotorStageState m_sState = {};
+    bool m_bDoingLit = false; // as the lights look
+    bool m_bOriginLit = false;
     QString m_sUnit = QStringLiteral("mm");
     QTimer m_updateTimer{this};
     bool m_bRockerMode = false;

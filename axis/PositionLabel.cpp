@@ -26,8 +26,11 @@ void PositionLabel::paintEvent(QPaintEvent *)
     const int blank = text().indexOf(QLatin1Char(' '));
     const QString number = text().left(blank);
     const QString unit = blank < 0 ? QString() : text().mid(blank + 1);
-    QFont unitFont = font();
-    unitFont.setPixelSize(fontInfo().pixelSize() / 2);
+    const int height = fontInfo().pixelSize();
+    QFont numberFont = font();
+    numberFont.setPixelSize(height);
+    QFont unitFont = numberFont;
+    unitFont.setPixelSize(height / 2);
     const QFontMetrics unitMetrics(unitFont);
     const int gap = unit.isEmpty() ? 0 : unitFont.pixelSize() / 2;
 
@@ -38,10 +41,21 @@ void PositionLabel::paintEvent(QPaintEvent *)
     const QRect area = contentsRect();
     const int baseline = area.top() + (area.height() + fontMetrics().capHeight()) / 2;
     const int unitLeft = area.right() + 1 - unitWidth;
+    // A degree sign stands as high as the number, not as high as its own small letters.
+    const int raise = unit == QStringLiteral("°") ? fontMetrics().capHeight() - unitMetrics.capHeight() : 0;
 
+    const int room = unitLeft - gap - area.left();
+    const int needed = QFontMetrics(numberFont).horizontalAdvance(number);
+    if (needed > room)
+        numberFont.setPixelSize(qMax(unitFont.pixelSize(), height * room / needed));
+    // To a fraction of a pixel, or the digits would shift with their number.
+    const QFontMetricsF numberMetrics(numberFont);
+    const QString shown = numberMetrics.elidedText(number, Qt::ElideRight, room);
+
+    painter.setFont(numberFont);
     painter.setPen(palette().color(foregroundRole()));
-    painter.drawText(unitLeft - gap - fontMetrics().horizontalAdvance(number), baseline, number);
+    painter.drawText(QPointF(unitLeft - gap - numberMetrics.horizontalAdvance(shown), baseline), shown);
     painter.setFont(unitFont);
     painter.setPen(m_unitColor);
-    painter.drawText(unitLeft, baseline, unit);
+    painter.drawText(unitLeft, baseline - raise, unit);
 }

@@ -4,7 +4,10 @@
 #include <QColor>
 #include <QLabel>
 
-/** Shows "number unit" as an instrument does: the number large, the unit beside it small and quiet. */
+/**
+ * Shows "number unit" as an instrument does: the number large, the unit beside it small and quiet. A number without
+ * room is set smaller, and cut when even the unit's size is too large for it.
+ */
 class PositionLabel final : public QLabel
 {
     Q_OBJECT
@@ -15,6 +18,9 @@ public:
 
     QColor unitColor() const { return m_unitColor; }
     void setUnitColor(const QColor &color);
+
+    /** No number widens its surroundings. */
+    QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;

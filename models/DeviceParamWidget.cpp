@@ -17,6 +17,7 @@ DeviceParamWidget::DeviceParamWidget(QWidget *parent)
 {
     m_ui->setupUi(this);
     new DialogKeys(this, [this] { hide(); });
+    Dialogs::forgetMouseWhenHidden(this);
     setFocusProxy(m_ui->checkBox_input);
 }
 
@@ -52,6 +53,12 @@ void DeviceParamWidget::on_pushButton_writeConfig_clicked()
     emit SerialComDev::instance()->signal_setMotorConfig(
         m_ui->comboBox_motorID->currentText().toInt(), m_ui->lineEdit_motorModel->text(),
         m_ui->lineEdit_fileName->text());
+}
+
+/** Tab does not lead to the panel underneath. */
+bool DeviceParamWidget::focusNextPrevChild(bool next)
+{
+    return Dialogs::focusWithin(this, next);
 }
 
 void DeviceParamWidget::changeEvent(QEvent *event)

@@ -31,6 +31,7 @@ public:
     bool isOutputEnabled() const;
 
 protected:
+    bool focusNextPrevChild(bool next) override;
     void changeEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;

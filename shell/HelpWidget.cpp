@@ -2,6 +2,7 @@
 #include "shell/HelpWidget.h"
 
 #include "widgets/DialogKeys.h"
+#include "widgets/Dialogs.h"
 
 #include "ui_HelpWidget.h"
 
@@ -43,6 +44,7 @@ HelpWidget::HelpWidget(QWidget *parent)
     , m_drag(this, m_ui->widget_title, Qt::LeftButton)
 {
     setAttribute(Qt::WA_TranslucentBackground);
+    Dialogs::forgetMouseWhenHidden(this);
     new DialogKeys(this, [this] { hide(); });
     m_ui->label_softwareVersion->setText(QStringLiteral("V" MOVER_VERSION));
     m_ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));

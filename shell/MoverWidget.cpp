@@ -117,6 +117,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
+    showHint();
     ui->pushButton_connect->setFocus(); // the first thing to do
     Dialogs::polishWhenShown();
 }
@@ -129,6 +130,12 @@ void MoverWidget::showCentred(QWidget *popup)
     popup->show();
 }
 
+/** What to do next, where the panels will be. */
+void MoverWidget::showHint()
+{
+    ui->widget_controls->setHint(m_iAxisCount == 0 ? tr("请先连接设备") : tr("请点击“+”添加运动轴控制窗口"));
+}
+
 // ---- Controller ----------------------------------------------------------------------------------------------------
 
 void MoverWidget::slot_devConnected()
@@ -139,6 +146,7 @@ void MoverWidget::slot_devConnected()
         const BusyCursor busy;
         m_iAxisCount = worker->getDevAxisCount();
     }
+    showHint();
     ui->radioButton_Rocker->setChecked(false); // what the last controller left behind
     for (int axis = 0; axis < m_iAxisCount; ++axis) {
         const bool initialised = initialiseAxis(axis);
@@ -204,6 +212,7 @@ void MoverWidget::slot_devDisConnected()
     m_tabs->clear();
     m_board->clear();
     m_iAxisCount = 0;
+    showHint();
     m_heart->stopHeart();
 }
 
@@ -456,6 +465,7 @@ void MoverWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange) {
         ui->retranslateUi(this);
+        showHint();
         const bool chinese = m_options && m_options->language() == 0;
         ui->pushButton_connect->setStyleSheet(connectSheet(chinese ? "" : "_english"));
     }

@@ -81,6 +81,7 @@ private:
     void wire(MoverControlWidget *panel);
     void refreshRockerSpeed();
     void showCentred(QWidget *popup);
+    void showHint();
 
     std::unique_ptr<Ui::MoverWidget> ui;
     AddControlsWidget *m_addControls = nullptr;

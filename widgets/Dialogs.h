@@ -13,6 +13,18 @@ namespace Dialogs {
  */
 void makeFrameless(QWidget *dialog, QWidget *body);
 
+/**
+ * Has the widgets of `window` forget, whenever it is hidden, that the mouse was over them: nobody tells a button that
+ * went with its window from under the mouse, and it would look hovered when the window is shown again.
+ */
+void forgetMouseWhenHidden(QWidget *window);
+
+/**
+ * For the focusNextPrevChild of a widget that lies over its siblings: moves the focus to the next (or previous) of its
+ * own controls, round and round. False when it has none.
+ */
+bool focusWithin(QWidget *overlay, bool next);
+
 /** Moves `popup` over the middle of `window` (integer division), for just before it is shown. */
 void centreOn(QWidget *popup, const QWidget *window);
 

@@ -755,6 +755,14 @@ actual travel of the stage!</translation>
         <source>操作日志</source>
         <translation>Operation log</translation>
     </message>
+    <message>
+        <source>%1：亮</source>
+        <translation>%1: on</translation>
+    </message>
+    <message>
+        <source>%1：灭</source>
+        <translation>%1: off</translation>
+    </message>
 </context>
 <context>
     <name>MoverWidget</name>
@@ -831,6 +839,14 @@ is correctly connected!</translation>
     <message>
         <source>轴数量已达上限!</source>
         <translation>Maximum number of axes reached!</translation>
+    </message>
+    <message>
+        <source>请先连接设备</source>
+        <translation>Connect a device to begin</translation>
+    </message>
+    <message>
+        <source>请点击“+”添加运动轴控制窗口</source>
+        <translation>Click “+” to add an axis control widget</translation>
     </message>
 </context>
 <context>

@@ -125,6 +125,7 @@ private slots:
     void runningLightTurnsRedOnRequestOnly();
     void originLightFollowsItsFlag();
     void lightsChangeOnlyWithTheirFlag();
+    void lightsTellTheirStateToAssistiveTools();
     void broadcastsEachChangeOfTheIdleFlag();
     void tellsTheLoopRunDialogOfTheIdleFlag();
     void canRunSwitchesTheMotionButtonsAndHome();
@@ -176,6 +177,9 @@ private slots:
     void drivePopupStaysOnTheScreen_data();
     void drivePopupStaysOnTheScreen();
     void overlaysCoverThePanel();
+    void tabStaysInTheOpenOverlay_data();
+    void tabStaysInTheOpenOverlay();
+    void aClosedOverlayForgetsTheMouse();
 
     // Language and look
     void changesLanguageAndKeepsRunTimeTexts();
@@ -619,6 +623,27 @@ void tst_MoverControlWidget::originLightFollowsItsFlag()
         see(state);
         QCOMPARE(find<QLabel>("label_originLight")->styleSheet(), flag ? originGreen : originGray);
     }
+}
+
+void tst_MoverControlWidget::lightsTellTheirStateToAssistiveTools()
+{
+    const auto names = [this] {
+        return QStringList{
+            find<QLabel>("label_doingLight")->accessibleName(), find<QLabel>("label_originLight")->accessibleName()};
+    };
+    QCOMPARE(names(), (QStringList{"运行中：灭", "原点：灭"}));
+    MotorStageState state = quiet();
+    state.isStop = 0;
+    state.isHome = 1;
+    see(quiet());
+    see(state);
+    QCOMPARE(names(), (QStringList{"运行中：亮", "原点：亮"}));
+    {
+        const Prefixed prefixed;
+        QCOMPARE(names(), (QStringList{"T:T:运行中：亮", "T:T:原点：亮"}));
+    }
+    see(quiet());
+    QCOMPARE(names(), (QStringList{"运行中：灭", "原点：灭"}));
 }
 
 void tst_MoverControlWidget::lightsChangeOnlyWithTheirFlag()
@@ -1282,6 +1307,42 @@ void tst_MoverControlWidget::overlaysCoverThePanel()
         QCOMPARE(child<CycleOperationWidget>()->minimumSize(), size);
         QCOMPARE(child<DeviceParamWidget>()->maximumSize(), size);
     }
+}
+
+void tst_MoverControlWidget::tabStaysInTheOpenOverlay_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::newRow("loop run") << "pushButton_circle";
+    QTest::newRow("device parameters") << "pushButton_setting";
+}
+
+void tst_MoverControlWidget::tabStaysInTheOpenOverlay()
+{
+    QFETCH(QString, button);
+    const bool loopRun = button == "pushButton_circle";
+    QWidget *overlay = loopRun ? static_cast<QWidget *>(child<CycleOperationWidget>()) : child<DeviceParamWidget>();
+    m_panel->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_panel.get()));
+    find<QPushButton>(button.toLatin1().constData())->click();
+    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab}) {
+        QSet<QWidget *> visited;
+        for (int step = 0; step < 20; ++step) {
+            QTest::keyClick(QApplication::focusWidget(), key);
+            QVERIFY(overlay->isAncestorOf(QApplication::focusWidget()));
+            visited.insert(QApplication::focusWidget());
+        }
+        QVERIFY(visited.size() > 4);
+    }
+}
+
+void tst_MoverControlWidget::aClosedOverlayForgetsTheMouse()
+{
+    m_panel->show();
+    click("pushButton_circle");
+    auto *close = child<CycleOperationWidget>()->findChild<QPushButton *>("pushButton_close");
+    close->setAttribute(Qt::WA_UnderMouse);
+    child<CycleOperationWidget>()->hide();
+    QVERIFY(!close->underMouse());
 }
 
 // ---- Language and look

@@ -31,6 +31,19 @@ void clickOn(const QWidget *widget)
     QCOMPARE(mouse.exitCode(), 0);
 }
 
+/** The argument that makes this executable the other program of a test: one window, until it is ended. */
+const QString otherProgram = QStringLiteral("--other-program");
+
+int runOtherProgram(int argc, char *argv[])
+{
+    const QApplication application(argc, argv);
+    QWidget window;
+    window.setGeometry(1300, 800, 200, 100);
+    window.show();
+    window.activateWindow();
+    return QApplication::exec();
+}
+
 } // namespace
 
 /**
@@ -140,6 +153,27 @@ private slots:
         clickOn(m_panel->findChild<QLabel *>("label_axisName"));
         QTRY_VERIFY(!popup()->isVisible());
         QVERIFY(!toggle()->isChecked());
+    }
+    void comesBackFromItsMessageBoxWhateverElseIsActive_data() { toggles(); }
+    void comesBackFromItsMessageBoxWhateverElseIsActive()
+    {
+        open();
+        QProcess other; // another program, whose window the user has turned to meanwhile
+        const OnMessageBox next([&](QMessageBox &box) {
+            QTRY_VERIFY(box.isActiveWindow());
+            other.start(QCoreApplication::applicationFilePath(), {otherProgram});
+            QTRY_VERIFY(!QGuiApplication::focusWindow());
+            QVERIFY(!box.isActiveWindow());
+        }); // which also closes the box; it has no activation that the desktop could pass on
+        for (QAbstractSpinBox *field : popup()->findChildren<QAbstractSpinBox *>())
+            field->stepBy(-1000000);
+        clickOn(popup()->findChild<QPushButton *>("pushButton_confirm"));
+        QTRY_COMPARE(next.shown(), 1);
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QTRY_VERIFY(popup()->isActiveWindow());
+        QVERIFY(popup()->isVisible());
+        other.kill();
+        QTRY_COMPARE(other.state(), QProcess::NotRunning);
     }
     void opensInFrontOfThePanel_data() { toggles(); }
     void opensInFrontOfThePanel()
@@ -259,5 +293,14 @@ private:
     std::unique_ptr<MoverControlWidget> m_panel;
 };
 
-QTEST_MAIN(tst_PopupsOnDesktop)
+int main(int argc, char *argv[])
+{
+    if (argc == 2 && argv[1] == otherProgram)
+        return runOtherProgram(argc, argv);
+    const QApplication application(argc, argv);
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+    tst_PopupsOnDesktop test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_PopupsOnDesktop.moc"

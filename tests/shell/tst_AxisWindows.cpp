@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "axis/MoveParamWidget.h"
 #include "device/Heart.h"
+#include "shell/PanelArea.h"
 #include "support/MessageBoxes.h"
 
 #include "OpenWindow.h"
@@ -18,6 +19,19 @@ constexpr int device = 1001;
 QString axis1()
 {
     return QStringLiteral("Axis1");
+}
+
+/** Whether a widget's picture shows anything but its ground; in a part of it, or all. */
+bool showsInk(QWidget *widget, const QRect &part = QRect())
+{
+    const QImage picture = widget->grab(part.isNull() ? widget->rect() : part).toImage();
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (picture.pixel(x, y) != picture.pixel(0, 0))
+                return true;
+        }
+    }
+    return false;
 }
 
 QStringList namesOf(const QVector<int> &axes)
@@ -102,6 +116,8 @@ private slots:
     void contentIsSizedByTheNumberOfPanels();
     void contentFillsTheViewportAfterwards();
     void panelsFillTwoColumnsRowByRow();
+    void theEmptyContentSaysWhatToDoNext();
+    void noHintShowsBesideAPanel();
 
     // Add-axis button
     void offersTheFreeAxesAndTheModels();
@@ -599,6 +615,35 @@ void tst_AxisWindows::contentIsSizedByTheNumberOfPanels()
     QCOMPARE(content->size(), sizes[1]);
     window.slot_devDisConnected();
     QCOMPARE(content->size(), QSize(820, 140));
+}
+
+void tst_AxisWindows::theEmptyContentSaysWhatToDoNext()
+{
+    playChips("aaa");
+    OpenWindow program;
+    auto *area = program.find<PanelArea>("widget_controls");
+    QCOMPARE(area->hint(), QStringLiteral("请先连接设备"));
+    QCOMPARE(area->accessibleDescription(), area->hint());
+    QVERIFY(showsInk(area));
+    program.connectTo();
+    QCOMPARE(program.panelNames(), QStringList());
+    QCOMPARE(area->hint(), QStringLiteral("请点击“+”添加运动轴控制窗口"));
+    QVERIFY(showsInk(area));
+    program.disconnect();
+    QCOMPARE(area->hint(), QStringLiteral("请先连接设备"));
+}
+
+void tst_AxisWindows::noHintShowsBesideAPanel()
+{
+    playChips("waa");
+    OpenWindow program;
+    program.connectTo();
+    QCOMPARE(program.panelNames(), namesOf({0}));
+    // In a picture of the content alone, where the hint would stand: to the right of the only panel and across it.
+    const QRect beside(820, 0, program.content()->width() - 820, program.content()->height());
+    QVERIFY(!showsInk(program.content(), beside));
+    program.disconnect();
+    QTRY_VERIFY(!program.panel(0) && showsInk(program.content(), beside));
 }
 
 void tst_AxisWindows::contentFillsTheViewportAfterwards()

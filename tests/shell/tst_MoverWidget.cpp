@@ -3,6 +3,7 @@
 #include "device/LibraryLock.h"
 #include "shell/MyBorderContainer.h"
 #include "shell/NativeMessage.h"
+#include "shell/PanelArea.h"
 #include "support/FailOnDeadSlot.h"
 #include "support/MessageBoxes.h"
 #include "support/Mouse.h"
@@ -130,6 +131,7 @@ private slots:
     void languageChangeSwapsThePictureOfTheConnectButton();
     void startsWithThePictureOfTheStoredLanguage();
     void languageChangeTranslatesTheForm();
+    void languageChangeTranslatesTheHint();
 
     // Joystick
     void theSwitchAppearsWithTheJoystickAndGoesWithIt();
@@ -579,6 +581,16 @@ void tst_MoverWidget::languageChangeTranslatesTheForm()
                      QStringLiteral("Axis1")}));
     program.dialog<OptionsWidget>()->setLanguage(0);
     QTRY_COMPARE(texts(), chinese);
+}
+
+void tst_MoverWidget::languageChangeTranslatesTheHint()
+{
+    OpenWindow program;
+    auto *area = program.find<PanelArea>("widget_controls");
+    program.dialog<OptionsWidget>()->setLanguage(1);
+    QTRY_COMPARE(area->hint(), QStringLiteral("Connect a device to begin"));
+    program.dialog<OptionsWidget>()->setLanguage(0);
+    QTRY_COMPARE(area->hint(), QStringLiteral("请先连接设备"));
 }
 
 // ---- Joystick ------------------------------------------------------------------------------------------------------

@@ -4,7 +4,10 @@
 
 #include <QApplication>
 #include <QGraphicsDropShadowEffect>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QScreen>
+#include <QSpinBox>
 #include <QWidget>
 #include <QtTest>
 
@@ -95,6 +98,65 @@ private slots:
         Dialogs::keepOnScreen(&popup);
         QCOMPARE(popup.pos(), kept);
         QCOMPARE(popup.size(), size);
+    }
+    void aHiddenDialogForgetsTheMouse()
+    {
+        QWidget dialog;
+        QWidget body(&dialog);
+        QPushButton close(&body);
+        Dialogs::makeFrameless(&dialog, &body);
+        dialog.show();
+        close.setAttribute(Qt::WA_UnderMouse);
+        QVERIFY(close.underMouse());
+        dialog.hide();
+        QVERIFY(!close.underMouse());
+    }
+    void tabGoesRoundWithinAnOverlay_data()
+    {
+        QTest::addColumn<bool>("next");
+        QTest::addColumn<QString>("visited");
+        QTest::newRow("forwards") << true << "bcab";
+        QTest::newRow("backwards") << false << "cbac";
+    }
+    void tabGoesRoundWithinAnOverlay()
+    {
+        QFETCH(bool, next);
+        QFETCH(QString, visited);
+        QWidget window;
+        QLineEdit before(&window);
+        QWidget overlay(&window);
+        QLineEdit a(&overlay), b(&overlay), disabled(&overlay), hidden(&overlay);
+        QSpinBox c(&overlay); // holds a line edit of its own
+        QLineEdit after(&window);
+        a.setObjectName("a");
+        b.setObjectName("b");
+        c.setObjectName("c");
+        disabled.setEnabled(false);
+        hidden.hide();
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        a.setFocus();
+        QString seen;
+        for (int step = 0; step < visited.size(); ++step) {
+            QVERIFY(Dialogs::focusWithin(&overlay, next));
+            seen += QApplication::focusWidget()->objectName();
+        }
+        QCOMPARE(seen, visited);
+    }
+    void tabStaysOnTheOnlyControlOfAnOverlay()
+    {
+        QWidget window;
+        QLineEdit before(&window);
+        QWidget overlay(&window);
+        QLineEdit only(&overlay);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        only.setFocus();
+        QVERIFY(Dialogs::focusWithin(&overlay, true));
+        QVERIFY(only.hasFocus());
+        only.setEnabled(false);
+        QVERIFY(!Dialogs::focusWithin(&overlay, true));
     }
     void paintsTheBackgroundOfTheStyleSheet()
     {
