@@ -9,7 +9,7 @@ cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
 install_missing "${build_packages[@]}" "${static_packages[@]}"
-build dev # forms and meta objects are generated
+build dev mover tour bench # forms and meta objects are generated
 
 say "Static checks"
 # Each source once, also where two libraries are made of it, and none that is generated.
