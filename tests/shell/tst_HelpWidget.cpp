@@ -118,6 +118,8 @@ private slots:
     void clickOnALinkOpensItsTarget();
     void everyKitStandsBesideTheProgram_data();
     void everyKitStandsBesideTheProgram();
+    void keysOpenEveryLink_data();
+    void keysOpenEveryLink();
     void theManualStandsBesideTheProgram();
     void showsTheSoftwareVersionAndTheCopyright();
     void firmwareVersionIsEmptyAtFirst();
@@ -196,6 +198,30 @@ void tst_HelpWidget::everyKitStandsBesideTheProgram()
     const QString kit = QStringLiteral(MOVER_PROGRAM_DIR) + links.first().first().toString();
     QVERIFY2(QFileInfo(kit).isDir(), qPrintable(kit));
     QVERIFY(QFile::exists(kit + QStringLiteral("/README.md")));
+}
+
+void tst_HelpWidget::keysOpenEveryLink_data()
+{
+    addLinkRows();
+}
+
+void tst_HelpWidget::keysOpenEveryLink()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, target);
+    HelpWidget popup;
+    Desktop desktop;
+    show(popup);
+    QLabel *link = label(popup, name.toLatin1());
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
+        QTest::keyClick(link, key);
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "), true);
+    QCoreApplication::sendEvent(link, &held);
+    QTest::keyClick(link, Qt::Key_A);
+    const QUrl url = target.startsWith(QLatin1Char('/'))
+                         ? QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + target)
+                         : QUrl(target);
+    QCOMPARE(desktop.opened, QList<QUrl>({url, url, url}));
 }
 
 void tst_HelpWidget::theManualStandsBesideTheProgram()
