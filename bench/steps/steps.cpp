@@ -100,7 +100,8 @@ void answerBox()
     auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
     if (!box)
         qFatal("no question before a panel is closed");
-    for (QAbstractButton *button : box->buttons()) {
+    const QList<QAbstractButton *> buttons = box->buttons();
+    for (QAbstractButton *button : buttons) {
         if (box->buttonRole(button) == QMessageBox::AcceptRole)
             button->click();
     }

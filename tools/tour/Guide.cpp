@@ -43,7 +43,8 @@ QStringList onScreen(const QWidget *widget, QPoint position)
 void noteParts(QImage *picture, const QRect &area)
 {
     QMultiMap<QString, QRect> parts;
-    for (const QWidget *widget : QApplication::allWidgets()) {
+    const QWidgetList widgets = QApplication::allWidgets();
+    for (const QWidget *widget : widgets) {
         const QString kind = QLatin1String(widget->metaObject()->className());
         const bool isBar = widget->objectName().endsWith(QLatin1String("Bar"));
         if (!widget->isVisible() || !(widget->isWindow() || isBar || !kind.startsWith(QLatin1Char('Q'))))
@@ -56,7 +57,8 @@ void noteParts(QImage *picture, const QRect &area)
             parts.insert(isBar ? widget->objectName() : kind, place.translated(-area.topLeft()));
     }
     const qreal ratio = picture->devicePixelRatioF();
-    for (const QString &name : parts.uniqueKeys()) {
+    const QStringList names = parts.uniqueKeys();
+    for (const QString &name : names) {
         QList<QRect> places = parts.values(name);
         std::sort(places.begin(), places.end(), [](const QRect &a, const QRect &b) {
             return std::make_pair(a.y(), a.x()) < std::make_pair(b.y(), b.x());

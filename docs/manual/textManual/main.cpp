@@ -35,7 +35,8 @@ QString plain(QString text)
 /** Tables as wide as the page, with thin lines; without this they are as wide as their longest row. */
 void shapeTables(QTextFrame *frame)
 {
-    for (QTextFrame *child : frame->childFrames()) {
+    const QList<QTextFrame *> children = frame->childFrames();
+    for (QTextFrame *child : children) {
         if (auto *table = qobject_cast<QTextTable *>(child)) {
             QTextTableFormat format = table->format();
             format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
@@ -60,7 +61,8 @@ int main(int argc, char *argv[])
         qFatal("usage: textManual FONT OUTPUT.pdf SOURCE.md...");
 
     QString text;
-    for (const QString &name : arguments.mid(3)) {
+    const QStringList sources = arguments.mid(3);
+    for (const QString &name : sources) {
         QFile source(name);
         if (!source.open(QIODevice::ReadOnly))
             qFatal("%s cannot be read", qPrintable(name));
