@@ -136,9 +136,10 @@ private:
 
 } // namespace
 
-// The linker puts the first in the place of the library's function, which becomes the second (--wrap).
-extern "C" int __real_stopRuning(int id, int axis);
-extern "C" int __wrap_stopRuning(int id, int axis)
+// The linker puts the second in the place of the library's function, which becomes the first (--wrap); the names are
+// its.
+extern "C" int __real_stopRuning(int id, int axis); // NOLINT(bugprone-reserved-identifier)
+extern "C" int __wrap_stopRuning(int id, int axis)  // NOLINT(bugprone-reserved-identifier)
 {
     if (Receiver *listener = stopListener)
         listener->note();

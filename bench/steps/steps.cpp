@@ -53,8 +53,10 @@ class Answers final : public QObject
     Q_OBJECT
 
 signals:
+    // Defined by Qt's tool, with names of its own: NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
     void state(int axis, MotorStageState state);
     void stateForNobody(int axis, MotorStageState state);
+    // NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 public slots:
     void take(int, MotorStageState state) { m_iSeen += state.isStop; }

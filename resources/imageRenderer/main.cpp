@@ -187,7 +187,7 @@ private:
         }
 
         const QString source = QString::fromUtf8(readFile(QStringLiteral("%1/%2.svg").arg(m_templates, templateName)));
-        const QByteArray filled = fillIn(source, values, name);
+        QByteArray filled = fillIn(source, values, name);
         if (!QSvgRenderer(filled).isValid()) {
             fail(QStringLiteral("%1: its template is not a readable image").arg(name));
         }
