@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Bytes as native events: the port watch reports the one message it waits for, and no other; bursts are joined.
+#include "shell/NativeMessage.h"
 #include "shell/PortEventMonitor.h"
 #include "shell/SerialPortChangeFilter.h"
 
