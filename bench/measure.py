@@ -39,7 +39,8 @@ ROWS = [
     ("model file", "a model file of 20,000 models, against parsing it with QJsonDocument alone", 1.5, "×"),
 ]
 # Rows that are beyond their limit, why performance.md tells; more than this much is a failure all the same.
-KNOWN = {"rest": 3.0, "panels": 2.5}
+KNOWN = {"rest": 3.0, "panels": 2.5, "model file": 1.8}
+SHORT_SLACK = 1.25  # the few rounds of a short run scatter by as much
 # Which step of benchSteps measures a row; the others need processes of their own.
 STEPS = {
     "click idle": "click idle", "click busy": "click busy", "slow link": "slow link", "slow link growth": "slow link",
@@ -203,7 +204,7 @@ def main():
             again = " (second measurement)"
         figure, remark = figures[name]
         beyond = round(figure, 2) > limit
-        if round(figure, 2) > KNOWN.get(name, limit):
+        if round(figure, 2) > KNOWN.get(name, limit) * (SHORT_SLACK if options.short else 1):
             failed.append(name)
         # A difference of nothing is a whole number; ratios and times are not.
         shown = f"{figure:.2f} {unit}" if unit else f"{figure:.0f}"
