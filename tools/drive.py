@@ -40,7 +40,7 @@ def wait(what, condition):
             result = None
         if result:
             return result
-        time.sleep(0.02)
+        time.sleep(0.02)  # how often it looks
     raise Failure(what)
 
 

@@ -86,7 +86,7 @@ private:
         qint64 seen = 0;
         qint64 keptWaiting = 0; // when the GUI thread was seen
         while (!m_ends) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            std::this_thread::sleep_for(std::chrono::milliseconds(5)); // how often it looks; it waits for nothing
             const qint64 keptWaitingNow = keptWaitingMs();
             if (seen != m_seen) {
                 seen = m_seen;

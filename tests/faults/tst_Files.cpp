@@ -186,7 +186,7 @@ void tst_Files::isReadWholeOrNotAtAll()
     }
     const bool whole = state == QLatin1String("whole");
     if (!whole && !spoil(installation.path(row.name), state))
-        QSKIP("there is no such state here");
+        QSKIP("the file system here cannot make a file so: no rights, links, pipes or sparse files");
 
     Child child(installation.path("program/drivenProgram"), arguments);
     installation.setUp(child, state == QLatin1String("unreadable") && geteuid() == 0);
@@ -239,7 +239,7 @@ void tst_Files::isReplacedWhileItIsRead()
             file.close();
             if (!inPlace)
                 std::rename(QFile::encodeName(target), QFile::encodeName(path));
-            usleep(500);
+            usleep(500); // leaves the reader its turns: a file that never stands still is never read
         }
     });
     child.start();

@@ -141,7 +141,7 @@ Monkey::Monkey(unsigned seed, int count)
         while (!m_bDone) {
             if (!simulator::waitUntilHanging(100))
                 continue;
-            std::this_thread::sleep_for(std::chrono::milliseconds(hangMs));
+            std::this_thread::sleep_for(std::chrono::milliseconds(hangMs)); // the hang itself
             simulator::releaseHung();
         }
     });
