@@ -38,8 +38,8 @@ ROWS = [
     ("library call", "one simulated library call", 1, "µs"),
     ("model file", "a model file of 20,000 models, against parsing it with QJsonDocument alone", 1.5, "×"),
 ]
-# Rows that are beyond their limit, why performance.md tells; more than this much is a failure all the same.
-KNOWN = {"rest": 3.0, "panels": 2.5, "model file": 1.8}
+# Rows at their limit, now below it and now above, why performance.md tells; more than this much is a failure.
+KNOWN = {"model file": 1.8}
 SHORT_SLACK = 1.25  # the few rounds of a short run scatter by as much
 # Which step of benchSteps measures a row; the others need processes of their own.
 STEPS = {
@@ -134,10 +134,10 @@ class Bench:
         return {name: (result[0], "{1:.1f} MiB against {2:.1f} MiB".format(*result))
                 for name, result in zip(["memory", "memory, Qt's defaults"], results)}
 
-    def cpu(self, rounds, seconds, task, mode, name):
+    def cpu(self, rounds, settle, seconds, task, mode, name):
         def load(command, task="", settings=Program.SETTINGS):
             with Program(self.build, command, task, settings) as program:
-                time.sleep(1.5)  # until Qt has drawn the timers together
+                time.sleep(settle)
                 return program.cpu_ms_per_s(seconds)
 
         result, = self.in_turns(rounds, lambda: load(self.mover, task, {}), [lambda: load(self.bare + [mode])])
@@ -164,9 +164,10 @@ class Bench:
         if name.startswith("memory"):
             return self.memory(9)
         if name == "rest":
-            return self.cpu(rounds, seconds, "rest", "timers", name)
+            # Until Qt has drawn the timers together: up to 25 ms a beat for those of 500 ms.
+            return self.cpu(rounds, 6, seconds, "rest", "timers", name)
         if name == "moving":
-            return self.cpu(9, seconds, "move", "numbers", name)
+            return self.cpu(9, 1.5, seconds, "move", "numbers", name)
         return self.step(effort, STEPS[name])
 
 

@@ -3,6 +3,12 @@
 
 #include <QDebug>
 
+namespace {
+
+constexpr int wholeController = -1; // the joystick belongs to no axis
+
+} // namespace
+
 Heart::Heart()
 {
     m_thread.setObjectName(QStringLiteral("Heart"));
@@ -21,6 +27,7 @@ Heart::~Heart()
 
 void Heart::startHeart()
 {
+    m_answers.forget(wholeController);
     if (!m_timer.isActive())
         m_timer.start();
 }
@@ -45,4 +52,6 @@ void Heart::rcvHeartInfo(CONTROLER_STATE state, int ret)
     qDebug() << "rcvHeartInfo" << state.rockerValue;
     m_state = state;
     emit receivedControlerState();
+    if (m_answers.isNews(wholeController, state))
+        emit controlerStateChanged();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
 
 #include <QObject>
@@ -34,6 +35,11 @@ signals:
     void heartBreak(int count);
     /** A good answer was stored. */
     void receivedControlerState();
+    /**
+     * Follows receivedControlerState() when the answer differs from the one before it, and for the first one after
+     * startHeart().
+     */
+    void controlerStateChanged();
     /** Asks for one answer, to be delivered to rcvHeartInfo(). */
     void sendHeart();
 
@@ -46,6 +52,7 @@ public slots:
 
 private:
     std::atomic<CONTROLER_STATE> m_state{CONTROLER_STATE{}};
+    AnswerFilter<CONTROLER_STATE> m_answers;
     QThread m_thread;
     QTimer m_timer;
     int m_iMissed = 0;

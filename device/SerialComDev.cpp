@@ -155,12 +155,18 @@ bool SerialComDev::shutDown(int limitMs)
 
 SerialComDev::SerialComDev()
 {
-    // Requests are counted in the thread that emits them, see PollBacklog.
+    // Polls are gathered in the thread that requests them: calling the worker for each costs more than the poll itself.
     connect(
-        this, &SerialComDev::signal_getCurrentPos, this, [this](int axis) { m_positionPolls.add(axis); },
+        this, &SerialComDev::signal_getCurrentPos, this,
+        [this](int axis) {
+            requestPoll({PollQueue::Position, axis});
+        },
         Qt::DirectConnection);
     connect(
-        this, &SerialComDev::signal_getDevState, this, [this](int axis) { m_statePolls.add(axis); },
+        this, &SerialComDev::signal_getDevState, this,
+        [this](int axis) {
+            requestPoll({PollQueue::State, axis});
+        },
         Qt::DirectConnection);
 
     // Answers are looked at in the thread that gives them: most repeat the last one, and every hop to the panels costs
@@ -180,22 +186,46 @@ SerialComDev::SerialComDev()
         },
         Qt::DirectConnection);
 
-    connect(this, &SerialComDev::signal_getCurrentPos, this, &SerialComDev::slot_getCurrentPos);
-    connect(this, &SerialComDev::signal_getDevState, this, &SerialComDev::slot_getCurrentState);
-    connect(this, &SerialComDev::signal_setSpeedParams, this, &SerialComDev::slot_setSpeedParams);
-    connect(this, &SerialComDev::signal_setRelativeDispParams, this, &SerialComDev::slot_setRelativeDispParams);
-    connect(this, &SerialComDev::signal_setAbsoluteDispParams, this, &SerialComDev::slot_setAbsoluteDispParams);
-    connect(this, &SerialComDev::signal_setJogParams, this, &SerialComDev::slot_setJogParams);
-    connect(this, &SerialComDev::signal_setCircleParams, this, &SerialComDev::slot_setCircleParams);
-    connect(this, &SerialComDev::signal_setTriggerParams, this, &SerialComDev::slot_setTriggerParams);
-    connect(this, &SerialComDev::signal_setMotorConfig, this, &SerialComDev::slot_setMotorConfig);
-    connect(this, &SerialComDev::signal_stopMotor, this, &SerialComDev::slot_stopMotor);
-    connect(this, &SerialComDev::signal_startMotor, this, &SerialComDev::slot_startMotor);
-    connect(this, &SerialComDev::signal_home, this, &SerialComDev::slot_homeMotor);
-    connect(this, &SerialComDev::signal_enableMotor, this, &SerialComDev::slot_enableMotor);
-    connect(this, &SerialComDev::signal_setRockerEnabled, this, &SerialComDev::slot_setRockerEnabled);
-    connect(this, &SerialComDev::signal_setTriggerInDisp, this, &SerialComDev::slot_setTriggerInDisp);
-    connect(this, &SerialComDev::signal_setPosConpenEnable, this, &SerialComDev::slot_setPosConpenEnable);
+    connectCommand(&SerialComDev::signal_setSpeedParams, &SerialComDev::slot_setSpeedParams);
+    connectCommand(&SerialComDev::signal_setRelativeDispParams, &SerialComDev::slot_setRelativeDispParams);
+    connectCommand(&SerialComDev::signal_setAbsoluteDispParams, &SerialComDev::slot_setAbsoluteDispParams);
+    connectCommand(&SerialComDev::signal_setJogParams, &SerialComDev::slot_setJogParams);
+    connectCommand(&SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams);
+    connectCommand(&SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams);
+    connectCommand(&SerialComDev::signal_setMotorConfig, &SerialComDev::slot_setMotorConfig);
+    connectCommand(&SerialComDev::signal_stopMotor, &SerialComDev::slot_stopMotor);
+    connectCommand(&SerialComDev::signal_startMotor, &SerialComDev::slot_startMotor);
+    connectCommand(&SerialComDev::signal_home, &SerialComDev::slot_homeMotor);
+    connectCommand(&SerialComDev::signal_enableMotor, &SerialComDev::slot_enableMotor);
+    connectCommand(&SerialComDev::signal_setRockerEnabled, &SerialComDev::slot_setRockerEnabled);
+    connectCommand(&SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp);
+    connectCommand(&SerialComDev::signal_setPosConpenEnable, &SerialComDev::slot_setPosConpenEnable);
+}
+
+/** Runs the slot in the worker thread, in the order of emission, polls included. */
+template <typename Signal, typename Slot>
+void SerialComDev::connectCommand(Signal signal, Slot slot)
+{
+    connect(this, signal, this, slot); // first: nothing is to be done before the command is on its way
+    connect(
+        this, signal, this, [this] { m_polls.endRound(); }, Qt::DirectConnection);
+}
+
+void SerialComDev::requestPoll(const PollQueue::Poll &poll)
+{
+    if (const auto round = m_polls.add(poll))
+        QMetaObject::invokeMethod(
+            this, [this, round = *round] { runPolls(round); }, Qt::QueuedConnection);
+}
+
+void SerialComDev::runPolls(quint32 round)
+{
+    while (const auto poll = m_polls.take(round)) {
+        if (poll->kind == PollQueue::Position)
+            slot_getCurrentPos(poll->axis);
+        else
+            slot_getCurrentState(poll->axis);
+    }
 }
 
 SerialComDev::~SerialComDev()
@@ -495,8 +525,6 @@ void SerialComDev::report(int result, int axis, int type, const QString &text)
 
 void SerialComDev::slot_getCurrentPos(int Axis)
 {
-    if (!m_positionPolls.take(Axis))
-        return;
     const LibraryLock library;
     if (m_bLeft)
         return;
@@ -510,8 +538,6 @@ void SerialComDev::slot_getCurrentPos(int Axis)
 
 void SerialComDev::slot_getCurrentState(int Axis)
 {
-    if (!m_statePolls.take(Axis))
-        return;
     const LibraryLock library;
     if (m_bLeft)
         return;

@@ -3,7 +3,7 @@
 
 #include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
-#include "device/PollBacklog.h"
+#include "device/PollQueue.h"
 
 #include <QDeadlineTimer>
 #include <QMap>
@@ -198,6 +198,10 @@ private:
     void report(int result, int axis, int type, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeDevice(QDeadlineTimer deadline);
+    void requestPoll(const PollQueue::Poll &poll);
+    void runPolls(quint32 round);
+    template <typename Signal, typename Slot>
+    void connectCommand(Signal signal, Slot slot);
     template <typename Change>
     void updateAxisInfo(int axis, Change change);
 
@@ -207,8 +211,7 @@ private:
     mutable QMutex m_registryMutex; // both registries are written by either thread
     QMap<int, MotorDevInfo> m_axisInfo;
     QMap<int, int> m_autoDetect;
-    PollBacklog m_positionPolls;
-    PollBacklog m_statePolls;
+    PollQueue m_polls;
     AnswerFilter<double> m_positions;
     AnswerFilter<MotorStageState> m_states;
 };

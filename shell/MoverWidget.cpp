@@ -106,7 +106,7 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     const auto worker = SerialComDev::instance();
     connect(
-        m_heart.data(), &Heart::receivedControlerState, this, &MoverWidget::slot_updateControlerState,
+        m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
     connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);

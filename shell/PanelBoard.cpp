@@ -2,11 +2,23 @@
 #include "shell/PanelBoard.h"
 
 #include "axis/MoverControlWidget.h"
+#include "widgets/Dialogs.h"
 
 #include <QGridLayout>
 #include <QSpacerItem>
 
 #include <algorithm>
+
+namespace {
+
+void retire(MoverControlWidget *panel)
+{
+    panel->hide();
+    Dialogs::forgetFields(panel);
+    panel->deleteLater(); // it may be the one whose button is being handled
+}
+
+} // namespace
 
 PanelBoard::PanelBoard(QWidget *content)
     : m_content(content)
@@ -23,8 +35,7 @@ void PanelBoard::add(MoverControlWidget *panel)
 void PanelBoard::remove(MoverControlWidget *panel)
 {
     m_panels.removeOne(panel);
-    panel->hide();
-    panel->deleteLater(); // it may be the one whose button is being handled
+    retire(panel);
     for (MoverControlWidget *other : qAsConst(m_panels))
         other->show(); // the removed one may have been expanded
     relay();
@@ -32,10 +43,8 @@ void PanelBoard::remove(MoverControlWidget *panel)
 
 void PanelBoard::clear()
 {
-    for (MoverControlWidget *panel : qAsConst(m_panels)) {
-        panel->hide();
-        panel->deleteLater();
-    }
+    for (MoverControlWidget *panel : qAsConst(m_panels))
+        retire(panel);
     m_panels.clear();
     relay();
 }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/Dialogs.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QEvent>
 #include <QGraphicsDropShadowEffect>
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QPainter>
 #include <QScreen>
 #include <QStyle>
@@ -96,6 +98,16 @@ void Dialogs::keepOnScreen(QWidget *popup, const QMargins &frame)
 void Dialogs::polishWhenShown()
 {
     QCoreApplication::removePostedEvents(nullptr, QEvent::PolishRequest);
+}
+
+void Dialogs::forgetFields(QWidget *window)
+{
+    const QList<QAbstractSpinBox *> boxes = window->findChildren<QAbstractSpinBox *>();
+    for (const QAbstractSpinBox *box : boxes) {
+        auto *field = box->findChild<QLineEdit *>();
+        field->setParent(window);
+        field->style()->polish(field);
+    }
 }
 
 void Dialogs::paintBackground(QWidget *widget)

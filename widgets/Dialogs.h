@@ -41,6 +41,13 @@ void keepOnScreen(QWidget *popup, const QMargins &frame = QMargins());
  */
 void polishWhenShown();
 
+/**
+ * Has Qt's style forget the fields of the number boxes in `window`, which is hidden and about to be deleted, and takes
+ * them out of their boxes. Qt keeps what it looked up for a widget until that is destroyed, but not for one that is a
+ * part of another widget (QStyleSheetStyle::initObject): what it kept for such fields, it would keep for good.
+ */
+void forgetFields(QWidget *window);
+
 /** Paints the style-sheet background of a plain QWidget subclass; for its paintEvent. */
 void paintBackground(QWidget *widget);
 

@@ -4,7 +4,7 @@
 #include "steps/Rows.h"
 
 #include "axis/MoverControlWidget.h"
-#include "device/PollBacklog.h"
+#include "device/PollQueue.h"
 #include "device/SerialComDev.h"
 #include "simulator/SimulatorControl.h"
 

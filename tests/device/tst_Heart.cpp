@@ -128,6 +128,26 @@ private slots:
         QCOMPARE(heart.controlerState().rockerValue, quint16(7));
         QVERIFY(log.contains(QStringLiteral("rcvHeartInfo 7")));
     }
+    void onlyAnAnswerThatDiffersIsAChange()
+    {
+        Heart heart;
+        QVector<int> levels;
+        connect(
+            &heart, &Heart::controlerStateChanged, &heart, [&] { levels.append(heart.controlerState().rockerValue); },
+            Qt::DirectConnection);
+        answer(heart, {0, 0, 0}, 0); // the first one
+        answer(heart, {0, 0, 0}, 0);
+        answer(heart, {1, 0, 7}, 0);
+        answer(heart, {1, 0, 7}, -1);
+        answer(heart, {1, 0, 7}, 0);
+        answer(heart, {1, 0, 8}, 0);
+        QCOMPARE(levels, (QVector<int>{0, 7, 8}));
+        // Whoever starts it wants to know how things are.
+        heart.startHeart();
+        heart.stopHeart();
+        answer(heart, {1, 0, 8}, 0);
+        QCOMPARE(levels, (QVector<int>{0, 7, 8, 8}));
+    }
     void aMissedBeatKeepsTheStoredState()
     {
         Heart heart;

@@ -836,6 +836,49 @@ private slots:
         QMetaObject::invokeMethod(worker.data(), "slot_heartBeat", Qt::BlockingQueuedConnection);
         QCOMPARE(answers, (QVector<QPair<int, int>>{{3, 0}, {0, -9}}));
     }
+    void pollsAndCommandsKeepTheirOrder()
+    {
+        const auto worker = openDevice();
+        simulator::hangCall("getRockerInfo");
+        QMetaObject::invokeMethod(worker.data(), "slot_heartBeat", Qt::QueuedConnection);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        emit worker->signal_getCurrentPos(0);
+        emit worker->signal_getDevState(1);
+        emit worker->signal_stopMotor(0);
+        emit worker->signal_getDevState(1);
+        emit worker->signal_getCurrentPos(1);
+        emit worker->signal_stopMotor(1);
+        emit worker->signal_getCurrentPos(0);
+        simulator::releaseHung();
+        settle(*worker);
+        QCOMPARE(
+            calls().mid(1), (QStringList{
+                                QStringLiteral("getCurrentPos(1001, 0)"), QStringLiteral("getRuningState(1001, 1)"),
+                                QStringLiteral("stopRuning(1001, 0)"), QStringLiteral("getRuningState(1001, 1)"),
+                                QStringLiteral("getCurrentPos(1001, 1)"), QStringLiteral("stopRuning(1001, 1)"),
+                                QStringLiteral("getCurrentPos(1001, 0)")}));
+    }
+    void pollsThatNoCommandSeparatesCallTheWorkerOnce()
+    {
+        PollQueue polls;
+        const auto first = polls.add({PollQueue::Position, 0});
+        QVERIFY(first);
+        QVERIFY(!polls.add({PollQueue::State, 0}));
+        QVERIFY(!polls.add({PollQueue::Position, 1}));
+        polls.endRound();
+        const auto second = polls.add({PollQueue::State, 1});
+        QVERIFY(second);
+        QCOMPARE(*polls.take(*first), (PollQueue::Poll{PollQueue::Position, 0}));
+        QCOMPARE(*polls.take(*first), (PollQueue::Poll{PollQueue::State, 0}));
+        QCOMPARE(*polls.take(*first), (PollQueue::Poll{PollQueue::Position, 1}));
+        QVERIFY(!polls.take(*first));
+        QVERIFY(!polls.add({PollQueue::State, 2}));
+        QCOMPARE(*polls.take(*second), (PollQueue::Poll{PollQueue::State, 1}));
+        // The worker is there: what comes now is for the next time, or it would never get to anything else.
+        QVERIFY(polls.add({PollQueue::Position, 2}));
+        QCOMPARE(*polls.take(*second), (PollQueue::Poll{PollQueue::State, 2}));
+        QVERIFY(!polls.take(*second));
+    }
     void pollsThatTheLinkCannotKeepUpWithDoNotPileUpBeforeACommand()
     {
         const auto worker = openDevice();
@@ -850,8 +893,8 @@ private slots:
         emit worker->signal_stopMotor(0);
         simulator::releaseHung();
         settle(*worker);
-        QCOMPARE(simulator::callCount("getCurrentPos"), 1 + PollBacklog::Limit);
-        QCOMPARE(simulator::callCount("getRuningState"), 2 * PollBacklog::Limit);
+        QCOMPARE(simulator::callCount("getCurrentPos"), 1 + PollQueue::Limit);
+        QCOMPARE(simulator::callCount("getRuningState"), 2 * PollQueue::Limit);
         QCOMPARE(calls().last(), QStringLiteral("stopRuning(1001, 0)"));
         // Nothing is lost for good: the next poll is made.
         emit worker->signal_getCurrentPos(0);

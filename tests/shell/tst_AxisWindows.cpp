@@ -8,6 +8,7 @@
 
 #include <QDoubleSpinBox>
 #include <QGridLayout>
+#include <QLineEdit>
 #include <QSignalSpy>
 
 #include <functional>
@@ -923,6 +924,8 @@ void tst_AxisWindows::closingAPanelAsksFirst()
     QCOMPARE(program.menuBar(), OpenWindow::menuBarWith(namesOf({0, 2})));
     QCOMPARE(program.window().axisTabs().count(), 2);
     QCOMPARE(program.content()->layout()->itemAt(1)->widget(), program.panel(2));
+    QVERIFY(closed); // until control returns to the event loop
+    QVERIFY(!closed->findChild<QAbstractSpinBox *>()->findChild<QLineEdit *>()); // see Dialogs::forgetFields
     QTRY_VERIFY(!closed);
     QTRY_VERIFY(!tab);
 }
