@@ -2,6 +2,7 @@
 #include "settings/OptionsWidget.h"
 
 #include "device/SerialComDev.h"
+#include "settings/MessageCatalogue.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
@@ -30,12 +31,13 @@ constexpr int writeWithoutRead = 1000;
 
 /**
  * A catalogue of the program's folder. Not by the translator itself: it would map the file, and crash when the file is
- * overwritten. `bytes` are what it reads from as long as it lives.
+ * overwritten or damaged. `bytes` are what it reads from as long as it lives.
  */
 bool loadCatalogue(const QString &name, QTranslator *translator, QByteArray *bytes)
 {
     *bytes = SmallFile::read(QCoreApplication::applicationDirPath() + QLatin1Char('/') + name, maxCatalogueSize);
-    return translator->load(reinterpret_cast<const uchar *>(bytes->constData()), bytes->size());
+    return MessageCatalogue::isWhole(*bytes) &&
+           translator->load(reinterpret_cast<const uchar *>(bytes->constData()), bytes->size());
 }
 
 std::unique_ptr<Ui::OptionsWidget> makeForm(QWidget *dialog)

@@ -155,6 +155,8 @@ private slots:
     void isReadWholeOrNotAtAll();
     void isReplacedWhileItIsRead_data();
     void isReplacedWhileItIsRead();
+    void isDamagedInside_data();
+    void isDamagedInside();
     void aSpoiltScenarioIsRefused_data();
     void aSpoiltScenarioIsRefused();
     void aKillAtAnySystemCallLosesNoSetting();
@@ -250,6 +252,36 @@ void tst_Files::isReplacedWhileItIsRead()
     const QStringList complaints = child.complaints();
     QVERIFY2(child.process.exitStatus() == QProcess::NormalExit, qPrintable(complaints.join(QLatin1Char('\n'))));
     QVERIFY2(child.process.exitCode() == 0, qPrintable(complaints.join(QLatin1Char('\n'))));
+}
+
+void tst_Files::isDamagedInside_data()
+{
+    QTest::addColumn<int>("file");
+    for (int k = 0; k < 3; ++k)
+        QTest::newRow(readFiles[k].name) << k;
+}
+
+/** It begins and is as long as it should, so that whoever reads it takes it for what it was. */
+void tst_Files::isDamagedInside()
+{
+    QFETCH(int, file);
+    const Installation installation;
+    const QString path = installation.path(readFiles[file].name);
+    const QByteArray whole = read(path);
+    for (quint32 seed = 1; seed <= 10; ++seed) {
+        QRandomGenerator random(seed);
+        QByteArray damaged = whole;
+        for (int k = 0; k < 200; ++k)
+            damaged[random.bounded(16, damaged.size())] = char(random.generate());
+        write(path, damaged);
+        Child child(installation.path("program/drivenProgram"), arguments);
+        installation.setUp(child, false);
+        child.start();
+        QVERIFY(child.process.waitForFinished(limitMs));
+        const QByteArray complaints = child.complaints().join(QLatin1Char('\n')).toUtf8();
+        QVERIFY2(child.process.exitStatus() == QProcess::NormalExit, complaints.constData());
+        QVERIFY2(child.process.exitCode() == 0, complaints.constData());
+    }
 }
 
 void tst_Files::aSpoiltScenarioIsRefused_data()

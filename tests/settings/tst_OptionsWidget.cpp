@@ -74,6 +74,7 @@ private slots:
     void withoutCatalogueItStaysChineseAndKeepsTheChoice();
     void takesNoOtherCatalogue_data();
     void takesNoOtherCatalogue();
+    void damagedCatalogueLeavesTheLanguage_data();
     void damagedCatalogueLeavesTheLanguage();
     void otherCodesChangeNothing();
     void otherCodeLeavesEnglish();
@@ -372,11 +373,23 @@ void tst_OptionsWidget::takesNoOtherCatalogue()
     QCOMPARE(shown, QString("设置"));
 }
 
+void tst_OptionsWidget::damagedCatalogueLeavesTheLanguage_data()
+{
+    QTest::addColumn<QByteArray>("contents");
+    QFile file(ENGLISH_CATALOGUE);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArray wild = file.readAll();
+    wild.replace(QByteArray::fromHex("06000000"), QByteArray::fromHex("067fffff")); // the texts' lengths
+    QTest::newRow("no catalogue") << QByteArray("no catalogue");
+    QTest::newRow("lengths that lead out of it") << wild;
+}
+
 void tst_OptionsWidget::damagedCatalogueLeavesTheLanguage()
 {
+    QFETCH(QByteArray, contents);
     QFile file(OptionsDialog::programFile("mover_en_US.qm"));
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("no catalogue");
+    file.write(contents);
     file.close();
     OptionsDialog::store(1);
     QCOMPARE(title(), QString("设置"));
