@@ -22,6 +22,7 @@ namespace {
 constexpr int hideMsgMs = 5000;
 constexpr int maxDevices = 10;
 constexpr int closeLimitMs = 30000; // longer than the calls that wait on any link that works
+constexpr int probeLimitMs = 5000;  // longer than any one of them
 
 struct DeviceList {
     int ids[maxDevices] = {};
@@ -85,9 +86,14 @@ ConnectionWidget::~ConnectionWidget() = default;
 void ConnectionWidget::refreshDevices()
 {
     const BusyCursor busy;
-    ui->comboBox_comList->clear();
     DeviceList devices;
-    locked([&] { devices.read(); });
+    {
+        const LibraryLock library(probeLimitMs);
+        if (!library.isLocked()) // the library hangs: the list stays as it was, so that the user can disconnect
+            return;
+        devices.read();
+    }
+    ui->comboBox_comList->clear();
     for (const int id : devices) {
         const QString text = id == m_iConnectedId ? m_sConnectedText : probe(id);
         if (!text.isNull())

@@ -26,7 +26,10 @@ public:
     explicit ConnectionWidget(QWidget *parent = nullptr);
     ~ConnectionWidget() override;
 
-    /** Lists the controllers anew. Each one but the connected is opened for a moment to read its serial number. */
+    /**
+     * Lists the controllers anew. Each one but the connected is opened for a moment to read its serial number. The list
+     * stays as it was when another thread is in a library call and does not come back from it within 5 s.
+     */
     void refreshDevices();
 
     /** Whether the connected controller is no longer listed; nothing while another thread is in a library call. */

@@ -80,6 +80,7 @@ private slots:
     void doesNotProbeTheConnectedController();
     void theConnectedControllerStaysTheCurrentEntry();
     void probingTakesTheMutexCallByCallUnderABusyCursor();
+    void probingGivesUpWhileTheLibraryHangs();
 
     void connectOpensTheChosenController();
     void isConnectedAndHiddenWhenItSaysSo();
@@ -361,6 +362,27 @@ void tst_ConnectionWidget::canConnectAfterAFailure()
     QTest::mouseClick(dialog.connectButton, Qt::LeftButton);
     QTest::mouseClick(dialog.connectButton, Qt::LeftButton);
     QCOMPARE(dialog.connected.count(), 1);
+}
+
+void tst_ConnectionWidget::probingGivesUpWhileTheLibraryHangs()
+{
+    play({{device, "MC3-A"}, {other, "MC3-B"}});
+    Dialog dialog;
+    dialog.connectTo(device);
+    const QStringList before = dialog.entries();
+    QCOMPARE(before.size(), 2);
+    simulator::hangCall("getCurrentPos");
+    emit SerialComDev::instance()->signal_getCurrentPos(0);
+    QVERIFY(simulator::waitUntilHanging(5000));
+    const int calls = int(simulator::journal().size());
+    dialog.widget.refreshDevices();
+    QCOMPARE(dialog.entries(), before);
+    QCOMPARE(dialog.list->currentData().toInt(), device);
+    QCOMPARE(int(simulator::journal().size()), calls);
+    QVERIFY(!QGuiApplication::overrideCursor());
+    simulator::releaseHung();
+    dialog.disconnect();
+    QCOMPARE(dialog.disconnected.count(), 1);
 }
 
 void tst_ConnectionWidget::waitsForOpeningUnderABusyCursor()
