@@ -17,7 +17,8 @@ inline QByteArray read(const QString &path, qint64 limit)
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return QByteArray();
-    const QByteArray bytes = file.read(limit + 1);
+    QByteArray bytes = file.read(limit + 1);
+    bytes.squeeze(); // else the room for all of them would be kept
     return bytes.size() > limit ? QByteArray() : bytes;
 }
 
