@@ -103,11 +103,8 @@ void Dialogs::polishWhenShown()
 void Dialogs::forgetFields(QWidget *window)
 {
     const QList<QAbstractSpinBox *> boxes = window->findChildren<QAbstractSpinBox *>();
-    for (const QAbstractSpinBox *box : boxes) {
-        auto *field = box->findChild<QLineEdit *>();
-        field->setParent(window);
-        field->style()->polish(field);
-    }
+    for (const QAbstractSpinBox *box : boxes)
+        box->findChild<QLineEdit *>()->setParent(window); // looks up its style anew
 }
 
 void Dialogs::paintBackground(QWidget *widget)

@@ -416,6 +416,18 @@ private slots:
         QCOMPARE(worker->getAxisCircleDisp(0), 10.5);
         QCOMPARE(worker->getAxisCircleDelay(0), 11);
     }
+    void valuesOfZeroAreNoFailures()
+    {
+        const auto worker = openDevice();
+        for (const char *function :
+             {"getSpeed", "getAcceleration", "getRelativeDisp", "getRelativeDispEnable", "getJogStep", "getJogDelay",
+              "getJogCount", "getCircleCount", "getCircleDisp", "getCircleDelay"}) {
+            simulator::answerNumber(function, 0);
+            QCOMPARE(worker->readAxisParams(0), 0);
+        }
+        QCOMPARE(worker->getAxisSpeed(0), 0.0);
+        QCOMPARE(worker->getAxisCircleDelay(0), 0);
+    }
     void theRecordOfAnAxisCarriesItsNumber()
     {
         const auto worker = openDevice();
