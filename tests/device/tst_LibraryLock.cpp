@@ -70,10 +70,11 @@ private slots:
                 }
             }
         });
-        while (rounds == 0)
-            std::this_thread::yield();
         for (int repeat = 0; repeat < 20; ++repeat) {
-            const int before = rounds;
+            int before = rounds;
+            while (rounds == before) // until the other thread has it again
+                std::this_thread::yield();
+            before = rounds;
             const LibraryLock held;
             roundsBetween = qMax(roundsBetween, rounds - before);
         }
