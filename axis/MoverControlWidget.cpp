@@ -12,6 +12,7 @@
 
 #include "ui_MoverControlWidget.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
@@ -106,6 +107,14 @@ void MoverControlWidget::createPopups()
     m_loopRun->move(0, 0);
     m_loopRun->hide();
     connect(m_loopRun, &CycleOperationWidget::signal_startDoing, this, &MoverControlWidget::slot_startUpdateState);
+    connect(qApp, &QApplication::focusChanged, this, &MoverControlWidget::keepFocusOnTop);
+}
+
+/** What the loop run covers cannot be seen, so the focus does not stay there: Tab may come from beside the panel. */
+void MoverControlWidget::keepFocusOnTop(QWidget *, QWidget *now)
+{
+    if (now && m_loopRun->isVisible() && isAncestorOf(now) && now != m_loopRun && !m_loopRun->isAncestorOf(now))
+        Dialogs::focusWithin(m_loopRun, true);
 }
 
 void MoverControlWidget::setIndex(int index)

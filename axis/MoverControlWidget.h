@@ -109,6 +109,7 @@ private slots:
 
 private:
     void createPopups();
+    void keepFocusOnTop(QWidget *before, QWidget *now);
     void startMotor(int mode);
     void togglePopup(bool checked, PopupToggle *toggle, MotionParamPopup *popup, const QPushButton *button);
     void placeDrivePopup();

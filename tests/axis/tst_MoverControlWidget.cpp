@@ -135,6 +135,7 @@ private slots:
     void countsTheRunsInOneLiveEntry();
     void startsANewCountAfterACompletedOne();
     void anotherEntryEndsTheLiveCount();
+    void focusDoesNotGoUnderTheLoopRun();
     void loopRunCountsLiveOnTheController_data() { languages(); }
     void loopRunCountsLiveOnTheController();
     void refusedCommandDuringALoopRunEndsItsLiveCount_data() { languages(); }
@@ -776,6 +777,23 @@ void tst_MoverControlWidget::anotherEntryEndsTheLiveCount()
     state.runCount = 2;
     see(state);
     QCOMPARE(log(), (QStringList{"当前运行次数 1 运行中 ", " 已到达正限位！  ", "当前运行次数 2 运行中 "}));
+}
+
+void tst_MoverControlWidget::focusDoesNotGoUnderTheLoopRun()
+{
+    QWidget window;
+    m_panel->setParent(&window);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    auto *stop = find<QPushButton>("pushButton_stop");
+    click("pushButton_circle");
+    stop->setFocus(Qt::TabFocusReason);
+    auto *loopRun = child<CycleOperationWidget>();
+    QVERIFY(loopRun->isAncestorOf(QApplication::focusWidget()));
+    loopRun->hide();
+    stop->setFocus(Qt::TabFocusReason);
+    QCOMPARE(QApplication::focusWidget(), stop);
+    m_panel->setParent(nullptr);
 }
 
 /** Three times there and back, staying a second at each end. */
