@@ -103,10 +103,19 @@ Controller *Simulator::controller(int id)
 
 // ---- Calls
 
+void Simulator::setObserver(std::function<void(const std::string &)> observer)
+{
+    const std::lock_guard<std::mutex> observing(m_observerMutex);
+    m_observer = std::move(observer);
+}
+
 Simulator::Fate Simulator::enter(const char *function, std::unique_lock<std::mutex> *lock)
 {
-    if (m_observer)
-        m_observer(function);
+    {
+        const std::lock_guard<std::mutex> observing(m_observerMutex);
+        if (m_observer)
+            m_observer(function);
+    }
     *lock = std::unique_lock(m_mutex);
     noteFlight(function);
     int delayMs = m_latencyMs;

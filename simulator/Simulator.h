@@ -79,7 +79,8 @@ public:
     const std::deque<Call> &journal() const { return m_journal; }
     void clearJournal() { m_journal.clear(); }
     const std::string &overlap() const { return m_overlap; }
-    void setObserver(std::function<void(const std::string &)> observer) { m_observer = std::move(observer); }
+    /** Without the simulator's mutex: waits for an observer that is looking, and that may want to know things. */
+    void setObserver(std::function<void(const std::string &)> observer);
     std::string callInFlight() const { return m_inFlight.empty() ? std::string() : m_inFlight.back(); }
 
 private:
@@ -117,6 +118,7 @@ private:
     std::vector<const char *> m_inFlight;
     std::string m_overlap;
     std::deque<Call> m_journal;
+    std::mutex m_observerMutex;
     std::function<void(const std::string &)> m_observer;
 };
 

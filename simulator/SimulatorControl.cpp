@@ -137,7 +137,7 @@ std::vector<std::string> functions()
 
 void onCall(std::function<void(const std::string &function)> observer)
 {
-    LockedSimulator()->setObserver(std::move(observer));
+    Simulator::instance().setObserver(std::move(observer));
 }
 
 std::string callInFlight()

@@ -73,8 +73,8 @@ void clearJournal();
 /** The names of the library's functions. */
 std::vector<std::string> functions();
 /**
- * Runs at the entry of every call from here on, in the caller's thread and before the call waits for anything. Set it
- * while no call is in flight; null ends that.
+ * Runs at the entry of every call from here on, in the caller's thread and before the call waits for anything, one call
+ * at a time. Null ends that, once an observer that is running has returned. It must not call the library.
  */
 void onCall(std::function<void(const std::string &function)> observer);
 /** A function whose call is in flight, "" when there is none. */

@@ -49,6 +49,7 @@ private slots:
     void answersGivenCounts();
     void answersGivenParams();
     void tellsOfEveryCallBeforeItWaits();
+    void anObserverThatLooksIsWaitedFor();
     void noticesOverlappingCalls();
     void noticesNoOverlapInOneThread();
     void standsCallsFromManyThreads();
@@ -501,6 +502,23 @@ void tst_SimulatorCalls::answersGivenParams()
     setParams(device, 0, std::nullopt);
     QCOMPARE(getMotorParams(device, 0, &read), 0);
     QVERIFY(read.maxPos != 123);
+}
+
+void tst_SimulatorCalls::anObserverThatLooksIsWaitedFor()
+{
+    std::atomic<bool> looks{false};
+    std::atomic<bool> hasLooked{false};
+    onCall([&](const std::string &) {
+        looks = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // what it looks at takes its time
+        hasLooked = true;
+    });
+    std::thread caller([] { getSpeed(device, 0); });
+    while (!looks)
+        std::this_thread::yield();
+    onCall(nullptr);
+    QVERIFY(hasLooked);
+    caller.join();
 }
 
 void tst_SimulatorCalls::tellsOfEveryCallBeforeItWaits()
