@@ -79,7 +79,10 @@ MoverControlWidget::MoverControlWidget(QWidget *parent)
     m_updateTimer.start();
 }
 
-MoverControlWidget::~MoverControlWidget() = default;
+MoverControlWidget::~MoverControlWidget()
+{
+    disconnect(qApp, nullptr, this, nullptr); // the focus moves on while the children are destroyed
+}
 
 void MoverControlWidget::createPopups()
 {
