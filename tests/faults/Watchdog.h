@@ -4,6 +4,7 @@
 #include "simulator/SimulatorControl.h"
 
 #include <QObject>
+#include <QSemaphore>
 #include <QTimer>
 
 #include <algorithm>
@@ -37,7 +38,7 @@ public:
     }
     ~Watchdog()
     {
-        m_ends = true;
+        m_ends.release();
         m_thread.join();
     }
 
@@ -85,8 +86,7 @@ private:
         qint64 hangsSince = 0;
         qint64 seen = 0;
         qint64 keptWaiting = 0; // when the GUI thread was seen
-        while (!m_ends) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5)); // how often it looks; it waits for nothing
+        while (!m_ends.tryAcquire(1, 5)) {
             const qint64 keptWaitingNow = keptWaitingMs();
             if (seen != m_seen) {
                 seen = m_seen;
@@ -116,7 +116,7 @@ private:
 
     QTimer m_timer;
     std::atomic<qint64> m_seen{now()};
-    std::atomic<bool> m_ends{false};
+    QSemaphore m_ends;
     std::mutex m_mutex;
     Stall m_longest;
     std::thread m_thread;

@@ -9,8 +9,8 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QScopeGuard>
+#include <QSemaphore>
 
-#include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -231,9 +231,10 @@ void tst_Files::isReplacedWhileItIsRead()
     installation.setUp(child, false);
     child.set("READS", QStringLiteral("25"));
 
-    std::atomic<bool> ends{false};
+    QSemaphore ends;
     std::thread replacing([&] {
-        for (int k = 0; !ends; ++k) {
+        // In between the reader has its turn: a file that never stands still is never read.
+        for (int k = 0; !ends.tryAcquire(1, 1); ++k) {
             const QString target = inPlace ? path : path + QStringLiteral(".new");
             QFile file(target);
             if (file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
@@ -241,12 +242,11 @@ void tst_Files::isReplacedWhileItIsRead()
             file.close();
             if (!inPlace)
                 std::rename(QFile::encodeName(target), QFile::encodeName(path));
-            usleep(500); // leaves the reader its turns: a file that never stands still is never read
         }
     });
     child.start();
     const bool finished = child.process.waitForFinished(limitMs);
-    ends = true;
+    ends.release();
     replacing.join();
     QVERIFY(finished);
     const QStringList complaints = child.complaints();

@@ -138,17 +138,18 @@ Monkey::Monkey(unsigned seed, int count)
         QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, [this] { m_bLoopRuns = true; });
     // A call that hangs is let go after a while, whichever thread it is in.
     m_releaser = std::thread([this] {
-        while (!m_bDone) {
-            if (!simulator::waitUntilHanging(100))
-                continue;
-            std::this_thread::sleep_for(std::chrono::milliseconds(hangMs)); // the hang itself
-            simulator::releaseHung();
+        for (bool ends = false; !ends;) {
+            const bool hangs = simulator::waitUntilHanging(100);
+            ends = m_ends.tryAcquire(1, hangs ? hangMs : 0);
+            if (hangs)
+                simulator::releaseHung();
         }
     });
     const pthread_t gui = pthread_self();
     m_watchdog = std::thread([this, gui] {
         int beats = -1;
-        for (int quiet = 0; !m_bDone; std::this_thread::sleep_for(std::chrono::milliseconds(100))) {
+        int quiet = 0;
+        while (!m_ends.tryAcquire(1, 100)) {
             quiet = m_beats == beats ? quiet + 1 : 0;
             beats = m_beats;
             if (quiet > 10 * stepLimitSeconds) {
@@ -162,7 +163,7 @@ Monkey::Monkey(unsigned seed, int count)
 
 Monkey::~Monkey()
 {
-    m_bDone = true;
+    m_ends.release(2);
     m_releaser.join();
     m_watchdog.join();
 }

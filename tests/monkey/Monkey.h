@@ -6,6 +6,7 @@
 #include "Random.h"
 
 #include <QObject>
+#include <QSemaphore>
 
 #include <atomic>
 #include <functional>
@@ -62,7 +63,7 @@ private:
     bool m_bComingBack = false;
     bool m_bLoopRuns = true; // the event loop has gone round since the last step
     MoverWidget *m_window = nullptr;
-    std::atomic<bool> m_bDone{false};
+    QSemaphore m_ends; // one for each of the threads
     std::atomic<int> m_beats{0};
     std::thread m_releaser;
     std::thread m_watchdog;

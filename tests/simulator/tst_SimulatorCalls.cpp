@@ -4,6 +4,7 @@
 #include <QtTest>
 
 #include <atomic>
+#include <future>
 #include <cmath>
 #include <stdexcept>
 #include <thread>
@@ -506,19 +507,20 @@ void tst_SimulatorCalls::answersGivenParams()
 
 void tst_SimulatorCalls::anObserverThatLooksIsWaitedFor()
 {
-    std::atomic<bool> looks{false};
-    std::atomic<bool> hasLooked{false};
+    std::promise<void> looks;
+    std::promise<void> mayGo;
     onCall([&](const std::string &) {
-        looks = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // what it looks at takes its time
-        hasLooked = true;
+        looks.set_value();
+        mayGo.get_future().wait();
     });
     std::thread caller([] { getSpeed(device, 0); });
-    while (!looks)
-        std::this_thread::yield();
-    onCall(nullptr);
-    QVERIFY(hasLooked);
+    looks.get_future().wait();
+    const std::future<void> end = std::async(std::launch::async, [] { onCall(nullptr); });
+    const bool waits = end.wait_for(std::chrono::milliseconds(50)) == std::future_status::timeout;
+    mayGo.set_value();
+    end.wait();
     caller.join();
+    QVERIFY(waits);
 }
 
 void tst_SimulatorCalls::tellsOfEveryCallBeforeItWaits()
