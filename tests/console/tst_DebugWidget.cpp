@@ -786,6 +786,17 @@ private slots:
         for (int k = 0; k < 4; ++k)
             QCOMPARE(column(k), QStringList(QString::number(k + 1)) + emptyColumn().mid(1));
     }
+    void readingClearsTheRowsAlsoWhenNothingIsRead()
+    {
+        for (int row = 0; row < 10; ++row)
+            setRow(row, {"1", "2", "3", "4"});
+        simulator::failCall("getPositivePosConpen", -9);
+        simulator::failCall("getNegativePosConpen", -9);
+        click("pushButton");
+        QCOMPARE(shown(), QString("-9 -9"));
+        for (int k = 0; k < 4; ++k)
+            QCOMPARE(column(k), QStringList(QString::number(k + 1)) + emptyColumn().mid(1));
+    }
     void aTableThatCannotBeReadLeavesTheOtherOne()
     {
         const double pair[] = {1, 1.5};
@@ -808,19 +819,26 @@ private slots:
     {
         QTest::addColumn<QString>("button");
         QTest::addColumn<QString>("function");
-        QTest::newRow("read tables") << "pushButton"
-                                     << "getNegativePosConpen";
-        QTest::newRow("write tables") << "pushButton_pos_conpen_write"
-                                      << "setPositivePosConpen";
+        QTest::newRow("read first table") << "pushButton"
+                                          << "getPositivePosConpen";
+        QTest::newRow("read second table") << "pushButton"
+                                           << "getNegativePosConpen";
+        QTest::newRow("write first table") << "pushButton_pos_conpen_write"
+                                           << "setPositivePosConpen";
+        QTest::newRow("write second table") << "pushButton_pos_conpen_write"
+                                            << "setNegativePosConpen";
         QTest::newRow("compensation on") << "pushButton_pos_conpen_enable"
                                          << "setPosConpenEnable";
         QTest::newRow("read parameters") << "pushButton_readMorotParams"
                                          << "getMotorParams";
+        QTest::newRow("write parameters") << "pushButton_writeMotorParams"
+                                          << "setMotorParams";
     }
     void holdsTheLibraryDuringTheCallsOfItsOtherPages()
     {
         QFETCH(QString, button);
         QFETCH(QString, function);
+        const OnMessageBox box; // after writing the parameters
         QVERIFY(isLibraryHeldDuring(function.toStdString(), find<QPushButton>(qPrintable(button))));
     }
     void pastesFromTheClipboard()

@@ -96,13 +96,13 @@ class tst_AddControlsWidget : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void init();
     void cleanup();
 
     void showsItsTexts();
     void isFramelessTranslucentAndModal();
     void listsAreMadeForManyModels();
-    void registersTheRecordAsMetaType();
     void startsWithLinearStages();
     void hasExactlyOneTypeChecked();
 
@@ -112,6 +112,7 @@ private slots:
     void keepsTheTypeBetweenOpenings();
     void offersParsedModelsFromTheNextTypeOn();
     void keepsTheChoiceWhenTheFileIsMissing();
+    void refillsFromTheFormerModelsWhenTheFileIsBroken_data();
     void refillsFromTheFormerModelsWhenTheFileIsBroken();
     void emptiesTheListWhenTheFileHasNoModels();
     void explainsAnEmptyModelList();
@@ -163,6 +164,17 @@ private:
     FailOnDeadSlot m_deadSlots;
     std::unique_ptr<AddControlsWidget> m_dialog;
 };
+
+void tst_AddControlsWidget::initTestCase()
+{
+    // A typed search begins anew after this pause, and a loaded machine pauses between two keys.
+    QApplication::setKeyboardInputInterval(60000);
+
+    // The dialog registers the record as a meta-type. Only here: once it is registered it stays so.
+    QCOMPARE(QMetaType::type("MoverDevParam"), int(QMetaType::UnknownType));
+    const AddControlsWidget dialog;
+    QVERIFY(QMetaType::type("MoverDevParam") != QMetaType::UnknownType);
+}
 
 void tst_AddControlsWidget::init()
 {
@@ -234,11 +246,6 @@ void tst_AddControlsWidget::listsAreMadeForManyModels()
         QCOMPARE(box->sizeAdjustPolicy(), QComboBox::AdjustToMinimumContentsLengthWithIcon);
         QVERIFY(!box->isEditable());
     }
-}
-
-void tst_AddControlsWidget::registersTheRecordAsMetaType()
-{
-    QCOMPARE(QMetaType::type("MoverDevParam"), qMetaTypeId<MoverDevParam>());
 }
 
 void tst_AddControlsWidget::startsWithLinearStages()
@@ -315,10 +322,18 @@ void tst_AddControlsWidget::keepsTheChoiceWhenTheFileIsMissing()
     QCOMPARE(models()->currentIndex(), 1);
 }
 
+void tst_AddControlsWidget::refillsFromTheFormerModelsWhenTheFileIsBroken_data()
+{
+    QTest::addColumn<QByteArray>("contents");
+    QTest::newRow("cut off") << QByteArray("{\"MoverModels\": [");
+    QTest::newRow("nothing in it") << QByteArray("{}");
+}
+
 void tst_AddControlsWidget::refillsFromTheFormerModelsWhenTheFileIsBroken()
 {
+    QFETCH(QByteArray, contents);
     models()->setCurrentIndex(1);
-    writeModelFile("{\"MoverModels\": [");
+    writeModelFile(contents);
     m_dialog->loadModelsData();
     QCOMPARE(textsOf(models()), (QStringList{"LIN-50", "LIN-100"}));
     QCOMPARE(models()->currentIndex(), 0);

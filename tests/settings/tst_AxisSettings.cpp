@@ -46,6 +46,7 @@ private slots:
     // Loading
     void showsTheAxesOfTheController_data();
     void showsTheAxesOfTheController();
+    void unknownAxisCountShowsNone_data();
     void unknownAxisCountShowsNone();
     void withoutControllerShowsNoAxisAndSaysNothing();
     void axesComeBackWithTheNextController();
@@ -68,10 +69,13 @@ private slots:
     void switchingTheInputOffEnablesTheDisplacement();
     void refusesADisplacementBeyondTheTravel_data();
     void refusesADisplacementBeyondTheTravel();
+    void unchecksTheInputBeforeItSaysWhy();
     void showsTheBoundsWithSixDigits_data();
     void showsTheBoundsWithSixDigits();
+    void boundsOfAStageWithoutTravelHaveNoSign();
     void stageWithoutNameIsARemindedChange_data();
     void stageWithoutNameIsARemindedChange();
+    void remindsBeforeItSends();
     void cursorIsFreeWhileABoxIsUp();
     void triggerOutputGoesToTheController_data();
     void triggerOutputGoesToTheController();
@@ -159,10 +163,21 @@ void tst_AxisSettings::showsTheAxesOfTheController()
     QCOMPARE(shownAxes(), shown);
 }
 
+void tst_AxisSettings::unknownAxisCountShowsNone_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::newRow("failed") << -9;
+    QTest::newRow("none") << 0;
+}
+
 void tst_AxisSettings::unknownAxisCountShowsNone()
 {
+    QFETCH(int, count);
     m_dialog->connectController();
-    simulator::failCall("getDevAxisCount", -9);
+    if (count < 0)
+        simulator::failCall("getDevAxisCount", count);
+    else
+        simulator::answerNumber("getDevAxisCount", count);
     m_dialog->get()->loadDeviceSettings();
     QCOMPARE(shownAxes(), QString());
     QCOMPARE(m_dialog->calls(), QStringList("getDevAxisCount(1001)")); // nothing else is read
@@ -439,6 +454,22 @@ void tst_AxisSettings::refusesADisplacementBeyondTheTravel()
     }
 }
 
+void tst_AxisSettings::unchecksTheInputBeforeItSaysWhy()
+{
+    m_dialog->connectController();
+    setTravel(0, 50);
+    openPage("trigger");
+    displacement(1)->setValue(50.001);
+    bool checkedMeanwhile = true;
+    const MessageBoxes boxes([&](QMessageBox *box) {
+        checkedMeanwhile = in(1)->isChecked();
+        MessageBoxes::press(box, "确认");
+    });
+    m_dialog->click("checkBox_triggerIn_1");
+    QCOMPARE(boxes.count(), 1);
+    QVERIFY(!checkedMeanwhile);
+}
+
 void tst_AxisSettings::showsTheBoundsWithSixDigits_data()
 {
     QTest::addColumn<double>("minPos");
@@ -461,6 +492,19 @@ void tst_AxisSettings::showsTheBoundsWithSixDigits()
     MessageBoxes boxes("确认");
     m_dialog->click("checkBox_triggerIn_1");
     QCOMPARE(boxes.texts(), QStringList(text));
+}
+
+void tst_AxisSettings::boundsOfAStageWithoutTravelHaveNoSign()
+{
+    m_dialog->connectController();
+    MotorParams params = stageParams(0);
+    params.minPos = params.maxPos = 5; // refused when it is written
+    simulator::setParams(controllerId, 0, params);
+    openPage("trigger");
+    displacement(1)->setValue(1);
+    const MessageBoxes boxes("确认");
+    m_dialog->click("checkBox_triggerIn_1");
+    QCOMPARE(boxes.texts(), QStringList("位移量超出范围！[0,0]"));
 }
 
 void tst_AxisSettings::stageWithoutNameIsARemindedChange_data()
@@ -486,6 +530,20 @@ void tst_AxisSettings::stageWithoutNameIsARemindedChange()
     QCOMPARE(boxes.texts(), QStringList("请匹配位移台实际行程进行设置！"));
     QVERIFY(in(1)->isChecked());
     QVERIFY(!displacement(1)->isEnabled());
+    QVERIFY(m_dialog->calls().contains("setTriggerInEnable(1001, 0, 1)"));
+}
+
+void tst_AxisSettings::remindsBeforeItSends()
+{
+    openPage("trigger");
+    onController([] { return setMotorModelName(controllerId, 0, "", 0); });
+    QStringList meanwhile;
+    const MessageBoxes boxes([&](QMessageBox *box) {
+        meanwhile = m_dialog->calls();
+        MessageBoxes::press(box, "确认");
+    });
+    m_dialog->click("checkBox_triggerIn_1");
+    QCOMPARE(meanwhile, QStringList("getMotorModelName(1001, 0)")); // a record without a name has no travel to read
     QVERIFY(m_dialog->calls().contains("setTriggerInEnable(1001, 0, 1)"));
 }
 

@@ -281,6 +281,7 @@ void tst_MotorParamEdits::writeAsksFirst()
         QCOMPARE(box->windowTitle(), QString("提示"));
         QCOMPARE(box->icon(), QMessageBox::Question);
         QCOMPARE(box->standardButtons(), QMessageBox::Yes | QMessageBox::No);
+        QVERIFY(!box->defaultButton());
         QVERIFY(!box->parentWidget());
         QCOMPARE(m_dialog->calls(), QStringList());
     });

@@ -2,6 +2,7 @@
 #include "tests/settings/OptionsDialog.h"
 
 #include "support/MessageBoxes.h"
+#include "support/Mouse.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -78,6 +79,7 @@ private slots:
     void damagedCatalogueLeavesTheLanguage();
     void otherCodesChangeNothing();
     void otherCodeLeavesEnglish();
+    void checkingChineseAloneMeansChinese();
     void uncheckingChineseAloneMeansEnglish();
     void uncheckingEnglishAloneMeansChineseAndReadsTheChoiceBack();
     void otherWindowsFollow();
@@ -252,15 +254,11 @@ void tst_OptionsWidget::isDraggedByItsTitle()
     dialog->move(100, 100);
     QWidget *bar = m_dialog->find<QWidget>("widget_title");
     const QPoint start = bar->mapTo(dialog, QPoint(200, 10));
-    const auto send = [dialog](QEvent::Type type, QPointF pos) {
-        QMouseEvent event(type, pos, dialog->mapToGlobal(pos.toPoint()), Qt::LeftButton, Qt::LeftButton, {});
-        QApplication::sendEvent(dialog, &event);
-    };
-    send(QEvent::MouseButtonPress, start);
-    send(QEvent::MouseMove, start + QPointF(30.5, -20.4));
+    Mouse::press(dialog, start);
+    Mouse::move(dialog, start + QPointF(30.5, -20.4));
     QCOMPARE(dialog->pos(), QPoint(131, 80));
-    send(QEvent::MouseButtonRelease, start);
-    send(QEvent::MouseMove, start + QPointF(50, 50));
+    Mouse::release(dialog, start);
+    Mouse::move(dialog, start + QPointF(50, 50));
     QCOMPARE(dialog->pos(), QPoint(131, 80));
 }
 
@@ -271,8 +269,8 @@ void tst_OptionsWidget::isNotDraggedByItsPages()
     dialog->move(100, 100);
     QWidget *body = m_dialog->find<QWidget>("page_language");
     const QPoint start = body->mapTo(dialog, body->rect().center());
-    QTest::mousePress(dialog, Qt::LeftButton, {}, start);
-    QTest::mouseMove(dialog, start + QPoint(40, 40));
+    Mouse::press(dialog, start);
+    Mouse::move(dialog, start + QPoint(40, 40));
     QCOMPARE(dialog->pos(), QPoint(100, 100));
 }
 
@@ -421,6 +419,15 @@ void tst_OptionsWidget::otherCodeLeavesEnglish()
     chooseEnglish();
     m_dialog->get()->setLanguage(7);
     QCOMPARE(title(), QString("Settings"));
+}
+
+void tst_OptionsWidget::checkingChineseAloneMeansChinese()
+{
+    chooseEnglish();
+    QVERIFY(QMetaObject::invokeMethod(m_dialog->get(), "on_radioButton_cn_toggled", Q_ARG(bool, true)));
+    QCOMPARE(title(), QString("设置"));
+    QCOMPARE(OptionsDialog::stored(), 0);
+    QVERIFY(isOn("radioButton_en")); // nothing is read back
 }
 
 void tst_OptionsWidget::uncheckingChineseAloneMeansEnglish()
