@@ -80,8 +80,7 @@ void AxisSettings::changeTriggerIn() const
             tip(tr("请匹配位移台实际行程进行设置！")); // a reminder: the input is switched on all the same
         } else if (std::abs(m_controls.displacement->value()) > *travel) {
             m_controls.triggerIn->setChecked(false);
-            // 0 - travel: no travel at all must not read "-0".
-            tip(tr("位移量超出范围！[%1,%2]").arg(QString::number(0 - *travel), QString::number(*travel)));
+            tip(tr("位移量超出范围！[%1,%2]").arg(QString::number(-*travel), QString::number(*travel)));
             return;
         }
     }
