@@ -6,7 +6,8 @@
 /**
  * Where the chosen language is kept between runs: "appConfig.ini" in the program's folder, group "language", key
  * "type", 0 Chinese, 1 English. When that folder cannot be written, a file of the same name in the user's folder takes
- * its place. The newer of the two counts. A file is replaced as a whole or stays as it was.
+ * its place. The newer of the two counts. A file is replaced as a whole or stays as it was; what else stands in it is
+ * kept, unless it is damaged.
  */
 class LanguageStore final
 {

@@ -9,6 +9,9 @@
 #include <QTemporaryDir>
 #include <QWidget>
 
+#include <algorithm>
+#include <cstring>
+
 namespace {
 
 void write(const QString &path, const QByteArray &bytes)
@@ -16,6 +19,14 @@ void write(const QString &path, const QByteArray &bytes)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         Fuzz::fail("cannot write", path);
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        Fuzz::fail("cannot read", path);
+    return file.readAll();
 }
 
 void checkLanguage(const QByteArray &bytes)
@@ -29,11 +40,13 @@ void checkLanguage(const QByteArray &bytes)
     Fuzz::require(store.load() == code, "read twice it is another");
     // Nothing comes from nowhere: a code other than Chinese stands in a line of its own group.
     if (code != 0)
-        Fuzz::require(bytes.contains("[language]") && bytes.contains("type") && bytes.contains('='), "from nowhere");
+        Fuzz::require(bytes.contains("language") && bytes.contains("type") && bytes.contains('='), "from nowhere");
 
     store.save(code);
     Fuzz::require(store.load() == code, "saved and read again it is another");
-    {
+    // QSettings reads more of an INI file than the program does: escapes, texts over several lines, odd groups.
+    const bool isPlain = !std::any_of(bytes.begin(), bytes.end(), [](char c) { return std::strchr("\\\"%\r/", c); });
+    if (isPlain) {
         // Under a name of its own: QSettings takes a file of the same size and time for the one it knows.
         static int count = 0;
         const QString copy = folder.filePath(QString::number(++count));
@@ -43,11 +56,15 @@ void checkLanguage(const QByteArray &bytes)
         QFile::remove(copy);
     }
 
-    // Whatever was in the file, a choice replaces it.
+    // Whatever is in the file, a choice comes into it, and once it is there it changes nothing else.
     write(path, bytes);
     const int chosen = int(bytes.size()) - 3;
     store.save(chosen);
-    Fuzz::require(store.load() == chosen, "a choice over a damaged file");
+    Fuzz::require(store.load() == chosen, "a choice over what was there");
+    const QByteArray first = read(path);
+    store.save(chosen + 1);
+    store.save(chosen);
+    Fuzz::require(read(path) == first, "a choice changes more than itself");
 }
 
 /** As the console does it with its own, when it is made. */

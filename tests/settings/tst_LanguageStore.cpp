@@ -62,6 +62,11 @@ private slots:
     void damagedFileReadsAsChinese_data();
     void damagedFileReadsAsChinese();
     void savingRepairsADamagedFile();
+    void savingKeepsTheOtherEntries_data();
+    void savingKeepsTheOtherEntries();
+    void savingReplacesAFileThatIsTooLarge_data();
+    void savingReplacesAFileThatIsTooLarge();
+    void eachFileKeepsItsOwnEntries();
     void readsWhatAnEditorMakesOfIt_data();
     void readsWhatAnEditorMakesOfIt();
     void replacesTheFileAsAWhole();
@@ -149,6 +154,9 @@ void tst_LanguageStore::damagedFileReadsAsChinese_data()
     QTest::newRow("number with rubbish") << QByteArray("[language]\ntype=1\x01\n");
     QTest::newRow("open bracket") << QByteArray("[language\ntype=1\n");
     QTest::newRow("rubbish in the group") << QByteArray("[language]\ntype=1\n\x80\xff\n");
+    QTest::newRow("open quotes") << QByteArray("[language]\ntype=\"1\n");
+    QTest::newRow("nothing but a quote") << QByteArray("[language]\ntype=\"\n");
+    QTest::newRow("mark inside") << QByteArray("\n\xEF\xBB\xBF[language]\ntype=1\n");
     QTest::newRow("other group") << QByteArray("[langage]\ntype=1\n");
 }
 
@@ -167,13 +175,76 @@ void tst_LanguageStore::savingRepairsADamagedFile()
     QCOMPARE(store().load(), 1);
 }
 
+void tst_LanguageStore::savingKeepsTheOtherEntries_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    const auto row = [](const char *name, const char *before, const char *after) {
+        QTest::newRow(name) << QByteArray(before) << QByteArray(after);
+    };
+    row("of the group", "[language]\nx=3\ntype=0\ny=4\n", "[language]\nx=3\ntype=1\ny=4\n");
+    row("of other groups", "[a]\ntype=2\n[language]\ntype=0\n[b]\ntype=4\n",
+        "[a]\ntype=2\n[language]\ntype=1\n[b]\ntype=4\n");
+    row("without the entry", "[a]\nx=2\n[language]\nx=3\n", "[a]\nx=2\n[language]\ntype=1\nx=3\n");
+    row("without the group", "[a]\nx=2\n", "[a]\nx=2\n[language]\ntype=1\n");
+    row("without the last line end", "[a]\nx=2", "[a]\nx=2\n[language]\ntype=1\n");
+    row("entry in the last line", "[language]\ntype=0", "[language]\ntype=1");
+    row("comments and blanks", "; mine\n\n [language] \n type = 0 \n\n", "; mine\n\n [language] \ntype=1\n\n");
+    row("line ends", "[language]\r\ntype=0\r\nx=3\r\n", "[language]\r\ntype=1\r\nx=3\r\n");
+    row("line ends without the entry", "[language]\r\nx=3\r\n", "[language]\r\ntype=1\r\nx=3\r\n");
+    row("byte order mark", "\xEF\xBB\xBF[language]\ntype=0\n", "\xEF\xBB\xBF[language]\ntype=1\n");
+    row("entry twice", "[language]\ntype=7\ntype=0\n", "[language]\ntype=7\ntype=1\n");
+}
+
+void tst_LanguageStore::savingKeepsTheOtherEntries()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    writeFile(programFile(), before);
+    store().save(1);
+    QCOMPARE(readFile(programFile()), after);
+    QCOMPARE(store().load(), 1);
+}
+
+void tst_LanguageStore::savingReplacesAFileThatIsTooLarge_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("before") << 64 * 1024 + 1;
+    QTest::newRow("with the entry") << 64 * 1024;
+}
+
+void tst_LanguageStore::savingReplacesAFileThatIsTooLarge()
+{
+    QFETCH(int, size);
+    writeFile(programFile(), "[a]\nx=" + QByteArray(size - 7, '1') + '\n');
+    store().save(1);
+    QCOMPARE(readFile(programFile()), QByteArray("[language]\ntype=1\n"));
+}
+
+void tst_LanguageStore::eachFileKeepsItsOwnEntries()
+{
+    QVERIFY(QDir().mkpath(m_sUser));
+    writeFile(programFile(), "[program]\nx=2\n");
+    writeFile(userFile(), "[user]\nx=3\n");
+    store().save(1);
+    QCOMPARE(readFile(programFile()), QByteArray("[program]\nx=2\n[language]\ntype=1\n"));
+    QCOMPARE(readFile(userFile()), QByteArray("[user]\nx=3\n"));
+
+    const LanguageStore userOnly(programFile(), m_sUser); // nothing can be written below a file
+    userOnly.save(1);
+    QCOMPARE(readFile(userFile()), QByteArray("[user]\nx=3\n[language]\ntype=1\n"));
+}
+
 void tst_LanguageStore::readsWhatAnEditorMakesOfIt_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("blanks") << QByteArray(" [language] \n\n type = 1 \n");
+    QTest::newRow("blanks in the brackets") << QByteArray("[ language ]\ntype=1\n");
     QTest::newRow("line ends") << QByteArray("[language]\r\ntype=1\r\n");
     QTest::newRow("no line end") << QByteArray("[language]\ntype=1");
     QTest::newRow("comment") << QByteArray("; English\n[language]\ntype=1\n");
+    QTest::newRow("byte order mark") << QByteArray("\xEF\xBB\xBF[language]\ntype=1\n");
+    QTest::newRow("quotes") << QByteArray("[language]\ntype=\"1\"\n");
     QTest::newRow("other entries") << QByteArray("[a]\ntype=2\n[language]\nx=3\ntype=1\n[b]\ntype=4\n");
 }
 
