@@ -3,12 +3,12 @@
 #include "device/SerialComDev.h"
 #include "simulator/SimulatorControl.h"
 #include "support/DebugLog.h"
+#include "support/SignalCounter.h"
 
 #include <QSignalSpy>
 #include <QtTest>
 
 #include <atomic>
-#include <memory>
 
 namespace {
 
@@ -20,21 +20,6 @@ void answer(Heart &heart, CONTROLER_STATE state, int ret)
     QMetaObject::invokeMethod(
         &heart, "rcvHeartInfo", Qt::BlockingQueuedConnection, Q_ARG(CONTROLER_STATE, state), Q_ARG(int, ret));
 }
-
-/** Counts beats, which come in the Heart's thread. */
-class BeatCounter final
-{
-public:
-    explicit BeatCounter(Heart &heart)
-    {
-        QObject::connect(
-            &heart, &Heart::sendHeart, &heart, [beats = m_beats] { ++*beats; }, Qt::DirectConnection);
-    }
-    int count() const { return *m_beats; }
-
-private:
-    std::shared_ptr<std::atomic<int>> m_beats = std::make_shared<std::atomic<int>>(0);
-};
 
 } // namespace
 
@@ -58,14 +43,14 @@ private slots:
         QVERIFY(heart.thread()->isRunning());
         QCOMPARE(heart.controlerState().rockerState, quint8(0));
         QCOMPARE(heart.controlerState().rockerValue, quint16(0));
-        const BeatCounter beats(heart);
+        const SignalCounter beats(&heart, &Heart::sendHeart);
         QVERIFY(!QTest::qWaitFor([&] { return beats.count() != 0; }, Heart::IntervalMs + 200));
     }
     void beatsEvery500MsFromStartToStop()
     {
         QCOMPARE(Heart::IntervalMs, 500);
         Heart heart;
-        const BeatCounter beats(heart);
+        const SignalCounter beats(&heart, &Heart::sendHeart);
         heart.startHeart();
         heart.startHeart(); // while active: no second timer, no new phase
         QTRY_VERIFY(beats.count() >= 2);
@@ -80,7 +65,7 @@ private slots:
         Heart heart;
         QTimer again;
         connect(&again, &QTimer::timeout, &again, [&] { heart.startHeart(); });
-        const BeatCounter beats(heart);
+        const SignalCounter beats(&heart, &Heart::sendHeart);
         heart.startHeart();
         again.start(50);
         QTRY_VERIFY(beats.count() != 0);
@@ -200,7 +185,7 @@ private slots:
         {
             Heart heart;
             thread = heart.thread();
-            const BeatCounter beats(heart);
+            const SignalCounter beats(&heart, &Heart::sendHeart);
             heart.startHeart();
             QTRY_VERIFY(beats.count() != 0);
         }

@@ -11,31 +11,39 @@ class DebugLog final
 public:
     DebugLog()
     {
+        const QMutexLocker lock(mutex());
         self() = this;
         m_previous = qInstallMessageHandler(&handle);
     }
     ~DebugLog()
     {
+        const QMutexLocker lock(mutex());
         qInstallMessageHandler(m_previous);
         self() = nullptr;
     }
 
     QStringList lines() const
     {
-        const QMutexLocker lock(&m_mutex);
+        const QMutexLocker lock(mutex());
         return m_lines;
     }
     bool contains(const QString &part) const { return !lines().filter(part).isEmpty(); }
     /** Warnings and worse: Qt's, and the program's own. */
     QStringList warnings() const
     {
-        const QMutexLocker lock(&m_mutex);
+        const QMutexLocker lock(mutex());
         return m_warnings;
     }
 
 private:
     Q_DISABLE_COPY(DebugLog)
 
+    /** Never destroyed: another thread may write to the end, with no log alive. */
+    static QMutex *mutex()
+    {
+        static auto *const instance = new QMutex;
+        return instance;
+    }
     static DebugLog *&self()
     {
         static DebugLog *instance = nullptr;
@@ -49,7 +57,9 @@ private:
         // On a desktop Qt may still ask for a window that the window manager has just let go.
         if (message.startsWith(QLatin1String("QXcbConnection: XCB error: 3 (BadWindow)")))
             return;
-        const QMutexLocker lock(&self()->m_mutex);
+        const QMutexLocker lock(mutex());
+        if (!self()) // another thread wrote while the log was destroyed
+            return;
         self()->m_lines.append(message);
         if (type != QtDebugMsg && type != QtInfoMsg) {
             self()->m_warnings.append(message);
@@ -57,7 +67,6 @@ private:
         }
     }
 
-    mutable QMutex m_mutex;
     QStringList m_lines;
     QStringList m_warnings;
     QtMessageHandler m_previous = nullptr;
