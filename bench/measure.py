@@ -13,6 +13,7 @@ import platform
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -226,4 +227,6 @@ def main():
 
 
 if __name__ == "__main__":
-    main()
+    with tempfile.TemporaryDirectory() as home:
+        os.environ["XDG_CONFIG_HOME"] = home  # not the user's own settings
+        main()

@@ -24,6 +24,7 @@
 #include <QRadioButton>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QTextStream>
 #include <QThread>
@@ -527,6 +528,9 @@ private:
 
 int main(int argc, char *argv[])
 {
+    // Not the user's own settings, nor those of another tour.
+    const QTemporaryDir home;
+    qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     StartUp::prepareApplication();
     const auto application = StartUp::makeApplication(argc, argv);
     QCommandLineParser parser;
