@@ -197,21 +197,26 @@ void drive()
     }
 }
 
-/** Tells what has been done when the main window is shown for the first time. */
+/** Tells what has been done when the main window is made, and when it is shown for the first time. */
 class FirstShow final : public QObject
 {
 public:
     using QObject::QObject;
     bool eventFilter(QObject *object, QEvent *event) override
     {
-        if (event->type() == QEvent::Show && qobject_cast<MoverWidget *>(object)) {
-            std::string calls;
-            for (const simulator::Call &call : simulator::journal())
-                calls += ' ' + call.function;
-            say("shown after" + calls + (qApp->styleSheet().isEmpty() ? "" : ", styled") + ", numbers as in " +
-                QLocale().name().toStdString());
+        const auto *window = qobject_cast<MoverWidget *>(object);
+        // Its constructor polishes it.
+        if (!window || (event->type() != QEvent::Polish && event->type() != QEvent::Show))
+            return false;
+        const bool shown = event->type() == QEvent::Show;
+        std::string calls;
+        for (const simulator::Call &call : simulator::journal())
+            calls += ' ' + call.function;
+        say((shown ? "shown after" : "made after") + calls + (qApp->styleSheet().isEmpty() ? "" : ", styled") +
+            ", numbers as in " + QLocale().name().toStdString() +
+            (shown && window->windowState() == Qt::WindowNoState ? ", normal" : ""));
+        if (shown)
             qApp->removeEventFilter(this);
-        }
         return false;
     }
 };
