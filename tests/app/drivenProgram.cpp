@@ -197,27 +197,43 @@ void drive()
     }
 }
 
-/** Tells what has been done when the main window is made, and when it is shown for the first time. */
+/**
+ * Tells what has been done when the main window is made, which polishes it, and when it is shown for the first time; in
+ * between also that it is to be shown larger or smaller than normal.
+ */
 class FirstShow final : public QObject
 {
 public:
     using QObject::QObject;
     bool eventFilter(QObject *object, QEvent *event) override
     {
-        const auto *window = qobject_cast<MoverWidget *>(object);
-        // Its constructor polishes it.
-        if (!window || (event->type() != QEvent::Polish && event->type() != QEvent::Show))
+        if (!qobject_cast<MoverWidget *>(object))
             return false;
-        const bool shown = event->type() == QEvent::Show;
+        switch (event->type()) {
+        case QEvent::Polish:
+            tell("made");
+            break;
+        case QEvent::WindowStateChange:
+            tell("changed");
+            break;
+        case QEvent::Show:
+            tell("shown");
+            qApp->removeEventFilter(this);
+            break;
+        default:
+            break;
+        }
+        return false;
+    }
+
+private:
+    static void tell(const std::string &what)
+    {
         std::string calls;
         for (const simulator::Call &call : simulator::journal())
             calls += ' ' + call.function;
-        say((shown ? "shown after" : "made after") + calls + (qApp->styleSheet().isEmpty() ? "" : ", styled") +
-            ", numbers as in " + QLocale().name().toStdString() +
-            (shown && window->windowState() == Qt::WindowNoState ? ", normal" : ""));
-        if (shown)
-            qApp->removeEventFilter(this);
-        return false;
+        say(what + " after" + calls + (qApp->styleSheet().isEmpty() ? "" : ", styled") + ", numbers as in " +
+            QLocale().name().toStdString());
     }
 };
 
