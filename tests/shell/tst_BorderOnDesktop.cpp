@@ -122,21 +122,20 @@ private slots:
         const QRect before = m_window->geometry();
         const QPoint grip = gripOf(x, y);
         QStringList drag{"mousemove", QString::number(grip.x()), QString::number(grip.y()), "mousedown", "1"};
-        for (int k = 0; k < 60; ++k) {
-            const int step = k % 20 < 10 ? 7 : -7;
-            drag << "mousemove_relative"
-                 << "--sync"
-                 << "--" << QString::number(x * step) << QString::number(y * step);
-        }
+        const auto step = [&](int pixels) {
+            drag << QStringList{
+                "mousemove_relative", "--sync", "--", QString::number(x * pixels), QString::number(y * pixels)};
+        };
+        // To and fro, and at last where it has not been before: far quicker than the desktop answers.
+        for (int k = 0; k < 70; ++k)
+            step(k % 20 < 10 ? 7 : -7);
+        step(9);
         drag << "mouseup"
              << "1";
-        const MouseMoves moves;
         xdotool(drag);
-        QTest::qWait(500);
-        qWarning() << "moves" << moves.count << m_window->geometry() << before;
-        QTRY_VERIFY(!m_window->geometries.isEmpty());
-        QTRY_COMPARE(m_window->geometry(), before); // as much out as in
-        checkOppositeEdges(before, x, y);
+        const QMargins outwards(x < 0 ? 79 : 0, y < 0 ? 79 : 0, x > 0 ? 79 : 0, y > 0 ? 79 : 0);
+        QTRY_COMPARE(m_window->geometry(), before + outwards);
+        QVERIFY(m_window->geometries.size() > 10);
     }
 
 private:
