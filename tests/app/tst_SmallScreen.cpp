@@ -6,31 +6,21 @@
 #include "axis/MoveParamWidget.h"
 #include "console/DebugWidget.h"
 #include "shell/OpenWindow.h"
+#include "support/Desktop.h"
 #include "support/OnMessageBox.h"
 
-#include <QProcess>
 #include <QScreen>
 
 #include <memory>
 
 namespace {
 
-void run(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    // What it does to us is ours to handle meanwhile.
-    QTRY_COMPARE(process.state(), QProcess::NotRunning);
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process.exitCode(), 0);
-}
-
 /** The mouse itself: moves onto the middle of a widget and clicks. */
 void clickOn(const QWidget *widget)
 {
     const QPoint point =
         (QPointF(widget->mapToGlobal(widget->rect().center())) * widget->devicePixelRatioF()).toPoint();
-    run("xdotool", {"mousemove", QString::number(point.x()), QString::number(point.y()), "click", "1"});
+    Desktop::clickAt(point);
 }
 
 QRect onScreen(const QWidget *widget)
@@ -197,7 +187,8 @@ private slots:
         const int height = int(200 * bar.devicePixelRatioF());
         bar.setGeometry(0, before.bottom() - 199, before.width(), 200);
         bar.winId();
-        run("xprop", {"-id", QString::number(bar.winId()), "-f", "_NET_WM_STRUT", "32c", "-set", "_NET_WM_STRUT",
+        Desktop::run(
+            "xprop", {"-id", QString::number(bar.winId()), "-f", "_NET_WM_STRUT", "32c", "-set", "_NET_WM_STRUT",
                       QStringLiteral("0, 0, 0, %1").arg(height)});
         bar.show();
         QTRY_VERIFY(room().height() <= before.height() - 199);
