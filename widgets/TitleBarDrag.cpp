@@ -54,7 +54,7 @@ bool TitleBarDrag::press(QMouseEvent *event)
 
 bool TitleBarDrag::move(QMouseEvent *event)
 {
-    if (!m_bDragging)
+    if (!m_bDragging || m_window->isFullScreen())
         return false;
     m_window->move(m_window->pos() + localPos(event) - m_pressPos);
     event->accept();

@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 
 #include <functional>
+#include <set>
+#include <thread>
 
 namespace {
 
@@ -89,6 +91,7 @@ private slots:
     void opensNothingWhenTheAxisCountCannotBeRead();
     void handsTheFirmwareVersionToTheHelpPanel();
     void beatsWhileConnected();
+    void beatsAndPollsRunInOneThread();
     void startsInJoystickModeWhenTheControllerIsInIt();
     void aFailedReadOfTheJoystickModeLeavesItOff();
     void forgetsTheJoystickModeOfTheLastController();
@@ -308,6 +311,20 @@ void tst_AxisWindows::beatsWhileConnected()
     program.connectTo();
     QVERIFY(beats.wait(5000));
     QVERIFY(beats.wait(5000));
+}
+
+void tst_AxisWindows::beatsAndPollsRunInOneThread()
+{
+    playChips("w");
+    OpenWindow program;
+    program.connectTo();
+    simulator::clearJournal();
+    QTRY_VERIFY(simulator::callCount("getRockerInfo") > 0 && simulator::callCount("getCurrentPos") > 0);
+    std::set<std::thread::id> threads;
+    for (const simulator::Call &call : simulator::journal())
+        threads.insert(call.thread);
+    QCOMPARE(int(threads.size()), 1);
+    QCOMPARE(int(threads.count(std::this_thread::get_id())), 0);
 }
 
 void tst_AxisWindows::startsInJoystickModeWhenTheControllerIsInIt()
