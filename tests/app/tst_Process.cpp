@@ -10,7 +10,7 @@ const QString program = QStringLiteral(MOVER_PROGRAM_DIR "/mover");
 const QString drivenProgram = QStringLiteral(MOVER_DRIVEN_PROGRAM);
 
 constexpr int startLimitMs = 30000;
-constexpr int leaveLimitMs = 3000;
+constexpr int leaveLimitMs = 10000;
 constexpr int patienceMs = 5000; // with windows that do not answer
 
 } // namespace
