@@ -14,6 +14,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -63,8 +64,12 @@ class Program:
             MOVER_SCENARIO=f"{HERE}/threeAxes.json", QT_LOGGING_RULES="*.debug=false", **settings)
         begin = time.clock_gettime_ns(time.CLOCK_MONOTONIC)
         self.process = subprocess.Popen(command, env=environment, stdout=subprocess.PIPE, text=True)
+        too_late = threading.Timer(60, self.process.kill)
+        too_late.start()
         words = self.process.stdout.readline().split()
-        if words[:1] != ["painted"] or self.process.stdout.readline() != "ready\n":
+        ready = self.process.stdout.readline()
+        too_late.cancel()
+        if words[:1] != ["painted"] or ready != "ready\n":
             self.process.kill()
             sys.exit(f"{command[0]} did not come up")
         self.start_ms = (int(words[1]) - begin) / 1e6

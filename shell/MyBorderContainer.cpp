@@ -67,6 +67,7 @@ void MyBorderContainer::MyBorder::mousePressEvent(QMouseEvent *event)
     if (!window()->isFullScreen() && event->button() == Qt::LeftButton) {
         m_bPressed = true;
         m_lastScreenPos = screenPos(event);
+        m_container->m_dragged = window()->geometry();
     }
     event->accept();
 }
@@ -86,6 +87,7 @@ void MyBorderContainer::MyBorder::mouseMoveEvent(QMouseEvent *event)
 void MyBorderContainer::MyBorder::mouseReleaseEvent(QMouseEvent *event)
 {
     m_bPressed = false;
+    m_container->m_dragged.reset();
     QLabel::mouseReleaseEvent(event);
 }
 
@@ -111,7 +113,10 @@ void MyBorderContainer::layoutBorders()
 void MyBorderContainer::moveEdges(int kind, int dx, int dy)
 {
     const Qt::Edges edges = borderKind(kind).edges;
-    QRect target = m_window->geometry();
+    // The desktop tells late what it has done with an earlier step, and until the next one the window's geometry is
+    // that: steps added to it would get lost, and the opposite edge would wander off.
+    const QRect before = m_dragged.value_or(m_window->geometry());
+    QRect target = before;
     if (edges & Qt::LeftEdge)
         target.setLeft(target.left() + dx);
     if (edges & Qt::RightEdge)
@@ -121,17 +126,18 @@ void MyBorderContainer::moveEdges(int kind, int dx, int dy)
     if (edges & Qt::BottomEdge)
         target.setBottom(target.bottom() + dy);
 
-    if (!allows(target.size()))
+    if (!allows(target.size(), before.size()))
         return;
+    if (m_dragged)
+        m_dragged = target;
     m_window->setGeometry(target);
     layoutBorders();
 }
 
-bool MyBorderContainer::allows(QSize size) const
+bool MyBorderContainer::allows(QSize size, QSize before) const
 {
     // setGeometry() clamps the size but not the position, so a size that it would clamp moves the opposite edge.
-    const QSize minimum = m_minimumSize.expandedTo(m_window->minimumSize())
-                              .expandedTo(m_window->minimumSizeHint())
-                              .boundedTo(m_window->size());
+    const QSize minimum =
+        m_minimumSize.expandedTo(m_window->minimumSize()).expandedTo(m_window->minimumSizeHint()).boundedTo(before);
     return size == size.expandedTo(minimum).boundedTo(m_window->maximumSize());
 }

@@ -4,9 +4,11 @@
 #include <QLabel>
 #include <QObject>
 #include <QPoint>
+#include <QRect>
 #include <QSize>
 
 #include <array>
+#include <optional>
 
 /**
  * Lets the user resize a frameless window: eight invisible strips along its edges and corners, and the arithmetic of
@@ -54,10 +56,11 @@ public:
     void moveEdges(int kind, int dx, int dy);
 
 private:
-    bool allows(QSize size) const;
+    bool allows(QSize size, QSize before) const;
 
     QWidget *m_window;
     QSize m_minimumSize;
     int m_iBorderWidth;
     std::array<MyBorder *, 8> m_borders;
+    std::optional<QRect> m_dragged; ///< while a strip is dragged: where its moves have put the window
 };

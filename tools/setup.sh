@@ -24,6 +24,12 @@ die() {
     exit 1
 }
 
+# A machine that has just started looks for updates by itself, and a download may have to be begun anew.
+apt=(
+    env DEBIAN_FRONTEND=noninteractive
+    apt-get -q -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=600 -o Acquire::Retries=3 --yes --no-install-recommends
+)
+
 # install_missing PACKAGE...: installs the Debian packages that are not there yet. On another system it names what is
 # needed and carries on if Qt is there.
 install_missing() {
@@ -45,9 +51,8 @@ install_missing() {
         root=(sudo)
     fi
     say "Installing ${missing[*]}"
-    local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -o Dpkg::Use-Pty=0 -q)
     "${root[@]}" "${apt[@]}" update || die "apt-get update failed."
-    "${root[@]}" "${apt[@]}" install --yes --no-install-recommends "${missing[@]}" ||
+    "${root[@]}" "${apt[@]}" install "${missing[@]}" ||
         die "Installing ${missing[*]} failed."
 }
 

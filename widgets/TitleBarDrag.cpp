@@ -9,9 +9,14 @@
 namespace {
 
 /** Rounds halves away from zero, also left of and above the window, where QPointF::toPoint() does not. */
-QPoint localPos(const QMouseEvent *event)
+/**
+ * Where the mouse is in the window, counted from where the window has been put. The event's own localPos() counts from
+ * where the desktop had it at that moment: behind in a quick drag, and the window would run away from the mouse.
+ */
+QPoint localPos(const QMouseEvent *event, const QWidget *window)
 {
-    return {int(std::lround(event->localPos().x())), int(std::lround(event->localPos().y()))};
+    const QPointF pos = event->screenPos() - window->mapToGlobal(QPoint(0, 0));
+    return {int(std::lround(pos.x())), int(std::lround(pos.y()))};
 }
 
 } // namespace
@@ -42,7 +47,7 @@ bool TitleBarDrag::eventFilter(QObject *watched, QEvent *event)
 
 bool TitleBarDrag::press(QMouseEvent *event)
 {
-    const QPoint pos = localPos(event);
+    const QPoint pos = localPos(event, m_window);
     const QRect bar(m_titleBar->mapTo(m_window, QPoint(0, 0)), m_titleBar->size());
     if (!(m_buttons & event->button()) || m_window->isFullScreen() || !bar.contains(pos))
         return false;
@@ -54,9 +59,9 @@ bool TitleBarDrag::press(QMouseEvent *event)
 
 bool TitleBarDrag::move(QMouseEvent *event)
 {
-    if (!m_bDragging)
+    if (!m_bDragging || m_window->isFullScreen())
         return false;
-    m_window->move(m_window->pos() + localPos(event) - m_pressPos);
+    m_window->move(m_window->pos() + localPos(event, m_window) - m_pressPos);
     event->accept();
     return true;
 }

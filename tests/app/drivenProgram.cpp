@@ -197,22 +197,43 @@ void drive()
     }
 }
 
-/** Tells what has been done when the main window is shown for the first time. */
+/**
+ * Tells what has been done when the main window is made, which polishes it, and when it is shown for the first time; in
+ * between also that it is to be shown larger or smaller than normal.
+ */
 class FirstShow final : public QObject
 {
 public:
     using QObject::QObject;
     bool eventFilter(QObject *object, QEvent *event) override
     {
-        if (event->type() == QEvent::Show && qobject_cast<MoverWidget *>(object)) {
-            std::string calls;
-            for (const simulator::Call &call : simulator::journal())
-                calls += ' ' + call.function;
-            say("shown after" + calls + (qApp->styleSheet().isEmpty() ? "" : ", styled") + ", numbers as in " +
-                QLocale().name().toStdString());
+        if (!qobject_cast<MoverWidget *>(object))
+            return false;
+        switch (event->type()) {
+        case QEvent::Polish:
+            tell("made");
+            break;
+        case QEvent::WindowStateChange:
+            tell("changed");
+            break;
+        case QEvent::Show:
+            tell("shown");
             qApp->removeEventFilter(this);
+            break;
+        default:
+            break;
         }
         return false;
+    }
+
+private:
+    static void tell(const std::string &what)
+    {
+        std::string calls;
+        for (const simulator::Call &call : simulator::journal())
+            calls += ' ' + call.function;
+        say(what + " after" + calls + (qApp->styleSheet().isEmpty() ? "" : ", styled") + ", numbers as in " +
+            QLocale().name().toStdString());
     }
 };
 

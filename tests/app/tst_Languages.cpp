@@ -459,6 +459,7 @@ void tst_Languages::init()
     m_open = std::make_unique<OpenWindow>();
     QCoreApplication::processEvents(); // the change of language at the start must not reach the panels
     m_open->connectTo();
+    m_open->dialog<ConnectionWidget>()->findChild<QTimer *>()->stop(); // hides the dialog's message in five seconds
     m_open->addAxis(2);
     QTRY_COMPARE(m_open->panelNames(), QStringList({"Axis1", "Axis2", "Axis3"}));
     for (int axis = 0; axis < 3; ++axis)

@@ -22,6 +22,7 @@
 #include <QTextBrowser>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -109,9 +110,12 @@ private slots:
     void startUpdateStateStartsTheTimer();
     void commandsRestartTheTimer_data();
     void commandsRestartTheTimer();
+    void commandsBeginTheIntervalAnew_data() { commandsRestartTheTimer_data(); }
+    void commandsBeginTheIntervalAnew();
     void otherButtonsLeaveTheTimerAlone_data();
     void otherButtonsLeaveTheTimerAlone();
     void loopStartRestartsTheTimer();
+    void loopStartBeginsTheIntervalAnew();
     void showsWhatTheControllerAnswers();
 
     // Position
@@ -211,6 +215,7 @@ private:
     void startLoopRun() const;
     void letPass(double seconds);
     void see(const MotorStageState &state) { m_panel->slot_updateDevState(Axis, state); }
+    int ticksWithinAnInterval(const std::function<void()> &command) const;
     QTimer *timer() const { return m_panel->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly); }
     /** The log without the times. */
     QStringList log() const;
@@ -493,6 +498,28 @@ void tst_MoverControlWidget::commandsRestartTheTimer()
     QVERIFY(timer()->isActive());
 }
 
+/**
+ * How often the panel's timer, begun a moment ago, ticks until an interval from now is over, with `command` at once.
+ * The timers are due in the order in which they were begun, however late that is looked at.
+ */
+int tst_MoverControlWidget::ticksWithinAnInterval(const std::function<void()> &command) const
+{
+    const QSignalSpy ticks(timer(), &QTimer::timeout);
+    int result = -1;
+    timer()->setTimerType(Qt::PreciseTimer);
+    timer()->start();
+    const QObject here;
+    QTimer::singleShot(timer()->interval(), Qt::PreciseTimer, &here, [&] { result = ticks.count(); });
+    command();
+    return QTest::qWaitFor([&] { return result >= 0; }) ? result : -1;
+}
+
+void tst_MoverControlWidget::commandsBeginTheIntervalAnew()
+{
+    QFETCH(QString, button);
+    QCOMPARE(ticksWithinAnInterval([&] { click(button.toLatin1()); }), 0);
+}
+
 void tst_MoverControlWidget::otherButtonsLeaveTheTimerAlone_data()
 {
     QTest::addColumn<QString>("button");
@@ -517,6 +544,11 @@ void tst_MoverControlWidget::loopStartRestartsTheTimer()
     timer()->stop();
     emit child<CycleOperationWidget>()->signal_stopDoing();
     QVERIFY(!timer()->isActive());
+}
+
+void tst_MoverControlWidget::loopStartBeginsTheIntervalAnew()
+{
+    QCOMPARE(ticksWithinAnInterval([&] { emit child<CycleOperationWidget>()->signal_startDoing(); }), 0);
 }
 
 void tst_MoverControlWidget::showsWhatTheControllerAnswers()

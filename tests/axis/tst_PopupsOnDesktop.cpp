@@ -3,6 +3,7 @@
 #include "axis/JogParamWidget.h"
 #include "axis/MoveParamWidget.h"
 #include "axis/MoverControlWidget.h"
+#include "support/Desktop.h"
 #include "support/OnMessageBox.h"
 #include "support/WorkerFixture.h"
 #include "widgets/MessageBox.h"
@@ -22,13 +23,7 @@ namespace {
 /** The mouse itself, as the window manager sees it: moves there and clicks. */
 void clickOn(const QWidget *widget)
 {
-    const QPoint centre = widget->mapToGlobal(widget->rect().center());
-    QProcess mouse;
-    mouse.start("xdotool", {"mousemove", QString::number(centre.x()), QString::number(centre.y()), "click", "1"});
-    // The clicks are ours to handle meanwhile.
-    QTRY_COMPARE(mouse.state(), QProcess::NotRunning);
-    QCOMPARE(mouse.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(mouse.exitCode(), 0);
+    Desktop::clickAt(widget->mapToGlobal(widget->rect().center()));
 }
 
 /** The argument that makes this executable the other program of a test: one window, until it is ended. */
@@ -162,7 +157,7 @@ private slots:
         const OnMessageBox next([&](QMessageBox &box) {
             QTRY_VERIFY(box.isActiveWindow());
             other.start(QCoreApplication::applicationFilePath(), {otherProgram});
-            QTRY_VERIFY(!QGuiApplication::focusWindow());
+            QTRY_VERIFY_WITH_TIMEOUT(!QGuiApplication::focusWindow(), 30000); // a second program has to come up
             QVERIFY(!box.isActiveWindow());
         }); // which also closes the box; it has no activation that the desktop could pass on
         for (QAbstractSpinBox *field : popup()->findChildren<QAbstractSpinBox *>())
@@ -275,13 +270,7 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(popup()));
         QVERIFY(toggle()->isChecked());
     }
-    static void press(const char *key)
-    {
-        QProcess keyboard;
-        keyboard.start("xdotool", {"key", key});
-        QTRY_COMPARE(keyboard.state(), QProcess::NotRunning);
-        QCOMPARE(keyboard.exitCode(), 0);
-    }
+    static void press(const char *key) { Desktop::xdotool({"key", key}); }
     /** A person's next click comes later than the toggle still takes a press for the one that closed its popup. */
     static void letThePressBeOver()
     {

@@ -71,6 +71,10 @@ private slots:
         QCOMPARE(info.circleDelay, 0);
         QVERIFY(!info.relativeDispEnable);
         QVERIFY(!info.secondFlag);
+        QCOMPARE(info.axis, 0);
+        QCOMPARE(info.furtherValue1, 0);
+        QCOMPARE(info.furtherValue2, 0);
+        QCOMPARE(info.furtherValue3, 0);
     }
     void copiesOfAnAxisRecordCarryEveryField()
     {

@@ -46,6 +46,11 @@ private slots:
         const SignalCounter beats(&heart, &Heart::sendHeart);
         QVERIFY(!QTest::qWaitFor([&] { return beats.count() != 0; }, Heart::IntervalMs + 200));
     }
+    void itsThreadHasThePriorityOfItsCreator()
+    {
+        const Heart heart;
+        QCOMPARE(heart.thread()->priority(), QThread::InheritPriority);
+    }
     void beatsEvery500MsFromStartToStop()
     {
         QCOMPARE(Heart::IntervalMs, 500);

@@ -5,6 +5,8 @@
 #include "simulator/SimulatorControl.h"
 #include "support/DebugLog.h"
 
+#include <QFile>
+#include <QMetaMethod>
 #include <QSignalSpy>
 #include <QThread>
 #include <QtTest>
@@ -12,6 +14,8 @@
 #include <array>
 #include <cstring>
 #include <functional>
+
+#include <unistd.h>
 
 namespace {
 
@@ -41,6 +45,24 @@ QStringList calls()
 std::string functionOf(const char *call)
 {
     return std::string(call, std::strchr(call, '('));
+}
+
+/** Starts a thread that asks for the mutex, which somebody else holds; returns when it sleeps there. */
+std::thread startWaiting(const std::function<void()> &function)
+{
+    std::atomic<pid_t> id{0};
+    std::thread thread([&id, function] {
+        id = gettid();
+        function();
+    });
+    while (id == 0)
+        std::this_thread::yield();
+    const auto hasEndedOrSleeps = [&id] {
+        QFile status(QStringLiteral("/proc/self/task/%1/stat").arg(id.load()));
+        return !status.open(QIODevice::ReadOnly) || status.readAll().contains(") S ");
+    };
+    [&] { QTRY_VERIFY(hasEndedOrSleeps()); }();
+    return thread;
 }
 
 } // namespace
@@ -73,6 +95,10 @@ private slots:
         QVERIFY(worker->thread() != QThread::currentThread());
         QVERIFY(worker->thread()->isRunning());
         QVERIFY(!worker->thread()->parent());
+    }
+    void itsThreadHasThePriorityOfItsCreator()
+    {
+        QCOMPARE(SerialComDev::instance()->thread()->priority(), QThread::InheritPriority);
     }
     void isCreatedOnceWhenManyThreadsAskFirst()
     {
@@ -301,11 +327,10 @@ private slots:
         {
             const LibraryLock library;
             simulator::clearJournal();
-            other = std::thread([&] {
+            other = startWaiting([&] {
                 accessor(*worker);
                 done = true;
             });
-            QTest::qWait(20);
             QVERIFY(!done);
             QCOMPARE(calls(), QStringList());
         }
@@ -377,6 +402,16 @@ private slots:
         simulator::setChip(device, 0, simulator::Chip::Blank);
         QVERIFY(worker->readMotorAutoDetect(0, &code));
         QCOMPARE(worker->getAxisAutoDetect(0), 1);
+    }
+    void autoDetectKeepsTheCodesOfTheAxesApart()
+    {
+        const auto worker = openDevice();
+        int code = -1;
+        QVERIFY(worker->readMotorAutoDetect(0, &code));
+        simulator::setChip(device, 1, simulator::Chip::Blank);
+        QVERIFY(worker->readMotorAutoDetect(1, &code));
+        QCOMPARE(worker->getAxisAutoDetect(0), 2);
+        QCOMPARE(worker->getAxisAutoDetect(1), 1);
     }
     void aFailedAutoDetectKeepsWhatWasThere()
     {
@@ -511,7 +546,7 @@ private slots:
             QVERIFY(call.thread != std::this_thread::get_id());
         QCOMPARE(messages.count(), success.type != 0 ? 1 : 0);
         if (success.type != 0)
-            QCOMPARE(messages.first(), message(0, OPERATION_STATE_OK, success.type, success.text));
+            QCOMPARE(messages.first(), message(1, OPERATION_STATE_OK, success.type, success.text));
     }
     void requestsStopAtTheFirstFailureAndReportIt_data() { requestTable(); }
     void requestsStopAtTheFirstFailureAndReportIt()
@@ -531,7 +566,7 @@ private slots:
                 QCOMPARE(messages.count(), 1);
                 QCOMPARE(
                     messages.first(),
-                    message(0, OPERATION_STATE_FAIL, steps.at(failing).failureType, steps.at(failing).failure));
+                    message(1, OPERATION_STATE_FAIL, steps.at(failing).failureType, steps.at(failing).failure));
             } else {
                 QCOMPARE(messages.count(), 0);
             }
@@ -543,13 +578,13 @@ private slots:
         QTest::addColumn<QString>("call");
         QTest::addColumn<int>("type");
         QTest::addColumn<QString>("text");
-        QTest::newRow("move") << 3 << "startMove(1001, 0)" << 1 << "Move";
-        QTest::newRow("drive +") << 4 << "startDrive(1001, 0, 1)" << 3 << "正方向Drive";
-        QTest::newRow("drive -") << 5 << "startDrive(1001, 0, 2)" << 3 << "负方向Drive";
-        QTest::newRow("jog +") << 6 << "startJog(1001, 0, 1)" << 5 << "正方向Jog";
-        QTest::newRow("jog -") << 7 << "startJog(1001, 0, 2)" << 5 << "负方向Jog";
-        QTest::newRow("loop +") << 8 << "startCircle(1001, 0, 1)" << 10 << "正方向循环";
-        QTest::newRow("loop -") << 9 << "startCircle(1001, 0, 2)" << 10 << "负方向循环";
+        QTest::newRow("move") << 3 << "startMove(1001, 1)" << 1 << "Move";
+        QTest::newRow("drive +") << 4 << "startDrive(1001, 1, 1)" << 3 << "正方向Drive";
+        QTest::newRow("drive -") << 5 << "startDrive(1001, 1, 2)" << 3 << "负方向Drive";
+        QTest::newRow("jog +") << 6 << "startJog(1001, 1, 1)" << 5 << "正方向Jog";
+        QTest::newRow("jog -") << 7 << "startJog(1001, 1, 2)" << 5 << "负方向Jog";
+        QTest::newRow("loop +") << 8 << "startCircle(1001, 1, 1)" << 10 << "正方向循环";
+        QTest::newRow("loop -") << 9 << "startCircle(1001, 1, 2)" << 10 << "负方向循环";
     }
     void startModesMakeTheirCallAndReportIt()
     {
@@ -560,15 +595,15 @@ private slots:
         const auto worker = openDevice();
         QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
         const std::string function = functionOf(qPrintable(call));
-        emit worker->signal_startMotor(0, mode);
+        emit worker->signal_startMotor(1, mode);
         settle(*worker);
         simulator::failCall(function, -7);
-        emit worker->signal_startMotor(0, mode);
+        emit worker->signal_startMotor(1, mode);
         settle(*worker);
         QCOMPARE(calls(), (QStringList{call, call}));
         QCOMPARE(messages.count(), 2);
-        QCOMPARE(messages.at(0), message(0, OPERATION_STATE_OK, type, text));
-        QCOMPARE(messages.at(1), message(0, OPERATION_STATE_FAIL, type, text));
+        QCOMPARE(messages.at(0), message(1, OPERATION_STATE_OK, type, text));
+        QCOMPARE(messages.at(1), message(1, OPERATION_STATE_FAIL, type, text));
     }
     void startModesHaveTheirCodes()
     {
@@ -598,6 +633,15 @@ private slots:
         QCOMPARE(calls(), QStringList());
         QCOMPARE(messages.count(), 0);
     }
+    void aMotorConfigurationIsTakenByTheWorker()
+    {
+        struct Access : QObject {
+            using QObject::isSignalConnected;
+        };
+        const auto isConnected = &Access::isSignalConnected;
+        const auto worker = SerialComDev::instance();
+        QVERIFY(((*worker).*isConnected)(QMetaMethod::fromSignal(&SerialComDev::signal_setMotorConfig)));
+    }
     void aMotorConfigurationDoesNothing()
     {
         const auto worker = openDevice();
@@ -624,8 +668,9 @@ private slots:
     void everyCallOfARequestHoldsTheMutex_data()
     {
         requestTable();
+        // Answered whether they succeed or fail; what the answers say is tested with each of them.
         const auto row = [](const char *name, const char *call, const Request &request) {
-            QTest::newRow(name) << request << QVector<Step>{{call, nullptr, 0}} << Expected{};
+            QTest::newRow(name) << request << QVector<Step>{{call, "", 99}} << Expected{99, ""};
         };
         row("position poll", "getCurrentPos(1001, 0)", [](SerialComDev &w) { emit w.signal_getCurrentPos(0); });
         row("state poll", "getRuningState(1001, 0)", [](SerialComDev &w) { emit w.signal_getDevState(0); });
@@ -690,6 +735,81 @@ private slots:
             QCOMPARE(free.load(), 0);
             QVERIFY(LibraryLock(0).isLocked());
         }
+    }
+    void answersComeWhileTheMutexIsHeld_data() { everyCallOfARequestHoldsTheMutex_data(); }
+    void answersComeWhileTheMutexIsHeld()
+    {
+        QFETCH(Request, request);
+        QFETCH(QVector<Step>, steps);
+        QFETCH(Expected, success);
+        for (int failing = -1; failing < steps.size(); ++failing) {
+            simulator::reset();
+            QVERIFY(SerialComDev::shutDown(5000));
+            const auto worker = openDevice();
+            std::atomic<int> answers{0};
+            std::atomic<bool> wasFree{false};
+            const auto look = [&] {
+                ++answers;
+                std::thread([&] {
+                    if (LibraryLock(0).isLocked())
+                        wasFree = true;
+                }).join();
+            };
+            SerialComDev *w = worker.data();
+            connect(w, &SerialComDev::signal_showOperationMsg, w, look, Qt::DirectConnection);
+            connect(w, &SerialComDev::signal_updateCurrentPos, w, look, Qt::DirectConnection);
+            connect(w, &SerialComDev::signal_updateDevState, w, look, Qt::DirectConnection);
+            connect(w, &SerialComDev::signal_heartBeatInfo, w, look, Qt::DirectConnection);
+            connect(w, &SerialComDev::signal_consoleHeartBeatInfo, w, look, Qt::DirectConnection);
+            if (failing >= 0)
+                simulator::failCall(functionOf(steps.at(failing).call), -9);
+            request(*worker);
+            settle(*worker);
+            QVERIFY2(!wasFree, qPrintable(QString::number(failing)));
+            const bool answered = failing < 0 ? success.type != 0 : steps.at(failing).failure != nullptr;
+            QCOMPARE(answers.load(), answered ? 1 : 0);
+        }
+    }
+    void nobodyGetsInBetweenTheCallsOfARequest_data() { requestTable(); }
+    void nobodyGetsInBetweenTheCallsOfARequest()
+    {
+        QFETCH(Request, request);
+        QFETCH(QVector<Step>, steps);
+        const auto worker = openDevice();
+        simulator::hangCall(functionOf(steps.first().call));
+        request(*worker);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        std::thread other = startWaiting([&] { worker->getDevAxisCount(); });
+        simulator::releaseHung();
+        other.join();
+        settle(*worker);
+        QCOMPARE(calls().size(), steps.size() + 1);
+        QCOMPARE(calls().last(), QStringLiteral("getDevAxisCount(1001)"));
+    }
+    void openingAndClosingAreOneTurnEach()
+    {
+        const auto worker = SerialComDev::instance();
+        const auto turn = [&](const char *first, const std::function<void()> &sequence) {
+            simulator::clearJournal();
+            simulator::hangCall(first);
+            std::thread caller(sequence);
+            const bool hangs = simulator::waitUntilHanging(5000);
+            // Tells which device is open when it gets its turn.
+            std::thread other = startWaiting([&] { worker->getRockerEnable(); });
+            simulator::releaseHung();
+            caller.join();
+            other.join();
+            return hangs ? calls() : QStringList();
+        };
+        const auto open = [&] { worker->open(device); };
+        QCOMPARE(turn("addDev", open), (QStringList{"addDev(1001)", "openTSDevice(1001)", "getRockerEnable(1001)"}));
+        QCOMPARE(
+            turn("closeTSDevice", [&] { worker->close(); }),
+            (QStringList{"closeTSDevice(1001)", "removeDev(1001)", "getRockerEnable(0)"}));
+        simulator::failCall("openTSDevice", -17);
+        QCOMPARE(
+            turn("addDev", open),
+            (QStringList{"addDev(1001)", "openTSDevice(1001)", "removeDev(1001)", "getRockerEnable(0)"}));
     }
     void withoutADeviceRequestsFail()
     {
@@ -982,42 +1102,52 @@ private:
         const auto row = [](const char *name, const Request &request, const QVector<Step> &steps, Expected success) {
             QTest::newRow(name) << request << steps << success;
         };
-        row("speed", [](SerialComDev &w) { emit w.signal_setSpeedParams(0, 20.5, 10.25); },
-            {{"setSpeed(1001, 0, 10.25)", "设置速度参数出错", 99},
-             {"setAcceleration(1001, 0, 20.5)", "设置加速度参数出错", 99}},
+        row("speed", [](SerialComDev &w) { emit w.signal_setSpeedParams(1, 20.5, 10.25); },
+            {{"setSpeed(1001, 1, 10.25)", "设置速度参数出错", 99},
+             {"setAcceleration(1001, 1, 20.5)", "设置加速度参数出错", 99}},
             {99, "设置参数，速度：10.25，加速度：20.5"});
-        row("relative displacement", [](SerialComDev &w) { emit w.signal_setRelativeDispParams(0, 1234.567, true); },
-            {{"setRelativeDisp(1001, 0, 1234.567)", "设置相对位移参数出错", 99},
-             {"setRelativeDispEnable(1001, 0, 1)", "设置相对位移使能参数出错", 99}},
+        row("relative displacement", [](SerialComDev &w) { emit w.signal_setRelativeDispParams(1, 1234.567, true); },
+            {{"setRelativeDisp(1001, 1, 1234.567)", "设置相对位移参数出错", 99},
+             {"setRelativeDispEnable(1001, 1, 1)", "设置相对位移使能参数出错", 99}},
             {4, "设置参数，相对位移：1234.567，使能：1"});
-        row("target", [](SerialComDev &w) { emit w.signal_setAbsoluteDispParams(0, -2.5); },
-            {{"setTargetPos(1001, 0, -2.5)", "设置目标位置参数出错", 99}}, {2, "设置参数，目标位置：-2.5"});
-        row("jog", [](SerialComDev &w) { emit w.signal_setJogParams(0, 0.5, 3, 200); },
-            {{"setJogStep(1001, 0, 0.5)", "设置JOG步长失败", 6},
-             {"setJogCount(1001, 0, 3)", "设置JOG次数失败", 6},
-             {"setJogDelay(1001, 0, 200)", "设置JOG延时时间失败", 6}},
+        row("relative displacement off", [](SerialComDev &w) { emit w.signal_setRelativeDispParams(1, 2, false); },
+            {{"setRelativeDisp(1001, 1, 2)", "设置相对位移参数出错", 99},
+             {"setRelativeDispEnable(1001, 1, 0)", "设置相对位移使能参数出错", 99}},
+            {4, "设置参数，相对位移：2，使能：0"});
+        row("target", [](SerialComDev &w) { emit w.signal_setAbsoluteDispParams(1, -2.5); },
+            {{"setTargetPos(1001, 1, -2.5)", "设置目标位置参数出错", 99}}, {2, "设置参数，目标位置：-2.5"});
+        row("jog", [](SerialComDev &w) { emit w.signal_setJogParams(1, 0.5, 3, 200); },
+            {{"setJogStep(1001, 1, 0.5)", "设置JOG步长失败", 6},
+             {"setJogCount(1001, 1, 3)", "设置JOG次数失败", 6},
+             {"setJogDelay(1001, 1, 200)", "设置JOG延时时间失败", 6}},
             {6, "JOG步长：0.5, JOG次数：3, JOG延时:200"});
-        row("loop", [](SerialComDev &w) { emit w.signal_setCircleParams(0, 5, 2.5, 300); },
-            {{"setCircleCount(1001, 0, 5)", "设置循环次数失败", 11},
-             {"setCircleDisp(1001, 0, 2.5)", "设置循环位移量失败", 11},
-             {"setCircleDelay(1001, 0, 300)", "设置循环停留时间失败", 11}},
+        row("loop", [](SerialComDev &w) { emit w.signal_setCircleParams(1, 5, 2.5, 300); },
+            {{"setCircleCount(1001, 1, 5)", "设置循环次数失败", 11},
+             {"setCircleDisp(1001, 1, 2.5)", "设置循环位移量失败", 11},
+             {"setCircleDelay(1001, 1, 300)", "设置循环停留时间失败", 11}},
             {11, "循环次数：5, 循环位移：2.5"});
-        row("trigger", [](SerialComDev &w) { emit w.signal_setTriggerParams(0, 1, 0); },
-            {{"setTriggerInEnable(1001, 0, 1)", "设置触发输入参数失败，轴:0", 11},
-             {"setTriggerOutEnable(1001, 0, 0)", "设置触发输出参数失败，轴:0", 11}},
+        row("trigger", [](SerialComDev &w) { emit w.signal_setTriggerParams(1, 1, 0); },
+            {{"setTriggerInEnable(1001, 1, 1)", "设置触发输入参数失败，轴:1", 11},
+             {"setTriggerOutEnable(1001, 1, 0)", "设置触发输出参数失败，轴:1", 11}},
             {0, ""});
-        row("trigger displacement", [](SerialComDev &w) { emit w.signal_setTriggerInDisp(0, -1.5); },
-            {{"setTriggerStep(1001, 0, -1.5)", "设置触发输入位移量失败，轴:0", 11}}, {0, ""});
-        row("stop", [](SerialComDev &w) { emit w.signal_stopMotor(0); }, {{"stopRuning(1001, 0)", "停止运行", 8}},
+        row("trigger displacement", [](SerialComDev &w) { emit w.signal_setTriggerInDisp(1, -1.5); },
+            {{"setTriggerStep(1001, 1, -1.5)", "设置触发输入位移量失败，轴:1", 11}}, {0, ""});
+        row("stop", [](SerialComDev &w) { emit w.signal_stopMotor(1); }, {{"stopRuning(1001, 1)", "停止运行", 8}},
             {8, "停止运行"});
-        row("home", [](SerialComDev &w) { emit w.signal_home(0); }, {{"home(1001, 0)", "电机复位", 13}},
+        row("home", [](SerialComDev &w) { emit w.signal_home(1); }, {{"home(1001, 1)", "电机复位", 13}},
             {13, "电机复位"});
-        row("enable", [](SerialComDev &w) { emit w.signal_enableMotor(0, true); },
-            {{"setMotorEnable(1001, 0, 1)", nullptr, 0}}, {0, ""});
+        row("enable", [](SerialComDev &w) { emit w.signal_enableMotor(1, true); },
+            {{"setMotorEnable(1001, 1, 1)", nullptr, 0}}, {0, ""});
+        row("disable", [](SerialComDev &w) { emit w.signal_enableMotor(1, false); },
+            {{"setMotorEnable(1001, 1, 0)", nullptr, 0}}, {0, ""});
         row("joystick", [](SerialComDev &w) { emit w.signal_setRockerEnabled(false); },
             {{"setRockerEnable(1001, 0)", nullptr, 0}}, {0, ""});
-        row("compensation", [](SerialComDev &w) { emit w.signal_setPosConpenEnable(0, true); },
-            {{"setPosConpenEnable(1001, 0, 1)", nullptr, 0}}, {0, ""});
+        row("joystick on", [](SerialComDev &w) { emit w.signal_setRockerEnabled(true); },
+            {{"setRockerEnable(1001, 1)", nullptr, 0}}, {0, ""});
+        row("compensation", [](SerialComDev &w) { emit w.signal_setPosConpenEnable(1, true); },
+            {{"setPosConpenEnable(1001, 1, 1)", nullptr, 0}}, {0, ""});
+        row("compensation off", [](SerialComDev &w) { emit w.signal_setPosConpenEnable(1, false); },
+            {{"setPosConpenEnable(1001, 1, 0)", nullptr, 0}}, {0, ""});
     }
 };
 

@@ -67,7 +67,7 @@ private:
     /** How long the threads of this process, but for this one, have waited for a processor; 0 where nobody counts. */
     static qint64 keptWaitingMs()
     {
-        static const std::string self = std::to_string(::syscall(SYS_gettid));
+        const std::string self = std::to_string(::syscall(SYS_gettid));
         qint64 waited = 0;
         const std::unique_ptr<DIR, int (*)(DIR *)> tasks(::opendir("/proc/self/task"), &::closedir);
         while (const dirent *task = tasks ? ::readdir(tasks.get()) : nullptr) {

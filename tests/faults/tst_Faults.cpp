@@ -418,7 +418,11 @@ Situation moving()
                  session.pass(0);
              }),
          {QStringLiteral("the machine's devices change"), [](Session &session) {
+              const int before = simulator::callCount("listTSMotorControlerDevices");
               session.program().window().slot_usbDevPortChanged();
+              // At once, or when the poll is through that is in flight at that moment.
+              static_cast<void>(QTest::qWaitFor(
+                  [before] { return simulator::callCount("listTSMotorControlerDevices") > before; }, waitLimitMs));
               session.noteWindow();
           }}}};
 }

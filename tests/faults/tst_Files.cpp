@@ -326,7 +326,8 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting()
         store.save(0);
         const pid_t child = fork();
         if (child == 0) {
-            ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+            if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
+                _exit(1);
             raise(SIGSTOP);
             store.save(1);
             _exit(0);

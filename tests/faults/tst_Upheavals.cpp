@@ -342,10 +342,14 @@ void tst_Upheavals::theWallClockIsSetBackAndForward()
     for (const time_t offset : {-400 * day, 400 * day, -3 * day / 2, time_t(-7 * 3600 - 11), 2 * day}) {
         wallClockOffset = offset;
         simulator::clearJournal();
+        program.panel(0)->findChild<QTextBrowser *>(QStringLiteral("textBrowser_operatioInfo"))->clear();
+        const auto minute = [] { return QDateTime::currentDateTime().toString(QStringLiteral("hh:mm")); };
+        const QString first = minute();
         drive(program, offset > 0 ? 4 : -4);
         // Only the log's times tell.
-        const QString time = QDateTime::currentDateTime().toString(QStringLiteral("hh:mm"));
-        QVERIFY2(logOf(program.panel(0)).contains(time), qPrintable(logOf(program.panel(0))));
+        const QString log = logOf(program.panel(0));
+        QVERIFY2(log.contains(first) || log.contains(minute()), qPrintable(log));
+        settle();
         const int before = polls();
         QTest::qWait(5 * MoverControlWidget::PollIntervalMs);
         // Two panels; a busy machine may lose some, none comes twice.
@@ -364,6 +368,7 @@ void tst_Upheavals::theMachineSleepsAndWakes()
     simulator::advance(0.5);
     poll(program);
     for (const time_t hours : {8, 24 * 30, 1}) {
+        settle();
         simulator::clearJournal();
         const int before = polls();
         steadyClockOffset = steadyClockOffset + hours * 3600;

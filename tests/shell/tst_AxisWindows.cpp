@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 
 #include <functional>
+#include <set>
+#include <thread>
 
 namespace {
 
@@ -89,7 +91,9 @@ private slots:
     void opensNothingWhenTheAxisCountCannotBeRead();
     void handsTheFirmwareVersionToTheHelpPanel();
     void beatsWhileConnected();
+    void beatsAndPollsRunInOneThread();
     void startsInJoystickModeWhenTheControllerIsInIt();
+    void aFailedReadOfTheJoystickModeLeavesItOff();
     void forgetsTheJoystickModeOfTheLastController();
     void initialisationShowsABusyCursorButNotUnderMessages();
     void anImpossibleAxisCountIsNotToldAxisByAxis();
@@ -105,6 +109,7 @@ private slots:
     void panelKeepsToTheLimitsOfItsStage();
     void panelLogsThatItsAxisWasInitialised();
     void panelHearsTheAnswersOfItsAxis();
+    void aPanelOpenedAnewShowsAnAxisThatStandsStill();
     void panelMayShowATipMessage();
     void panelAddedInJoystickModeIsInIt();
 
@@ -308,6 +313,20 @@ void tst_AxisWindows::beatsWhileConnected()
     QVERIFY(beats.wait(5000));
 }
 
+void tst_AxisWindows::beatsAndPollsRunInOneThread()
+{
+    playChips("w");
+    OpenWindow program;
+    program.connectTo();
+    simulator::clearJournal();
+    QTRY_VERIFY(simulator::callCount("getRockerInfo") > 0 && simulator::callCount("getCurrentPos") > 0);
+    std::set<std::thread::id> threads;
+    for (const simulator::Call &call : simulator::journal())
+        threads.insert(call.thread);
+    QCOMPARE(int(threads.size()), 1);
+    QCOMPARE(int(threads.count(std::this_thread::get_id())), 0);
+}
+
 void tst_AxisWindows::startsInJoystickModeWhenTheControllerIsInIt()
 {
     OpenWindow program;
@@ -323,6 +342,18 @@ void tst_AxisWindows::startsInJoystickModeWhenTheControllerIsInIt()
     QCOMPARE(calls().last(), QStringLiteral("setRockerEnable(1001, 1)"));
     QVERIFY(!program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_move"))->isVisible());
     QVERIFY(!program.panel(1)->findChild<QPushButton *>(QStringLiteral("pushButton_move"))->isVisible());
+}
+
+void tst_AxisWindows::aFailedReadOfTheJoystickModeLeavesItOff()
+{
+    playChips("w");
+    OpenWindow program;
+    simulator::failCall("getRockerEnable", -9);
+    program.connectTo();
+    QVERIFY(!program.rocker()->isChecked());
+    QVERIFY(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_move"))->isVisible());
+    SerialComDev::instance()->close(); // after everything that was requested
+    QCOMPARE(simulator::callCount("setRockerEnable"), 0);
 }
 
 void tst_AxisWindows::forgetsTheJoystickModeOfTheLastController()
@@ -526,6 +557,24 @@ void tst_AxisWindows::panelHearsTheAnswersOfItsAxis()
     QTRY_VERIFY(logOf(program.panel(1)).contains(QStringLiteral("已到达负限位！")));
 }
 
+void tst_AxisWindows::aPanelOpenedAnewShowsAnAxisThatStandsStill()
+{
+    playChips("w");
+    OpenWindow program;
+    simulator::setPosition(device, 0, 12.5);
+    MotorStageState state = {};
+    state.isLeftLimit = 1;
+    simulator::setState(device, 0, state);
+    for (int round = 0; round < 2; ++round) { // the second time nothing of it is news to the worker
+        program.connectTo();
+        const MoverControlWidget *panel = program.panel(0);
+        QTRY_COMPARE(
+            panel->findChild<QLabel *>(QStringLiteral("label_currentPos"))->text(), QStringLiteral("12.500 mm"));
+        QTRY_VERIFY(logOf(panel).contains(QStringLiteral("已到达负限位！")));
+        program.disconnect();
+    }
+}
+
 void tst_AxisWindows::panelMayShowATipMessage()
 {
     playChips("w");
@@ -575,6 +624,7 @@ void tst_AxisWindows::menuBarHasNoGapsAndKeepsTheJoystickSwitch()
     const QLayout *layout = program.find<QWidget>("widget_menuBar")->layout();
     QCOMPARE(layout->spacing(), 0);
     QCOMPARE(layout->contentsMargins(), QMargins());
+    QVERIFY(layout->itemAt(layout->count() - 2)->expandingDirections().testFlag(Qt::Horizontal));
     QVERIFY(program.rocker()->isHidden());
     simulator::setJoystick(device, true, 0);
     QTRY_VERIFY(program.rocker()->isVisible());
@@ -673,6 +723,8 @@ void tst_AxisWindows::panelsFillTwoColumnsRowByRow()
     QCOMPARE(grid->itemAtPosition(0, 1)->widget(), program.panel(2));
     QCOMPARE(grid->itemAtPosition(1, 0)->widget(), program.panel(0));
     QVERIFY(grid->itemAtPosition(2, 0)->spacerItem());
+    QVERIFY(grid->itemAtPosition(2, 0)->expandingDirections().testFlag(Qt::Vertical));
+    QCOMPARE(grid->rowStretch(2), 1);
     QTRY_COMPARE(program.panel(1)->pos(), QPoint(3, 3));
     QCOMPARE(program.panel(2)->pos(), QPoint(3 + program.panel(1)->width() + 4, 3));
     QTRY_COMPARE(program.panel(0)->pos(), QPoint(3, 3 + program.panel(1)->height() + 4));
@@ -837,7 +889,9 @@ void tst_AxisWindows::collapseShowsAllPanelsAndReLaysThem()
     program.connectTo();
     emit program.panel(1)->signal_expandControl(true);
     QCoreApplication::processEvents();
+    const QPointer<QLayout> formerGrid = program.content()->layout();
     emit program.panel(1)->signal_expandControl(false);
+    QVERIFY(!formerGrid);
     for (const int axis : {0, 1, 2})
         QVERIFY(program.panel(axis)->isVisible());
     QCOMPARE(program.panel(1)->size(), QSize(530, 280));

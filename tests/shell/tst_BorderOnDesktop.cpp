@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "shell/MyBorderContainer.h"
+#include "support/Desktop.h"
 
-#include <QProcess>
 #include <QtTest>
 
 #include <memory>
@@ -11,16 +11,6 @@ namespace {
 constexpr QSize borderMinimum(320, 230);
 constexpr QSize windowMinimum(380, 200); // the border's height and the window's width are the larger ones
 constexpr QSize least(380, 230);
-
-void xdotool(const QStringList &arguments)
-{
-    QProcess process;
-    process.start("xdotool", arguments);
-    // What the mouse does is ours to handle meanwhile.
-    QTRY_COMPARE(process.state(), QProcess::NotRunning);
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process.exitCode(), 0);
-}
 
 /** A frameless window that notes every geometry it is given by the program or the desktop. */
 class Window final : public QWidget
@@ -46,6 +36,20 @@ protected:
 
 private:
     MyBorderContainer *m_borders = nullptr;
+};
+
+/** Counts what reaches the program's widgets of the mouse's moves. */
+class MouseMoves final : public QObject
+{
+public:
+    MouseMoves() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        if (event->type() == QEvent::MouseMove && object->isWidgetType())
+            ++count;
+        return false;
+    }
+    int count = 0;
 };
 
 } // namespace
@@ -74,21 +78,25 @@ private slots:
         QFETCH(int, y);
         const QRect before = m_window->geometry();
         const QPoint grip = gripOf(x, y);
-        xdotool({"mousemove", QString::number(grip.x()), QString::number(grip.y()), "mousedown", "1"});
+        Desktop::xdotool({"mousemove", QString::number(grip.x()), QString::number(grip.y()), "mousedown", "1"});
         // Inwards to both limits exactly, past them, and outwards past where it began. Each step waits for the one
         // before, as steps that come in a heap count as one.
         const QSize limit(x ? least.width() : before.width(), y ? least.height() : before.height());
         for (int size = 80; size >= 0; size -= 40) {
-            move(-x * 40, -y * 40);
+            Desktop::moveBy({-x * 40, -y * 40});
             QTRY_COMPARE(m_window->size(), limit + QSize(qAbs(x), qAbs(y)) * size);
         }
-        move(-x * 25, -y * 25);
+        {
+            const MouseMoves moves;
+            Desktop::moveBy({-x * 25, -y * 25});
+            QTRY_VERIFY(moves.count > 0);
+        }
         QCOMPARE(m_window->size(), limit);
         for (int size = 60; size <= 180; size += 60) {
-            move(x * 60, y * 60);
+            Desktop::moveBy({x * 60, y * 60});
             QTRY_COMPARE(m_window->size(), limit + QSize(qAbs(x), qAbs(y)) * size);
         }
-        xdotool({"mouseup", "1"});
+        Desktop::xdotool({"mouseup", "1"});
         QVERIFY(m_window->geometries.size() >= 6);
         checkOppositeEdges(before, x, y);
     }
@@ -98,18 +106,11 @@ private slots:
         QFETCH(int, x);
         QFETCH(int, y);
         const QRect before = m_window->geometry();
-        const QPoint grip = gripOf(x, y);
-        QStringList drag{"mousemove", QString::number(grip.x()), QString::number(grip.y()), "mousedown", "1"};
-        for (int k = 0; k < 60; ++k) {
-            const int step = k % 20 < 10 ? 7 : -7;
-            drag << "mousemove_relative"
-                 << "--" << QString::number(x * step) << QString::number(y * step);
-        }
-        drag << "mouseup"
-             << "1";
-        xdotool(drag);
-        QTRY_COMPARE(m_window->geometry(), before); // as much out as in
-        checkOppositeEdges(before, x, y);
+        Desktop::dragQuickly(gripOf(x, y), QPoint(x, y));
+        constexpr int distance = Desktop::QuickDragPixels;
+        const QMargins outwards(x < 0 ? distance : 0, y < 0 ? distance : 0, x > 0 ? distance : 0, y > 0 ? distance : 0);
+        QTRY_COMPARE(m_window->geometry(), before + outwards);
+        QVERIFY(m_window->geometries.size() > 10);
     }
 
 private:
@@ -137,10 +138,6 @@ private:
             y < 0   ? rect.top() + 2
             : y > 0 ? rect.bottom() - 2
                     : rect.center().y()};
-    }
-    static void move(int dx, int dy)
-    {
-        xdotool({"mousemove_relative", "--", QString::number(dx), QString::number(dy)});
     }
     void checkOppositeEdges(const QRect &before, int x, int y)
     {

@@ -79,6 +79,7 @@ private slots:
     void readsSerialNumbersUpToTheirFirstZero();
     void doesNotProbeTheConnectedController();
     void theConnectedControllerStaysTheCurrentEntry();
+    void theLastControllerStaysTheCurrentEntryAfterADisconnect();
     void probingTakesTheMutexCallByCallUnderABusyCursor();
     void probingGivesUpWhileTheLibraryHangs();
 
@@ -87,6 +88,7 @@ private slots:
     void connectWithoutAnEntryPassesZero();
     void aFailedConnectKeepsTheButtonsAndShowsNoHiddenMessage();
     void aFailedConnectReplacesAVisibleMessage();
+    void aFailedConnectLeavesNothingConnected();
     void canConnectAfterAFailure();
     void waitsForOpeningUnderABusyCursor();
     void disconnectClosesTheController();
@@ -254,13 +256,23 @@ void tst_ConnectionWidget::theConnectedControllerStaysTheCurrentEntry()
     QCOMPARE(dialog.list->currentData().toInt(), other);
 }
 
+void tst_ConnectionWidget::theLastControllerStaysTheCurrentEntryAfterADisconnect()
+{
+    play({{device, "MC3-A"}, {other, "MC3-B"}});
+    Dialog dialog;
+    dialog.connectTo(other);
+    dialog.disconnect();
+    dialog.widget.refreshDevices();
+    QCOMPARE(dialog.list->currentData().toInt(), other);
+}
+
 void tst_ConnectionWidget::probingTakesTheMutexCallByCallUnderABusyCursor()
 {
     play({{device, "MC3-A"}, {other, "MC3-B"}});
     Dialog dialog;
     simulator::hangCall("listTSMotorControlerDevices");
     for (const char *function : {"addDev", "openTSDevice", "getDevSerialNumber", "removeDev"})
-        simulator::delayCall(function, 20, 2);
+        simulator::delayCall(function, 100, 2); // long enough for another thread on a busy machine
 
     bool hangs = false;
     bool busy = false;
@@ -352,6 +364,19 @@ void tst_ConnectionWidget::aFailedConnectReplacesAVisibleMessage()
     QVERIFY(dialog.message->isVisible());
     QCOMPARE(dialog.message->text(), QStringLiteral("打开设备失败(err:-3)"));
     QVERIFY(dialog.hideTimer()->isActive());
+}
+
+void tst_ConnectionWidget::aFailedConnectLeavesNothingConnected()
+{
+    Dialog dialog;
+    dialog.choose(device);
+    simulator::failCall("openTSDevice", -7);
+    QTest::mouseClick(dialog.connectButton, Qt::LeftButton);
+    simulator::clearJournal();
+    QCOMPARE(dialog.widget.isPortLost(), std::optional<bool>(false));
+    QCOMPARE(calls(), QStringList());
+    dialog.widget.refreshDevices();
+    QVERIFY(calls().contains(QStringLiteral("getDevSerialNumber(1001)"))); // asked like any other
 }
 
 void tst_ConnectionWidget::canConnectAfterAFailure()
@@ -612,9 +637,11 @@ void tst_ConnectionWidget::languageChangeTranslatesTheMessageThatIsShown()
     {
         const English language(
             {{QStringLiteral("设备已连接"), QStringLiteral("Device connected")},
+             {QStringLiteral("设备已断开"), QStringLiteral("Gone")},
              {QStringLiteral("打开设备失败(err:%1)"), QStringLiteral("Failed (%1)")}});
         QCOMPARE(dialog.message->text(), QStringLiteral("Device connected"));
         dialog.disconnect();
+        QCOMPARE(dialog.message->text(), QStringLiteral("Gone"));
         simulator::failCall("openTSDevice", -9);
         QTest::mouseClick(dialog.connectButton, Qt::LeftButton);
         QCOMPARE(dialog.message->text(), QStringLiteral("Failed (-9)"));

@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 #include <QtTest>
 
+#include <limits>
 #include <memory>
 
 namespace {
@@ -135,6 +136,8 @@ private slots:
     void stripsLieAlongTheRim();
     void stripsShowTheirResizeCursor_data();
     void stripsShowTheirResizeCursor();
+    void anyOtherKindShowsTheArrow_data();
+    void anyOtherKindShowsTheArrow();
     void stripsAreTransparent();
     void stripsAppearInAVisibleWindow();
     void cornersLieAboveEdges();
@@ -213,6 +216,21 @@ void tst_MyBorderContainer::stripsShowTheirResizeCursor()
     QTEST(stripAt(window, Place(x), Place(y))->cursor().shape(), "cursor");
 }
 
+void tst_MyBorderContainer::anyOtherKindShowsTheArrow_data()
+{
+    QTest::addColumn<int>("kind");
+    for (const int kind : {std::numeric_limits<int>::min(), 0, 9, std::numeric_limits<int>::max()})
+        QTest::addRow("%d", kind) << kind;
+}
+
+void tst_MyBorderContainer::anyOtherKindShowsTheArrow()
+{
+    QFETCH(int, kind);
+    Window window;
+    const MyBorderContainer::MyBorder strip(kind, window.findChild<MyBorderContainer *>(), &window);
+    QCOMPARE(strip.cursor().shape(), Qt::ArrowCursor);
+}
+
 void tst_MyBorderContainer::stripsAreTransparent()
 {
     Window window;
@@ -221,10 +239,13 @@ void tst_MyBorderContainer::stripsAreTransparent()
     show(window);
 
     const QImage picture = window.grab().toImage();
-    for (const Strip &strip : strips)
+    for (const Strip &strip : strips) {
         QCOMPARE(
             picture.pixelColor(coordinate(strip.x, picture.width()), coordinate(strip.y, picture.height())),
             QColor(0x12, 0x34, 0x56));
+        QCOMPARE(
+            stripAt(window, strip.x, strip.y)->styleSheet(), QStringLiteral("QLabel {background-color: transparent;}"));
+    }
 }
 
 void tst_MyBorderContainer::stripsAppearInAVisibleWindow()

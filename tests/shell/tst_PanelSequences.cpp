@@ -100,12 +100,17 @@ private:
         result.listeners = listenersOf(*SerialComDev::instance());
         return result;
     }
-    /** Deletes what waits for it, and hears what the worker has still to say. */
-    void settle()
+    /** Until the worker has run what was requested. */
+    static void waitForRequests()
     {
         const auto worker = SerialComDev::instance();
         QMetaObject::invokeMethod(
             worker.data(), [] {}, Qt::BlockingQueuedConnection);
+    }
+    /** Deletes what waits for it, and hears what the worker has still to say. */
+    void settle()
+    {
+        waitForRequests();
         for (int k = 0; k < 3; ++k) {
             QCoreApplication::sendPostedEvents();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -152,7 +157,8 @@ void User::add()
     }
     const int axis = free.at(pick(free.size()));
     note("add", axis);
-    // Writing a stage to an axis is refused while it runs.
+    // Writing a stage to an axis is refused while it runs, and a start may still be under way to it.
+    waitForRequests();
     SerialComDev::instance()->setMotorEnable(axis, 0);
     SerialComDev::instance()->setMotorEnable(axis, 1);
     m_program.addAxis(axis);

@@ -136,6 +136,15 @@ private slots:
         QVERIFY(!m_window->move({60, 40}));
         QCOMPARE(m_window->pos(), before);
     }
+    void leavesAWindowAloneThatFillsTheScreenMeanwhile()
+    {
+        QVERIFY(m_window->press({50, 30}));
+        m_window->showFullScreen();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        const QPoint before = m_window->pos();
+        QVERIFY(!m_window->move({60, 40}));
+        QCOMPARE(m_window->pos(), before);
+    }
 
 private:
     std::unique_ptr<Window> m_window;

@@ -7,6 +7,8 @@
 # from what earlier runs on this machine have found, in build/fuzz/corpus. An input that breaks a target stays in
 # build/fuzz/findings; its name is printed, and the exit code is 1. Run it again with
 # build/fuzz/tests/fuzz/TARGET FILE, mend the cause, and keep it in tests/fuzz/corpus beside a test of its own.
+#
+# FUZZ_SEED is where its random numbers begin; another one each time when it is not set.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
@@ -44,7 +46,7 @@ run() {
     [ ! -f "tests/fuzz/$target.dict" ] || options+=("-dict=tests/fuzz/$target.dict")
     # Qt's JSON reader does not free an object that ends in the middle, and most do here.
     [ "$target" != fuzzModelFile ] || ASAN_OPTIONS=${ASAN_OPTIONS/detect_leaks=1/detect_leaks=0}
-    "build/fuzz/tests/fuzz/$target" "$corpus" "$seeds" "${options[@]}" -max_total_time="$seconds" -timeout=20 \
+    "build/fuzz/tests/fuzz/$target" "$corpus" "$seeds" "${options[@]}" -seed="${FUZZ_SEED:-0}" -max_total_time="$seconds" -timeout=20 \
         -rss_limit_mb=2048 -max_len=4096 -print_final_stats=1 -artifact_prefix="$findings/" >"$log" 2>&1
 }
 

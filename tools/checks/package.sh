@@ -121,12 +121,11 @@ lintian --allow-root --fail-on error,warning --suppress-tags bogus-mail-host "$d
 
 say "Installing $(basename "$deb")"
 list_files() { "${root[@]}" find /opt /usr /etc /lib/udev -xdev -printf '%p %l\n' | LC_ALL=C sort; }
-apt=("${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -o Dpkg::Use-Pty=0 -q --yes --no-install-recommends)
 # What it needs comes first, so that the lists differ by the package alone.
-"${apt[@]}" satisfy "$(dpkg-deb --field "$deb" Depends)" >/dev/null
+"${root[@]}" "${apt[@]}" satisfy "$(dpkg-deb --field "$deb" Depends)" >/dev/null
 list_files >"$scratch/before"
 installed=1
-"${apt[@]}" install "$deb"
+"${root[@]}" "${apt[@]}" install "$deb"
 [ "$(mover --version)" = "mover $(dpkg-deb --field "$deb" Version)" ] || die "mover --version says $(mover --version)."
 
 say "Driving what the menu entry starts"
