@@ -3,13 +3,13 @@
 #include "OpenWindow.h"
 #include "ProcessFigures.h"
 
-#include "app/StartUp.h"
 #include "shell/NativeMessage.h"
 #include "support/DebugLog.h"
 #include "support/MessageBoxes.h"
 
 #include <QAbstractEventDispatcher>
 #include <QDateTime>
+#include <QFile>
 #include <QPixmapCache>
 #include <QStandardPaths>
 
@@ -134,7 +134,9 @@ private slots:
 #if !defined(__SANITIZE_ADDRESS__)
         // As the program: without it Qt draws the buttons itself, and keeps for half a minute what it has drawn of
         // each. Under the sanitizer no address comes twice, and what Qt looks up of a style sheet it keeps by address.
-        StartUp::installStyleSheet(QStringLiteral(":/style.qss"));
+        QFile sheet(QStringLiteral(":/style.qss"));
+        QVERIFY(sheet.open(QIODevice::ReadOnly));
+        qApp->setStyleSheet(QString::fromUtf8(sheet.readAll()));
 #endif
     }
     void init()
