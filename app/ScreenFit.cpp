@@ -62,6 +62,11 @@ bool ScreenFit::eventFilter(QObject *watched, QEvent *event)
             m_places[widget] = widget->pos();
         }
         break;
+    case QEvent::Move:
+        // The program's own moves: what the desktop tells by now may be of any moment.
+        if (!event->spontaneous() && m_places.contains(widget))
+            m_places[widget] = widget->pos();
+        break;
     case QEvent::WindowActivate:
         settle(widget);
         break;
@@ -104,22 +109,30 @@ void ScreenFit::fit(QWidget *window) const
 }
 
 /**
- * A window manager puts a window into a frame first and the frame into its place later. Asked in between, X tells a
- * position that is never corrected: the window stands where it should, but its lists and boxes would open elsewhere,
- * and a drag would begin there.
+ * A window manager puts a window into a frame first and the frame into its place later. Asked in between, X tells the
+ * place within the frame, and that may come late and is not always corrected: the window stands where it should, but
+ * its lists and boxes would open elsewhere, a drag would begin there, and seen as off the screen it would be put into
+ * the corner.
  */
 void ScreenFit::settle(QWidget *window)
 {
-    const auto place = m_places.constFind(window);
-    if (place == m_places.constEnd())
+    const auto found = m_places.constFind(window);
+    if (found == m_places.constEnd())
         return;
-    if (*place && window->pos() != **place)
-        window->move(**place);
-    m_places.erase(place);
+    const std::optional<QPoint> place = *found;
+    m_places.erase(found);
+    const auto restore = [window, place] {
+        if (place && window->pos() != *place)
+            window->move(*place);
+    };
+    restore();
     // Once the events of its appearing are through, it usually has its frame as well.
-    QTimer::singleShot(0, window, [window] {
-        const bool misses =
-            !(window->windowFlags() & Qt::FramelessWindowHint) && window->frameGeometry() == window->geometry();
+    QTimer::singleShot(0, window, [window, place, restore] {
+        restore();
+        const bool framed = window->frameGeometry() != window->geometry();
+        if (!place && framed && window->geometry().topLeft().isNull())
+            return; // where the desktop has put it is not known
+        const bool misses = !(window->windowFlags() & Qt::FramelessWindowHint) && !framed;
         Dialogs::keepOnScreen(window, misses ? usualFrame : QMargins());
     });
 }

@@ -23,6 +23,25 @@ void clickOn(const QWidget *widget)
     Desktop::clickAt(point);
 }
 
+/** Tells a message box, once it is active, that it stands in the corner, as its place within its frame. */
+class LateNotice final : public QObject
+{
+public:
+    LateNotice() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        auto *box = qobject_cast<QMessageBox *>(object);
+        if (box && event->type() == QEvent::WindowActivate && !told) {
+            QTimer::singleShot(0, box, [this, box] {
+                told = true;
+                box->move(-1, -10);
+            });
+        }
+        return false;
+    }
+    bool told = false;
+};
+
 QRect onScreen(const QWidget *widget)
 {
     return {widget->mapToGlobal(QPoint(0, 0)), widget->size()};
@@ -168,7 +187,7 @@ private slots:
         OpenWindow::click(m_open->find("pushButton_connect"));
         const QPoint place = dialog->pos();
         QVERIFY(place != QPoint(1, 2));
-        dialog->move(1, 2); // a position asked for while the window manager was still at it
+        dialog->windowHandle()->setFramePosition(QPoint(1, 2)); // what the desktop tells while it is still at it
         QVERIFY(QTest::qWaitForWindowActive(dialog));
         QTRY_COMPARE(dialog->pos(), place);
         // Only until it stands: then it is the user's.
@@ -178,6 +197,21 @@ private slots:
         dialog->activateWindow();
         QTRY_VERIFY(dialog->isActiveWindow());
         QCOMPARE(dialog->pos(), QPoint(40, 30));
+    }
+    void staysThereThoughTheDesktopTellsThePlaceInTheFrameLate()
+    {
+        const LateNotice late;
+        const auto &window = m_open->window();
+        QPoint place;
+        OnMessageBox box([&](QMessageBox &shown) {
+            place = QPoint(
+                window.x() + (window.width() - shown.width()) / 2, window.y() + (window.height() - shown.height()) / 2);
+            QTRY_VERIFY(late.told);
+            QTRY_COMPARE(shown.pos(), place);
+        });
+        m_open->window().slot_showTipMessage("text");
+        QCOMPARE(box.shown(), 1);
+        QVERIFY(place.x() > 100);
     }
     void staysOnAScreenThatLosesRoom()
     {

@@ -44,10 +44,14 @@ void checkLanguage(const QByteArray &bytes)
 
     store.save(code);
     Fuzz::require(store.load() == code, "saved and read again it is another");
-    // QSettings reads more of an INI file than the program does: escapes, texts over several lines, odd groups. It
-    // takes fewer characters for blanks.
-    const bool isPlain = !std::any_of(bytes.begin(), bytes.end(), [](char c) {
-        return std::strchr("\\\"%/", c) || (c >= 0 && c < ' ' && c != '\n');
+    // QSettings reads more of an INI file than the program does: escapes, texts over several lines, groups that do not
+    // end. It takes fewer characters for blanks.
+    const QList<QByteArray> lines = bytes.split('\n');
+    const bool isPlain = std::all_of(lines.begin(), lines.end(), [](const QByteArray &line) {
+        const bool isGroup = line.startsWith('[') && line.endsWith(']') && line.count('[') + line.count(']') == 2;
+        return (isGroup || !line.contains('[')) && std::none_of(line.begin(), line.end(), [](char c) {
+                   return std::strchr("\\\"%/", c) || (c >= 0 && c < ' ');
+               });
     });
     if (isPlain) {
         // Under a name of its own: QSettings takes a file of the same size and time for the one it knows.
