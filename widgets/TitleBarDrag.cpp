@@ -15,7 +15,7 @@ namespace {
  */
 QPoint localPos(const QMouseEvent *event, const QWidget *window)
 {
-    const QPointF pos = event->screenPos() - window->mapToGlobal(QPoint(0, 0));
+    const QPointF pos = event->screenPos() - window->geometry().topLeft(); // mapToGlobal() follows the desktop, too
     return {int(std::lround(pos.x())), int(std::lround(pos.y()))};
 }
 
