@@ -8,10 +8,10 @@
 
 namespace {
 
-/** Rounds halves away from zero, also left of and above the window, where QPointF::toPoint() does not. */
 /**
  * Where the mouse is in the window, counted from where the window has been put. The event's own localPos() counts from
  * where the desktop had it at that moment: behind in a quick drag, and the window would run away from the mouse.
+ * Rounds halves away from zero, also left of and above the window, where QPointF::toPoint() does not.
  */
 QPoint localPos(const QMouseEvent *event, const QWidget *window)
 {

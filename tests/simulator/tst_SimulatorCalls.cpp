@@ -4,8 +4,8 @@
 #include <QtTest>
 
 #include <atomic>
-#include <future>
 #include <cmath>
+#include <future>
 #include <stdexcept>
 #include <thread>
 
