@@ -152,7 +152,8 @@ signals:
     void signal_setTriggerInDisp(int Axis, double disp);
     void signal_setPosConpenEnable(int Axis, bool b);
 
-    // Answers, from the worker thread.
+    // Answers, from the worker thread. Receivers that may go while the worker lives connect by signature, SIGNAL() and
+    // SLOT(): Qt 5.15 leaks a connection by member functions whose receiver goes while another thread emits.
     void signal_updateCurrentPos(int ID, double pos);
     void signal_updateDevState(int Axis, MotorStageState state);
     /** Follow the two above when an axis answers something else than the last time; a counting loop run always does. */

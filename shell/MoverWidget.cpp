@@ -109,7 +109,9 @@ MoverWidget::MoverWidget(QWidget *parent)
         m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
-    connect(worker.data(), &SerialComDev::signal_heartBeatInfo, m_heart.data(), &Heart::rcvHeartInfo);
+    connect(
+        worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)), m_heart.data(),
+        SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
 
     m_console = std::make_unique<DebugWidget>();
     m_placeholder = new PlaceholderWidget(this);
@@ -288,9 +290,13 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
 
     SerialComDev *worker = SerialComDev::instance().data();
-    connect(worker, &SerialComDev::signal_positionChanged, panel, &MoverControlWidget::slot_updateCurrentPos);
-    connect(worker, &SerialComDev::signal_devStateChanged, panel, &MoverControlWidget::slot_updateDevState);
-    connect(worker, &SerialComDev::signal_showOperationMsg, panel, &MoverControlWidget::slot_showOperationMsg);
+    connect(worker, SIGNAL(signal_positionChanged(int, double)), panel, SLOT(slot_updateCurrentPos(int, double)));
+    connect(
+        worker, SIGNAL(signal_devStateChanged(int, MotorStageState)), panel,
+        SLOT(slot_updateDevState(int, MotorStageState)));
+    connect(
+        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), panel,
+        SLOT(slot_showOperationMsg(int, int, int, QString)));
     worker->announceAnew(panel->index());
 }
 

@@ -250,9 +250,14 @@ void tst_MoverControlWidget::cleanup()
 void tst_MoverControlWidget::wire() const
 {
     const SerialComDev *worker = SerialComDev::instance().data();
-    connect(worker, &SerialComDev::signal_updateCurrentPos, m_panel.get(), &MoverControlWidget::slot_updateCurrentPos);
-    connect(worker, &SerialComDev::signal_updateDevState, m_panel.get(), &MoverControlWidget::slot_updateDevState);
-    connect(worker, &SerialComDev::signal_showOperationMsg, m_panel.get(), &MoverControlWidget::slot_showOperationMsg);
+    connect(
+        worker, SIGNAL(signal_updateCurrentPos(int, double)), m_panel.get(), SLOT(slot_updateCurrentPos(int, double)));
+    connect(
+        worker, SIGNAL(signal_updateDevState(int, MotorStageState)), m_panel.get(),
+        SLOT(slot_updateDevState(int, MotorStageState)));
+    connect(
+        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), m_panel.get(),
+        SLOT(slot_showOperationMsg(int, int, int, QString)));
 }
 
 QStringList tst_MoverControlWidget::log() const

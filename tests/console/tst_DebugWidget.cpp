@@ -858,7 +858,9 @@ private slots:
         std::atomic<int> mainMissed{0};
         Heart ofTheMainWindow;
         connect(&ofTheMainWindow, &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat);
-        connect(worker.data(), &SerialComDev::signal_heartBeatInfo, &ofTheMainWindow, &Heart::rcvHeartInfo);
+        connect(
+            worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)), &ofTheMainWindow,
+            SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
         connect(
             &ofTheMainWindow, &Heart::heartBreak, &ofTheMainWindow, [&](int missed) { mainMissed = missed; },
             Qt::DirectConnection);
