@@ -80,4 +80,7 @@ for file in $(git grep -l '#include "device/moverLibrary.h"' -- app device shell
     grep -q LibraryLock "$file" || complain "$file: calls the motion library without LibraryLock"
 done
 
+say "Mutants"
+python3 tools/mutants/run.py --fit || complain "The mutants above no longer fit the tree: tools/mutants."
+
 exit $failed

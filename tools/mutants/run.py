@@ -12,6 +12,9 @@ The tables stand beside this file, one for each folder; in them each mutant is
     ! why it may survive, if it may
 
 It works on a copy of the tree with a build folder of its own (build/mutants), so that nothing else is disturbed.
+
+    run.py [REGEX...]   tries those whose file or title fits one of the expressions, or all
+    run.py --fit        tells which ones no longer fit the tree, without trying any
 """
 import json
 import os
@@ -128,15 +131,11 @@ def passes(test, functions):
     return process.wait() == 0 and not failed
 
 
-def main():
-    started = time.time()
-    wanted = sys.argv[1:]
-    mutants = [m for m in read_tables() if not wanted or any(re.search(w, f"{m.file} {m.name}") for w in wanted)]
+def fitting(mutants):
+    """Those that fit the tree, and what is wrong with the others."""
     sources = known_tests()
+    fit = []
     problems = []
-    copy_tree()
-
-    applied = []
     for mutant in mutants:
         before = len(problems)
         text = open(os.path.join(ROOT, mutant.file), encoding="utf-8").read()
@@ -148,9 +147,22 @@ def main():
                 if function not in sources.get(executable, ""):
                     problems.append(f"{mutant.name}\n    there is no {executable} {function}")
         if len(problems) == before:
-            applied.append(mutant)
-    # The others are tried all the same.
-    mutants = applied
+            fit.append(mutant)
+    return fit, problems
+
+
+def main():
+    if sys.argv[1:] == ["--fit"]:
+        _, problems = fitting(read_tables())
+        print("\n".join(problems), end="\n" if problems else "")
+        return 1 if problems else 0
+
+    started = time.time()
+    wanted = sys.argv[1:]
+    # Those that do not fit are told at the end, the others are tried all the same.
+    mutants, problems = fitting(
+        [m for m in read_tables() if not wanted or any(re.search(w, f"{m.file} {m.name}") for w in wanted)])
+    copy_tree()
 
     if not os.path.isfile(os.path.join(BUILD, "build.ninja")) and run(["cmake", "--preset", "dev"]).returncode:
         print("Configuring failed.")
