@@ -45,6 +45,8 @@ public:
     void setDevParam(const MoverDevParam &param) { m_param = param; }
     /** The stage's unit of length, "mm" or "°". */
     void setUnit(const QString &unit);
+    /** Asks for position and state no more. */
+    void stopPolling() { m_updateTimer.stop(); }
     /** Ends of travel, in the unit. */
     void setPositionRange(double minimum, double maximum);
     /** Unit per second. */

@@ -314,9 +314,7 @@ void DebugWidget::on_pushButton_44_clicked()
         const auto worker = SerialComDev::instance();
         connect(m_heart.data(), &Heart::heartBreak, this, &DebugWidget::hertBreak);
         connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_consoleHeartBeat);
-        connect(
-            worker.data(), SIGNAL(signal_consoleHeartBeatInfo(CONTROLER_STATE, int)), m_heart.data(),
-            SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
+        m_heart->listenTo(worker.data(), SIGNAL(signal_consoleHeartBeatInfo(CONTROLER_STATE, int)));
     }
     m_heart->startHeart();
 }

@@ -21,8 +21,14 @@ Heart::Heart()
 Heart::~Heart()
 {
     stopHeart();
+    disconnect(m_answered); // first: Qt may wake a thread that has just ended for an answer, and crash
     m_thread.quit();
     m_thread.wait();
+}
+
+void Heart::listenTo(const QObject *worker, const char *answer)
+{
+    m_answered = connect(worker, answer, this, SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
 }
 
 void Heart::startHeart()

@@ -27,6 +27,12 @@ public:
     Heart();
     ~Heart() override;
 
+    /**
+     * Takes the answers to sendHeart() from `worker`: those of its signal `answer`, a SIGNAL() with the arguments of
+     * rcvHeartInfo(). Once in a life. GUI thread.
+     */
+    void listenTo(const QObject *worker, const char *answer);
+
     /** The latest good answer; all zero before the first. Any thread. */
     CONTROLER_STATE controlerState() const { return m_state; }
 
@@ -53,6 +59,7 @@ public slots:
 private:
     std::atomic<CONTROLER_STATE> m_state{CONTROLER_STATE{}};
     AnswerFilter<CONTROLER_STATE> m_answers;
+    QMetaObject::Connection m_answered;
     QThread m_thread;
     QTimer m_timer;
     int m_iMissed = 0;

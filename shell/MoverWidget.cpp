@@ -109,9 +109,7 @@ MoverWidget::MoverWidget(QWidget *parent)
         m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
     connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
-    connect(
-        worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)), m_heart.data(),
-        SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
+    m_heart->listenTo(worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)));
 
     m_console = std::make_unique<DebugWidget>();
     m_placeholder = new PlaceholderWidget(this);

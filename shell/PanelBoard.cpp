@@ -14,6 +14,7 @@ namespace {
 void retire(MoverControlWidget *panel)
 {
     panel->hide();
+    panel->stopPolling(); // the controller may be closed, and it lives on until control returns to the event loop
     Dialogs::forgetFields(panel);
     panel->deleteLater(); // it may be the one whose button is being handled
 }

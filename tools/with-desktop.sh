@@ -38,15 +38,13 @@ start_screen() {
     rm "$scratch/display"
     export DISPLAY=":$number"
 }
+# It says that it has come up: before, it is to be seen already but forgets windows that want to be shown.
 start_window_manager() {
-    openbox --sm-disable >"$scratch/openbox.log" 2>&1 &
+    mkfifo "$scratch/ready"
+    openbox --sm-disable --startup "sh -c 'echo ready >$scratch/ready'" >"$scratch/openbox.log" 2>&1 &
     children+=($!)
-    for _ in $(seq 200); do
-        xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && return
-        kill -0 "${children[-1]}" 2>/dev/null || return 1
-        read -r -t 0.05 <> <(:) || true
-    done
-    return 1
+    read -r -t 20 _ <>"$scratch/ready" || return 1
+    rm "$scratch/ready"
 }
 
 # A server that ends at this moment can take the socket of a new one with the same number away: then once more.
@@ -58,7 +56,7 @@ for attempt in 1 2 3; do
         exit 1
     fi
     end_children
-    rm -f "$scratch/display"
+    rm -f "$scratch/display" "$scratch/ready"
 done
 export QT_QPA_PLATFORM=xcb
 unset WAYLAND_DISPLAY

@@ -858,9 +858,7 @@ private slots:
         std::atomic<int> mainMissed{0};
         Heart ofTheMainWindow;
         connect(&ofTheMainWindow, &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat);
-        connect(
-            worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)), &ofTheMainWindow,
-            SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
+        ofTheMainWindow.listenTo(worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)));
         connect(
             &ofTheMainWindow, &Heart::heartBreak, &ofTheMainWindow, [&](int missed) { mainMissed = missed; },
             Qt::DirectConnection);

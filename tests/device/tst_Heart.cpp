@@ -159,9 +159,7 @@ private slots:
 
         Heart heart;
         connect(&heart, &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
-        connect(
-            worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)), &heart,
-            SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
+        heart.listenTo(worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)));
         heart.singleHeart();
         QTRY_COMPARE(heart.controlerState().rockerValue, quint16(4));
         QCOMPARE(heart.controlerState().rockerState, quint8(1));
@@ -181,9 +179,7 @@ private slots:
         connect(
             &heart, &Heart::heartBreak, &heart, [&](int count) { breaks = count; }, Qt::DirectConnection);
         connect(&heart, &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
-        connect(
-            worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)), &heart,
-            SLOT(rcvHeartInfo(CONTROLER_STATE, int)));
+        heart.listenTo(worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)));
         heart.singleHeart();
         QTRY_COMPARE(breaks.loadAcquire(), 1);
         QCOMPARE(messages.count(), 0);

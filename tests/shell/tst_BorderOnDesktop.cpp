@@ -65,7 +65,7 @@ private slots:
     {
         m_window = std::make_unique<Window>();
         m_window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_window.get(), 30000));
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         QTRY_COMPARE(m_window->pos(), QPoint(600, 400));
         m_window->geometries.clear();
     }

@@ -329,6 +329,7 @@ private slots:
     void panelsAreWhatTheUserMadeThem_data();
     void panelsAreWhatTheUserMadeThem();
     void panelsComeAndGoWhileTheLinkFails();
+    void aPanelThatGoesPollsNoMore();
     void answersForAClosedPanelReachNobody();
     void answersWhileAPanelGoesLeaveNothingBehind();
     void answersWhileTheWindowGoesLeaveNothingBehind();
@@ -410,6 +411,28 @@ void tst_PanelSequences::panelsComeAndGoWhileTheLinkFails()
     QTRY_VERIFY(logOf(program.panel(0)).contains(QStringLiteral("停止 停止运行 操作成功")));
     program.window().slot_addControl(QStringLiteral("ROT-60"), 1, {});
     QCOMPARE(program.window().panelBoard().count(), 2);
+}
+
+void tst_PanelSequences::aPanelThatGoesPollsNoMore()
+{
+    const auto polling = [] {
+        int count = 0;
+        for (const QTimer *timer : LiveObjects::all<QTimer>())
+            count += timer->isActive() && qobject_cast<MoverControlWidget *>(timer->parent()) ? 1 : 0;
+        return count;
+    };
+    OpenWindow program;
+    program.connectTo(device);
+    const int open = program.window().panelBoard().count();
+    QVERIFY(open > 1);
+    QCOMPARE(polling(), open);
+    // From the moment on, not from when control returns to the event loop.
+    const MessageBoxes boxes;
+    program.window().slot_controlWidgetClosed(QStringLiteral("Axis1"));
+    QCOMPARE(LiveObjects::count<MoverControlWidget>(), open);
+    QCOMPARE(polling(), open - 1);
+    program.window().slot_devDisConnected();
+    QCOMPARE(polling(), 0);
 }
 
 void tst_PanelSequences::answersForAClosedPanelReachNobody()

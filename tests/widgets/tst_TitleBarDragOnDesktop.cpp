@@ -30,7 +30,7 @@ private slots:
         window.setGeometry(600, 400, 500, 350);
         bar.setGeometry(0, 0, 500, 40);
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window, 30000)); // the first one of a desktop that has just come up
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
         QTRY_COMPARE(window.pos(), QPoint(600, 400));
 
         Desktop::dragQuickly(QPoint(800, 420), direction);
