@@ -9,6 +9,7 @@
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/SmallFile.h"
 
 #include "ui_DebugWidget.h"
@@ -21,7 +22,6 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QMessageBox>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QWindow>
 
@@ -58,18 +58,11 @@ QString placeFile()
     return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + QStringLiteral("/consolePlace");
 }
 
-std::unique_ptr<Ui::DebugWidget> makeForm(QWidget *window)
-{
-    auto form = std::make_unique<Ui::DebugWidget>();
-    form->setupUi(window);
-    return form;
-}
-
 } // namespace
 
 DebugWidget::DebugWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::DebugWidget>(this))
     , m_motorParams(*ui)
     , m_compensation(new CompensationModel(this))
 {
@@ -313,7 +306,9 @@ void DebugWidget::on_pushButton_44_clicked()
         m_heart = QSharedPointer<Heart>::create();
         const auto worker = SerialComDev::instance();
         connect(m_heart.data(), &Heart::heartBreak, this, &DebugWidget::hertBreak);
-        connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_consoleHeartBeat);
+        connect(
+            m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::signal_requestConsoleHeartBeat,
+            Qt::DirectConnection);
         m_heart->listenTo(worker.data(), SIGNAL(signal_consoleHeartBeatInfo(CONTROLER_STATE, int)));
     }
     m_heart->startHeart();
@@ -362,11 +357,7 @@ void DebugWidget::savePlace() const
 {
     const QFileInfo info(placeFile());
     QDir().mkpath(info.path());
-    QSaveFile file(info.filePath());
-    const QByteArray place = saveGeometry();
-    // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
-    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(place) == place.size())
-        file.commit();
+    SmallFile::save(info.filePath(), saveGeometry());
 }
 
 void DebugWidget::showEvent(QShowEvent *event)

@@ -7,6 +7,7 @@
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 
 #include "ui_ConnectionWidget.h"
 
@@ -53,18 +54,11 @@ QString probe(int id)
     return answers ? serialNo.toString() : QString();
 }
 
-std::unique_ptr<Ui::ConnectionWidget> makeForm(QWidget *window)
-{
-    auto form = std::make_unique<Ui::ConnectionWidget>();
-    form->setupUi(window);
-    return form;
-}
-
 } // namespace
 
 ConnectionWidget::ConnectionWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::ConnectionWidget>(this))
     , m_drag(this, ui->widget_title)
     , m_hideTimer(this)
 {

@@ -15,6 +15,7 @@
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/MessageBox.h"
 
 #include "ui_MoverWidget.h"
@@ -56,18 +57,11 @@ QString connectSheet(const char *suffix)
         .arg(QLatin1String(suffix));
 }
 
-std::unique_ptr<Ui::MoverWidget> makeForm(QWidget *window)
-{
-    auto form = std::make_unique<Ui::MoverWidget>();
-    form->setupUi(window);
-    return form;
-}
-
 } // namespace
 
 MoverWidget::MoverWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::MoverWidget>(this))
     , m_drag(this, ui->widget_titleBar)
 {
     registerDeviceRecords();
@@ -108,7 +102,8 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(
         m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
-    connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
+    connect(
+        m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::signal_requestHeartBeat, Qt::DirectConnection);
     m_heart->listenTo(worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)));
 
     m_console = std::make_unique<DebugWidget>();
@@ -330,7 +325,7 @@ void MoverWidget::slot_expandContorl(bool expand)
 void MoverWidget::slot_controlWidgetClosed(QString name)
 {
     const QPointer<MoverWidget> alive(this);
-    const bool consent = MessageBox::exec(this, tr("您确定要关闭控制轴窗口吗?")) != 0;
+    const bool consent = MessageBox::confirm(this, tr("您确定要关闭控制轴窗口吗?"));
     if (!alive || !consent)
         return;
     // Looked up after the question: the panel may be gone by then.
@@ -342,7 +337,7 @@ void MoverWidget::slot_controlWidgetClosed(QString name)
 
 void MoverWidget::slot_showTipMessage(QString msg)
 {
-    MessageBox::exec(this, msg);
+    MessageBox::inform(this, msg);
 }
 
 // ---- Joystick ------------------------------------------------------------------------------------------------------

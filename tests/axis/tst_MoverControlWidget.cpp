@@ -613,7 +613,7 @@ void tst_MoverControlWidget::ignoresAnswersForAnotherAxis()
     state.runCount = 3;
     m_panel->slot_updateCurrentPos(OtherAxis, 4);
     m_panel->slot_updateDevState(OtherAxis, state);
-    m_panel->slot_showOperationMsg(OtherAxis, 3, 1, "Move");
+    m_panel->slot_showOperationMsg(OtherAxis, OPERATION_STATE_OK, OPERATION_TYPE_MOVE, "Move");
     QCOMPARE(find<QLabel>("label_currentPos")->text(), QString("3.000 °"));
     QCOMPARE(find<QLabel>("label_originLight")->styleSheet(), originGray);
     QVERIFY(!find<QPushButton>("pushButton_enable")->isChecked());
@@ -774,7 +774,7 @@ void tst_MoverControlWidget::countsTheRunsInOneLiveEntry()
         catalogue.emplace();
     const QString word = english ? "current run count " : "当前运行次数 ";
     MotorStageState state = quiet();
-    m_panel->slot_showOperationMsg(Axis, 99, 99, "before");
+    m_panel->slot_showOperationMsg(Axis, OPERATION_STATE_NONE, OPERATION_TYPE_GENERAL, "before");
     for (const quint32 count : {1U, 1U, 2U, 4000000000U}) {
         state.runCount = count;
         see(state);
@@ -796,7 +796,7 @@ void tst_MoverControlWidget::startsANewCountAfterACompletedOne()
         state.runCount = count;
         see(state);
     }
-    m_panel->slot_showOperationMsg(Axis, 3, 10, "正方向循环");
+    m_panel->slot_showOperationMsg(Axis, OPERATION_STATE_OK, OPERATION_TYPE_LOOP, "正方向循环");
     for (const quint32 count : {1U, 0U, 0U}) {
         state.runCount = count;
         see(state);
@@ -1406,7 +1406,7 @@ void tst_MoverControlWidget::changesLanguageAndKeepsRunTimeTexts()
 {
     m_panel->slot_updateCurrentPos(Axis, 12.5);
     m_panel->setRockerSpeed(10);
-    m_panel->slot_showOperationMsg(Axis, 3, 1, "Move");
+    m_panel->slot_showOperationMsg(Axis, OPERATION_STATE_OK, OPERATION_TYPE_MOVE, "Move");
     const QStringList logged = log();
     {
         const Prefixed prefixed;
