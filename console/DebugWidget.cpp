@@ -23,6 +23,7 @@
 #include <QIcon>
 #include <QMessageBox>
 #include <QStandardPaths>
+#include <QTabBar>
 #include <QWindow>
 
 #include <algorithm>
@@ -57,6 +58,17 @@ QString placeFile()
 {
     return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + QStringLiteral("/consolePlace");
 }
+
+/** The buttons of the tab bar, and Qt's own names for them. */
+struct TabScroller {
+    const char *button;
+    const char *name;
+};
+
+constexpr TabScroller tabScrollers[] = {
+    {"ScrollLeftButton", "Scroll Left"},
+    {"ScrollRightButton", "Scroll Right"},
+};
 
 } // namespace
 
@@ -330,6 +342,10 @@ void DebugWidget::hertBreak(int n)
 void DebugWidget::retranslate()
 {
     ui->retranslateUi(this);
+    // Qt gives them their names once.
+    for (const TabScroller &scroller : tabScrollers)
+        ui->tabWidget->findChild<QWidget *>(QLatin1String(scroller.button))
+            ->setAccessibleName(QTabBar::tr(scroller.name));
     m_compensation->retranslate();
     if (m_result)
         ui->lineEdit_result->setText(m_result());
