@@ -169,6 +169,19 @@ void MoverControlWidget::setMaxAcceleration(double maximum)
     m_loopRun->setMaxAcceleration(maximum);
 }
 
+void MoverControlWidget::listenToWorker()
+{
+    SerialComDev *worker = SerialComDev::instance().data();
+    connect(worker, SIGNAL(signal_positionChanged(int, double)), this, SLOT(slot_updateCurrentPos(int, double)));
+    connect(
+        worker, SIGNAL(signal_devStateChanged(int, MotorStageState)), this,
+        SLOT(slot_updateDevState(int, MotorStageState)));
+    connect(
+        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), this,
+        SLOT(slot_showOperationMsg(int, int, int, QString)));
+    worker->announceAnew(m_iIndex);
+}
+
 void MoverControlWidget::writeFirstLogLines(const QString &text)
 {
     log(OPERATION_TYPE_GENERAL, text, OPERATION_STATE_NONE);

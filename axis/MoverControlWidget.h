@@ -53,6 +53,8 @@ public:
     void setMaxSpeed(double maximum);
     /** Unit per second squared. */
     void setMaxAcceleration(double maximum);
+    /** From now on the worker's answers reach the panel, the next ones of its axis as news. */
+    void listenToWorker();
     /** Logs `text` and the stage's serial number. */
     void writeFirstLogLines(const QString &text);
 

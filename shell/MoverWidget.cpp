@@ -281,16 +281,7 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_closed, this, &MoverWidget::slot_controlWidgetClosed);
     connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
-
-    SerialComDev *worker = SerialComDev::instance().data();
-    connect(worker, SIGNAL(signal_positionChanged(int, double)), panel, SLOT(slot_updateCurrentPos(int, double)));
-    connect(
-        worker, SIGNAL(signal_devStateChanged(int, MotorStageState)), panel,
-        SLOT(slot_updateDevState(int, MotorStageState)));
-    connect(
-        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), panel,
-        SLOT(slot_showOperationMsg(int, int, int, QString)));
-    worker->announceAnew(panel->index());
+    panel->listenToWorker();
 }
 
 void MoverWidget::slot_AsixButtonClicked(bool)

@@ -211,7 +211,6 @@ private:
     }
     MotionParamPopup *popupOf(const QString &toggle) const;
     void click(const char *button) const { QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton); }
-    void wire() const;
     void startLoopRun() const;
     void letPass(double seconds);
     void see(const MotorStageState &state) { m_panel->slot_updateDevState(Axis, state); }
@@ -244,20 +243,6 @@ void tst_MoverControlWidget::cleanup()
 {
     m_panel.reset();
     end();
-}
-
-/** The answers reach the panel as in the main window. */
-void tst_MoverControlWidget::wire() const
-{
-    const SerialComDev *worker = SerialComDev::instance().data();
-    connect(
-        worker, SIGNAL(signal_updateCurrentPos(int, double)), m_panel.get(), SLOT(slot_updateCurrentPos(int, double)));
-    connect(
-        worker, SIGNAL(signal_updateDevState(int, MotorStageState)), m_panel.get(),
-        SLOT(slot_updateDevState(int, MotorStageState)));
-    connect(
-        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), m_panel.get(),
-        SLOT(slot_showOperationMsg(int, int, int, QString)));
 }
 
 QStringList tst_MoverControlWidget::log() const
@@ -471,7 +456,7 @@ void tst_MoverControlWidget::pollsForAsLongAsItLives()
 
 void tst_MoverControlWidget::stopUpdateStateHasNoEffect()
 {
-    wire();
+    m_panel->listenToWorker();
     m_panel->slot_stopUpdateState();
     QVERIFY(timer()->isActive());
     simulator::setPosition(Device, Axis, 2.5);
@@ -558,7 +543,7 @@ void tst_MoverControlWidget::loopStartBeginsTheIntervalAnew()
 
 void tst_MoverControlWidget::showsWhatTheControllerAnswers()
 {
-    wire();
+    m_panel->listenToWorker();
     MotorStageState state = quiet();
     simulator::setState(Device, Axis, state);
     QTRY_VERIFY(find<QPushButton>("pushButton_enable")->isChecked());
@@ -865,7 +850,7 @@ void tst_MoverControlWidget::loopRunCountsLiveOnTheController()
     const QString word = english ? "current run count " : "当前运行次数 ";
     const QString running = english ? " Doing " : " 运行中 ";
     const QString completed = word + '3' + (english ? " Operation completed " : " 运行完成 ");
-    wire();
+    m_panel->listenToWorker();
     startLoopRun();
     QStringList counts; // what the live entry showed, one after the other
     const double start = simulator::now();
@@ -888,7 +873,7 @@ void tst_MoverControlWidget::refusedCommandDuringALoopRunEndsItsLiveCount()
     if (english)
         catalogue.emplace();
     const QString word = english ? "current run count " : "当前运行次数 ";
-    wire();
+    m_panel->listenToWorker();
     startLoopRun();
     const double start = simulator::now();
     const auto passUntil = [&](const QString &entry) {
@@ -1235,7 +1220,7 @@ void tst_MoverControlWidget::removeButtonCarriesTheAxisName()
 
 void tst_MoverControlWidget::logsMessagesOfItsAxis()
 {
-    wire();
+    m_panel->listenToWorker();
     see(quiet());
     click("pushButton_stop");
     QTRY_COMPARE(log(), QStringList{"停止 停止运行 操作成功 "});
