@@ -12,6 +12,7 @@
 #include "models/StageParams.h"
 #include "shell/MoverWidget.h"
 #include "simulator/SimulatorControl.h"
+#include "support/Robot.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -99,14 +100,10 @@ long privateMemory()
 
 void answerBox()
 {
-    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-    if (!box)
+    QAbstractButton *confirm = Robot::boxButton(QMessageBox::AcceptRole);
+    if (!confirm)
         qFatal("no question before a panel is closed");
-    const QList<QAbstractButton *> buttons = box->buttons();
-    for (QAbstractButton *button : buttons) {
-        if (box->buttonRole(button) == QMessageBox::AcceptRole)
-            button->click();
-    }
+    confirm->click();
 }
 
 } // namespace
