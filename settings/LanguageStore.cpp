@@ -35,8 +35,11 @@ class OpenCopy final
 public:
     explicit OpenCopy(const QByteArray &text)
         : m_name(fileIn(m_folder.path()))
-        , m_whole(m_folder.isValid() && SmallFile::save(m_name, text))
+
     {
+        QFile file(m_name); // not as it is saved: that waits for the disk
+        m_whole = m_folder.isValid() && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+                  file.write(text) == text.size();
     }
 
     int code() const { return m_whole ? QSettings(m_name, QSettings::IniFormat).value(entry).toInt() : 0; }
@@ -51,7 +54,7 @@ public:
 private:
     QTemporaryDir m_folder;
     QString m_name;
-    bool m_whole;
+    bool m_whole = false;
 };
 
 } // namespace
