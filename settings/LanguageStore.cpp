@@ -35,7 +35,6 @@ class OpenCopy final
 public:
     explicit OpenCopy(const QByteArray &text)
         : m_name(fileIn(m_folder.path()))
-
     {
         QFile file(m_name); // not as it is saved: that waits for the disk
         m_whole = m_folder.isValid() && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
