@@ -2,7 +2,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "shell/ConnectionWidget.h"
-#include "simulator/SimulatorStatus.h"
+#include "device/moverStatus.h"
 #include "support/DebugLog.h"
 #include "support/English.h"
 #include "support/FailOnDeadSlot.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/JsonTree.h"
+#include "controllers/core/JsonTree.h"
 
 #include <nlohmann/json.hpp>
 
@@ -7,7 +7,7 @@
 #include <iterator>
 #include <limits>
 
-namespace simulator {
+namespace controllers {
 
 namespace {
 
@@ -151,4 +151,4 @@ JsonValue JsonValue::parse(const std::string &text)
     return builder.takeRoot();
 }
 
-} // namespace simulator
+} // namespace controllers

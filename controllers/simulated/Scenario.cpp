@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/Scenario.h"
+#include "controllers/simulated/Scenario.h"
 
-#include "simulator/DefaultScenario.h"
-#include "simulator/JsonTree.h"
-#include "simulator/LibraryFunctions.h"
+#include "controllers/simulated/DefaultScenario.h"
+#include "controllers/core/JsonTree.h"
+#include "controllers/simulated/LibraryFunctions.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +14,9 @@
 #include <type_traits>
 
 namespace simulator {
+
+using controllers::JsonError;
+using controllers::JsonValue;
 
 namespace {
 

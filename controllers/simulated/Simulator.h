@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "simulator/Controller.h"
-#include "simulator/Scenario.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/core/Library.h"
+#include "controllers/simulated/Controller.h"
+#include "controllers/simulated/Scenario.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -17,20 +18,13 @@
 
 namespace simulator {
 
-/** Whether calls are written down: only for tests, which can read it. */
-#if defined(MOVER_LIBRARY_STATIC)
-constexpr bool keepsJournal = true;
-#else
-constexpr bool keepsJournal = false;
-#endif
-
 /**
  * The one simulator of the process: the controllers, the clock, and what befalls the calls.
  *
  * Members other than enter() and the mutex are for whoever holds the mutex. A call holds it only while it is being
  * carried out, not while it takes its time or hangs.
  */
-class Simulator
+class Simulator : public controllers::Library
 {
 public:
     /**
@@ -41,19 +35,13 @@ public:
 
     std::mutex &mutex() { return m_mutex; }
 
-    /** What is to become of a call. */
-    struct Fate {
-        int status = 0;                      ///< below 0: it fails with that
-        const std::string *answer = nullptr; ///< text that a text getter gives instead of its own
-        std::optional<double> number;        ///< number that a getter gives instead of its own
-        std::optional<int> count;            ///< the same for the number of things
-    };
-    /** Begins a call: waits as long as faults and latency want, locks the mutex and lets the time pass up to now. */
-    Fate enter(const char *function, std::unique_lock<std::mutex> *lock);
-    /** Ends a call. */
-    void leave(const char *function, const std::string &arguments, const std::string &result);
+    /** Waits as long as faults and latency want, and lets the time pass up to now. */
+    Fate enter(const char *function, std::unique_lock<std::mutex> *lock) override;
+    void leave(const char *function, const std::string &arguments, const std::string &result) override;
+    /** Only for tests, which can read it. */
+    bool keepsJournal() const override;
 
-    std::vector<Controller> &controllers() { return m_controllers; }
+    std::vector<controllers::Controller *> controllers() override;
     /** Null if there is none. */
     Controller *controller(int id);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 
-#include "simulator/LibraryFunctions.h"
-#include "simulator/Simulator.h"
+#include "controllers/simulated/LibraryFunctions.h"
+#include "controllers/simulated/Simulator.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "simulator/Simulator.h"
+#include "controllers/core/Library.h"
 
 #include "device/moverRecords.h"
 
 #include <mutex>
 #include <string>
 
-namespace simulator {
+namespace controllers {
 
 /** A text argument of a call: bytes and their number, as the caller gave them. */
 struct TextArgument {
@@ -22,7 +22,8 @@ struct PairsArgument {
     int count;
 };
 
-// How the journal writes things; see Call in SimulatorControl.h.
+// How a journal writes things: integers in decimal, doubles with the fewest digits that give the same number again,
+// texts quoted, a parameter record as its quoted model name.
 std::string formatted(int number);
 std::string formatted(double number);
 std::string formatted(const std::string &text);
@@ -32,7 +33,7 @@ std::string formatted(const MotorParams &params);
 
 /**
  * One call of the library from its entry to its return: on construction it takes the time that it takes and locks the
- * simulator, on destruction it goes into the journal. Between the two it holds the simulator's mutex.
+ * library, on destruction it goes into the journal, if there is one. Between the two it holds the library's mutex.
  *
  * The first thing that speaks against the call stays its status; nothing may be carried out then.
  */
@@ -43,10 +44,10 @@ public:
     template <typename... Arguments>
     explicit LibraryCall(const char *function, const Arguments &...arguments)
         : m_function(function)
-        , m_simulator(Simulator::instance())
-        , m_fate(m_simulator.enter(function, &m_lock))
+        , m_library(Library::instance())
+        , m_fate(m_library.enter(function, &m_lock))
     {
-        if constexpr (keepsJournal)
+        if (m_library.keepsJournal())
             ((m_arguments += (m_arguments.empty() ? "" : ", ") + formatted(arguments)), ...);
     }
     ~LibraryCall();
@@ -65,7 +66,9 @@ public:
     }
     /** The same for the number of things. */
     int givenCount(int own) const { return m_fate.count.value_or(own); }
-    Simulator &simulator() { return m_simulator; }
+    Library &library() { return m_library; }
+    /** The lock that the call holds, for those that wait for a controller. */
+    std::unique_lock<std::mutex> &lock() { return m_lock; }
 
     // Each of these returns null, and the status says why, if the call is refused.
     Controller *knownController(int id);
@@ -88,9 +91,9 @@ private:
     std::string m_arguments;
     std::string m_result;
     const char *m_function;
-    Simulator &m_simulator;
+    Library &m_library;
     std::unique_lock<std::mutex> m_lock;
-    Simulator::Fate m_fate;
+    Library::Fate m_fate;
 };
 
-} // namespace simulator
+} // namespace controllers

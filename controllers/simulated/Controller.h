@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "simulator/Axis.h"
-#include "simulator/Scenario.h"
+#include "controllers/core/Controller.h"
+#include "controllers/simulated/Axis.h"
+#include "controllers/simulated/Scenario.h"
 
 #include <string>
 #include <vector>
@@ -10,36 +11,29 @@
 namespace simulator {
 
 /** One controller: what its box, its link and the library know about it. It goes on moving whatever its link does. */
-class Controller
+class Controller : public controllers::Controller
 {
 public:
     explicit Controller(const ControllerScenario &scenario);
 
-    int id;
-    std::string serialNumber; ///< this and the next two: at most 32 bytes
-    std::string modelName;
-    std::string softVersion;
-    int axisCount; ///< of the axes, those that the library sees
-
-    bool added = false;
-    bool open = false;
     bool linkUp = true;
 
-    bool plugged() const { return m_plugged; }
+    bool plugged() const override { return m_plugged; }
+    bool answers() const override { return linkUp; }
+    int openLink(std::unique_lock<std::mutex> &) override { return m_plugged && linkUp ? Ok : LinkLost; }
     /** Unplugging closes the link for good; plugging in again does not open it. */
     void setPlugged(bool plugged);
 
-    bool joystickPresent() const { return m_joystickPresent; }
-    /** -10 to 10, tenths of maxRockerSpeed. */
-    double deflection() const { return m_deflection; }
-    bool joystickDrives() const { return m_joystickDrives; }
+    bool joystickPresent() const override { return m_joystickPresent; }
+    double deflection() const override { return m_deflection; }
+    bool joystickDrives() const override { return m_joystickDrives; }
     /** Plugs in or moves the joystick. Taking it away ends its rule over the axes. */
     void setJoystick(bool present, double deflection);
-    /** Hands the axes to the joystick or takes them back. Returns a Status. */
-    int setJoystickDrives(bool drives);
+    int setJoystickDrives(bool drives) override;
 
     /** All of them, whatever axisCount says. */
     std::vector<Axis> &axes() { return m_axes; }
+    Axis &axis(int number) override { return m_axes[number]; }
     /** Lets time pass for every axis. */
     void settle(double now);
     /** Carries out an event of this controller. */

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/MotionProfile.h"
+#include "controllers/core/MotionProfile.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace simulator {
+namespace controllers {
 
 MotionProfile::MotionProfile(Motion start)
     : m_start(start)
@@ -73,4 +73,4 @@ Motion MotionProfile::at(double time) const
     return motion;
 }
 
-} // namespace simulator
+} // namespace controllers

@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-namespace simulator {
+namespace controllers {
 
 /** What is wrong with a JSON text, and on which line (from 1). */
 struct JsonError : std::runtime_error {
@@ -34,4 +34,4 @@ struct JsonValue {
     static JsonValue parse(const std::string &text);
 };
 
-} // namespace simulator
+} // namespace controllers

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-// The library's 71 functions on the simulated controllers.
+// The library's 71 functions, for every library of ours.
 #include "device/moverLibrary.h"
 
-#include "simulator/LibraryCall.h"
-#include "simulator/SimulatorStatus.h"
+#include "controllers/core/LibraryCall.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
-using namespace simulator;
+using namespace controllers;
 
 namespace {
 
@@ -62,8 +62,10 @@ int setControllerText(const char *function, int id, std::string Controller::*tex
     LibraryCall call(function, id, TextArgument{bytes, length});
     Controller *controller = call.openController(id);
     const std::string value = takeText(call, bytes, length);
-    if (call.status() == Ok)
+    if (call.status() == Ok) {
         controller->*text = value;
+        controller->stored();
+    }
     return call.finish(call.status());
 }
 
@@ -81,8 +83,10 @@ int setStageText(const char *function, int id, int axis, StageText text, const c
     LibraryCall call(function, id, axis, TextArgument{bytes, length});
     Axis *found = call.axis(id, axis);
     const std::string value = takeText(call, bytes, length);
-    if (call.status() == Ok)
+    if (call.status() == Ok) {
         setField(found->stage().*text, value);
+        found->stored();
+    }
     return call.finish(call.status());
 }
 
@@ -124,6 +128,7 @@ int store(const char *function, int id, int axis, Value value, Value AxisSetting
         if (!std::isfinite(static_cast<double>(value)) || !allows(found, value))
             return OutOfRange;
         found.settings.*setting = value;
+        found.stored();
         return Ok;
     });
 }
@@ -175,6 +180,7 @@ int setTable(const char *function, int id, int axis, Table AxisSettings::*table,
             read.emplace_back(expected, actual);
         }
         found.settings.*table = read;
+        found.stored();
         return Ok;
     });
 }
@@ -208,9 +214,9 @@ int listTSMotorControlerDevices(int *ids, int capacity)
     if (call.status() < 0)
         return call.finish(call.status());
     int count = 0;
-    for (const Controller &controller : call.simulator().controllers()) {
-        if (controller.plugged() && count < capacity)
-            ids[count++] = controller.id;
+    for (const Controller *controller : call.library().controllers()) {
+        if (controller->plugged() && count < capacity)
+            ids[count++] = controller->id;
     }
     return call.finish(call.givenCount(count));
 }
@@ -230,7 +236,8 @@ int removeDev(int id)
 {
     LibraryCall call(__func__, id);
     if (Controller *controller = call.addedController(id)) {
-        controller->open = false;
+        if (std::exchange(controller->open, false))
+            controller->closeLink();
         controller->added = false;
     }
     return call.finish(call.status());
@@ -240,10 +247,9 @@ int openTSDevice(int id)
 {
     LibraryCall call(__func__, id);
     if (Controller *controller = call.addedController(id)) {
-        if (controller->open)
-            call.refuse(AlreadyOpen);
-        else if (!controller->plugged() || !controller->linkUp)
-            call.refuse(LinkLost);
+        const int status = controller->open ? AlreadyOpen : controller->openLink(call.lock());
+        if (status < 0)
+            call.refuse(status);
         else
             controller->open = true;
     }
@@ -254,9 +260,10 @@ int closeTSDevice(int id)
 {
     LibraryCall call(__func__, id);
     if (Controller *controller = call.addedController(id)) {
-        if (!controller->open)
+        if (std::exchange(controller->open, false))
+            controller->closeLink();
+        else
             call.refuse(NotOpen);
-        controller->open = false;
     }
     return call.finish(call.status());
 }
@@ -287,6 +294,7 @@ int setDevAxisCount(int id, int count)
             call.refuse(OutOfRange);
         else
             controller->axisCount = count;
+        controller->stored();
     }
     return call.finish(call.status());
 }
@@ -381,20 +389,14 @@ int home(int id, int axis)
 int stopRuning(int id, int axis)
 {
     LibraryCall call(__func__, id, axis);
-    return onAxis(call, id, axis, [](Axis &found) {
-        found.stop();
-        return Ok;
-    });
+    return onAxis(call, id, axis, [](Axis &found) { return found.stop(); });
 }
 
 int setMotorEnable(int id, int axis, int enable)
 {
     LibraryCall call(__func__, id, axis, enable);
     return onAxis(call, id, axis, [enable](Axis &found) {
-        if (enable != 0 && enable != 1)
-            return OutOfRange;
-        found.setEnabled(enable == 1);
-        return Ok;
+        return enable == 0 || enable == 1 ? found.setEnabled(enable == 1) : static_cast<int>(OutOfRange);
     });
 }
 
@@ -591,6 +593,7 @@ int setMotorUnitType(int id, int axis, int value)
         if (value != 0 && value != 1)
             return OutOfRange;
         found.stage().unitType = static_cast<uint16_t>(value);
+        found.stored();
         return Ok;
     });
 }
@@ -628,14 +631,14 @@ int getMotorParams(int id, int axis, MotorParams *params)
     const Axis *found = call.axis(id, axis);
     if (!found || !params)
         return call.finish(call.refuse(BadArgument)); // or what had already been said against it
-    *params = found->shownParams.value_or(found->stage());
+    *params = found->shownStage();
     return call.finish(Ok, formatted(*params));
 }
 
 int setMotorParams(int id, int axis, MotorParams params)
 {
     LibraryCall call(__func__, id, axis, params);
-    return onAxis(call, id, axis, [&params](Axis &found) { return found.setStage(params); });
+    return onAxis(call, id, axis, [&](Axis &found) { return found.setStage(params, call.lock()); });
 }
 
 int getMotorAutoDetect(int id, int axis, int *code)
@@ -643,20 +646,15 @@ int getMotorAutoDetect(int id, int axis, int *code)
     LibraryCall call(__func__, id, axis);
     const Axis *found = call.axis(id, axis);
     if (!found || !code)
-        return call.finish(call.refuse(BadArgument));  // or what had already been said against it
-    *code = call.given(static_cast<int>(found->chip)); // the enumerators are in the order of the codes
+        return call.finish(call.refuse(BadArgument)); // or what had already been said against it
+    *code = call.given(found->chipCode());
     return call.finish(Ok, formatted(*code));
 }
 
 int setClearIDChip(int id, int axis)
 {
     LibraryCall call(__func__, id, axis);
-    return onAxis(call, id, axis, [](Axis &found) {
-        if (found.chip == Chip::Absent)
-            return NoChip;
-        found.chip = Chip::Blank;
-        return Ok;
-    });
+    return onAxis(call, id, axis, [](Axis &found) { return found.eraseChip(); });
 }
 
 int setPosConpenEnable(int id, int axis, int value)

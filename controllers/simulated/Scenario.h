@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "simulator/SimulatorControl.h"
+#include "controllers/core/Controller.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include <array>
 #include <string>
@@ -9,7 +10,7 @@
 
 namespace simulator {
 
-constexpr int maxAxes = 3;
+using controllers::maxAxes;
 
 /** One axis at the beginning. */
 struct AxisScenario {

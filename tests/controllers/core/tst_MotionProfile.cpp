@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/MotionProfile.h"
+#include "controllers/core/MotionProfile.h"
 
 #include <QtTest>
 
@@ -7,8 +7,8 @@
 #include <cmath>
 #include <random>
 
-using simulator::Motion;
-using simulator::MotionProfile;
+using controllers::Motion;
+using controllers::MotionProfile;
 
 class tst_MotionProfile : public QObject
 {

@@ -1,21 +1,18 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/Controller.h"
-
-#include "simulator/SimulatorStatus.h"
+#include "controllers/simulated/Controller.h"
 
 namespace simulator {
 
 Controller::Controller(const ControllerScenario &scenario)
-    : id(scenario.id)
-    , serialNumber(scenario.serialNumber)
-    , modelName(scenario.modelName)
-    , softVersion(scenario.softVersion)
-    , axisCount(scenario.axisCount)
+    : controllers::Controller(scenario.id, scenario.axisCount)
     , m_plugged(scenario.plugged)
     , m_joystickPresent(scenario.joystickPresent)
     , m_deflection(scenario.joystickDeflection)
     , m_axes(scenario.axes.begin(), scenario.axes.end())
 {
+    serialNumber = scenario.serialNumber;
+    modelName = scenario.modelName;
+    softVersion = scenario.softVersion;
 }
 
 void Controller::setPlugged(bool plugged)

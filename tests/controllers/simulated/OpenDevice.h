@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "simulator/SimulatorControl.h"
-#include "simulator/SimulatorStatus.h"
+#include "controllers/simulated/SimulatorControl.h"
+#include "device/moverStatus.h"
 
 #include "device/moverLibrary.h"
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/Axis.h"
-
-#include "simulator/SimulatorStatus.h"
+#include "controllers/core/Axis.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace simulator {
+namespace controllers {
 
 namespace {
 
@@ -32,24 +30,40 @@ double compensated(const std::vector<std::pair<double, double>> &table, double p
 
 } // namespace
 
-Axis::Axis(const AxisScenario &scenario)
-    : chip(scenario.chip)
-    , m_stage(scenario.stage)
+AxisSettings AxisSettings::of(const MotorParams &stage, double position)
 {
-    const double travel = m_stage.maxPos - m_stage.minPos;
-    settings.speed = m_stage.maxSpeed / 2;
-    settings.acceleration = m_stage.maxAcc / 2;
-    settings.targetPos = scenario.position;
+    const double travel = stage.maxPos - stage.minPos;
+    AxisSettings settings;
+    settings.speed = stage.maxSpeed / 2;
+    settings.acceleration = stage.maxAcc / 2;
+    settings.targetPos = position;
     settings.relativeDisp = travel / 20;
     settings.jogStep = travel / 100;
     settings.circleDisp = travel / 10;
     settings.triggerStep = travel / 100;
-    m_motion.position = scenario.position;
+    return settings;
+}
+
+Axis::Axis(const MotorParams &stage, double position)
+    : settings(AxisSettings::of(stage, position))
+    , m_stage(stage)
+{
+    m_motion.position = position;
 }
 
 double Axis::clipped(double position) const
 {
     return std::clamp(position, m_stage.minPos, m_stage.maxPos);
+}
+
+bool Axis::atLowerEnd(double position) const
+{
+    return position <= m_stage.minPos + resolution;
+}
+
+bool Axis::atUpperEnd(double position) const
+{
+    return position >= m_stage.maxPos - resolution;
 }
 
 void Axis::settle(double now)
@@ -59,7 +73,9 @@ void Axis::settle(double now)
         const double legEnd = m_legStart + m_profile.duration();
         if (now < legEnd) {
             m_motion = m_profile.at(now - m_legStart);
-            m_motion.position = clipped(m_motion.position); // rounding must not carry it beyond a limit
+            // Rounding must not carry it beyond a limit.
+            m_motion.position =
+                std::clamp(m_motion.position, std::min(m_stage.minPos, m_from), std::max(m_stage.maxPos, m_from));
             return;
         }
         m_motion = {clipped(m_profile.end()), 0};
@@ -69,31 +85,24 @@ void Axis::settle(double now)
             return;
         } else {
             ++m_leg;
-            startLeg(legEnd + m_dwell);
+            startLeg(legBegin(legEnd + m_dwell));
         }
     }
 }
 
 void Axis::endRun()
 {
-    m_homed = m_homed || m_run == Run::Home;
-    m_run = Run::None;
+    ended(std::exchange(m_run, Run::None));
 }
 
-int Axis::refusal() const
+int Axis::refusal(Run) const
 {
-    if (!m_enabled)
-        return PowerOff;
-    if (running())
-        return m_run == Run::Joystick ? JoystickDrives : AxisRunning;
-    if (m_joystickMode && m_deflection != 0)
-        return JoystickDrives; // held against a limit
-    return limitOptoFailed() ? OptoFault : Ok;
+    return running() ? AxisRunning : Ok;
 }
 
 int Axis::start(Run run, double displacement, int legs, double dwell, double speed)
 {
-    if (const int status = refusal(); status != Ok)
+    if (const int status = refusal(run); status != Ok)
         return status;
     if (legs == 0 || (std::abs(displacement) < resolution && run != Run::Home))
         return Ok;
@@ -103,7 +112,7 @@ int Axis::start(Run run, double displacement, int legs, double dwell, double spe
     m_legs = legs;
     m_leg = 0;
     m_dwell = dwell;
-    m_speed = speed;
+    m_speed = std::min(speed, speedLimit());
     m_acceleration = settings.acceleration;
     startLeg(m_now);
     settle(m_now);
@@ -126,10 +135,11 @@ void Axis::setProfile(const MotionProfile &profile, double at)
 {
     if (profile.end() != m_motion.position) {
         m_direction = profile.end() > m_motion.position ? 1 : -1;
-        m_homed = false;
+        leaves();
     }
     m_profile = profile;
     m_legStart = at;
+    m_from = m_motion.position;
 }
 
 int Axis::startMove()
@@ -157,23 +167,13 @@ int Axis::startLoop(int direction)
     return start(Run::Loop, direction * settings.circleDisp, legs, settings.circleDelay / 1000.0, settings.speed);
 }
 
-int Axis::home()
+int Axis::stop()
 {
-    if (const int status = refusal(); status != Ok)
-        return status;
-    if (m_optoFailed[static_cast<int>(Opto::Origin)])
-        return OptoFault;
-    const double speed = std::min(m_stage.restoreSpeed, m_stage.maxSpeed);
-    return start(Run::Home, -m_motion.position, 1, 0, speed);
+    brake();
+    return Ok;
 }
 
-void Axis::triggerPulse()
-{
-    if (settings.triggerInEnable)
-        start(Run::Trigger, settings.triggerStep, 1, 0, settings.speed);
-}
-
-void Axis::stop()
+void Axis::brake()
 {
     if (m_motion.velocity == 0) {
         m_run = Run::None;
@@ -185,74 +185,43 @@ void Axis::stop()
     setProfile(MotionProfile::brake(m_motion, m_acceleration), m_now);
 }
 
-void Axis::setEnabled(bool enabled)
+void Axis::driveTo(double target, double speed)
 {
-    m_enabled = enabled;
-    if (!enabled) {
-        m_run = Run::None;
-        m_motion.velocity = 0;
-    } else if (m_joystickMode) {
-        driveByJoystick(m_deflection);
-    }
-}
-
-void Axis::driveByJoystick(double deflection)
-{
-    m_joystickMode = true;
-    m_deflection = deflection;
-    const double speed = std::min(std::abs(deflection) * m_stage.maxRockerSpeed / 10, m_stage.maxSpeed);
-    if (!m_enabled || limitOptoFailed())
-        return;
-    if (speed == 0) {
-        stop();
-        return;
-    }
     // An axis in motion brakes as it was started: with a smaller acceleration it might no longer stop in its travel.
     if (m_motion.velocity == 0)
         m_acceleration = settings.acceleration;
-    m_run = Run::Joystick;
+    m_run = Run::Own;
     m_leg = 0;
     m_legs = 1;
-    const double limit = deflection > 0 ? m_stage.maxPos : m_stage.minPos;
-    setProfile(MotionProfile::to(m_motion, limit, speed, m_acceleration), m_now);
+    setProfile(MotionProfile::to(m_motion, target, speed, m_acceleration), m_now);
     settle(m_now);
 }
 
-void Axis::endJoystick()
+void Axis::standAt(double position)
 {
-    m_joystickMode = false;
-    stop();
+    m_run = Run::None;
+    m_motion = {position, 0};
 }
 
-MotorStageState Axis::state() const
+void Axis::takeUpAt(double position)
 {
-    if (shownState)
-        return *shownState;
-    MotorStageState state{};
-    state.isCanRun = refusal() == Ok;
-    state.isStop = !running();
-    state.isEnable = m_enabled;
-    state.isHome = m_homed;
-    state.isLeftLimit = m_motion.position <= m_stage.minPos + resolution;
-    state.isRightLimit = m_motion.position >= m_stage.maxPos - resolution;
-    state.isLeftOptoFault = m_optoFailed[static_cast<int>(Opto::Negative)];
-    state.isRightOptoFault = m_optoFailed[static_cast<int>(Opto::Positive)];
-    state.isHomeOptoFault = m_optoFailed[static_cast<int>(Opto::Origin)];
-    state.runCount = static_cast<uint32_t>(loopIndex());
-    return state;
+    m_motion = {position, 0};
+    if (m_run == Run::Stop)
+        endRun();
+    else if (running())
+        startLeg(m_now);
 }
 
 double Axis::reportedPosition() const
 {
+    const double position = stagePosition();
     if (!settings.posConpenEnable)
-        return m_motion.position;
-    return compensated(m_direction > 0 ? settings.positivePosConpen : settings.negativePosConpen, m_motion.position);
+        return position;
+    return compensated(m_direction > 0 ? settings.positivePosConpen : settings.negativePosConpen, position);
 }
 
-int Axis::setStage(const MotorParams &stage)
+int Axis::fault(const MotorParams &stage)
 {
-    if (running())
-        return AxisRunning;
     for (const double value :
          {stage.dispOneCircle, stage.restoreSpeed, stage.maxSpeed, stage.maxAcc, stage.minPos, stage.maxPos,
           stage.maxRockerSpeed}) {
@@ -262,31 +231,25 @@ int Axis::setStage(const MotorParams &stage)
     if (stage.restoreSpeed <= 0 || stage.maxSpeed <= 0 || stage.maxAcc <= 0 || stage.maxRockerSpeed < 0 ||
         stage.minPos >= stage.maxPos)
         return OutOfRange;
-    m_stage = stage;
-    if (chip == Chip::Blank)
-        chip = Chip::Written;
-    settings.speed = std::min(settings.speed, stage.maxSpeed);
-    settings.acceleration = std::min(settings.acceleration, stage.maxAcc);
-    settings.targetPos = clipped(settings.targetPos);
-    if (clipped(m_motion.position) != m_motion.position)
-        setPosition(m_motion.position);
     return Ok;
 }
 
-void Axis::setPosition(double position)
+int Axis::setStage(const MotorParams &stage, std::unique_lock<std::mutex> &)
 {
-    m_run = Run::None;
-    m_homed = false;
-    m_motion = {clipped(position), 0};
+    if (running())
+        return AxisRunning;
+    if (const int status = fault(stage); status != Ok)
+        return status;
+    setStored(stage);
+    return Ok;
 }
 
-void Axis::setOptoFault(Opto opto, bool failed)
+void Axis::setStored(const MotorParams &stage)
 {
-    m_optoFailed[static_cast<int>(opto)] = failed;
-    if (!failed && m_joystickMode && !running())
-        driveByJoystick(m_deflection);
-    else if (failed && running() && (opto != Opto::Origin || m_run == Run::Home))
-        stop();
+    m_stage = stage;
+    settings.speed = std::min(settings.speed, stage.maxSpeed);
+    settings.acceleration = std::min(settings.acceleration, stage.maxAcc);
+    settings.targetPos = clipped(settings.targetPos);
 }
 
-} // namespace simulator
+} // namespace controllers

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/LibraryCall.h"
-
-#include "simulator/SimulatorStatus.h"
+#include "controllers/core/LibraryCall.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 
-namespace simulator {
+namespace controllers {
 
 std::string formatted(int number)
 {
@@ -52,15 +50,16 @@ std::string formatted(const MotorParams &params)
 
 LibraryCall::~LibraryCall()
 {
-    m_simulator.leave(m_function, m_arguments, m_result);
+    m_library.leave(m_function, m_arguments, m_result);
 }
 
 Controller *LibraryCall::knownController(int id)
 {
-    Controller *controller = m_simulator.controller(id);
-    if (!controller)
+    const std::vector<Controller *> all = m_library.controllers();
+    const auto found = std::find_if(all.begin(), all.end(), [id](const Controller *one) { return one->id == id; });
+    if (found == all.end())
         refuse(UnknownDevice);
-    return status() < 0 ? nullptr : controller;
+    return status() < 0 ? nullptr : *found;
 }
 
 Controller *LibraryCall::addedController(int id)
@@ -80,7 +79,7 @@ Controller *LibraryCall::openController(int id)
         refuse(LinkLost);
     else if (!controller->open)
         refuse(NotOpen);
-    else if (!controller->linkUp)
+    else if (!controller->answers())
         refuse(LinkLost);
     return status() < 0 ? nullptr : controller;
 }
@@ -94,7 +93,7 @@ Axis *LibraryCall::axis(int id, int axis)
         refuse(NoSuchAxis);
         return nullptr;
     }
-    return &controller->axes()[axis];
+    return &controller->axis(axis);
 }
 
 int LibraryCall::refuse(int status)
@@ -106,13 +105,15 @@ int LibraryCall::refuse(int status)
 
 int LibraryCall::finish(int result)
 {
-    m_result = formatted(result);
+    if (m_library.keepsJournal())
+        m_result = formatted(result);
     return result;
 }
 
 double LibraryCall::finish(double result)
 {
-    m_result = formatted(result);
+    if (m_library.keepsJournal())
+        m_result = formatted(result);
     return result;
 }
 
@@ -122,4 +123,4 @@ int LibraryCall::finish(int result, const std::string &shown)
     return result;
 }
 
-} // namespace simulator
+} // namespace controllers

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/Simulator.h"
+#include "controllers/simulated/Simulator.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,6 +12,15 @@ namespace {
 constexpr std::size_t journalCapacity = 200'000;
 
 } // namespace
+
+} // namespace simulator
+
+controllers::Library &controllers::Library::instance()
+{
+    return simulator::Simulator::instance();
+}
+
+namespace simulator {
 
 Simulator &Simulator::instance()
 {
@@ -101,7 +110,24 @@ Controller *Simulator::controller(int id)
     return found == m_controllers.end() ? nullptr : &*found;
 }
 
+std::vector<controllers::Controller *> Simulator::controllers()
+{
+    std::vector<controllers::Controller *> all;
+    for (Controller &controller : m_controllers)
+        all.push_back(&controller);
+    return all;
+}
+
 // ---- Calls
+
+bool Simulator::keepsJournal() const
+{
+#if defined(MOVER_LIBRARY_STATIC)
+    return true;
+#else
+    return false;
+#endif
+}
 
 void Simulator::setObserver(std::function<void(const std::string &)> observer)
 {
@@ -140,7 +166,7 @@ Simulator::Fate Simulator::enter(const char *function, std::unique_lock<std::mut
 void Simulator::leave(const char *function, const std::string &arguments, const std::string &result)
 {
     m_inFlight.erase(std::find(m_inFlight.begin(), m_inFlight.end(), function));
-    if constexpr (keepsJournal) {
+    if (keepsJournal()) {
         if (m_journal.size() == journalCapacity)
             m_journal.pop_front();
         m_journal.push_back({function, arguments, result, std::this_thread::get_id()});

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device/moverRecords.h"
+#include "device/moverStatus.h"
 
 #include <functional>
 #include <optional>
@@ -17,6 +18,8 @@
  * axis above 2 is a mistake in the test and throws std::invalid_argument.
  */
 namespace simulator {
+
+using namespace moverStatus;
 
 /** One library call, as the journal keeps it. */
 struct Call {

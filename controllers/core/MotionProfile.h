@@ -3,7 +3,7 @@
 
 #include <array>
 
-namespace simulator {
+namespace controllers {
 
 /** Where an axis is and how fast it goes, in the stage's unit and per second. */
 struct Motion {
@@ -55,4 +55,4 @@ private:
     double m_end = 0;
 };
 
-} // namespace simulator
+} // namespace controllers
