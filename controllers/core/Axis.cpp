@@ -113,7 +113,7 @@ int Axis::start(Run run, double displacement, int legs, double dwell, double spe
     m_leg = 0;
     m_dwell = dwell;
     m_speed = std::min(speed, speedLimit());
-    m_acceleration = settings.acceleration;
+    m_acceleration = std::min(settings.acceleration, accelerationLimit());
     startLeg(m_now);
     settle(m_now);
     return Ok;
@@ -203,8 +203,9 @@ void Axis::standAt(double position)
     m_motion = {position, 0};
 }
 
-void Axis::takeUpAt(double position)
+void Axis::takeUpAt(double position, double now)
 {
+    m_now = now;
     m_motion = {position, 0};
     if (m_run == Run::Stop)
         endRun();

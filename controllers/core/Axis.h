@@ -75,6 +75,8 @@ public:
     // ---- State
 
     bool running() const { return m_run != Run::None; }
+    /** Whether the run is between two of its legs. */
+    bool dwelling() const { return running() && m_now >= m_legStart + m_profile.duration(); }
     virtual MotorStageState state() const = 0;
     /** Where the plan has the axis; what is true of the stage is reportedPosition(). */
     double position() const { return m_motion.position; }
@@ -122,8 +124,9 @@ protected:
 
     /** What speaks against a start of `run`; None asks for any at all. */
     virtual int refusal(Run run) const;
-    /** Speed that no run exceeds. */
+    /** Speed and acceleration that no run exceeds. */
     virtual double speedLimit() const { return std::numeric_limits<double>::infinity(); }
+    virtual double accelerationLimit() const { return std::numeric_limits<double>::infinity(); }
     /** When a leg begins that was due at `due`, not after the time of this settle(). */
     virtual double legBegin(double due) const { return due; }
     /** Where the stage stands, before compensation. */
@@ -145,8 +148,8 @@ protected:
     void brake();
     /** The run is over and the axis stands at `position`. */
     void standAt(double position);
-    /** The axis stands at `position` and takes up its leg again from there. */
-    void takeUpAt(double position);
+    /** The axis stands at `position` since `now` and takes up its leg again from there. */
+    void takeUpAt(double position, double now);
     void setStored(const MotorParams &stage);
     static int fault(const MotorParams &stage);
 
