@@ -163,7 +163,8 @@ void Board::arrive(char byte)
         break;
     }
     if (isRealTime(byte)) {
-        m_wantedOverrides.push_back(static_cast<unsigned char>(byte));
+        // Two that are the same count once, until the program looks.
+        m_wantedOverrides.insert(static_cast<unsigned char>(byte));
     } else if (m_received.size() < s_receiveBytes) {
         m_received += byte;
     } else {
@@ -224,7 +225,9 @@ void Board::runProgram()
             return;
         }
         if (m_wait.then) {
-            if ((m_wait.isOfLine && isSuspended()) || !m_wait.isOver()) {
+            // A line that waits for a block is let through where those behind it are not read any more.
+            const bool isStuck = m_wait.isOfLine && isSuspended() && !(m_isDeaf && m_wait.isForBlock);
+            if (isStuck || !m_wait.isOver()) {
                 return;
             }
             // What it does may begin to wait for something else.
@@ -272,13 +275,13 @@ bool Board::readLines()
 void Board::spend(double seconds, Then then)
 {
     m_freeAt = std::max(m_freeAt, m_now + seconds);
-    m_wait = {[] { return true; }, Wire::never, std::move(then), false};
+    m_wait = {[] { return true; }, Wire::never, std::move(then)};
 }
 
 void Board::later(double seconds, Then then)
 {
     const double at = std::max(m_freeAt, m_now) + seconds;
-    m_wait = {[this, at] { return m_now >= at; }, at, std::move(then), false};
+    m_wait = {[this, at] { return m_now >= at; }, at, std::move(then)};
 }
 
 void Board::waitFor(std::function<bool()> isOver, Then then)
@@ -320,7 +323,7 @@ void Board::powerCycle()
     for (int axis = 0; axis < m_options.axes; ++axis) {
         m_switches[axis] = isSwitchClosed(axis);
     }
-    m_wait = {[] { return true; }, Wire::never, [this] { start(m_settings.isOn(22)); }, false};
+    m_wait = {[] { return true; }, Wire::never, [this] { start(m_settings.isOn(22)); }};
 }
 
 } // namespace emulator

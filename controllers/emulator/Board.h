@@ -11,6 +11,7 @@
 #include <array>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -153,6 +154,7 @@ private:
         double wakeAt = Wire::never;
         Then then;
         bool isOfLine = false; // a line's, which stands still while motion is suspended
+        bool isForBlock = false;
     };
 
     double toUser(double boardTime) const { return boardTime / (1 + m_options.clockError); }
@@ -202,6 +204,7 @@ private:
     void changeOverride(unsigned char byte);
     void reset();
     void start(bool isLocked);
+    double lockTime() const;
     void stopped();
 
     // Alarms
@@ -249,7 +252,7 @@ private:
     bool m_wantsDoor = false;
     bool m_wantsResume = false;
     bool m_wantsCancel = false;
-    std::vector<unsigned char> m_wantedOverrides;
+    std::set<unsigned char> m_wantedOverrides;
     bool m_limitEdge = false;
 
     // Motion

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 namespace emulator {
 
@@ -11,10 +12,11 @@ namespace {
 
 constexpr double readTime = 0.00003; // for a line of nothing
 constexpr double commandTime = 0.00006;
-constexpr double codeTime = 0.00004;   // for each character
-constexpr double jogTime = 0.00085;    // from the line's end until the state is Jog
-constexpr double restTime = 0.00155;   // until the ok, from rest
-constexpr double queuedTime = 0.00035; // until the ok, in motion
+constexpr double codeTime = 0.00004;    // for each character
+constexpr double jogTime = 0.00085;     // from the line's end until the state is Jog
+constexpr double restTime = 0.00155;    // until the ok, from rest
+constexpr double codeMoveTime = 0.0005; // until the ok of a G0 or G1
+constexpr double queuedTime = 0.00035;  // until the ok, in motion
 
 } // namespace
 
@@ -192,8 +194,6 @@ void Board::storeSetting(const std::string &line)
     if (!m_settingsFile.empty()) {
         m_settings.save(m_settingsFile);
     }
-    // The steps stay what they are, their millimetres may be others now.
-    m_target = machinePosition();
     store([this] { answer(0); });
 }
 
@@ -281,9 +281,14 @@ void Board::move(const Vector &target, double feed, Block::Kind kind, Then then)
                 } else if (!m_hasStopped && !m_isHeld) {
                     m_stepper.start(m_now);
                 }
+                if (std::exchange(m_isDeaf, false)) {
+                    m_isCancelling = true; // the cancel that came too late for the jog before
+                    m_stepper.hold();
+                }
             }
             then();
         });
+    m_wait.isForBlock = true;
 }
 
 void Board::code(const std::string &line)
@@ -317,7 +322,7 @@ void Board::run(const Command &command)
             return refuseMove();
         }
         const Block::Kind kind = command.isRapid ? Block::Kind::Rapid : Block::Kind::Feed;
-        return move(command.target, command.feed, kind, [this, done] { spend(restTime, done); });
+        return move(command.target, command.feed, kind, [this, done] { spend(codeMoveTime, done); });
     }
     case Command::Action::Park: {
         const Vector park = command.park;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double reportDelay = 0.00008;
 constexpr double reportTime = 0.0006; // a "?" that comes in it is lost
-constexpr double dryTime = 0.003;     // from the last step until the program sees that motion is over
+constexpr double dryTime = 0.001;     // from the last step until the program sees that motion is over
 constexpr double resetTime = 0.0253;
 constexpr double alarmTime = 0.5;
 constexpr double deafWindow = 0.035;  // before the end of a cancel, in which another one does harm
@@ -28,7 +28,9 @@ void Board::serveRealTime()
     if (std::exchange(m_limitEdge, false) && m_settings.isOn(21) && m_state != State::Alarm && !m_isHoming) {
         m_stepper.abort();
         m_planner.clear(position());
-        return alarmAndStop(1);
+        m_state = State::Alarm;
+        m_wantsReport = false;
+        return spend(lockTime(), [this] { alarmAndStop(1); });
     }
     if (std::exchange(m_wantsReset, false)) {
         return reset();
@@ -256,12 +258,18 @@ void Board::noteCancel(char byte)
     }
 }
 
+double Board::lockTime() const
+{
+    return m_settings[1] == 255 ? 0 : m_settings[1] / 1000;
+}
+
 void Board::stopped()
 {
     m_hasStopped = true;
-    const double lock = m_settings[1] == 255 ? 0 : m_settings[1] / 1000;
     m_motorsAreOn = m_settings[1] == 255;
-    m_freeAt = std::max(m_freeAt, m_now + dryTime + lock);
+    if (!m_isHoming) {
+        m_freeAt = std::max(m_freeAt, m_now + dryTime + lockTime());
+    }
 }
 
 void Board::motionEnded()
@@ -574,9 +582,7 @@ void Board::homed()
     if (std::exchange(m_wantsReport, false)) {
         report();
     }
-    stopped();
-    m_hasStopped = false;
-    later(0, [this] {
+    later(lockTime(), [this] {
         m_isHoming = false;
         m_state = State::Idle;
         answer(0);

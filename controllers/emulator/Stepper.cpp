@@ -10,9 +10,11 @@ namespace emulator {
 namespace {
 
 constexpr double pieceTime = 0.010;
+constexpr double firstTime = 0.002;   // to prepare the first pieces
+constexpr double blockTime = 0.00003; // that each block takes longer than it should
 constexpr double longestInterval =
     1.0 / 30;                      // between two steps: the timer counts no further, a slower feed runs as fast
-constexpr double holdTail = 0.020; // between the end of a hold's ramp and the end of its motion
+constexpr double holdTail = 0.016; // between the end of a hold's ramp and the end of its motion
 constexpr double rounding = 1e-9;  // mm, and mm/s
 
 } // namespace
@@ -29,7 +31,7 @@ void Stepper::start(double now)
     if (isRunning()) {
         return;
     }
-    m_pieceStart = now;
+    m_pieceStart = now + firstTime;
     m_ticksDone = 0;
     plan();
     prepare();
@@ -146,6 +148,7 @@ Stepper::Piece Stepper::preparePiece()
         m_carriedTime = 0;
     }
     if (ends) {
+        piece.duration += blockTime;
         m_planner.removeFront();
         m_way = m_carriedTime = 0;
         if (m_planner.isEmpty()) {
@@ -198,7 +201,6 @@ void Stepper::follow(double duration, double &used)
             const double peak = std::min(top, std::sqrt((m_speed * m_speed + exit * exit) / 2 + ramp * left));
             acceleration = ramp;
             time = (peak - m_speed) / ramp;
-            toEnd = exit > 0 && peak <= exit + rounding;
         } else if (m_speed > top + rounding) {
             acceleration = -ramp;
             time = (m_speed - top) / ramp;
