@@ -48,7 +48,9 @@ public:
     /** Hands the axes to the joystick or takes them back. Returns a status. */
     virtual int setJoystickDrives(bool drives) { return drives ? NotAvailable : Ok; }
 
-    /** Below maxAxes, whatever axisCount says. */
+    /** How many axes axisCount may be set to. */
+    virtual int mostAxes() const { return maxAxes; }
+    /** Below mostAxes(), whatever axisCount says. */
     virtual Axis &axis(int number) = 0;
     /** A setter has stored something. */
     virtual void stored() {}

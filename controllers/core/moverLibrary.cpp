@@ -158,6 +158,20 @@ bool ofAcceleration(const Axis &axis, double value)
     return value > 0 && value <= axis.stage().maxAcc;
 }
 
+/** Switches a trigger line, where there is one. */
+int storeTrigger(const char *function, int id, int axis, int value, int AxisSettings::*setting)
+{
+    LibraryCall call(function, id, axis, value);
+    return onAxis(call, id, axis, [&](Axis &found) {
+        if (!zeroOrOne(found, value))
+            return OutOfRange;
+        if (value == 1 && !found.hasTriggers())
+            return NotAvailable;
+        found.settings.*setting = value;
+        return Ok;
+    });
+}
+
 // ---- Compensation tables
 
 using Table = std::vector<std::pair<double, double>>;
@@ -290,7 +304,7 @@ int setDevAxisCount(int id, int count)
 {
     LibraryCall call(__func__, id, count);
     if (Controller *controller = call.openController(id)) {
-        if (count < 1 || count > maxAxes)
+        if (count < 1 || count > controller->mostAxes())
             call.refuse(OutOfRange);
         else
             controller->axisCount = count;
@@ -556,7 +570,7 @@ int getCircleIndex(int id, int axis)
 
 int setTriggerInEnable(int id, int axis, int value)
 {
-    return store(__func__, id, axis, value, &AxisSettings::triggerInEnable, zeroOrOne);
+    return storeTrigger(__func__, id, axis, value, &AxisSettings::triggerInEnable);
 }
 
 int getTriggerInEnable(int id, int axis)
@@ -566,7 +580,7 @@ int getTriggerInEnable(int id, int axis)
 
 int setTriggerOutEnable(int id, int axis, int value)
 {
-    return store(__func__, id, axis, value, &AxisSettings::triggerOutEnable, zeroOrOne);
+    return storeTrigger(__func__, id, axis, value, &AxisSettings::triggerOutEnable);
 }
 
 int getTriggerOutEnable(int id, int axis)

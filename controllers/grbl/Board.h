@@ -73,6 +73,7 @@ public:
     double setting(int number, double otherwise) const;
 
     std::vector<std::unique_ptr<Axis>> &axes() { return m_axes; }
+    const std::vector<std::unique_ptr<Axis>> &axes() const { return m_axes; }
     /** Brings the plan up to now, so that a start at rest begins at once. */
     void settle(double now);
     /** A call has changed what has to be sent: run() should be called at once. */
