@@ -55,8 +55,9 @@ Board::Board(Options options)
 {
     m_forcedSwitches.fill(-1);
     m_options.stages.resize(maxAxes);
-    for (const auto &[number, value] : m_options.settings) {
-        m_settings.store(number, value);
+    // From behind: soft limits, 20, want homing, 22.
+    for (auto setting = m_options.settings.rbegin(); setting != m_options.settings.rend(); ++setting) {
+        m_settings.store(setting->first, setting->second);
     }
     for (int axis = 0; axis < maxAxes; ++axis) {
         m_stage[axis] = m_options.stages[axis].start;
