@@ -304,7 +304,6 @@ void Board::answer(int error)
 
 void Board::pressReset()
 {
-    m_in.clear();
     m_out.clear();
     powerCycle();
 }
