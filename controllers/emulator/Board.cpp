@@ -59,6 +59,9 @@ Board::Board(Options options)
     for (auto setting = m_options.settings.rbegin(); setting != m_options.settings.rend(); ++setting) {
         m_settings.store(setting->first, setting->second);
     }
+    if (!m_options.settingsFile.empty()) {
+        m_settings.load(m_options.settingsFile);
+    }
     for (int axis = 0; axis < maxAxes; ++axis) {
         m_stage[axis] = m_options.stages[axis].start;
     }

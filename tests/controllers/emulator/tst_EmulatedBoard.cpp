@@ -889,14 +889,11 @@ void tst_EmulatedBoard::keepsItsSettings()
 {
     const QString file = QDir::temp().filePath("tst_EmulatedBoard.settings");
     QFile::remove(file);
-    {
-        Host host;
-        QVERIFY(!host.board.loadSettings(file.toStdString()));
-        host.board.keepSettings(file.toStdString());
-        host.say("$120=77.5\n");
-    }
-    Host host;
-    QVERIFY(host.board.loadSettings(file.toStdString()));
+    emulator::Options options = Host::fast();
+    options.settingsFile = file.toStdString();
+    Host(options).say("$120=77.5\n");
+    options.settings.clear();
+    Host host(options);
     QCOMPARE(host.board.settings()[120], 77.5);
     QCOMPARE(host.board.settings()[110], 3000.0);
     QFile::remove(file);
