@@ -332,6 +332,7 @@ void Board::run(const Command &command)
     case Command::Action::Dwell:
         return later(command.dwell, done);
     case Command::Action::StoreOffsets:
+        m_untilOffsets = 0;
         return store(done);
     case Command::Action::Probe:
         return probe(command);
