@@ -55,8 +55,12 @@ Board::Board(Options options)
 {
     m_forcedSwitches.fill(-1);
     m_options.stages.resize(maxAxes);
-    for (const auto &[number, value] : m_options.settings) {
-        m_settings.store(number, value);
+    // From behind: soft limits, 20, want homing, 22.
+    for (auto setting = m_options.settings.rbegin(); setting != m_options.settings.rend(); ++setting) {
+        m_settings.store(setting->first, setting->second);
+    }
+    if (!m_options.settingsFile.empty()) {
+        m_settings.load(m_options.settingsFile);
     }
     for (int axis = 0; axis < maxAxes; ++axis) {
         m_stage[axis] = m_options.stages[axis].start;
@@ -303,7 +307,6 @@ void Board::answer(int error)
 
 void Board::pressReset()
 {
-    m_in.clear();
     m_out.clear();
     powerCycle();
 }

@@ -41,6 +41,8 @@ struct Options {
     bool recordsSteps = true;
     /** Differing from what the firmware comes with. */
     std::map<int, double> settings;
+    /** The board's memory: read at power-on where it is there, and written after each change; empty for none. */
+    std::string settingsFile;
     /** Stages of the axes, from the first on; the others have a default one. */
     std::vector<Stage> stages;
 };
@@ -139,11 +141,6 @@ public:
     /** Moves the stage by hand, in mm, motors off or not: the board does not notice. */
     void pushStage(int axis, double distance);
 
-    /** Stands in for the board's memory; see Settings. */
-    bool loadSettings(const std::string &file) { return m_settings.load(file); }
-    /** Written to after each change; empty for none. */
-    void keepSettings(const std::string &file) { m_settingsFile = file; }
-
 private:
     static constexpr int s_receiveBytes = 128;
 
@@ -225,7 +222,6 @@ private:
 
     Options m_options;
     Settings m_settings;
-    std::string m_settingsFile;
     Wire m_in{true};
     Wire m_out{false};
     Planner m_planner;

@@ -191,14 +191,14 @@ void Board::storeSetting(const std::string &line)
     if (const int error = m_settings.store(static_cast<long>(number), value)) {
         return answer(error);
     }
-    if (!m_settingsFile.empty()) {
-        m_settings.save(m_settingsFile);
-    }
     store([this] { answer(0); });
 }
 
 void Board::store(Then then)
 {
+    if (!m_options.settingsFile.empty()) {
+        m_settings.save(m_options.settingsFile);
+    }
     m_storingUntil = m_now + m_options.storeTime;
     spend(0.0003 + m_options.storeTime, std::move(then));
 }
@@ -332,6 +332,7 @@ void Board::run(const Command &command)
     case Command::Action::Dwell:
         return later(command.dwell, done);
     case Command::Action::StoreOffsets:
+        m_untilOffsets = 0;
         return store(done);
     case Command::Action::Probe:
         return probe(command);

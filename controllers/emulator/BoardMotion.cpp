@@ -340,7 +340,6 @@ void Board::reset()
 
 void Board::start(bool isLocked)
 {
-    m_in.clear();
     m_received.clear();
     m_line.clear();
     m_isComment = m_isRestComment = m_isTooLong = false;

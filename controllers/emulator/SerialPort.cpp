@@ -85,6 +85,12 @@ std::string SerialPort::path() const
     return m_link.empty() ? m_path : m_link;
 }
 
+bool SerialPort::isOpen() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isOpen;
+}
+
 void SerialPort::unplug()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

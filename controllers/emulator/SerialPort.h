@@ -31,6 +31,9 @@ public:
     /** The port's file, for now; the link where there is one. */
     std::string path() const;
 
+    /** Whether a host has it open; a host that closes and opens it within 20 ms is not noticed. */
+    bool isOpen() const;
+
     /** Calls `use` with the board while its thread keeps off it, and returns what that returns. */
     template <typename Use>
     auto use(const Use &use)
