@@ -57,7 +57,7 @@ double Axis::toStage(double mm) const
 double Axis::speedLimit() const
 {
     const double board = m_board.setting(highestSpeed + boardAxis(), stage().maxSpeed * 60) / 60;
-    const double braking = m_board.setting(ramp + boardAxis(), stage().maxAcc) * (Board::lead - Board::slice);
+    const double braking = m_board.setting(ramp + boardAxis(), stage().maxAcc) * Board::brakingTime;
     return std::min({stage().maxSpeed, board / fastestFeed, braking});
 }
 

@@ -29,6 +29,7 @@ constexpr double deafAfter = 0.3;        // in Idle, with answers missing
 constexpr double unexplained = 0.1;      // mm that an axis may be off what was sent
 constexpr double longestLag = 0.35;      // of the board behind the plan, ramps and a late report included
 constexpr double pressAgain = 10;
+constexpr double lateness = 0.03; // of the board's steps behind the lines, at most
 
 std::string number(double value, int decimals)
 {
@@ -368,7 +369,7 @@ void Board::compare(const Report &report)
             continue;
         // A byte of the report itself may have been lost: the next one tells.
         if (m_suspectAsked < 0 || m_reportAsked <= m_suspectAsked) {
-            m_suspectAsked = m_now;
+            m_suspectAsked = m_reportAsked;
             m_nextPoll = m_now;
             return;
         }
@@ -910,7 +911,7 @@ void Board::settle(double now)
 
 double Board::effectiveLead() const
 {
-    return std::max(lead - m_excess - 0.02, slice);
+    return std::max(lead - m_excess - lateness, slice);
 }
 
 void Board::stream()

@@ -26,8 +26,10 @@ namespace grbl {
 class Board
 {
 public:
-    static constexpr double slice = 0.05;
-    static constexpr double lead = 0.15;
+    static constexpr double slice = 0.03;
+    static constexpr double lead = 0.17;
+    /** No axis is faster than what the board's own ramp stops in this time. */
+    static constexpr double brakingTime = 0.08;
 
     /** Is told in words what went wrong. */
     using Log = std::function<void(const std::string &)>;

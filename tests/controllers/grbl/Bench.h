@@ -68,11 +68,12 @@ public:
     {
         const double end = now() + atMost;
         while (!over()) {
-            if (now() >= end)
+            if (now() >= end - 1e-9)
                 return false;
             exchange();
-            const double wait = board.isUrgent() ? 0.0002 : m_wait;
-            const double late = std::uniform_real_distribution<double>(0, jitter)(m_random);
+            const double wait = board.isUrgent() ? 0.0002 : std::min(m_wait, longestWait);
+            const double late =
+                board.isUrgent() ? 0 : std::uniform_real_distribution<double>(0, jitter)(m_random);
             firmware.advanceTo(std::min(now() + wait + late, end));
             exchange();
         }
@@ -107,6 +108,7 @@ public:
     std::vector<std::string> log;
     grbl::Board board;
     double jitter = 0.006;
+    double longestWait = 1; ///< between two looks at what a test waits for
 
 private:
     static std::vector<grbl::AxisSetup> setup(int axes)
