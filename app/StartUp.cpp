@@ -4,11 +4,10 @@
 #include "app/ScreenFit.h"
 #include "app/TerminationSignals.h"
 #include "device/LibraryLock.h"
+#include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
 #include "widgets/SmallFile.h"
-
-#include "device/moverLibrary.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -18,6 +17,7 @@
 #include <QFontDatabase>
 #include <QIcon>
 #include <QLocale>
+#include <QMessageBox>
 #include <QScreen>
 
 #include <algorithm>
@@ -37,16 +37,31 @@ struct Options {
         parser.setApplicationDescription(QStringLiteral("Control program for a bench-top stepper-motor controller."));
         parser.addHelpOption();
         parser.addVersionOption();
+        parser.addOption(library);
         parser.addOption(scenario);
     }
 
+    /** Loads the library that the options name, or that is found. */
+    std::optional<MotionLibrary::Fault> loadLibrary() const { return MotionLibrary::load(parser.value(library)); }
+
     QCommandLineParser parser;
+    QCommandLineOption library{
+        QStringLiteral("library"),
+        QStringLiteral(
+            "The motion library to use, in place of the maker's beside the program or the simulated controller; "
+            "the same as MOVER_LIBRARY in the environment."),
+        QStringLiteral("FILE")};
     QCommandLineOption scenario{
         QStringLiteral("scenario"),
         QStringLiteral("What the simulated controller plays (a JSON file); the same as MOVER_SCENARIO in the "
-                       "environment. A maker's library takes no notice of it."),
+                       "environment. Any other library ignores it."),
         QStringLiteral("FILE")};
 };
+
+void complain(const MotionLibrary::Fault &fault)
+{
+    std::fprintf(stderr, "%s\n", qUtf8Printable(fault.message()));
+}
 
 /** Answers --help and --version without a display. Any other argument waits for the application object. */
 void answerQuestions(int argc, char *argv[])
@@ -58,7 +73,36 @@ void answerQuestions(int argc, char *argv[])
     if (!asksOnly)
         return;
     const QCoreApplication application(argc, argv);
-    Options().parser.process(application); // does not come back from either option
+    Options options;
+    const bool understood = options.parser.parse(QCoreApplication::arguments());
+    if (!understood || options.parser.isSet(QStringLiteral("help")))
+        options.parser.process(application); // does not come back
+    std::printf("%s %s\n", qPrintable(QCoreApplication::applicationName()), MOVER_VERSION);
+    std::fflush(stdout);
+    if (const auto fault = options.loadLibrary()) {
+        complain(*fault);
+        std::exit(MotionLibrary::FaultExitCode);
+    }
+    std::printf("%s\n", qUtf8Printable(MotionLibrary::inUse().description()));
+    std::exit(EXIT_SUCCESS);
+}
+
+/** False when the library cannot be used; the user has then been told why. */
+bool loadLibrary(const Options &options)
+{
+    if (const auto fault = options.loadLibrary()) {
+        complain(*fault);
+        QMessageBox(QMessageBox::Critical, QStringLiteral("mover"), fault->message()).exec();
+        return false;
+    }
+    if (!options.parser.isSet(options.scenario))
+        return true;
+    if (MotionLibrary::inUse().isSimulated())
+        qputenv(
+            "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
+    else
+        std::fprintf(stderr, "--scenario is ignored: the library in use is no simulated controller.\n");
+    return true;
 }
 
 } // namespace
@@ -129,7 +173,7 @@ void StartUp::registerStageModel()
 {
     char model[MOVER_TEXT_LENGTH] = "LIN-100";
     const LibraryLock library;
-    addMotor(0, 0, model);
+    library->addMotor(0, 0, model);
 }
 
 int StartUp::run(int argc, char *argv[])
@@ -140,9 +184,8 @@ int StartUp::run(int argc, char *argv[])
     const auto application = makeApplication(argc, argv);
     Options options;
     options.parser.process(*application);
-    if (options.parser.isSet(options.scenario))
-        qputenv(
-            "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
+    if (!loadLibrary(options))
+        return MotionLibrary::FaultExitCode;
 
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/image/mover.png")));
     setNumberFormat();
@@ -158,7 +201,7 @@ int StartUp::run(int argc, char *argv[])
         window.show();
         exitCode = QApplication::exec();
     }
-    if (!SerialComDev::shutDown(threadLimitMs)) {
+    if (!SerialComDev::endThread(threadLimitMs)) {
         // A thread hangs in the library: tidying up under its feet could crash.
         std::fflush(nullptr);
         std::_Exit(exitCode);

@@ -26,11 +26,31 @@ namespace {
 
 constexpr int maxInt = std::numeric_limits<int>::max();
 
+// Nothing that is simulated may pass for the real thing, wherever its numbers are written down.
+
+constexpr std::size_t shownLength = MOVER_TEXT_LENGTH - 1; // the last byte ends the text
+
+/** A serial number with "SIM-" in front, cut to what is shown; none stays none. */
+std::string simulatedSerialNumber(const std::string &serialNumber)
+{
+    return serialNumber.empty() ? serialNumber : ("SIM-" + serialNumber).substr(0, shownLength);
+}
+
+/** A firmware version that says so at its end. */
+std::string simulatedVersion(const std::string &version)
+{
+    const std::string word = version.empty() ? "simulated" : " simulated";
+    return version.substr(0, shownLength - word.size()) + word;
+}
+
 void readAxis(const JsonValue &value, AxisScenario *axis)
 {
     ObjectReader object(value, "the axis");
     if (const JsonValue *stage = object.find("stage"))
         readStage(*stage, &axis->stage);
+    const std::string serialNumber = simulatedSerialNumber(axis->stage.serialNumber);
+    std::memset(axis->stage.serialNumber, 0, MOVER_TEXT_LENGTH);
+    std::memcpy(axis->stage.serialNumber, serialNumber.data(), serialNumber.size());
     object.choice<Chip>(
         "chip", &axis->chip, {{"absent", Chip::Absent}, {"blank", Chip::Blank}, {"written", Chip::Written}});
     axis->position = std::clamp(0.0, axis->stage.minPos, axis->stage.maxPos);
@@ -44,8 +64,10 @@ void readController(const JsonValue &value, ControllerScenario *controller)
     object.require("id");
     object.number("id", &controller->id, 1, maxInt);
     object.text("serialNumber", &controller->serialNumber, MOVER_TEXT_LENGTH);
+    controller->serialNumber = simulatedSerialNumber(controller->serialNumber);
     object.text("modelName", &controller->modelName, MOVER_TEXT_LENGTH);
     object.text("softVersion", &controller->softVersion, MOVER_TEXT_LENGTH);
+    controller->softVersion = simulatedVersion(controller->softVersion);
     object.flag("plugged", &controller->plugged);
     if (const JsonValue *joystick = object.find("joystick")) {
         ObjectReader members(*joystick, "the joystick");
