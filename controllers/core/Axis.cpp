@@ -95,14 +95,14 @@ void Axis::endRun()
     ended(std::exchange(m_run, Run::None));
 }
 
-int Axis::refusal(Run) const
+int Axis::refusal(Run, double) const
 {
     return running() ? AxisRunning : Ok;
 }
 
 int Axis::start(Run run, double displacement, int legs, double dwell, double speed)
 {
-    if (const int status = refusal(run); status != Ok)
+    if (const int status = refusal(run, displacement); status != Ok)
         return status;
     if (legs == 0 || (std::abs(displacement) < resolution && run != Run::Home))
         return Ok;
@@ -189,7 +189,7 @@ void Axis::driveTo(double target, double speed)
 {
     // An axis in motion brakes as it was started: with a smaller acceleration it might no longer stop in its travel.
     if (m_motion.velocity == 0)
-        m_acceleration = settings.acceleration;
+        m_acceleration = std::min(settings.acceleration, accelerationLimit());
     m_run = Run::Own;
     m_leg = 0;
     m_legs = 1;

@@ -13,6 +13,7 @@ namespace {
 // Numbers of the board's settings, for the first axis.
 constexpr int homingOn = 22;
 constexpr int homingDirection = 23;
+constexpr int slowHoming = 24;
 constexpr int stepsPerUnit = 100;
 constexpr int highestSpeed = 110;
 constexpr int ramp = 120;
@@ -58,7 +59,9 @@ double Axis::speedLimit() const
 {
     const double board = m_board.setting(highestSpeed + boardAxis(), stage().maxSpeed * 60) / 60;
     const double braking = m_board.setting(ramp + boardAxis(), stage().maxAcc) * Board::brakingTime;
-    return std::min({stage().maxSpeed, board / fastestFeed, braking});
+    const double all = std::min({stage().maxSpeed, board / fastestFeed, braking});
+    const double slow = m_board.setting(slowHoming, 25) / 60;
+    return m_board.switchDirection(boardAxis()) == 0 ? all : std::min(all, slow);
 }
 
 double Axis::accelerationLimit() const
@@ -66,7 +69,7 @@ double Axis::accelerationLimit() const
     return std::min(stage().maxAcc, m_board.setting(ramp + boardAxis(), stage().maxAcc) / leastRampRatio);
 }
 
-int Axis::refusal(Run run) const
+int Axis::refusal(Run run, double displacement) const
 {
     if (!m_enabled)
         return PowerOff;
@@ -76,6 +79,9 @@ int Axis::refusal(Run run) const
         return AxisRunning;
     if (run == Run::Move && !m_homed && m_board.setting(homingOn, 0) != 0)
         return ReferenceFirst;
+    // On a limit switch there is only the way off it.
+    if (m_board.switchDirection(boardAxis()) * (toBoard(displacement) - toBoard(0)) > 0)
+        return OptoFault;
     return Ok;
 }
 
@@ -97,6 +103,15 @@ int Axis::setEnabled(bool enabled)
         m_board.stop(*this);
     m_enabled = enabled;
     return enabled && m_board.locked() ? m_board.unlock() : Ok;
+}
+
+void Axis::finishFrom(double position, double now)
+{
+    const double end = this->position();
+    standAt(position);
+    settle(now);
+    if (end != position)
+        driveTo(end, std::min(settings.speed, speedLimit()));
 }
 
 void Axis::leaves()

@@ -53,6 +53,8 @@ public:
     void slowDown() { brake(); }
     void stand(double position) { standAt(position); }
     void takeUp(double position, double now) { takeUpAt(position, now); }
+    /** Stands at `position` since `now`, and goes on to where the plan had it. */
+    void finishFrom(double position, double now);
     bool isHomed() const { return m_homed; }
     void setHomed(bool homed) { m_homed = homed; }
     /** What is kept for the axis replaces its stage. */
@@ -62,7 +64,7 @@ public:
     double accelerationLimit() const override;
 
 protected:
-    int refusal(Run run) const override;
+    int refusal(Run run, double displacement) const override;
     // A leg ends on its target, and the next begins with the slice behind it.
     double legBegin(double) const override { return now(); }
     double stagePosition() const override;

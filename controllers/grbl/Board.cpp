@@ -231,6 +231,7 @@ void Board::takeBanner(const std::string &text)
     m_pending.clear();
     m_asked = -1;
     m_resetAt = -1;
+    m_bannerSeen = true;
     if (m_phase == Phase::Booting || (m_phase == Phase::Asking && m_reports == 0)) {
         begin({"$I", "$$"}, Phase::Asking);
         return;
@@ -250,6 +251,15 @@ void Board::takeAlarm(int number)
     m_alarm = number;
     m_locked = true;
     say("The board is in alarm " + std::to_string(number) + ": " + alarmWords(number));
+    if (number == 1) {
+        for (std::size_t one = 1; one < m_slices.size(); ++one) {
+            for (int i = 0; i < m_boardAxes; ++i) {
+                const long long way = m_slices[one].steps[i] - m_slices[one - 1].steps[i];
+                if (way != 0)
+                    m_ranOn[i] = way > 0 ? 1 : -1;
+            }
+        }
+    }
     endRuns();
     m_then = Then::Stand;
     if (number != 2)
@@ -258,6 +268,7 @@ void Board::takeAlarm(int number)
     m_toSay.clear();
     m_saying = false;
     m_phase = Phase::Resetting;
+    m_bannerSeen = false;
     m_since = m_now;
     // Behind some alarms the board hears nothing but a reset; behind the others it starts anew by itself.
     const bool waits = number == 1 || number == 2 || number == 4 || number == 5;
@@ -312,7 +323,7 @@ void Board::takeReport(const Report &told)
             reset("The board was not at rest"); // in motion, held, or in a homing that does not end
         return;
     case Phase::Resetting:
-        if (m_resetAt < 0 && (idle || cannotMove))
+        if (m_bannerSeen && (idle || cannotMove))
             restAt(report, m_then);
         return;
     case Phase::Homing:
@@ -348,6 +359,12 @@ void Board::takeReport(const Report &told)
             m_factor = std::clamp(1 + 0.01 * (m_totalBlocks - report.freeBlocks - wanted), 0.98, 1.02);
         }
         compare(report);
+        if (m_limitsOff && report.pins == 0 && m_phase == Phase::Ready && still()) {
+            say("The switch is open: hard limits are on again ($21=1)");
+            m_limitsOff = false;
+            m_writing.clear();
+            begin({"$21=1"}, Phase::Writing);
+        }
     }
 }
 
@@ -447,7 +464,7 @@ double Board::run(double now)
 
     // Reports. None comes while the board boots, stores a setting or homes.
     const bool mayAsk = m_phase == Phase::Ready || m_phase == Phase::Cancelling ||
-        (m_phase == Phase::Resetting && m_resetAt < 0) ||
+        (m_phase == Phase::Resetting && m_bannerSeen) ||
         (m_phase == Phase::Asking && !m_saying && m_toSay.empty() && !m_settings.empty()) ||
         (m_phase == Phase::Homing && m_now > m_homeLimit);
     double period = m_rests ? restingPoll : movingPoll;
@@ -493,6 +510,7 @@ void Board::watch()
             m_awaitedBytes = 0;
             sendByte(softReset);
             m_since = m_now;
+            m_bannerSeen = false;
             m_asked = -1;
             m_lastAsk = m_now; // an answer before the banner means nothing
         } else if (m_now - m_since > 3) {
@@ -654,6 +672,11 @@ void Board::wrote()
     asked();
 }
 
+int Board::switchDirection(int boardAxis) const
+{
+    return (m_report.pins >> boardAxis & 1U) != 0 ? m_ranOn[boardAxis] : 0;
+}
+
 int Board::unlock()
 {
     if (m_phase != Phase::Ready)
@@ -663,7 +686,14 @@ int Board::unlock()
         return Ok;
     }
     m_writing.clear();
-    begin({"$X"}, Phase::Writing);
+    std::vector<std::string> lines{"$X"};
+    if (m_report.pins != 0 && setting(21, 0) != 0) {
+        // The switch that opens again would be the next alarm.
+        say("Hard limits are off ($21=0) until the axis has been driven off its switch, slowly and the way it came");
+        lines.emplace_back("$21=0");
+        m_limitsOff = true;
+    }
+    begin(lines, Phase::Writing);
     return Ok;
 }
 
@@ -849,6 +879,7 @@ void Board::reset(const std::string &why)
     if (m_phase != Phase::Cancelling)
         m_then = Then::Stand;
     m_phase = Phase::Resetting;
+    m_bannerSeen = false;
     m_since = m_now;
     m_resetAt = -1;
     m_asked = -1;
@@ -861,6 +892,12 @@ void Board::restAt(const Report &report, Then then)
     m_phase = Phase::Ready;
     m_since = m_now;
     m_locked = report.state != Report::State::Idle;
+    if (m_locked && m_alarm == 1) {
+        for (int i = 0; i < m_boardAxes; ++i) {
+            if ((report.pins >> i & 1U) != 0)
+                say(std::string("The limit switch of axis ") + axisLetters[i] + " is closed");
+        }
+    }
     if (!m_locked)
         m_alarm = 0;
     m_suspectAsked = -1;
@@ -880,8 +917,11 @@ void Board::restAt(const Report &report, Then then)
         const double position = axis->toStage(m_sent[axis->boardAxis()] / stepsPerMm(axis->boardAxis()));
         if (then == Then::TakeUp && !m_locked && axis->running())
             axis->takeUp(position, m_now);
+        else if (then == Then::TakeUp && !m_locked)
+            axis->finishFrom(position, m_now);
         else
             axis->stand(position);
+        axis->settle(m_now); // a run begins now, not at the time before
     }
     m_then = Then::Stand;
     m_urgent = true;
@@ -931,7 +971,7 @@ void Board::stream()
     } else if (m_now > m_head) {
         ranDry();
     }
-    while (!m_rests && (m_head < m_now + effectiveLead() || !m_pending.empty())) {
+    while (m_phase == Phase::Ready && !m_rests && (m_head < m_now + effectiveLead() || !m_pending.empty())) {
         // Never a full planner: a line that waits for a free block survives a cancel.
         const bool room = m_awaited.size() < mostUnanswered &&
             m_awaitedBytes + longestLine < std::min(mostUnansweredBytes, m_bufferBytes - 1) + longestLine / 2 &&
@@ -967,6 +1007,16 @@ void Board::sendSlice(double end)
         path += way * way;
         m_excess = std::max(m_excess, std::abs(way) / slice / 2 / std::max(setting(120 + i, 10), 0.1));
         line += axisLetters[i] + number(steps[i] / stepsPerMm(i), stepsPerMm(i) > 1000 ? 4 : 3);
+    }
+    // Whatever goes wrong in the plan, no line may carry an axis faster than it is allowed to be.
+    for (const auto &axis : m_axes) {
+        const int i = axis->boardAxis();
+        const double allowed = 1.2 * axis->stage().maxSpeed * slice + 2 / stepsPerMm(i);
+        if (std::abs(static_cast<double>(steps[i] - m_sent[i]) / stepsPerMm(i)) > allowed) {
+            say(std::string("The plan of axis ") + axisLetters[i] + " makes a jump; all axes are stopped");
+            cancel(Then::Stand);
+            return;
+        }
     }
     m_slices.push_back({end, steps});
     if (m_slices.size() > 100)

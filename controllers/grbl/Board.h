@@ -67,6 +67,8 @@ public:
     /** Opening has come to its end: Ready, or without success Closed. */
     bool opening() const { return m_phase == Phase::Booting || m_phase == Phase::Asking; }
     bool locked() const { return m_locked; }
+    /** Direction, in the board's coordinates, in which an axis ran on the limit switch that it is still on; or 0. */
+    int switchDirection(int boardAxis) const;
     /** Everything stands and nothing is under way. */
     bool still() const;
     const Report &report() const { return m_report; }
@@ -220,6 +222,11 @@ private:
     bool m_undoing = false;
     double m_resetAt = -1; ///< when a reset has to be sent, below 0: not
     bool m_resetSaid = false;
+    bool m_bannerSeen = false; ///< since the reset
+
+    // Limit switches
+    std::array<int, maxBoardAxes> m_ranOn{}; ///< direction in which each axis last ran when a switch was hit
+    bool m_limitsOff = false;                ///< until the axis is off its switch
 };
 
 } // namespace grbl

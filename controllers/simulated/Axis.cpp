@@ -12,7 +12,7 @@ Axis::Axis(const AxisScenario &scenario)
 {
 }
 
-int Axis::refusal(Run run) const
+int Axis::refusal(Run run, double) const
 {
     if (!m_enabled)
         return PowerOff;
@@ -70,7 +70,7 @@ MotorStageState Axis::state() const
     if (shownState)
         return *shownState;
     MotorStageState state{};
-    state.isCanRun = refusal(Run::None) == Ok;
+    state.isCanRun = refusal(Run::None, 0) == Ok;
     state.isStop = !running();
     state.isEnable = m_enabled;
     state.isHome = m_homed;

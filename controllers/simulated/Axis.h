@@ -49,7 +49,7 @@ public:
     void setOptoFault(Opto opto, bool failed);
 
 protected:
-    int refusal(Run run) const override;
+    int refusal(Run run, double displacement) const override;
     void leaves() override { m_homed = false; }
     void ended(Run run) override { m_homed = m_homed || run == Run::Home; }
 

@@ -135,7 +135,6 @@ void tst_GrblAlarms::homingTellsWhereTheTravelBegins()
     QCOMPARE(bench.axis(0).reportedPosition(), position);
     QCOMPARE(bench.moveTo(0, 10, 10, 50), 0);
     QVERIFY(stands(bench));
-    for (auto &l : bench.log) qInfo("%s", l.c_str());
     QCOMPARE(bench.firmware.positionMm(0), board);
     QVERIFY(bench.firmware.violations().empty());
 }
@@ -208,10 +207,7 @@ void tst_GrblAlarms::aHardLimitNamesItsAxisAndIsLeftSlowly()
     emulator::Options options = homingBoard();
     options.settings[21] = 1;
     Bench bench(options);
-    MotorParams stage = stage40();
-    stage.minPos = -10; // more than the stage has
-    for (int i = 0; i < 3; ++i)
-        bench.axis(i).restore(stage);
+    setStages(bench);
     home(bench, 0);
     QCOMPARE(home(bench, 0), 0);
     QVERIFY(stands(bench));
@@ -230,8 +226,6 @@ void tst_GrblAlarms::aHardLimitNamesItsAxisAndIsLeftSlowly()
     QVERIFY(bench.board.locked());
     QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
     QVERIFY(bench.runUntil([&] { return !bench.board.locked() && bench.isStill(); }, 5));
-    for (auto &l : bench.log) qInfo("%s", l.c_str());
-    qInfo("pins %u dir %d", bench.board.report().pins, bench.board.switchDirection(0));
     QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(-1); }), int(OptoFault));
     bench.axis(0).settings.relativeDispEnable = 1;
     bench.axis(0).settings.relativeDisp = 3;

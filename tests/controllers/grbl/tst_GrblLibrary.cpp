@@ -180,9 +180,10 @@ void tst_GrblLibrary::losesAndFindsThePort()
     QTRY_COMPARE(listTSMotorControlerDevices(ids, 10), 0);
     m_port->plug();
     QTRY_COMPARE(listTSMotorControlerDevices(ids, 10), 1);
+    MotorStageState state{};
+    QTRY_COMPARE(getRuningState(s_id, 0, &state), int(NotOpen));
     QCOMPARE(openTSDevice(s_id), int(Ok));
     QCOMPARE(position(0), 0);
-    MotorStageState state{};
     QCOMPARE(getRuningState(s_id, 0, &state), int(Ok));
     QCOMPARE(int(state.isHome), 0);
     QCOMPARE(int(state.isStop), 1);
