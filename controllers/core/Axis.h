@@ -122,7 +122,8 @@ protected:
         Own ///< of this kind of controller
     };
 
-    /** What speaks against a start of `run`, which begins in the direction of `displacement`; None asks for any at all. */
+    /** What speaks against a start of `run`, which begins in the direction of `displacement`; None asks for any at all.
+     */
     virtual int refusal(Run run, double displacement) const;
     /** Speed and acceleration that no run exceeds. */
     virtual double speedLimit() const { return std::numeric_limits<double>::infinity(); }

@@ -15,9 +15,9 @@ class Board;
 struct AxisSetup {
     int boardAxis = 0; ///< 0 is X
     MotorParams stage{};
-    bool hasStage = false;   ///< a stage model is assigned
-    bool hasOffset = false;  ///< the next one is given, and not worked out from the board's homing
-    double offset = 0;       ///< position of the stage at machine position 0
+    bool hasStage = false;  ///< a stage model is assigned
+    bool hasOffset = false; ///< the next one is given, and not worked out from the board's homing
+    double offset = 0;      ///< position of the stage at machine position 0
 };
 
 /** One axis of a board: its plan, which is streamed, and what the board reports of it. */

@@ -24,10 +24,11 @@ constexpr std::size_t mostUnanswered = 6;
 constexpr std::size_t mostUnansweredBytes = 127;
 constexpr std::size_t longestLine = 79;
 constexpr int leastFreeBlocks = 4;
-constexpr double cancelPatience = 0.008; // for the answers of lines on their way; what waits behind it would run after it
-constexpr double deafAfter = 0.3;        // in Idle, with answers missing
-constexpr double unexplained = 0.1;      // mm that an axis may be off what was sent
-constexpr double longestLag = 0.35;      // of the board behind the plan, ramps and a late report included
+constexpr double cancelPatience =
+    0.008;                          // for the answers of lines on their way; what waits behind it would run after it
+constexpr double deafAfter = 0.3;   // in Idle, with answers missing
+constexpr double unexplained = 0.1; // mm that an axis may be off what was sent
+constexpr double longestLag = 0.35; // of the board behind the plan, ramps and a late report included
 constexpr double pressAgain = 10;
 constexpr double lateness = 0.03; // of the board's steps behind the lines, at most
 
@@ -153,8 +154,8 @@ void Board::take(const Reply &reply)
             int blocks = 0;
             int bytes = 0;
             const std::size_t comma = reply.text.find(',');
-            if (comma != std::string::npos &&
-                std::sscanf(reply.text.c_str() + comma, ",%d,%d", &blocks, &bytes) == 2 && blocks > 4 && bytes > 40) {
+            if (comma != std::string::npos && std::sscanf(reply.text.c_str() + comma, ",%d,%d", &blocks, &bytes) == 2 &&
+                blocks > 4 && bytes > 40) {
                 m_totalBlocks = blocks;
                 m_bufferBytes = static_cast<std::size_t>(bytes);
             }
@@ -303,7 +304,7 @@ void Board::takeReport(const Report &told)
     const bool back = std::exchange(m_lost, false);
     const bool idle = report.state == Report::State::Idle;
     const bool cannotMove = report.state == Report::State::Alarm || report.state == Report::State::Sleep ||
-        report.state == Report::State::Check;
+                            report.state == Report::State::Check;
     if (idle && m_awaited.empty() && m_reportAsked >= m_lastAnswer)
         m_idleSeen = true;
     if (idle)
@@ -464,9 +465,9 @@ double Board::run(double now)
 
     // Reports. None comes while the board boots, stores a setting or homes.
     const bool mayAsk = m_phase == Phase::Ready || m_phase == Phase::Cancelling ||
-        (m_phase == Phase::Resetting && m_bannerSeen) ||
-        (m_phase == Phase::Asking && !m_saying && m_toSay.empty() && !m_settings.empty()) ||
-        (m_phase == Phase::Homing && m_now > m_homeLimit);
+                        (m_phase == Phase::Resetting && m_bannerSeen) ||
+                        (m_phase == Phase::Asking && !m_saying && m_toSay.empty() && !m_settings.empty()) ||
+                        (m_phase == Phase::Homing && m_now > m_homeLimit);
     double period = m_rests ? restingPoll : movingPoll;
     if (m_phase != Phase::Ready || (m_rests && !m_idleSeen && m_now >= m_lineEnd - slice))
         period = endingPoll;
@@ -750,6 +751,13 @@ int Board::refusal() const
         return LinkLost;
     if (m_locked)
         return Locked;
+    for (const auto &axis : m_axes) {
+        // Without steps, speed or ramp, or for an axis that the board does not have, there is nothing to plan with.
+        const int number = axis->boardAxis();
+        if (number >= m_boardAxes || setting(100 + number, 1) <= 0 || setting(110 + number, 1) <= 0 ||
+            setting(120 + number, 1) <= 0)
+            return NotAvailable;
+    }
     return m_phase == Phase::Ready ? Ok : ControllerBusy;
 }
 
@@ -959,9 +967,8 @@ void Board::stream()
     if (m_locked || m_lost)
         return;
     const auto moves = [this] {
-        return std::any_of(m_axes.begin(), m_axes.end(), [](const auto &axis) {
-            return axis->running() && !axis->dwelling();
-        });
+        return std::any_of(
+            m_axes.begin(), m_axes.end(), [](const auto &axis) { return axis->running() && !axis->dwelling(); });
     };
     if (m_rests) {
         settle(m_now);
@@ -973,7 +980,8 @@ void Board::stream()
     }
     while (m_phase == Phase::Ready && !m_rests && (m_head < m_now + effectiveLead() || !m_pending.empty())) {
         // Never a full planner: a line that waits for a free block survives a cancel.
-        const bool room = m_awaited.size() < mostUnanswered &&
+        const bool room =
+            m_awaited.size() < mostUnanswered &&
             m_awaitedBytes + longestLine < std::min(mostUnansweredBytes, m_bufferBytes - 1) + longestLine / 2 &&
             (m_report.freeBlocks < 0 || m_report.freeBlocks >= leastFreeBlocks);
         if (!room)

@@ -4,6 +4,7 @@
 #include "controllers/grbl/Axis.h"
 #include "controllers/grbl/Replies.h"
 
+#include <algorithm>
 #include <array>
 #include <deque>
 #include <functional>
@@ -53,13 +54,13 @@ public:
 
     enum class Phase {
         Closed,
-        Booting,   ///< waits for the banner
-        Asking,    ///< reads the settings
-        Ready,     ///< moves, if it is not locked
-        Writing,   ///< a command or setting waits for its answer
-        Homing,    ///< silent until it is done
+        Booting,    ///< waits for the banner
+        Asking,     ///< reads the settings
+        Ready,      ///< moves, if it is not locked
+        Writing,    ///< a command or setting waits for its answer
+        Homing,     ///< silent until it is done
         Cancelling, ///< slowing down, nothing is sent until it is at rest
-        Resetting  ///< waits for the banner of a reset
+        Resetting   ///< waits for the banner of a reset
     };
     Phase phase() const { return m_phase; }
     /** The board answers: a report came within a second of being asked for. */
@@ -145,7 +146,8 @@ private:
     void endRuns();
     void notHomed();
 
-    double stepsPerMm(int axis) const { return setting(100 + axis, 250); }
+    // A board takes 0 as well, and then does not move: see refusal().
+    double stepsPerMm(int axis) const { return std::max(setting(100 + axis, 250), 1e-3); }
     long long toSteps(int boardAxis, double mm) const;
 
     Log m_log;
@@ -170,7 +172,7 @@ private:
     std::array<double, maxBoardAxes> m_offset{};
     double m_asked = -1; ///< when the unanswered "?" was sent; below 0: none is
     double m_lastAsk = 0;
-    int m_reports = 0;       ///< reports since the port was opened
+    int m_reports = 0;        ///< reports since the port was opened
     double m_reportAsked = 0; ///< when the last report was asked for
     bool m_lost = false;
     bool m_idleSeen = false; ///< a report in Idle has come that was asked for after the last line was answered
@@ -190,9 +192,9 @@ private:
     int m_totalBlocks = 15;
 
     // Stream
-    double m_head = 0;   ///< time up to which the plan has been turned into lines
-    bool m_rests = true; ///< no axis is in motion at m_head: it follows the clock
-    double m_lineEnd = 0; ///< end of the last slice that has sent a line
+    double m_head = 0;     ///< time up to which the plan has been turned into lines
+    bool m_rests = true;   ///< no axis is in motion at m_head: it follows the clock
+    double m_lineEnd = 0;  ///< end of the last slice that has sent a line
     std::string m_pending; ///< a line behind a pause, that must not go out before its time
     double m_pendingAt = 0;
     std::array<long long, maxBoardAxes> m_sent{};

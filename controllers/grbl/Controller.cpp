@@ -20,9 +20,9 @@ Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::st
     , m_port(setup.port)
     , m_mutex(mutex)
     , m_keptFile(Configuration::keptFile(configuration, setup.id))
-    , m_board(
-          setup.axes,
-          [this](const std::string &text) { std::fprintf(stderr, "%s: %s\n", m_port.c_str(), text.c_str()); })
+    , m_board(setup.axes, [this](const std::string &text) {
+        std::fprintf(stderr, "%s: %s\n", m_port.c_str(), text.c_str());
+    })
 {
     serialNumber = "GRBL-" + std::to_string(setup.id);
     modelName = "Grbl";
@@ -54,11 +54,10 @@ int Controller::openLink(std::unique_lock<std::mutex> &lock)
                 std::fprintf(stderr, "%s: the port is in use by another program\n", m_port.c_str());
             return status;
         }
-        if (m_thread.joinable())
-            m_thread.join(); // of the time before the port went; it has ended
         m_board.opened(now());
         m_serves = true;
-        m_thread = std::thread([this] { serve(); });
+        // Nobody waits for its end: a controller is there as long as the process.
+        std::thread([this] { serve(); }).detach();
     }
     waitFor(lock, &Controller::isOpened, openTimeout);
     if (!m_board.answers())
@@ -109,7 +108,7 @@ void Controller::serve()
         const double wait = m_board.run(now());
         out += m_board.takeOutput();
         if (m_board.phase() == Board::Phase::Closed)
-            break; // nothing of this family at the port
+            break;        // nothing of this family at the port
         if (wait >= 0.02) // nothing moves
             keep(lock);
         lock.unlock();

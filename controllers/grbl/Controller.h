@@ -56,7 +56,6 @@ private:
     SerialPort m_serial;
     bool m_serves = false; ///< the thread runs
     std::condition_variable m_changed;
-    std::thread m_thread;
     double m_keepAt = -1;
 };
 

@@ -12,7 +12,8 @@
 #include <string>
 #include <vector>
 
-/** The library's board and the emulated one, on one clock that a test moves; nothing depends on the computer's speed. */
+/** The library's board and the emulated one, on one clock that a test moves; nothing depends on the computer's speed.
+ */
 class Bench
 {
 public:
@@ -23,9 +24,9 @@ public:
         emulator::Options options;
         options.clockError = clockError;
         options.storeTime = 0.001;
-        options.settings = {{1, 255},     {10, 3},      {110, 1800}, {111, 1800}, {112, 1800},
-                            {120, 500},   {121, 500},   {122, 500},  {130, 200},  {131, 200},
-                            {132, 200},   {100, stepsPerMm}, {101, stepsPerMm}, {102, stepsPerMm}};
+        options.settings = {{1, 255},   {10, 3},           {110, 1800},       {111, 1800},      {112, 1800},
+                            {120, 500}, {121, 500},        {122, 500},        {130, 200},       {131, 200},
+                            {132, 200}, {100, stepsPerMm}, {101, stepsPerMm}, {102, stepsPerMm}};
         return options;
     }
 
@@ -63,7 +64,10 @@ public:
     }
 
     /** Lets time pass; the computer wakes when it wants to, give or take some milliseconds. */
-    void run(double seconds) { runUntil([] { return false; }, seconds); }
+    void run(double seconds)
+    {
+        runUntil([] { return false; }, seconds);
+    }
     bool runUntil(const std::function<bool()> &over, double atMost)
     {
         const double end = now() + atMost;
@@ -72,8 +76,7 @@ public:
                 return false;
             exchange();
             const double wait = board.isUrgent() ? 0.0002 : std::min(m_wait, longestWait);
-            const double late =
-                board.isUrgent() ? 0 : std::uniform_real_distribution<double>(0, jitter)(m_random);
+            const double late = board.isUrgent() ? 0 : std::uniform_real_distribution<double>(0, jitter)(m_random);
             firmware.advanceTo(std::min(now() + wait + late, end));
             exchange();
         }
@@ -107,6 +110,8 @@ public:
     emulator::Board firmware;
     std::vector<std::string> log;
     grbl::Board board;
+    std::size_t sentBytes = 0;
+    std::size_t receivedBytes = 0;
     double jitter = 0.006;
     double longestWait = 1; ///< between two looks at what a test waits for
 
@@ -125,9 +130,13 @@ private:
     }
     void exchange()
     {
-        board.received(firmware.receive(), now());
+        const std::string in = firmware.receive();
+        receivedBytes += in.size();
+        board.received(in, now());
         m_wait = board.run(now());
-        firmware.send(board.takeOutput());
+        const std::string out = board.takeOutput();
+        sentBytes += out.size();
+        firmware.send(out);
     }
 
     std::mt19937 m_random;

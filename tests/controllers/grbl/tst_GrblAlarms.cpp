@@ -64,8 +64,7 @@ int home(Bench &bench, int axis)
 
 bool stands(Bench &bench)
 {
-    return bench.runUntil(
-        [&] { return bench.board.phase() == grbl::Board::Phase::Ready && bench.isStill(); }, 60);
+    return bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready && bench.isStill(); }, 60);
 }
 
 bool hasSaid(const Bench &bench, const std::string &what)

@@ -333,14 +333,15 @@ void tst_GrblGuarantees::aFaultOfOneByteNeverRunsAway()
         double farthest = 0;
         bench.runUntil(
             [&] {
-                farthest = std::max({farthest, bench.firmware.positionMm(0) - 72, 60 - bench.firmware.positionMm(0),
-                                     bench.firmware.positionMm(1) + 60, -65 - bench.firmware.positionMm(1),
-                                     std::abs(bench.firmware.positionMm(2))});
+                farthest = std::max(
+                    {farthest, bench.firmware.positionMm(0) - 72, 60 - bench.firmware.positionMm(0),
+                     bench.firmware.positionMm(1) + 60, -65 - bench.firmware.positionMm(1),
+                     std::abs(bench.firmware.positionMm(2))});
                 return bench.isStill();
             },
             20);
-        const QByteArray what = "byte " + QByteArray::number(byte) + ", " + QByteArray::number(farthest) + " mm\n" +
-            said(bench);
+        const QByteArray what =
+            "byte " + QByteArray::number(byte) + ", " + QByteArray::number(farthest) + " mm\n" + said(bench);
         QVERIFY2(bench.isStill(), what);
         // 10 mm/s for the time to two reports, and the board's own ramp.
         QVERIFY2(farthest < 3, what);
@@ -415,7 +416,11 @@ void tst_GrblGuarantees::aDeafBoardIsFreed()
     bench.run(1);
     QCOMPARE(bench.stop(0), 0);
     // Somebody else's second cancel, late in the first.
-    QVERIFY(bench.runUntil([&] { return bench.firmware.isDeaf() || bench.isStill() || (bench.firmware.send(std::string(1, '\x85')), false); }, 2));
+    QVERIFY(bench.runUntil(
+        [&] {
+            return bench.firmware.isDeaf() || bench.isStill() || (bench.firmware.send(std::string(1, '\x85')), false);
+        },
+        2));
     QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 5));
     QVERIFY(!bench.firmware.isDeaf());
     QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));

@@ -63,11 +63,12 @@ void tst_GrblLibrary::initTestCase()
     for (const char *const letter : {"X", "Y", "Z"}) {
         axes += axes.isEmpty() ? "" : ", ";
         axes += QByteArray(R"({"letter": ")") + letter +
-            R"(", "stage": {"modelName": "ML-40", "pulseOneCircle": 250, "dispOneCircle": 1, "restoreSpeed": 5,
+                R"(", "stage": {"modelName": "ML-40", "pulseOneCircle": 250, "dispOneCircle": 1, "restoreSpeed": 5,
             "maxSpeed": 25, "maxAcc": 100, "minPos": -20, "maxPos": 20}})";
     }
-    file.write(R"({"controllers": [{"id": 2001, "kind": "grbl", "port": ")" + m_folder.filePath("board").toUtf8() +
-               R"(", "axes": [)" + axes + "]}]}");
+    file.write(
+        R"({"controllers": [{"id": 2001, "kind": "grbl", "port": ")" + m_folder.filePath("board").toUtf8() +
+        R"(", "axes": [)" + axes + "]}]}");
     file.close();
     qputenv("MOVER_CONTROLLERS", file.fileName().toUtf8());
 }
@@ -124,8 +125,7 @@ void tst_GrblLibrary::stopsWithOneCancel()
     const std::size_t before = m_port->use([](const emulator::Board &board) { return board.sentLines().size(); });
     QCOMPARE(stopRuning(s_id, 0), int(Ok));
     QTRY_VERIFY(stands(0));
-    const std::vector<std::string> lines =
-        m_port->use([](const emulator::Board &board) { return board.sentLines(); });
+    const std::vector<std::string> lines = m_port->use([](const emulator::Board &board) { return board.sentLines(); });
     QCOMPARE(std::count(lines.begin() + before, lines.end(), std::string(1, '\x85')), 1);
     QCOMPARE(position(0), static_cast<int>(steps(0) * 4));
     QCOMPARE(setRelativeDispEnable(s_id, 0, 1), int(Ok));
@@ -154,8 +154,7 @@ void tst_GrblLibrary::writesOnlyWhatDiffers()
     QCOMPARE(getMotorParams(s_id, 1, &params), int(Ok));
     params.maxSpeed = 20;
     QCOMPARE(setMotorParams(s_id, 1, params), int(Ok));
-    const std::vector<std::string> lines =
-        m_port->use([](const emulator::Board &board) { return board.sentLines(); });
+    const std::vector<std::string> lines = m_port->use([](const emulator::Board &board) { return board.sentLines(); });
     QCOMPARE(std::count(lines.begin(), lines.end(), std::string("$111=1200.000")), 1);
     QCOMPARE(std::count(lines.begin(), lines.end(), std::string("$101=250.000")), 0);
     QCOMPARE(m_port->use([](const emulator::Board &board) { return board.settings()[111]; }), 1200.0);
