@@ -14,7 +14,7 @@ constexpr char softReset = 0x18;
 constexpr char jogCancel = static_cast<char>(0x85);
 
 constexpr double reportTimeout = 1;
-constexpr double askAgainAfter = 0.25; // a "?" may get lost
+constexpr double askAgainAfter = 0.12; // a "?" may get lost
 constexpr double movingPoll = 0.1;
 constexpr double restingPoll = 0.2;
 constexpr double endingPoll = 0.03; // while the last lines run, and while stopping
@@ -23,7 +23,7 @@ constexpr double bannerTimeout = 3;
 constexpr std::size_t mostUnanswered = 6;
 constexpr std::size_t mostUnansweredBytes = 127;
 constexpr std::size_t longestLine = 79;
-constexpr int leastFreeBlocks = 4;
+constexpr int leastFreeBlocks = 3;
 constexpr double cancelPatience =
     0.008;                          // for the answers of lines on their way; what waits behind it would run after it
 constexpr double deafAfter = 0.3;   // in Idle, with answers missing
@@ -88,6 +88,7 @@ void Board::sendLine(const std::string &line)
     m_awaited.push_back({line.size() + 1, m_now, line});
     m_awaitedBytes += line.size() + 1;
     m_idleSeen = false;
+    ++m_sentSinceReport;
 }
 
 void Board::opened(double now)
@@ -300,6 +301,7 @@ void Board::takeReport(const Report &told)
     m_asked = -1;
     ++m_reports;
     m_report = report;
+    m_sentSinceReport = 0;
     m_boardAxes = report.axes;
     const bool back = std::exchange(m_lost, false);
     const bool idle = report.state == Report::State::Idle;
@@ -983,7 +985,7 @@ void Board::stream()
         const bool room =
             m_awaited.size() < mostUnanswered &&
             m_awaitedBytes + longestLine < std::min(mostUnansweredBytes, m_bufferBytes - 1) + longestLine / 2 &&
-            (m_report.freeBlocks < 0 || m_report.freeBlocks >= leastFreeBlocks);
+            (m_report.freeBlocks < 0 || m_report.freeBlocks - m_sentSinceReport > leastFreeBlocks);
         if (!room)
             return;
         if (!m_pending.empty()) {

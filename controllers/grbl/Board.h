@@ -178,6 +178,7 @@ private:
     bool m_idleSeen = false; ///< a report in Idle has come that was asked for after the last line was answered
     double m_lastAnswer = 0;
     double m_nextPoll = 0;
+    int m_sentSinceReport = 0; ///< lines
 
     // The board
     std::map<int, double> m_settings;

@@ -26,6 +26,8 @@ private slots:
     void aStallEndsExactly();
     void aFaultOfOneByteNeverRunsAway_data();
     void aFaultOfOneByteNeverRunsAway();
+    void randomFaultsNeverLoseThePosition_data();
+    void randomFaultsNeverLoseThePosition();
     void aLostLineIsNoticed();
     void aLostReportByteStopsNothing();
     void aLostCancelStillEnds();
@@ -359,6 +361,62 @@ void tst_GrblGuarantees::aFaultOfOneByteNeverRunsAway()
         QVERIFY2(bench.runUntil([&] { return bench.isStill(); }, 20), what);
         QVERIFY2(bench.firmware.steps(0) == Bench::steps(60), what);
     }
+}
+
+void tst_GrblGuarantees::randomFaultsNeverLoseThePosition_data()
+{
+    randomRunsEndExactlyAndWithinTheirLimits_data();
+}
+
+void tst_GrblGuarantees::randomFaultsNeverLoseThePosition()
+{
+    QFETCH(unsigned, seed);
+    std::mt19937 random(1000 + seed);
+    const auto between = [&random](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    Bench bench(Bench::options(between(-0.005, 0.005)), seed);
+    double farthest = 0;
+    const auto rests = [&] {
+        for (int i = 0; i < 3; ++i)
+            farthest = std::max(farthest, std::abs(bench.firmware.positionMm(i)) - 40);
+        return bench.board.phase() == grbl::Board::Phase::Ready && bench.isStill();
+    };
+    const double end = bench.now() + 120;
+    while (bench.now() < end) {
+        const int number = int(between(0, 3));
+        if (bench.board.locked())
+            bench.call([&] { return bench.axis(number).setEnabled(true); });
+        else if (between(0, 4) < 3)
+            bench.moveTo(number, between(-40, 40), between(0.5, 18), between(20, 100));
+        else
+            bench.stop(number);
+        if (between(0, 3) < 1) {
+            emulator::Wire &wire = between(0, 2) < 1 ? bench.firmware.toBoard() : bench.firmware.toHost();
+            const WireFault::Kind kinds[] = {
+                WireFault::Kind::Drop, WireFault::Kind::Double, WireFault::Kind::Replace, WireFault::Kind::DropLine};
+            wire.add({kinds[int(between(0, 4))], int(between(0, 4)), int(between(-1, 40)), "o7!?\n-.X"[int(between(0, 8))]});
+        }
+        const double until = bench.now() + between(0.1, 2);
+        bench.runUntil([&] { return rests(), bench.now() >= until; }, 3);
+    }
+    bench.runUntil([] { return false; }, 2);
+    QVERIFY2(bench.runUntil(rests, 60), said(bench));
+    QVERIFY2(farthest < 4, qPrintable(QString::number(farthest)));
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY2(bench.firmware.position()[i] == Bench::steps(bench.axis(i).position()), said(bench));
+        QCOMPARE(bench.axis(i).reportedPosition(), bench.firmware.positionMm(i));
+    }
+    for (const Violation &one : bench.firmware.violations())
+        QVERIFY2(one.kind != Violation::Kind::WhileCancelling && one.kind != Violation::Kind::FullPlanner,
+                 nameOf(one.kind) + QByteArray(": ") + one.line.c_str());
+    if (bench.board.locked()) {
+        bench.call([&] { return bench.axis(0).setEnabled(true); });
+        QVERIFY(bench.runUntil([&] { return rests() && !bench.board.locked(); }, 5));
+    }
+    QCOMPARE(bench.moveTo(0, 3, 10, 50), 0);
+    QVERIFY2(bench.runUntil(rests, 60), said(bench));
+    QCOMPARE(bench.axis(0).reportedPosition(), 3.0);
 }
 
 void tst_GrblGuarantees::aLostLineIsNoticed()
