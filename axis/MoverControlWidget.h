@@ -41,12 +41,15 @@ public:
 
     /** The axis that the panel is for; its popups and its loop run take unit and limits from it. Once, before use. */
     void setAxis(const QSharedPointer<const ControlAxis> &axis);
+    /** From now on the worker's answers reach the panel, the next ones of its axis as news. */
+    void listenToWorker();
     /** Logs `text` and the stage's serial number. */
     void writeFirstLogLines(const QString &text);
     /** Asks for position and state no more. */
     void stopPolling() { m_updateTimer.stop(); }
 
     int index() const { return m_iIndex; }
+    const ControlAxis &axis() const { return *m_axis; }
     QString axisName() const { return m_axis->description().name(); }
 
     /** b false: joystick mode goes on, the motion buttons give way to the joystick's speed; true: it goes off. */
@@ -110,6 +113,7 @@ private:
     void nameLights();
     void showRunCount(quint32 count);
     void warnOfLimits(const MotorStageState &state);
+    void showTrust();
     void log(int type, const QString &text, int state);
 
     std::unique_ptr<Ui::MoverControlWidget> ui;

@@ -9,6 +9,7 @@
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/SmallFile.h"
 
 #include "ui_DebugWidget.h"
@@ -19,8 +20,8 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QMessageBox>
-#include <QSaveFile>
 #include <QStandardPaths>
+#include <QTabBar>
 #include <QWindow>
 
 #include <algorithm>
@@ -56,18 +57,22 @@ QString placeFile()
     return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + QStringLiteral("/consolePlace");
 }
 
-std::unique_ptr<Ui::DebugWidget> makeForm(QWidget *window)
-{
-    auto form = std::make_unique<Ui::DebugWidget>();
-    form->setupUi(window);
-    return form;
-}
+/** The buttons of the tab bar, and Qt's own names for them. */
+struct TabScroller {
+    const char *button;
+    const char *name;
+};
+
+constexpr TabScroller tabScrollers[] = {
+    {"ScrollLeftButton", "Scroll Left"},
+    {"ScrollRightButton", "Scroll Right"},
+};
 
 } // namespace
 
 DebugWidget::DebugWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::DebugWidget>(this))
     , m_motorParams(*ui)
     , m_compensation(new CompensationModel(this))
 {
@@ -118,12 +123,17 @@ void DebugWidget::run(int button)
             readable = NumberInput::read(input, value);
             return value;
         };
+        const auto status = [&](int value) {
+            if (command.motion && value >= 0)
+                SerialComDev::instance()->noteCommand(axis, *command.motion);
+            return QString::number(value);
+        };
         const auto real = [](double value) { return QString::number(value, 'g', 8); };
         const QByteArray bytes = input.toLatin1();
         result = std::visit(
             Overloaded{
-                [&](ConsoleCommand::Call get) { return QString::number(call(get, axis)); },
-                [&](ConsoleCommand::Directed go) { return QString::number(call(go.start, axis, go.direction)); },
+                [&](ConsoleCommand::Call get) { return status(call(get, axis)); },
+                [&](ConsoleCommand::Directed go) { return status(call(go.start, axis, go.direction)); },
                 [&](ConsoleCommand::IntegerSetter set) { return QString::number(call(set, axis, number(int()))); },
                 [&](ConsoleCommand::RealSetter set) { return QString::number(call(set, axis, number(double()))); },
                 [&](ConsoleCommand::TextSetter set) {
@@ -147,9 +157,15 @@ void DebugWidget::run(int button)
                         .arg(flags.isLeftLimit)
                         .arg(flags.isRightLimit);
                 },
-                [&](ConsoleCommand::UnlockedCall go) { return QString::number(go(deviceId(), axis)); },
+                [&](ConsoleCommand::UnlockedCall go) { return status(go(deviceId(), axis)); },
                 [&](ConsoleCommand::DeviceGetter get) { return QString::number(call(get)); },
-                [&](ConsoleCommand::DeviceSetter set) { return QString::number(call(set.set, number(int()))); },
+                [&](ConsoleCommand::DeviceSetter set) {
+                    const int value = number(int());
+                    const int result = call(set.set, value);
+                    if (set.set == &MoverFunctions::setRockerEnable && result >= 0)
+                        SerialComDev::instance()->noteRockerOn(value != 0);
+                    return QString::number(result);
+                },
                 [&](ConsoleCommand::DeviceTextSetter set) {
                     return QString::number(call(set, bytes.constData(), bytes.size()));
                 },
@@ -322,7 +338,9 @@ void DebugWidget::on_pushButton_44_clicked()
         m_heart = QSharedPointer<Heart>::create();
         const auto worker = SerialComDev::instance();
         connect(m_heart.data(), &Heart::heartBreak, this, &DebugWidget::hertBreak);
-        connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_consoleHeartBeat);
+        connect(
+            m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::signal_requestConsoleHeartBeat,
+            Qt::DirectConnection);
         m_heart->listenTo(worker.data(), SIGNAL(signal_consoleHeartBeatInfo(CONTROLER_STATE, int)));
     }
     m_heart->startHeart();
@@ -344,6 +362,10 @@ void DebugWidget::hertBreak(int n)
 void DebugWidget::retranslate()
 {
     ui->retranslateUi(this);
+    // Qt gives them their names once.
+    for (const TabScroller &scroller : tabScrollers)
+        ui->tabWidget->findChild<QWidget *>(QLatin1String(scroller.button))
+            ->setAccessibleName(QTabBar::tr(scroller.name));
     m_compensation->retranslate();
     if (m_result)
         ui->lineEdit_result->setText(m_result());
@@ -356,11 +378,16 @@ void DebugWidget::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
 }
 
-/** Whoever closes the console, above all the program that quits, gets the library back at once. */
-void DebugWidget::closeEvent(QCloseEvent *event)
+void DebugWidget::acknowledgeWriting()
 {
     if (m_writingBox)
         m_writingBox->reject();
+}
+
+/** Whoever closes the console, above all the program that quits, gets the library back at once. */
+void DebugWidget::closeEvent(QCloseEvent *event)
+{
+    acknowledgeWriting();
     if (m_bShownBefore)
         savePlace();
     QWidget::closeEvent(event);
@@ -371,11 +398,7 @@ void DebugWidget::savePlace() const
 {
     const QFileInfo info(placeFile());
     QDir().mkpath(info.path());
-    QSaveFile file(info.filePath());
-    const QByteArray place = saveGeometry();
-    // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
-    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(place) == place.size())
-        file.commit();
+    SmallFile::save(info.filePath(), saveGeometry());
 }
 
 void DebugWidget::showEvent(QShowEvent *event)

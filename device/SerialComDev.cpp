@@ -10,13 +10,12 @@
 #include <QThread>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <iterator>
 #include <limits>
 
 namespace {
-
-constexpr int GeneralMessage = 99;
 
 struct Singleton {
     QMutex creation; // guards only the creation
@@ -31,30 +30,34 @@ Singleton &singleton()
     return *instance;
 }
 
+constexpr std::chrono::milliseconds slowCall(20);
+constexpr int maxAxes = 8;   // more than any controller has
+constexpr int usualAxes = 3; // of a controller that has not told
+
 using Library = const MoverFunctions &; // of a LibraryLock
 
 struct StartMode {
     int mode;
     int (*start)(Library library, int id, int axis);
     const char *text;
-    int type;
+    OperationType type;
 };
 
 constexpr StartMode startModes[] = {
     {MOVE_CODE_MOVE, [](Library library, int id, int axis) { return library.startMove(id, axis); },
-     QT_TRANSLATE_NOOP("SerialComDev", "Move"), 1},
+     QT_TRANSLATE_NOOP("SerialComDev", "Move"), OPERATION_TYPE_MOVE},
     {MOVE_CODE_DRIVE_POSITIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), 3},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), OPERATION_TYPE_DRIVE},
     {MOVE_CODE_DRIVE_NEGATIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), 3},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), OPERATION_TYPE_DRIVE},
     {MOVE_CODE_JOG_POSITIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), 5},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), OPERATION_TYPE_JOG},
     {MOVE_CODE_JOG_NEGATIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), 5},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), OPERATION_TYPE_JOG},
     {MOVE_CODE_CIRCLE_POSITIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), 10},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), OPERATION_TYPE_LOOP},
     {MOVE_CODE_CIRCLE_NEGATIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), 10},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), OPERATION_TYPE_LOOP},
 };
 
 /** Values as messages show them: no more digits than needed, none lost of what the number fields take. */
@@ -157,10 +160,12 @@ bool SerialComDev::endThread(int limitMs)
     if (!single.worker)
         return true;
 
+    const QDeadlineTimer deadline(limitMs);
     QThread *thread = single.worker->thread();
     QCoreApplication::removePostedEvents(single.worker.data());
+    LibraryLock::retractAll(thread); // its stops are among them
     thread->quit();
-    if (!thread->wait(QDeadlineTimer(limitMs))) {
+    if (!thread->wait(deadline) || !single.worker->endStopThread(deadline)) {
         qDebug() << "SerialComDev: a library call still runs, its thread is left behind";
         return false;
     }
@@ -171,7 +176,10 @@ bool SerialComDev::endThread(int limitMs)
 }
 
 SerialComDev::SerialComDev()
+    : m_stopThread([this] { sendStops(); })
 {
+    m_stopThread.start();
+
     // Polls are gathered in the thread that requests them: calling the worker for each costs more than the poll itself.
     connect(
         this, &SerialComDev::signal_getCurrentPos, this,
@@ -183,6 +191,18 @@ SerialComDev::SerialComDev()
         this, &SerialComDev::signal_getDevState, this,
         [this](int axis) {
             requestPoll({PollQueue::State, axis});
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_requestHeartBeat, this,
+        [this] {
+            requestPoll({PollQueue::Beat, PollQueue::WholeController});
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_requestConsoleHeartBeat, this,
+        [this] {
+            requestPoll({PollQueue::ConsoleBeat, PollQueue::WholeController});
         },
         Qt::DirectConnection);
 
@@ -210,9 +230,34 @@ SerialComDev::SerialComDev()
     connectCommand(&SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams);
     connectCommand(&SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams);
     connectCommand(&SerialComDev::signal_setMotorConfig, &SerialComDev::slot_setMotorConfig);
+    // A stop waits for nobody but the call in flight: on a slow link what is polled for would stand in front of it.
+    connect(
+        this, &SerialComDev::signal_stopMotor, this,
+        [this] {
+            if (LibraryLock::heldFor() > slowCall)
+                m_polls.drop(); // the next timer asks again
+            LibraryLock::announce(LibraryLock::Urgency::Stop, thread());
+        },
+        Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_stopMotor, &SerialComDev::slot_stopMotor);
-    connectCommand(&SerialComDev::signal_startMotor, &SerialComDev::slot_startMotor);
-    connectCommand(&SerialComDev::signal_home, &SerialComDev::slot_homeMotor);
+    connect(this, &SerialComDev::signal_stopMotor, this, [] { LibraryLock::retract(LibraryLock::Urgency::Stop); });
+
+    // A start remembers when it was asked for: one from before a stop of all is not made any more.
+    connect(
+        this, &SerialComDev::signal_startMotor, this,
+        [this](int axis, int mode) {
+            QMetaObject::invokeMethod(
+                this, [this, axis, mode, stops = m_uStopAlls.load()] { start(axis, mode, stops); });
+            m_polls.endRound();
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_home, this,
+        [this](int axis) {
+            QMetaObject::invokeMethod(this, [this, axis, stops = m_uStopAlls.load()] { home(axis, stops); });
+            m_polls.endRound();
+        },
+        Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_enableMotor, &SerialComDev::slot_enableMotor);
     connectCommand(&SerialComDev::signal_setRockerEnabled, &SerialComDev::slot_setRockerEnabled);
     connectCommand(&SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp);
@@ -230,6 +275,7 @@ void SerialComDev::connectCommand(Signal signal, Slot slot)
 
 void SerialComDev::requestPoll(const PollQueue::Poll &poll)
 {
+    const QMutexLocker request(&m_requestMutex);
     if (const auto round = m_polls.add(poll))
         QMetaObject::invokeMethod(
             this, [this, round = *round] { runPolls(round); }, Qt::QueuedConnection);
@@ -238,19 +284,40 @@ void SerialComDev::requestPoll(const PollQueue::Poll &poll)
 void SerialComDev::runPolls(quint32 round)
 {
     while (const auto poll = m_polls.take(round)) {
-        if (poll->kind == PollQueue::Position)
+        switch (poll->kind) {
+        case PollQueue::Position:
             slot_getCurrentPos(poll->axis);
-        else
+            break;
+        case PollQueue::State:
             slot_getCurrentState(poll->axis);
+            break;
+        case PollQueue::Beat:
+            slot_heartBeat();
+            break;
+        case PollQueue::ConsoleBeat:
+            slot_consoleHeartBeat();
+            break;
+        }
     }
 }
 
 SerialComDev::~SerialComDev()
 {
+    endStopThread(QDeadlineTimer::Forever);
     if (!m_bOpened)
         return;
     qDebug() << "~SerialComDev";
     closeOpenDevice(QDeadlineTimer::Forever);
+}
+
+/** False when it hangs in a library call beyond the deadline. */
+bool SerialComDev::endStopThread(QDeadlineTimer deadline)
+{
+    m_stopThread.end();
+    if (!m_stopThread.wait(deadline))
+        return false;
+    LibraryLock::retractAll(&m_stopThread); // for stops that nobody sends any more
+    return true;
 }
 
 int SerialComDev::open(int id)
@@ -264,6 +331,8 @@ int SerialComDev::open(int id)
     }
     m_iDeviceId = id;
     m_bLeft = false;
+    m_iAxisCount = 0;
+    m_bRockerOn = false;
     return id;
 }
 
@@ -327,13 +396,19 @@ int SerialComDev::setMotorEnable(int axis, int enable)
 int SerialComDev::setRockerEnable(int enable)
 {
     const LibraryLock library;
-    return library->setRockerEnable(m_iDeviceId, enable);
+    const int result = library->setRockerEnable(m_iDeviceId, enable);
+    if (result >= 0)
+        m_bRockerOn = enable != 0;
+    return result;
 }
 
 int SerialComDev::getRockerEnable()
 {
     const LibraryLock library;
-    return library->getRockerEnable(m_iDeviceId);
+    const int enabled = library->getRockerEnable(m_iDeviceId);
+    if (enabled >= 0)
+        m_bRockerOn = enabled != 0;
+    return enabled;
 }
 
 int SerialComDev::setPosConpenEnable(int axis, int enable)
@@ -377,7 +452,9 @@ int SerialComDev::getRuningState(int axis, MotorStageState &state)
 int SerialComDev::getDevAxisCount()
 {
     const LibraryLock library;
-    return library->getDevAxisCount(m_iDeviceId);
+    const int count = library->getDevAxisCount(m_iDeviceId);
+    m_iAxisCount = std::max(0, count);
+    return count;
 }
 
 QString SerialComDev::getMotorModelName(int axis)
@@ -530,7 +607,7 @@ void SerialComDev::updateAxisInfo(int axis, Change change)
 }
 
 /** Whether a sequence of calls goes on; if not, its failure is reported. */
-bool SerialComDev::accepted(int result, int axis, int failureType, const QString &failure)
+bool SerialComDev::accepted(int result, int axis, OperationType failureType, const QString &failure)
 {
     if (result >= 0)
         return true;
@@ -539,8 +616,10 @@ bool SerialComDev::accepted(int result, int axis, int failureType, const QString
 }
 
 /** Reports a single call whose text is the same whether it succeeded or failed. */
-void SerialComDev::report(int result, int axis, int type, const QString &text)
+void SerialComDev::report(int result, int axis, OperationType type, const QString &text)
 {
+    if (result >= 0)
+        noteCommand(axis, type);
     emit signal_showOperationMsg(axis, result >= 0 ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, type, text);
 }
 
@@ -577,50 +656,56 @@ void SerialComDev::slot_getCurrentState(int Axis)
 void SerialComDev::reportFailedPoll(int axis, const QString &text)
 {
     m_feed.tell([axis](AnswerListener &listener, AnswerListener::Time at) { listener.pollFailed(axis, at); });
-    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, GeneralMessage, text);
+    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, OPERATION_TYPE_GENERAL, text);
 }
 
 void SerialComDev::slot_setSpeedParams(int Axis, double acc, double speed)
 {
     const LibraryLock library;
-    if (!accepted(library->setSpeed(m_iDeviceId, Axis, speed), Axis, GeneralMessage, tr("设置速度参数出错")))
+    if (!accepted(library->setSpeed(m_iDeviceId, Axis, speed), Axis, OPERATION_TYPE_GENERAL, tr("设置速度参数出错")))
         return;
     updateAxisInfo(Axis, [speed](MotorDevInfo &info) { info.speed = speed; });
-    if (!accepted(library->setAcceleration(m_iDeviceId, Axis, acc), Axis, GeneralMessage, tr("设置加速度参数出错")))
+    if (!accepted(
+            library->setAcceleration(m_iDeviceId, Axis, acc), Axis, OPERATION_TYPE_GENERAL, tr("设置加速度参数出错")))
         return;
     updateAxisInfo(Axis, [acc](MotorDevInfo &info) { info.acceleration = acc; });
     emit signal_showOperationMsg(
-        Axis, OPERATION_STATE_OK, GeneralMessage, tr("设置参数，速度：%1，加速度：%2").arg(shown(speed), shown(acc)));
+        Axis, OPERATION_STATE_OK, OPERATION_TYPE_GENERAL,
+        tr("设置参数，速度：%1，加速度：%2").arg(shown(speed), shown(acc)));
 }
 
 void SerialComDev::slot_setRelativeDispParams(int Axis, double disp, bool enable)
 {
     const LibraryLock library;
-    if (!accepted(library->setRelativeDisp(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置相对位移参数出错")))
+    if (!accepted(
+            library->setRelativeDisp(m_iDeviceId, Axis, disp), Axis, OPERATION_TYPE_GENERAL,
+            tr("设置相对位移参数出错")))
         return;
     updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.relativeDisp = disp; });
     if (!accepted(
-            library->setRelativeDispEnable(m_iDeviceId, Axis, enable), Axis, GeneralMessage,
+            library->setRelativeDispEnable(m_iDeviceId, Axis, enable), Axis, OPERATION_TYPE_GENERAL,
             tr("设置相对位移使能参数出错")))
         return;
     updateAxisInfo(Axis, [enable](MotorDevInfo &info) { info.relativeDispEnable = enable; });
     emit signal_showOperationMsg(
-        Axis, OPERATION_STATE_OK, 4,
+        Axis, OPERATION_STATE_OK, OPERATION_TYPE_DISPLACEMENT,
         tr("设置参数，相对位移：%1，使能：%2").arg(shown(disp), QString::number(int(enable))));
 }
 
 void SerialComDev::slot_setAbsoluteDispParams(int Axis, double disp)
 {
     const LibraryLock library;
-    if (!accepted(library->setTargetPos(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置目标位置参数出错")))
+    if (!accepted(
+            library->setTargetPos(m_iDeviceId, Axis, disp), Axis, OPERATION_TYPE_GENERAL, tr("设置目标位置参数出错")))
         return;
     updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.targetPos = disp; });
-    emit signal_showOperationMsg(Axis, OPERATION_STATE_OK, 2, tr("设置参数，目标位置：%1").arg(shown(disp)));
+    emit signal_showOperationMsg(
+        Axis, OPERATION_STATE_OK, OPERATION_TYPE_TARGET, tr("设置参数，目标位置：%1").arg(shown(disp)));
 }
 
 void SerialComDev::slot_setJogParams(int Axis, double step, int count, int delay)
 {
-    constexpr int type = 6;
+    constexpr OperationType type = OPERATION_TYPE_JOG_PARAMS;
     const LibraryLock library;
     if (!accepted(library->setJogStep(m_iDeviceId, Axis, step), Axis, type, tr("设置JOG步长失败")))
         return;
@@ -638,7 +723,7 @@ void SerialComDev::slot_setJogParams(int Axis, double step, int count, int delay
 
 void SerialComDev::slot_setCircleParams(int Axis, int count, double disp, int delay)
 {
-    constexpr int type = 11;
+    constexpr OperationType type = OPERATION_TYPE_LOOP_PARAMS;
     const LibraryLock library;
     if (!accepted(library->setCircleCount(m_iDeviceId, Axis, count), Axis, type, tr("设置循环次数失败")))
         return;
@@ -655,7 +740,7 @@ void SerialComDev::slot_setCircleParams(int Axis, int count, double disp, int de
 
 void SerialComDev::slot_setTriggerParams(int Axis, int intput, int output)
 {
-    constexpr int type = 11;
+    constexpr OperationType type = OPERATION_TYPE_LOOP_PARAMS;
     const LibraryLock library;
     if (accepted(
             library->setTriggerInEnable(m_iDeviceId, Axis, intput), Axis, type,
@@ -668,7 +753,9 @@ void SerialComDev::slot_setTriggerParams(int Axis, int intput, int output)
 void SerialComDev::slot_setTriggerInDisp(int Axis, double disp)
 {
     const LibraryLock library;
-    accepted(library->setTriggerStep(m_iDeviceId, Axis, disp), Axis, 11, tr("设置触发输入位移量失败，轴:%1").arg(Axis));
+    accepted(
+        library->setTriggerStep(m_iDeviceId, Axis, disp), Axis, OPERATION_TYPE_LOOP_PARAMS,
+        tr("设置触发输入位移量失败，轴:%1").arg(Axis));
 }
 
 void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
@@ -679,27 +766,83 @@ void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
     Q_UNUSED(fileName)
 }
 
+void SerialComDev::stopAll()
+{
+    if (m_iDeviceId == 0)
+        return;
+    ++m_uStopAlls;
+    ++m_iStoppingAll;
+    LibraryLock::announce(LibraryLock::Urgency::StopAll, &m_stopThread);
+    m_stopThread.press();
+}
+
+/** Runs in the thread that only stops. */
+void SerialComDev::sendStops()
+{
+    {
+        const LibraryLock library;
+        const int id = m_iDeviceId;
+        if (id != 0 && m_bRockerOn && library->setRockerEnable(id, 0) >= 0)
+            m_bRockerOn = false;
+        const int count = m_iAxisCount > 0 ? std::min(m_iAxisCount.load(), maxAxes) : usualAxes;
+        for (int axis = 0; id != 0 && axis < count; ++axis)
+            report(library->stopRuning(id, axis), axis, OPERATION_TYPE_STOP, tr("停止运行"));
+    }
+    LibraryLock::retract(LibraryLock::Urgency::StopAll);
+    --m_iStoppingAll;
+    emit signal_stopAllDone();
+}
+
+void SerialComDev::noteCommand(int axis, OperationType type)
+{
+    m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) { listener.commandAccepted(axis, type, at); });
+}
+
+/**
+ * Whether all was stopped since a start was asked for, of which `stopsBefore` tells how often that had happened by
+ * then; one that nobody asked for through a request always acts. The caller holds the lock.
+ */
+bool SerialComDev::isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text)
+{
+    if (!stopsBefore || *stopsBefore == m_uStopAlls)
+        return false;
+    emit signal_showOperationMsg(axis, OPERATION_STATE_CANCELLED, type, text);
+    return true;
+}
+
 void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
     const int result = library->stopRuning(m_iDeviceId, Axis); // before its text is looked up
-    report(result, Axis, 8, tr("停止运行"));
+    report(result, Axis, OPERATION_TYPE_STOP, tr("停止运行"));
 }
 
 void SerialComDev::slot_startMotor(int Axis, int mode)
+{
+    start(Axis, mode, std::nullopt);
+}
+
+void SerialComDev::start(int Axis, int mode, std::optional<quint32> stopsBefore)
 {
     const auto *start = std::find_if(
         std::begin(startModes), std::end(startModes), [mode](const StartMode &row) { return row.mode == mode; });
     if (start == std::end(startModes))
         return;
     const LibraryLock library;
-    report(start->start(*library, m_iDeviceId, Axis), Axis, start->type, tr(start->text));
+    if (!isCancelled(stopsBefore, Axis, start->type, tr(start->text)))
+        report(start->start(*library, m_iDeviceId, Axis), Axis, start->type, tr(start->text));
 }
 
 void SerialComDev::slot_homeMotor(int Axis)
 {
+    home(Axis, std::nullopt);
+}
+
+void SerialComDev::home(int Axis, std::optional<quint32> stopsBefore)
+{
     const LibraryLock library;
-    report(library->home(m_iDeviceId, Axis), Axis, 13, tr("电机复位"));
+    if (!isCancelled(stopsBefore, Axis, OPERATION_TYPE_HOME, tr("电机复位")))
+        report(library->home(m_iDeviceId, Axis), Axis, OPERATION_TYPE_HOME, tr("电机复位"));
 }
 
 void SerialComDev::slot_enableMotor(int Axis, bool enable)

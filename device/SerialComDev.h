@@ -5,6 +5,7 @@
 #include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
 #include "device/PollQueue.h"
+#include "device/StopThread.h"
 
 #include <QDeadlineTimer>
 #include <QMap>
@@ -12,11 +13,36 @@
 #include <QSharedPointer>
 
 #include <atomic>
+#include <optional>
 
-/** States of an operation message, see SerialComDev::signal_showOperationMsg. */
+/** States of an operation message, see SerialComDev::signal_showOperationMsg. The worker sends FAIL and OK. */
 enum OperationState {
+    OPERATION_STATE_RUNNING = 0,
+    OPERATION_STATE_CANCELLED = 1,
     OPERATION_STATE_FAIL = 2, // the library reported failure
     OPERATION_STATE_OK = 3,   // the operation was accepted
+    OPERATION_STATE_COMPLETED = 4,
+    OPERATION_STATE_NONE = 99, // says nothing
+};
+
+/** What an operation message is about. Those marked so are only written by the panel, or by nobody. */
+enum OperationType {
+    OPERATION_TYPE_DEVICE_PARAMS = 0, // by nobody
+    OPERATION_TYPE_MOVE = 1,
+    OPERATION_TYPE_TARGET = 2, // the target position is set
+    OPERATION_TYPE_DRIVE = 3,
+    OPERATION_TYPE_DISPLACEMENT = 4, // the relative displacement is set
+    OPERATION_TYPE_JOG = 5,
+    OPERATION_TYPE_JOG_PARAMS = 6,
+    OPERATION_TYPE_RESTORE = 7, // by nobody
+    OPERATION_TYPE_STOP = 8,
+    OPERATION_TYPE_ENABLE = 9, // by nobody
+    OPERATION_TYPE_LOOP = 10,
+    OPERATION_TYPE_LOOP_PARAMS = 11, // and those of the trigger
+    OPERATION_TYPE_RUN_COUNT = 12,   // by the panel: live counter of a loop run
+    OPERATION_TYPE_HOME = 13,
+    OPERATION_TYPE_WARNING = 98, // by the panel: red
+    OPERATION_TYPE_GENERAL = 99, // no leading word
 };
 
 /** Start modes of SerialComDev::signal_startMotor. */
@@ -130,8 +156,22 @@ public:
     double getAxisCircleDisp(int axis) const;
     int getAxisCircleDelay(int axis) const;
 
+    /**
+     * Stops every axis of the open controller, ahead of whatever else waits for the library; joystick mode is switched
+     * off first. Starts and homings that were requested before and have not reached the library are cancelled. Each
+     * call sends the stops once more. Any thread; returns at once, signal_stopAllDone() tells the rest.
+     */
+    void stopAll();
+    /** Whether a stopAll() has not been through yet. Any thread. */
+    bool isStoppingAll() const { return m_iStoppingAll > 0; }
+    /** Whether the joystick drives the axes, as far as is known: read, or switched from here. Any thread. */
+    bool isRockerOn() const { return m_bRockerOn; }
+
     /** Every answer to a poll, for whoever wants more than the changes. Any thread. */
     AnswerFeed &answers() { return m_feed; }
+    /** For whoever makes library calls of its own: what the controller has accepted. Any thread. */
+    void noteCommand(int axis, OperationType type);
+    void noteRockerOn(bool on) { m_bRockerOn = on; }
     /** The next answers to polls of the axis count as changed: somebody new listens. */
     void announceAnew(int axis);
 
@@ -153,6 +193,9 @@ signals:
     void signal_setRockerEnabled(bool b);
     void signal_setTriggerInDisp(int Axis, double disp);
     void signal_setPosConpenEnable(int Axis, bool b);
+    // From whichever thread, while the worker is sure to live.
+    void signal_requestHeartBeat();
+    void signal_requestConsoleHeartBeat();
 
     // Answers, from the worker thread. Receivers that may go while the worker lives connect by signature, SIGNAL() and
     // SLOT(): Qt 5.15 leaks a connection by member functions whose receiver goes while another thread emits.
@@ -164,10 +207,10 @@ signals:
     void signal_heartBeatInfo(CONTROLER_STATE state, int ret);
     /** As signal_heartBeatInfo, for the engineering console: neither counts the beats that the other one misses. */
     void signal_consoleHeartBeatInfo(CONTROLER_STATE state, int ret);
+    /** The stops of a stopAll() have been sent. */
+    void signal_stopAllDone();
     /**
-     * Outcome of an operation on axis ID. state: OperationState. type: 1 move, 2 target set, 3 drive, 4 displacement
-     * set, 5 jog, 6 jog parameters, 8 stop, 10 loop run, 11 loop parameters and trigger, 13 homing, 99 general.
-     * msg: already translated.
+     * Outcome of an operation on axis ID. state: OperationState. type: OperationType. msg: already translated.
      */
     void signal_showOperationMsg(int ID, int state, int type, QString msg);
 
@@ -189,7 +232,7 @@ public slots:
     void slot_setRockerEnabled(bool b);
     void slot_setTriggerInDisp(int Axis, double disp);
     void slot_setPosConpenEnable(int Axis, bool b);
-    /** One sign of life: reads the joystick information. */
+    /** One sign of life: reads the joystick information. Called directly, it always does. */
     void slot_heartBeat();
     /** As slot_heartBeat, answered by signal_consoleHeartBeatInfo. */
     void slot_consoleHeartBeat();
@@ -197,8 +240,13 @@ public slots:
 private:
     SerialComDev();
 
-    bool accepted(int result, int axis, int failureType, const QString &failure);
-    void report(int result, int axis, int type, const QString &text);
+    bool accepted(int result, int axis, OperationType failureType, const QString &failure);
+    void report(int result, int axis, OperationType type, const QString &text);
+    bool isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text);
+    void start(int axis, int mode, std::optional<quint32> stopsBefore);
+    void home(int axis, std::optional<quint32> stopsBefore);
+    void sendStops();
+    bool endStopThread(QDeadlineTimer deadline);
     void reportFailedPoll(int axis, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeWithin(QDeadlineTimer deadline);
@@ -212,10 +260,16 @@ private:
 
     std::atomic<int> m_iDeviceId{0};
     std::atomic<bool> m_bLeft{false};
+    std::atomic<int> m_iAxisCount{0}; // as read last; 0 when it is not known
+    std::atomic<bool> m_bRockerOn{false};
+    std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped: what was requested before does not start any more
+    std::atomic<int> m_iStoppingAll{0};
+    StopThread m_stopThread;
     bool m_bOpened = false;
     mutable QMutex m_registryMutex; // both registries are written by either thread
     QMap<int, MotorDevInfo> m_axisInfo;
     QMap<int, int> m_autoDetect;
+    QMutex m_requestMutex; // whatever another thread adds to a round follows the call for it
     PollQueue m_polls;
     AnswerFeed m_feed;
     AnswerFilter<double> m_positions;
