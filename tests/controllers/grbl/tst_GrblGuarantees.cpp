@@ -395,7 +395,8 @@ void tst_GrblGuarantees::randomFaultsNeverLoseThePosition()
             emulator::Wire &wire = between(0, 2) < 1 ? bench.firmware.toBoard() : bench.firmware.toHost();
             const WireFault::Kind kinds[] = {
                 WireFault::Kind::Drop, WireFault::Kind::Double, WireFault::Kind::Replace, WireFault::Kind::DropLine};
-            wire.add({kinds[int(between(0, 4))], int(between(0, 4)), int(between(-1, 40)), "o7!?\n-.X"[int(between(0, 8))]});
+            wire.add(
+                {kinds[int(between(0, 4))], int(between(0, 4)), int(between(-1, 40)), "o7!?\n-.X"[int(between(0, 8))]});
         }
         const double until = bench.now() + between(0.1, 2);
         bench.runUntil([&] { return rests(), bench.now() >= until; }, 3);
@@ -408,8 +409,9 @@ void tst_GrblGuarantees::randomFaultsNeverLoseThePosition()
         QCOMPARE(bench.axis(i).reportedPosition(), bench.firmware.positionMm(i));
     }
     for (const Violation &one : bench.firmware.violations())
-        QVERIFY2(one.kind != Violation::Kind::WhileCancelling && one.kind != Violation::Kind::FullPlanner,
-                 nameOf(one.kind) + QByteArray(": ") + one.line.c_str());
+        QVERIFY2(
+            one.kind != Violation::Kind::WhileCancelling && one.kind != Violation::Kind::FullPlanner,
+            nameOf(one.kind) + QByteArray(": ") + one.line.c_str());
     if (bench.board.locked()) {
         bench.call([&] { return bench.axis(0).setEnabled(true); });
         QVERIFY(bench.runUntil([&] { return rests() && !bench.board.locked(); }, 5));
