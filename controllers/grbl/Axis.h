@@ -55,6 +55,9 @@ public:
     void takeUp(double position, double now) { takeUpAt(position, now); }
     /** Stands at `position` since `now`, and goes on to where the plan had it. */
     void finishFrom(double position, double now);
+    /** Was stopped while the board was brought to rest for another reason: it does not go on. */
+    bool isStopped() const { return m_stopped; }
+    void setStopped(bool stopped) { m_stopped = stopped; }
     bool isHomed() const { return m_homed; }
     void setHomed(bool homed) { m_homed = homed; }
     /** What is kept for the axis replaces its stage. */
@@ -75,6 +78,7 @@ private:
     AxisSetup m_setup;
     bool m_enabled = true;
     bool m_homed = false;
+    bool m_stopped = false;
 };
 
 } // namespace grbl

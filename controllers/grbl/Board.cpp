@@ -22,7 +22,6 @@ constexpr double answerTimeout = 0.7;
 constexpr double bannerTimeout = 3;
 constexpr std::size_t mostUnanswered = 6;
 constexpr std::size_t mostUnansweredBytes = 127;
-constexpr std::size_t longestLine = 79;
 constexpr int leastFreeBlocks = 3;
 constexpr double cancelPatience =
     0.008;                          // for the answers of lines on their way; what waits behind it would run after it
@@ -773,6 +772,7 @@ int Board::stop(Axis &axis)
     }
     if (m_phase != Phase::Ready) {
         axis.stand(axis.position());
+        axis.setStopped(true);
         return Ok;
     }
     if (!axis.running() && still())
@@ -806,6 +806,8 @@ void Board::cancel(Then then)
     }
     if (then == Then::Stand)
         endRuns();
+    for (auto &axis : m_axes)
+        axis->setStopped(false);
     m_then = then;
     m_phase = Phase::Cancelling;
     m_since = m_now;
@@ -927,7 +929,7 @@ void Board::restAt(const Report &report, Then then)
         const double position = axis->toStage(m_sent[axis->boardAxis()] / stepsPerMm(axis->boardAxis()));
         if (then == Then::TakeUp && !m_locked && axis->running())
             axis->takeUp(position, m_now);
-        else if (then == Then::TakeUp && !m_locked)
+        else if (then == Then::TakeUp && !m_locked && !axis->isStopped())
             axis->finishFrom(position, m_now);
         else
             axis->stand(position);
@@ -982,10 +984,10 @@ void Board::stream()
     }
     while (m_phase == Phase::Ready && !m_rests && (m_head < m_now + effectiveLead() || !m_pending.empty())) {
         // Never a full planner: a line that waits for a free block survives a cancel.
-        const bool room =
-            m_awaited.size() < mostUnanswered &&
-            m_awaitedBytes + longestLine < std::min(mostUnansweredBytes, m_bufferBytes - 1) + longestLine / 2 &&
-            (m_report.freeBlocks < 0 || m_report.freeBlocks - m_sentSinceReport > leastFreeBlocks);
+        const std::size_t longestJog = 16 + 10 * static_cast<std::size_t>(m_boardAxes);
+        const bool room = m_awaited.size() < mostUnanswered &&
+                          m_awaitedBytes + longestJog <= std::min(mostUnansweredBytes, m_bufferBytes - 1) &&
+                          (m_report.freeBlocks < 0 || m_report.freeBlocks - m_sentSinceReport > leastFreeBlocks);
         if (!room)
             return;
         if (!m_pending.empty()) {

@@ -29,6 +29,7 @@ private slots:
     void randomFaultsNeverLoseThePosition_data();
     void randomFaultsNeverLoseThePosition();
     void aLostLineIsNoticed();
+    void aStopInTroubleIsAStop();
     void aLostReportByteStopsNothing();
     void aLostCancelStillEnds();
     void aDeafBoardIsFreed();
@@ -432,6 +433,23 @@ void tst_GrblGuarantees::aLostLineIsNoticed()
     QVERIFY(bench.now() - from < 1.1);
     QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(40)); // it stops and goes on
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aStopInTroubleIsAStop()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 40, 10, 50), 0);
+    QCOMPARE(bench.moveTo(1, -4, 6, 50), 0);
+    bench.run(0.73);
+    bench.firmware.toBoard().add({WireFault::Kind::Drop, 0, 0, 0});
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Cancelling; }, 1));
+    QCOMPARE(bench.stop(0), 0);
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready; }, 2));
+    const long long at = bench.firmware.steps(0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), at);
+    QCOMPARE(bench.firmware.steps(1), Bench::steps(-4)); // goes on
     verifyClean(bench);
 }
 
