@@ -15,6 +15,7 @@ constexpr double reportTime = 0.0006; // a "?" that comes in it is lost
 constexpr double dryTime = 0.001;     // from the last step until the program sees that motion is over
 constexpr double resetTime = 0.0253;
 constexpr double alarmTime = 0.5;
+constexpr double halAlarmTime = 0.1;  // from the alarm of a reset in motion to the banner
 constexpr double deafWindow = 0.035;  // before the end of a cancel, in which another one does harm
 constexpr double searchTravels = 1.5; // how far homing looks for a switch
 constexpr double searchPullOffs = 5;  // the same, the second time
@@ -288,7 +289,7 @@ void Board::motionEnded()
         } else if (isLate && m_lateCancel == '!') {
             m_state = State::Hold;
             m_isHeld = true;
-        } else if (isLate) {
+        } else if (isLate && !isHal()) {
             m_isDeaf = true;
             m_wantsCancel = false;
         }
@@ -329,7 +330,7 @@ void Board::reset()
         return later(resetTime, [this] {
             print("ALARM:3");
             m_state = State::Alarm;
-            later(alarmTime + resetTime, [this] { start(true); });
+            later(isHal() ? halAlarmTime : alarmTime + resetTime, [this] { start(true); });
         });
     }
     if (owesAnswer) {
@@ -356,7 +357,7 @@ void Board::start(bool isLocked)
     m_untilOffsets = m_untilOverrides = 0;
     m_state = isLocked ? State::Alarm : State::Idle;
     print("");
-    print("Grbl 1.1h ['$' for help]");
+    print(isHal() ? "GrblHAL 1.1f ['$' or '$HELP' for help]" : "Grbl 1.1h ['$' for help]");
     m_freeAt = std::max(m_freeAt, m_out.end());
     if (m_settings.isOn(21) && limitPins() != 0) {
         print("[MSG:Check Limits]");

@@ -86,6 +86,7 @@ private slots:
     void keepsQuietOnABrokenWire();
     void startsAnewBehindItsBootLoader();
     void keepsItsSettings();
+    void speaksAsGrblHal();
     void noticesWhatAHostShouldNotSend_data();
     void noticesWhatAHostShouldNotSend();
 };
@@ -897,6 +898,25 @@ void tst_EmulatedBoard::keepsItsSettings()
     QCOMPARE(host.board.settings()[120], 77.5);
     QCOMPARE(host.board.settings()[110], 3000.0);
     QFile::remove(file);
+}
+
+void tst_EmulatedBoard::speaksAsGrblHal()
+{
+    emulator::Options options = Host::fast();
+    options.firmware = emulator::Firmware::GrblHal;
+    options.settings[10] = 511;
+    Host host(options);
+    QCOMPARE(text(host.heard.back().text), QString("GrblHAL 1.1f ['$' or '$HELP' for help]"));
+    QVERIFY(host.ask("?").find("|Bf:100,1023|") != std::string::npos);
+    const std::string info = host.ask("$I\n");
+    QVERIFY(info.find("[OPT:VNML+,100,1024,3,0]|[AXS:3:XYZ]") != std::string::npos);
+    QVERIFY(info.find("[FIRMWARE:grblHAL]") != std::string::npos);
+    QCOMPARE(text(host.ask("$X\r\n\n")), QString("ok|ok"));
+    QCOMPARE(text(host.ask("$Q\n$999=1\n$0=2\n$J=G91A1F100\n")), QString("error:3|error:53|ok|error:36"));
+    host.say("$J=G53X20Y0Z0F600\n", 0.7);
+    host.say("\x85", deafAfter);
+    host.say("\x85", 0.3);
+    QCOMPARE(text(host.ask("$X\n")), QString("ok"));
 }
 
 void tst_EmulatedBoard::noticesWhatAHostShouldNotSend_data()
