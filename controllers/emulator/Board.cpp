@@ -92,6 +92,7 @@ void Board::look(char byte)
 {
     if (isRealTime(byte)) {
         m_sentLines.emplace_back(1, byte);
+        m_hostCancels = m_hostCancels || (byte == '\x85' && m_state == State::Jog);
     } else if (byte == '\n') {
         lookAtLine();
         m_sentLine.clear();
@@ -123,6 +124,9 @@ void Board::lookAtLine()
         if (!has("G53")) {
             violate(Violation::Kind::WorkCoordinates, line);
         }
+    }
+    if (m_hostCancels && !line.empty()) {
+        violate(Violation::Kind::WhileCancelling, line);
     }
     if (line.size() > 2 && line.compare(0, 2, "$H") == 0 && !m_options.homesSingleAxes) {
         violate(Violation::Kind::SingleHome, line);

@@ -267,8 +267,9 @@ private:
     char m_lateCancel = 0; // the last of further cancels, and when it came
     double m_lateCancelAt = 0;
     bool m_isDeaf = false;
-    bool m_mustReset = false;  // deaf to everything but a reset
-    bool m_owesAnswer = false; // of a line that an alarm has broken off
+    bool m_hostCancels = false; // has sent a cancel that is not done yet
+    bool m_mustReset = false;   // deaf to everything but a reset
+    bool m_owesAnswer = false;  // of a line that an alarm has broken off
     bool m_motorsAreOn = false;
 
     // Reports
@@ -305,6 +306,8 @@ private:
     Steps m_stepsDown{};
     std::array<std::vector<Step>, maxAxes> m_steps;
     double m_lastStep = 0;
+    int m_lastAxis = 0;
+    int m_lastDirection = 1;
 
     std::string m_sentLine;
     std::vector<std::string> m_sentLines;

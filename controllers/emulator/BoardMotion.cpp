@@ -275,6 +275,7 @@ void Board::stopped()
 
 void Board::motionEnded()
 {
+    m_hostCancels = false;
     if (m_isCancelling) {
         m_isCancelling = false;
         m_stepper.abort();
@@ -327,6 +328,10 @@ void Board::reset()
         return later(alarmTime + resetTime, [this] { start(true); });
     }
     if (wasMoving) {
+        // The position is told a step wrong, as one of two was seen to be: it is lost.
+        Steps told = position();
+        told[m_lastAxis] += m_lastDirection;
+        m_stepper.setPosition(told);
         return later(resetTime, [this] {
             print("ALARM:3");
             m_state = State::Alarm;
@@ -346,7 +351,8 @@ void Board::start(bool isLocked)
     m_isComment = m_isRestComment = m_isTooLong = false;
     m_wantsReport = m_wantsReset = m_wantsHold = m_wantsDoor = m_wantsResume = m_wantsCancel = false;
     m_wantedOverrides.clear();
-    m_hasStopped = m_isHeld = m_isCancelling = m_doorAfterCancel = m_isDeaf = m_mustReset = m_limitEdge = false;
+    m_hasStopped = m_isHeld = m_isCancelling = m_doorAfterCancel = m_isDeaf = m_hostCancels = m_mustReset =
+        m_limitEdge = false;
     m_lateCancel = 0;
     m_isHoming = m_isProbing = false;
     m_modes = {};
@@ -445,6 +451,8 @@ bool Board::onStep(int axis, int direction, double time)
     const int pin = m_settings.hasBit(3, axis) ? -direction : direction;
     m_stage[axis] += pin / m_settings.stepsPerMm(axis);
     m_lastStep = time;
+    m_lastAxis = axis;
+    m_lastDirection = direction;
     if (m_options.recordsSteps) {
         m_steps[axis].push_back({toUser(time), direction});
     }

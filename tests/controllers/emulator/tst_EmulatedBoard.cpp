@@ -481,6 +481,7 @@ void tst_EmulatedBoard::runsLinesThatCameDuringACancel()
     QVERIFY(host.comesToRest());
     QCOMPARE(host.board.steps(1), 500LL);
     QVERIFY(host.board.steps(0) < 2500);
+    QVERIFY(has(host.board, Violation::Kind::WhileCancelling));
 }
 
 void tst_EmulatedBoard::runsTheLineThatWaitedForABlock()
@@ -521,6 +522,7 @@ void tst_EmulatedBoard::answersTheBarrierAtRest()
         host.run(0.001);
     }
     QCOMPARE(host.board.state(), State::Idle);
+    QVERIFY(!has(host.board, Violation::Kind::WhileCancelling));
     const long long stood = host.board.steps(0);
     host.run(1);
     QCOMPARE(host.board.steps(0), stood);
@@ -572,6 +574,7 @@ void tst_EmulatedBoard::alarmsInAResetInMotion()
     const double sent = host.board.now();
     const std::vector<std::string> said = host.say("\x18", 1);
     QVERIFY(host.board.lastStep() < sent + 0.003);
+    QCOMPARE(host.board.position()[0], host.board.steps(0) + 1); // what it tells is not where it is
     QCOMPARE(text(said[said.size() - 4]), QString("ALARM:3"));
     QCOMPARE(text(said.back()), QString("[MSG:'$H'|'$X' to unlock]"));
     QCOMPARE(text(host.ask("$J=G53X1Y0Z0F600\n")), QString("error:8"));
