@@ -47,13 +47,14 @@ const char *nameOf(Violation::Kind kind)
 
 Board::Board(Options options)
     : m_options(std::move(options))
-    , m_settings(m_options.axes)
-    , m_planner(m_settings, m_options.axes)
+    , m_settings(m_options.axes, isHal())
+    , m_planner(m_settings, m_options.axes, isHal() ? 100 : 15)
     , m_stepper(m_planner, m_options.axes, [this](int axis, int direction, double time) {
         return onStep(axis, direction, time);
     })
 {
     m_forcedSwitches.fill(-1);
+    m_options.homesSingleAxes = m_options.homesSingleAxes || isHal();
     m_options.stages.resize(maxAxes);
     // From behind: soft limits, 20, want homing, 22.
     for (auto setting = m_options.settings.rbegin(); setting != m_options.settings.rend(); ++setting) {
@@ -91,6 +92,7 @@ void Board::look(char byte)
 {
     if (isRealTime(byte)) {
         m_sentLines.emplace_back(1, byte);
+        m_hostCancels = m_hostCancels || (byte == '\x85' && m_state == State::Jog);
     } else if (byte == '\n') {
         lookAtLine();
         m_sentLine.clear();
@@ -122,6 +124,9 @@ void Board::lookAtLine()
         if (!has("G53")) {
             violate(Violation::Kind::WorkCoordinates, line);
         }
+    }
+    if (m_hostCancels && !line.empty()) {
+        violate(Violation::Kind::WhileCancelling, line);
     }
     if (line.size() > 2 && line.compare(0, 2, "$H") == 0 && !m_options.homesSingleAxes) {
         violate(Violation::Kind::SingleHome, line);
@@ -169,7 +174,7 @@ void Board::arrive(char byte)
     if (isRealTime(byte)) {
         // Two that are the same count once, until the program looks.
         m_wantedOverrides.insert(static_cast<unsigned char>(byte));
-    } else if (m_received.size() < s_receiveBytes) {
+    } else if (m_received.size() < static_cast<std::size_t>(receiveBytes())) {
         m_received += byte;
     } else {
         violate(Violation::Kind::Overflow, std::string(1, byte));
@@ -246,6 +251,10 @@ bool Board::readLines()
 {
     for (std::size_t i = 0; i < m_received.size(); ++i) {
         char byte = m_received[i];
+        const bool hadReturn = std::exchange(m_hadReturn, byte == '\r');
+        if (byte == '\n' && hadReturn && isHal()) {
+            continue; // one line end, where the stock firmware sees two
+        }
         if (byte == '\n' || byte == '\r') {
             m_received.erase(0, i + 1);
             const std::string line = std::exchange(m_line, {});

@@ -25,12 +25,19 @@ struct Stage {
     double start = -100;
 };
 
+/** What runs on the board. */
+enum class Firmware {
+    Grbl,   ///< stock 1.1h
+    GrblHal ///< its kin with larger buffers, other words and no deaf Idle
+};
+
 struct Options {
+    Firmware firmware = Firmware::Grbl;
     /** 1 to maxAxes; 3 is what the stock firmware has. */
     int axes = 3;
     /** Of the board's clock: 0.005 runs 0.5 % fast. */
     double clockError = 0;
-    /** A board whose firmware homes one axis with "$HX"; the stock firmware has none such. */
+    /** A board whose firmware homes one axis with "$HX": grblHAL does, the stock firmware does not. */
     bool homesSingleAxes = false;
     /** Seconds in which a setting is written. What arrives meanwhile is lost. */
     double storeTime = 0.020;
@@ -118,7 +125,7 @@ public:
     double stagePosition(int axis) const { return m_stage[axis]; }
     const Planner &planner() const { return m_planner; }
     const Settings &settings() const { return m_settings; }
-    int freeBytes() const { return s_receiveBytes - static_cast<int>(m_received.size()); }
+    int freeBytes() const { return receiveBytes() - static_cast<int>(m_received.size()); }
     bool motorsAreOn() const { return m_motorsAreOn; }
     bool isDeaf() const { return m_isDeaf; }
     /** The lines that the host sent, as it sent them, and the real-time bytes, each as a line of its own. */
@@ -142,8 +149,6 @@ public:
     void pushStage(int axis, double distance);
 
 private:
-    static constexpr int s_receiveBytes = 128;
-
     using Then = std::function<void()>;
     /** What the program of the board is waiting for before it goes on. */
     struct Wait {
@@ -154,6 +159,8 @@ private:
         bool isForBlock = false;
     };
 
+    bool isHal() const { return m_options.firmware == Firmware::GrblHal; }
+    int receiveBytes() const { return isHal() ? 1023 : 128; }
     double toUser(double boardTime) const { return boardTime / (1 + m_options.clockError); }
     double toBoardTime(double userTime) const { return userTime * (1 + m_options.clockError); }
     void violate(Violation::Kind kind, std::string_view line);
@@ -238,6 +245,7 @@ private:
     bool m_isComment = false;
     bool m_isRestComment = false;
     bool m_isTooLong = false;
+    bool m_hadReturn = false; // the last byte ended a line, and was a CR
     double m_storingUntil = 0;
     double m_bootingUntil = 0;
 
@@ -259,8 +267,9 @@ private:
     char m_lateCancel = 0; // the last of further cancels, and when it came
     double m_lateCancelAt = 0;
     bool m_isDeaf = false;
-    bool m_mustReset = false;  // deaf to everything but a reset
-    bool m_owesAnswer = false; // of a line that an alarm has broken off
+    bool m_hostCancels = false; // has sent a cancel that is not done yet
+    bool m_mustReset = false;   // deaf to everything but a reset
+    bool m_owesAnswer = false;  // of a line that an alarm has broken off
     bool m_motorsAreOn = false;
 
     // Reports
@@ -297,6 +306,8 @@ private:
     Steps m_stepsDown{};
     std::array<std::vector<Step>, maxAxes> m_steps;
     double m_lastStep = 0;
+    int m_lastAxis = 0;
+    int m_lastDirection = 1;
 
     std::string m_sentLine;
     std::vector<std::string> m_sentLines;

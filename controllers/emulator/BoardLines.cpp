@@ -16,6 +16,7 @@ constexpr double codeTime = 0.00004;    // for each character
 constexpr double jogTime = 0.00085;     // from the line's end until the state is Jog
 constexpr double restTime = 0.00155;    // until the ok, from rest
 constexpr double codeMoveTime = 0.0005; // until the ok of a G0 or G1
+constexpr double mostSteps = 1e9;       // that a place is away from zero
 constexpr double queuedTime = 0.00035;  // until the ok, in motion
 
 } // namespace
@@ -113,9 +114,16 @@ void Board::command(const std::string &line)
     }
     if (first == 'I' && (rest.size() == 1 || rest[1] == '=')) {
         if (rest.size() == 1) {
-            return list(
-                {"[VER:1.1h.20190830:" + m_info + "]",
-                 "[OPT:V," + std::to_string(Planner::capacity) + "," + std::to_string(s_receiveBytes) + "]"});
+            if (isHal()) {
+                const std::string axes = std::to_string(m_options.axes);
+                return list(
+                    {"[VER:1.1f.20260817:" + m_info + "]", "[OPT:VNML+,100,1024," + axes + ",0]",
+                     "[AXS:" + axes + ":" +
+                         std::string(axisLetters.substr(0, static_cast<std::size_t>(m_options.axes))) + "]",
+                     "[NEWOPT:ENUMS,RT+,TC,SED]", "[FIRMWARE:grblHAL]", "[SIGNALS:D]", "[NVS STORAGE:*EEPROM]",
+                     "[DRIVER:Simulator]", "[DRIVER VERSION:260324]"});
+            }
+            return list({"[VER:1.1h.20190830:" + m_info + "]", "[OPT:V,15,128]"});
         }
         m_info = rest.substr(2);
         return store([this] { answer(0); });
@@ -177,7 +185,7 @@ void Board::storeSetting(const std::string &line)
     double number = 0;
     double value = 0;
     if (!readNumber(line, at, number)) {
-        return answer(2);
+        return answer(isHal() ? 3 : 2);
     }
     if (at >= line.size() || line[at++] != '=') {
         return answer(3);
@@ -188,7 +196,7 @@ void Board::storeSetting(const std::string &line)
     if (at < line.size()) {
         return answer(3);
     }
-    if (const int error = m_settings.store(static_cast<long>(number), value)) {
+    if (const int error = m_settings.store(number > 255 ? 255 : static_cast<long>(number), value)) {
         return answer(error);
     }
     store([this] { answer(0); });
@@ -244,7 +252,7 @@ void Board::jog(const std::string &line)
 {
     const Command command = emulator::readLine(line, true, m_options.axes, m_modes, m_offsets, m_target);
     if (command.error) {
-        return answer(command.error);
+        return answer(command.error == 20 && isHal() ? 36 : command.error);
     }
     if (m_settings.isOn(20) && !isInside(command.target)) {
         return answer(15);
@@ -268,7 +276,8 @@ void Board::move(const Vector &target, double feed, Block::Kind kind, Then then)
         [this, target, feed, kind, then] {
             Steps steps{};
             for (int axis = 0; axis < m_options.axes; ++axis) {
-                steps[axis] = std::llround(target[axis] * m_settings.stepsPerMm(axis));
+                steps[axis] =
+                    std::llround(std::clamp(target[axis] * m_settings.stepsPerMm(axis), -mostSteps, mostSteps));
             }
             m_target = target;
             if (m_planner.append(steps, feed / 60, kind)) {

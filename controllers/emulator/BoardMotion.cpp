@@ -15,6 +15,7 @@ constexpr double reportTime = 0.0006; // a "?" that comes in it is lost
 constexpr double dryTime = 0.001;     // from the last step until the program sees that motion is over
 constexpr double resetTime = 0.0253;
 constexpr double alarmTime = 0.5;
+constexpr double halAlarmTime = 0.1;  // from the alarm of a reset in motion to the banner
 constexpr double deafWindow = 0.035;  // before the end of a cancel, in which another one does harm
 constexpr double searchTravels = 1.5; // how far homing looks for a switch
 constexpr double searchPullOffs = 5;  // the same, the second time
@@ -274,6 +275,7 @@ void Board::stopped()
 
 void Board::motionEnded()
 {
+    m_hostCancels = false;
     if (m_isCancelling) {
         m_isCancelling = false;
         m_stepper.abort();
@@ -288,7 +290,7 @@ void Board::motionEnded()
         } else if (isLate && m_lateCancel == '!') {
             m_state = State::Hold;
             m_isHeld = true;
-        } else if (isLate) {
+        } else if (isLate && !isHal()) {
             m_isDeaf = true;
             m_wantsCancel = false;
         }
@@ -326,10 +328,14 @@ void Board::reset()
         return later(alarmTime + resetTime, [this] { start(true); });
     }
     if (wasMoving) {
+        // The position is told a step wrong, as one of two was seen to be: it is lost.
+        Steps told = position();
+        told[m_lastAxis] += m_lastDirection;
+        m_stepper.setPosition(told);
         return later(resetTime, [this] {
             print("ALARM:3");
             m_state = State::Alarm;
-            later(alarmTime + resetTime, [this] { start(true); });
+            later(isHal() ? halAlarmTime : alarmTime + resetTime, [this] { start(true); });
         });
     }
     if (owesAnswer) {
@@ -345,7 +351,8 @@ void Board::start(bool isLocked)
     m_isComment = m_isRestComment = m_isTooLong = false;
     m_wantsReport = m_wantsReset = m_wantsHold = m_wantsDoor = m_wantsResume = m_wantsCancel = false;
     m_wantedOverrides.clear();
-    m_hasStopped = m_isHeld = m_isCancelling = m_doorAfterCancel = m_isDeaf = m_mustReset = m_limitEdge = false;
+    m_hasStopped = m_isHeld = m_isCancelling = m_doorAfterCancel = m_isDeaf = m_hostCancels = m_mustReset =
+        m_limitEdge = false;
     m_lateCancel = 0;
     m_isHoming = m_isProbing = false;
     m_modes = {};
@@ -356,7 +363,7 @@ void Board::start(bool isLocked)
     m_untilOffsets = m_untilOverrides = 0;
     m_state = isLocked ? State::Alarm : State::Idle;
     print("");
-    print("Grbl 1.1h ['$' for help]");
+    print(isHal() ? "GrblHAL 1.1f ['$' or '$HELP' for help]" : "Grbl 1.1h ['$' for help]");
     m_freeAt = std::max(m_freeAt, m_out.end());
     if (m_settings.isOn(21) && limitPins() != 0) {
         print("[MSG:Check Limits]");
@@ -444,6 +451,8 @@ bool Board::onStep(int axis, int direction, double time)
     const int pin = m_settings.hasBit(3, axis) ? -direction : direction;
     m_stage[axis] += pin / m_settings.stepsPerMm(axis);
     m_lastStep = time;
+    m_lastAxis = axis;
+    m_lastDirection = direction;
     if (m_options.recordsSteps) {
         m_steps[axis].push_back({toUser(time), direction});
     }

@@ -10,6 +10,8 @@ namespace {
 enum Group { Motion, Once, Plane, Distance, FeedMode, Units, Compensation, ToolLength, System, Control, ArcDistance };
 enum MGroup { Program = 16, Spindle, Coolant };
 
+constexpr double mostCode = 255;
+
 enum class Axes { Unused, Wanted };
 
 struct Row {
@@ -63,6 +65,9 @@ int addGroup(Words &words, int group, int code)
 
 int addG(Words &words, double number)
 {
+    if (std::fabs(number) > mostCode) {
+        return 20;
+    }
     const int code = static_cast<int>(std::lround(number * 100)) / 10;
     const Row *found = nullptr;
     bool hasOthers = false; // of the same whole number
@@ -89,6 +94,9 @@ int addG(Words &words, double number)
 
 int addM(Words &words, double number)
 {
+    if (std::fabs(number) > mostCode) {
+        return 20;
+    }
     switch (static_cast<int>(number)) {
     case 0:
     case 1:
@@ -318,8 +326,7 @@ Command readLine(
         return fail(28);
     }
     if (taker == 100) {
-        const int coordinates = static_cast<int>(words['P']);
-        if (coordinates > Offsets::systems) {
+        if (words['P'] > Offsets::systems) {
             return fail(29);
         }
         if (words['L'] != 2 && words['L'] != 20) {

@@ -41,7 +41,8 @@ bool Planner::append(const Steps &target, double speed, Block::Kind kind)
     Block block;
     block.kind = kind;
     for (int axis = 0; axis < m_axes; ++axis) {
-        const long long steps = target[axis] - m_end[axis];
+        // No steps for a millimetre: that axis stands.
+        const long long steps = m_settings.stepsPerMm(axis) > 0 ? target[axis] - m_end[axis] : 0;
         path->steps[axis] = steps;
         path->ticks = std::max(path->ticks, std::llabs(steps));
         block.direction[axis] = steps ? static_cast<double>(steps) / m_settings.stepsPerMm(axis) : 0;
@@ -62,7 +63,9 @@ bool Planner::append(const Steps &target, double speed, Block::Kind kind)
     block.path = std::move(path);
     block.cornerSpeed = m_blocks.empty() ? 0 : cornerSpeed(m_blocks.back(), block);
     m_blocks.push_back(std::move(block));
-    m_end = target;
+    for (int axis = 0; axis < m_axes; ++axis) {
+        m_end[axis] += m_blocks.back().path->steps[axis];
+    }
     return true;
 }
 

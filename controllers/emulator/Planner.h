@@ -39,15 +39,14 @@ struct Block {
 class Planner
 {
 public:
-    static constexpr int capacity = 15;
-
-    explicit Planner(const Settings &settings, int axes)
+    Planner(const Settings &settings, int axes, int capacity)
         : m_settings(settings)
         , m_axes(axes)
+        , m_capacity(capacity)
     {
     }
 
-    int free() const { return capacity - static_cast<int>(m_blocks.size()); }
+    int free() const { return m_capacity - static_cast<int>(m_blocks.size()); }
     bool isEmpty() const { return m_blocks.empty(); }
     Block &front() { return m_blocks.front(); }
     const std::deque<Block> &blocks() const { return m_blocks; }
@@ -75,6 +74,7 @@ private:
 
     const Settings &m_settings;
     int m_axes;
+    int m_capacity;
     std::deque<Block> m_blocks;
     Steps m_end{};
     int m_feedPercent = 100;

@@ -46,8 +46,9 @@ const Row *findRow(int axes, long number)
 
 } // namespace
 
-Settings::Settings(int axes)
+Settings::Settings(int axes, bool isHal)
     : m_axes(axes)
+    , m_isHal(isHal)
 {
     restore();
 }
@@ -65,7 +66,7 @@ int Settings::store(long number, double value)
 {
     const Row *row = findRow(m_axes, number);
     if (!row) {
-        return 3;
+        return m_isHal ? 53 : 3;
     }
     if (value < 0) {
         return 4;
@@ -73,10 +74,12 @@ int Settings::store(long number, double value)
     switch (row->kind) {
     case Kind::Byte:
         // Cut to a byte without a word.
-        if (number == 0 && value < 3) {
+        if (number == 0 && value < 3 && !m_isHal) {
             return 6;
         }
-        value = static_cast<std::uint8_t>(static_cast<std::uint64_t>(std::fmod(value, 4294967296.0)));
+        if (number != 10 || !m_isHal) {
+            value = static_cast<std::uint8_t>(static_cast<std::uint64_t>(std::fmod(value, 4294967296.0)));
+        }
         break;
     case Kind::Switch:
         value = std::trunc(value) != 0 ? 1 : 0;

@@ -12,7 +12,8 @@ namespace emulator {
 class Settings
 {
 public:
-    explicit Settings(int axes);
+    /** Those of the stock firmware, or what grblHAL makes of them. */
+    explicit Settings(int axes, bool isHal = false);
 
     /** Every setting at what the firmware comes with. */
     void restore();
@@ -40,6 +41,7 @@ public:
 
 private:
     int m_axes;
+    bool m_isHal;
     std::map<int, double> m_values;
 };
 

@@ -17,6 +17,7 @@ constexpr const char *usage =
     "usage: grblEmulator [OPTION]...\n"
     "A controller board with firmware of the Grbl 1.1 family, without the board. Its serial port stands on the first "
     "line.\n"
+    "  --firmware NAME    grbl, or grblhal\n"
     "  --axes N           1 to 6, 3 by default\n"
     "  --speed N          its clock runs N times as fast as the computer's\n"
     "  --clock-error P    its clock runs P percent fast (0.5) or slow (-0.5)\n"
@@ -135,6 +136,13 @@ int main(int argc, char **argv)
     const std::map<std::string, std::function<void(const std::string &, const char *)>> table = {
         {"--axes",
          [&](const std::string &name, const char *text) { options.axes = static_cast<int>(number(name, text)); }},
+        {"--firmware",
+         [&](const std::string &name, const char *text) {
+             if (std::string(text) != "grbl" && std::string(text) != "grblhal") {
+                 fail(name + ": unknown");
+             }
+             options.firmware = std::string(text) == "grbl" ? emulator::Firmware::Grbl : emulator::Firmware::GrblHal;
+         }},
         {"--speed", [&](const std::string &name, const char *text) { speed = number(name, text); }},
         {"--clock-error",
          [&](const std::string &name, const char *text) { options.clockError = number(name, text) / 100; }},

@@ -86,6 +86,7 @@ private slots:
     void keepsQuietOnABrokenWire();
     void startsAnewBehindItsBootLoader();
     void keepsItsSettings();
+    void speaksAsGrblHal();
     void noticesWhatAHostShouldNotSend_data();
     void noticesWhatAHostShouldNotSend();
 };
@@ -480,6 +481,7 @@ void tst_EmulatedBoard::runsLinesThatCameDuringACancel()
     QVERIFY(host.comesToRest());
     QCOMPARE(host.board.steps(1), 500LL);
     QVERIFY(host.board.steps(0) < 2500);
+    QVERIFY(has(host.board, Violation::Kind::WhileCancelling));
 }
 
 void tst_EmulatedBoard::runsTheLineThatWaitedForABlock()
@@ -520,6 +522,7 @@ void tst_EmulatedBoard::answersTheBarrierAtRest()
         host.run(0.001);
     }
     QCOMPARE(host.board.state(), State::Idle);
+    QVERIFY(!has(host.board, Violation::Kind::WhileCancelling));
     const long long stood = host.board.steps(0);
     host.run(1);
     QCOMPARE(host.board.steps(0), stood);
@@ -571,6 +574,7 @@ void tst_EmulatedBoard::alarmsInAResetInMotion()
     const double sent = host.board.now();
     const std::vector<std::string> said = host.say("\x18", 1);
     QVERIFY(host.board.lastStep() < sent + 0.003);
+    QCOMPARE(host.board.position()[0], host.board.steps(0) + 1); // what it tells is not where it is
     QCOMPARE(text(said[said.size() - 4]), QString("ALARM:3"));
     QCOMPARE(text(said.back()), QString("[MSG:'$H'|'$X' to unlock]"));
     QCOMPARE(text(host.ask("$J=G53X1Y0Z0F600\n")), QString("error:8"));
@@ -897,6 +901,25 @@ void tst_EmulatedBoard::keepsItsSettings()
     QCOMPARE(host.board.settings()[120], 77.5);
     QCOMPARE(host.board.settings()[110], 3000.0);
     QFile::remove(file);
+}
+
+void tst_EmulatedBoard::speaksAsGrblHal()
+{
+    emulator::Options options = Host::fast();
+    options.firmware = emulator::Firmware::GrblHal;
+    options.settings[10] = 511;
+    Host host(options);
+    QCOMPARE(text(host.heard.back().text), QString("GrblHAL 1.1f ['$' or '$HELP' for help]"));
+    QVERIFY(host.ask("?").find("|Bf:100,1023|") != std::string::npos);
+    const std::string info = host.ask("$I\n");
+    QVERIFY(info.find("[OPT:VNML+,100,1024,3,0]|[AXS:3:XYZ]") != std::string::npos);
+    QVERIFY(info.find("[FIRMWARE:grblHAL]") != std::string::npos);
+    QCOMPARE(text(host.ask("$X\r\n\n")), QString("ok|ok"));
+    QCOMPARE(text(host.ask("$Q\n$999=1\n$0=2\n$J=G91A1F100\n")), QString("error:3|error:53|ok|error:36"));
+    host.say("$J=G53X20Y0Z0F600\n", 0.7);
+    host.say("\x85", deafAfter);
+    host.say("\x85", 0.3);
+    QCOMPARE(text(host.ask("$X\n")), QString("ok"));
 }
 
 void tst_EmulatedBoard::noticesWhatAHostShouldNotSend_data()
