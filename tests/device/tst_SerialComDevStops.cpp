@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include <QSignalSpy>
 #include <QtTest>
