@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/StartUp.h"
 
+#include "app/CallingConsole.h"
 #include "app/ScreenFit.h"
 #include "app/TerminationSignals.h"
 #include "device/LibraryLock.h"
@@ -40,6 +41,15 @@ struct Options {
         parser.addOption(scenario);
     }
 
+    /** Ends the program where the arguments ask a question or are wrong. */
+    void process(const QCoreApplication &application)
+    {
+        const QStringList arguments = QCoreApplication::arguments();
+        if (!parser.parse(arguments) || parser.isSet(QStringLiteral("help")) || parser.isSet(QStringLiteral("version")))
+            CallingConsole::join();
+        parser.process(application);
+    }
+
     QCommandLineParser parser;
     QCommandLineOption scenario{
         QStringLiteral("scenario"),
@@ -47,6 +57,15 @@ struct Options {
                        "environment. A maker's library takes no notice of it."),
         QStringLiteral("FILE")};
 };
+
+void nameScenario(const QString &path)
+{
+#ifdef Q_OS_WIN // qputenv() would write it in the code page, which does not have every character
+    _wputenv_s(L"MOVER_SCENARIO", path.toStdWString().c_str());
+#else
+    qputenv("MOVER_SCENARIO", QFile::encodeName(path));
+#endif
+}
 
 /** Answers --help and --version without a display. Any other argument waits for the application object. */
 void answerQuestions(int argc, char *argv[])
@@ -58,7 +77,7 @@ void answerQuestions(int argc, char *argv[])
     if (!asksOnly)
         return;
     const QCoreApplication application(argc, argv);
-    Options().parser.process(application); // does not come back from either option
+    Options().process(application); // does not come back from either option
 }
 
 } // namespace
@@ -66,6 +85,8 @@ void answerQuestions(int argc, char *argv[])
 void StartUp::prepareApplication()
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    // 150 % is 150 %; rounded to 200 % the main window would not find room on most screens that have it.
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QCoreApplication::setApplicationName(QStringLiteral("mover"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MOVER_VERSION));
@@ -104,7 +125,10 @@ void StartUp::setNumberFormat()
 void StartUp::installFont(const QString &path)
 {
     // Not mapped: a font that is overwritten while the program runs must not take it along.
-    const int id = QFontDatabase::addApplicationFontFromData(SmallFile::read(path, maxFontSize));
+    const QByteArray bytes = SmallFile::read(path, maxFontSize);
+    if (bytes.isEmpty())
+        return; // Qt would complain of it on Windows
+    const int id = QFontDatabase::addApplicationFontFromData(bytes);
     const QStringList families = QFontDatabase::applicationFontFamilies(id);
     if (families.isEmpty())
         return;
@@ -123,6 +147,8 @@ void StartUp::installStyleSheet(const QString &path)
     }
     const QByteArray bytes = file.readAll();
     qApp->setStyleSheet(QString::fromUtf8(bytes.constData(), int(qstrnlen(bytes.constData(), uint(bytes.size())))));
+    // With a style sheet, Qt takes the desktop's own fonts for message boxes, menus and tool tips anew.
+    QApplication::setFont(QApplication::font());
 }
 
 void StartUp::registerStageModel()
@@ -139,10 +165,9 @@ int StartUp::run(int argc, char *argv[])
 
     const auto application = makeApplication(argc, argv);
     Options options;
-    options.parser.process(*application);
+    options.process(*application);
     if (options.parser.isSet(options.scenario))
-        qputenv(
-            "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
+        nameScenario(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath());
 
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/image/mover.png")));
     setNumberFormat();

@@ -20,7 +20,7 @@ namespace {
 constexpr double maxNumber = std::numeric_limits<double>::max();
 constexpr int maxInt = std::numeric_limits<int>::max();
 
-std::string quoted(const std::string &text)
+std::string inQuotes(const std::string &text)
 {
     return "\"" + text + "\"";
 }
@@ -58,7 +58,7 @@ public:
     {
         const JsonValue *value = find(name);
         if (!value)
-            throw JsonError(m_value.line, m_what + " lacks " + quoted(name));
+            throw JsonError(m_value.line, m_what + " lacks " + inQuotes(name));
         return *value;
     }
 
@@ -76,13 +76,13 @@ public:
             read = *real;
         else
             throw JsonError(
-                value->line, quoted(name) + (std::is_floating_point_v<Number> ? " has to be a number"
-                                                                              : " has to be a whole number"));
+                value->line, inQuotes(name) + (std::is_floating_point_v<Number> ? " has to be a number"
+                                                                                : " has to be a whole number"));
         if (read < lowest || read > highest) {
             const bool open = highest == maxNumber;
             const std::string range =
                 open ? "at least " + numberText(lowest) : numberText(lowest) + " to " + numberText(highest);
-            throw JsonError(value->line, quoted(name) + " has to be " + range + ", not " + numberText(read));
+            throw JsonError(value->line, inQuotes(name) + " has to be " + range + ", not " + numberText(read));
         }
         *target = static_cast<Number>(read);
         return true;
@@ -91,7 +91,7 @@ public:
     void positive(const std::string &name, double *target)
     {
         if (number(name, target, -maxNumber, maxNumber) && *target <= 0)
-            throw JsonError(find(name)->line, quoted(name) + " has to be above 0, not " + numberText(*target));
+            throw JsonError(find(name)->line, inQuotes(name) + " has to be above 0, not " + numberText(*target));
     }
     bool flag(const std::string &name, bool *target)
     {
@@ -100,7 +100,7 @@ public:
             return false;
         const auto *read = std::get_if<bool>(&value->content);
         if (!read)
-            throw JsonError(value->line, quoted(name) + " has to be true or false");
+            throw JsonError(value->line, inQuotes(name) + " has to be true or false");
         *target = *read;
         return true;
     }
@@ -112,9 +112,9 @@ public:
             return false;
         const auto *read = std::get_if<std::string>(&value->content);
         if (!read)
-            throw JsonError(value->line, quoted(name) + " has to be a text");
+            throw JsonError(value->line, inQuotes(name) + " has to be a text");
         if (read->size() > longest)
-            throw JsonError(value->line, quoted(name) + " has more than " + std::to_string(longest) + " bytes");
+            throw JsonError(value->line, inQuotes(name) + " has more than " + std::to_string(longest) + " bytes");
         *target = *read;
         return true;
     }
@@ -141,9 +141,9 @@ public:
                 *target = value;
                 return true;
             }
-            allowed += (allowed.empty() ? "" : ", ") + quoted(word);
+            allowed += (allowed.empty() ? "" : ", ") + inQuotes(word);
         }
-        throw JsonError(find(name)->line, quoted(name) + " has to be one of " + allowed);
+        throw JsonError(find(name)->line, inQuotes(name) + " has to be one of " + allowed);
     }
     /** The elements of a list; none if the member is not there. */
     const JsonValue::Array &list(const std::string &name)
@@ -154,7 +154,7 @@ public:
             return none;
         const auto *read = std::get_if<JsonValue::Array>(&value->content);
         if (!read)
-            throw JsonError(value->line, quoted(name) + " has to be a list […]");
+            throw JsonError(value->line, inQuotes(name) + " has to be a list […]");
         return *read;
     }
 
@@ -163,7 +163,7 @@ public:
     {
         for (const JsonValue::Member &member : members()) {
             if (std::find(m_asked.begin(), m_asked.end(), member.first) == m_asked.end())
-                throw JsonError(member.second.line, m_what + " has no " + quoted(member.first));
+                throw JsonError(member.second.line, m_what + " has no " + inQuotes(member.first));
         }
     }
 
@@ -250,7 +250,7 @@ void readFault(const JsonValue &value, CallFault *fault)
     const JsonValue &function = object.require("function");
     object.text("function", &fault->function, std::string::npos);
     if (!isLibraryFunction(fault->function))
-        throw JsonError(function.line, "the library has no function " + quoted(fault->function));
+        throw JsonError(function.line, "the library has no function " + inQuotes(fault->function));
     const bool fails = object.number("status", &fault->status, -maxInt, -1);
     const bool delays = object.number("delayMs", &fault->delayMs, 0, maxInt);
     if (!fails && !delays)
@@ -364,17 +364,18 @@ bool Scenario::read(const std::string &json, const std::string &name, Scenario *
     }
 }
 
-bool Scenario::readFile(const std::string &path, Scenario *scenario, std::string *error)
+bool Scenario::readFile(const std::filesystem::path &path, Scenario *scenario, std::string *error)
 {
+    const std::string name = path.u8string();
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     text << file.rdbuf();
     // A folder can be opened, but not read; neither is distinguished from a file that is not there.
     if (!file.is_open() || text.str().empty()) {
-        *error = path + ":1: the scenario file cannot be read or is empty";
+        *error = name + ":1: the scenario file cannot be read or is empty";
         return false;
     }
-    return read(text.str(), path, scenario, error);
+    return read(text.str(), name, scenario, error);
 }
 
 Scenario Scenario::embedded()
