@@ -1,0 +1,338 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""drive.py FOLDER TOOLS [--short | --start]: uses the program in that folder as a person would, under Wine, on the desktop that is
+there. TOOLS is the build's folder with onlooker and deviceChange.
+
+Everything is done with the mouse and the keyboard (xdotool); what is on the screen tells the onlooker, a plug-in of Qt.
+Ends with 1 when anything does not come about. --short leaves it at connecting, moving, the language and closing; --start
+only compares how long the start takes with that of an empty window (emptyWindow.exe in the same folder).
+"""
+
+import os
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from typing import NamedTuple
+
+MANUAL = "台式步进电机驱动控制器用户手册.pdf"
+LIMIT = 60  # seconds that anything may take
+TARGET = 12.5  # mm
+SCENARIO = """{ "controllers": [
+    { "id": 1001, "serialNumber": "MC3-000117", "axes": [
+        { "chip": "written", "position": 0, "stage": { "modelName": "LIN-100", "minPos": -50, "maxPos": 50,
+          "maxSpeed": 20, "maxAcc": 100 } } ] },
+    { "id": 1002, "serialNumber": "MC3-000118", "axes": [ {} ] } ],
+  "events": [ { "at": %d, "event": "unplug", "controller": 1001 } ] }
+"""
+
+
+class Failure(Exception):
+    pass
+
+
+class Widget(NamedTuple):
+    window: str
+    active: bool
+    kind: str
+    name: str
+    x: int
+    y: int
+    width: int
+    height: int
+    text: str
+
+
+def wait(what, condition):
+    """Returns what the condition returns as soon as that is true."""
+    deadline = time.monotonic() + LIMIT
+    while time.monotonic() < deadline:
+        result = condition()
+        if result:
+            return result
+        time.sleep(0.05)  # how often it looks
+    raise Failure(what)
+
+
+def xdotool(*arguments):
+    subprocess.run(["xdotool", *map(str, arguments)], check=True)
+
+
+def windows_path(path):
+    return "Z:" + path.replace("/", "\\")
+
+
+class Program:
+    """The program, started under Wine; `scratch` is a folder for what it needs beside itself."""
+
+    def __init__(self, folder, tools, scratch, *arguments, name="mover.exe"):
+        self.seen = os.path.join(scratch, "seen")
+        if os.path.exists(self.seen):
+            os.remove(self.seen)
+        # Stands in for the desktop's opener and notes what it is to open.
+        self.opened = os.path.join(scratch, "opened")
+        opener = os.path.join(scratch, "xdg-open")
+        with open(opener, "w", encoding="utf-8") as file:
+            file.write(f'#!/bin/sh\nprintf "%s\\n" "$1" >>"{self.opened}"\n')
+        os.chmod(opener, 0o755)
+        self.tools = tools
+        environment = dict(
+            os.environ,
+            PATH=scratch + os.pathsep + os.environ["PATH"],
+            QT_QPA_GENERIC_PLUGINS="onlooker",
+            QT_PLUGIN_PATH=windows_path(os.path.join(tools, "plugins")),
+            MOVER_SEEN=windows_path(self.seen),
+        )
+        environment.pop("QT_QPA_PLATFORM", None)
+        self.process = subprocess.Popen(
+            ["wine", os.path.join(folder, name), *arguments], env=environment, cwd="/")
+
+    def look(self):
+        """The number of the process and all widgets that are to be seen."""
+        try:
+            with open(self.seen, encoding="utf-8") as file:
+                lines = file.read().split("\n")
+        except FileNotFoundError:
+            return 0, []
+        widgets = []
+        for line in lines[1:-1]:
+            window, active, kind, name, x, y, width, height, text = line.split("\t", 8)
+            widgets.append(Widget(
+                window, active == "1", kind, name, int(x), int(y), int(width), int(height), text.replace("\v", "\n")))
+        return int(lines[0] or 0), widgets
+
+    def find(self, window, name, text=None):
+        """The first widget of that name in a window of that class, with that text if one is given."""
+        return next((widget for widget in self.look()[1] if widget.window == window and widget.name == name and
+                     text in (None, widget.text)), None)
+
+    def see(self, window, name, text=None):
+        return wait(f"no {window}.{name} {text or ''}", lambda: self.find(window, name, text))
+
+    def text(self, window, name):
+        return self.see(window, name).text
+
+    def closed(self, window):
+        wait(f"{window} stays", lambda: not any(widget.window == window for widget in self.look()[1]))
+
+    def click(self, window, name, *, left=False):
+        # A window that has just come up may still be moved: twice at the same place.
+        def settled():
+            first = self.find(window, name)
+            time.sleep(0.15)
+            second = self.find(window, name)
+            return first if first and second and first == second and first.active else None
+
+        widget = wait(f"{window}.{name} is not to be clicked", settled)
+        xdotool("mousemove", widget.x + (8 if left else widget.width // 2), widget.y + widget.height // 2, "click", 1)
+
+    def press(self, box_class, text):
+        """The button with that text of a message box."""
+        def button():
+            found = [widget for widget in self.look()[1]
+                     if widget.window == box_class and widget.kind == "QPushButton" and widget.text == text]
+            return found[0] if found else None
+
+        widget = wait(f"no button {text}", button)
+        xdotool("mousemove", widget.x + widget.width // 2, widget.y + widget.height // 2, "click", 1)
+        self.closed(box_class)
+
+    def type(self, window, name, value):
+        self.click(window, name)
+        xdotool("key", "ctrl+a")
+        xdotool("type", value)
+
+    def tell_of_devices(self, how, count):
+        number = self.look()[0]
+        command = ["wine", os.path.join(self.tools, "deviceChange.exe"), str(number), how, str(count)]
+        result = subprocess.run(command, capture_output=True, text=True, check=False)
+        if result.returncode != 0:
+            raise Failure(f"{how} {count} notices of devices: only {result.stdout} were taken; {result.stderr}")
+
+    def ended(self):
+        try:
+            code = self.process.wait(LIMIT)
+        except subprocess.TimeoutExpired:
+            raise Failure("the program does not end") from None
+        if code != 0:
+            raise Failure(f"the program ended with {code}")
+
+    def close(self):
+        self.click("MoverWidget", "pushButton_close")
+        self.ended()
+
+    def print_screen(self):
+        for widget in self.look()[1]:
+            print(f"  {widget.window}{'*' if widget.active else ''} {widget.kind} {widget.name}: {widget.text!r}",
+                  file=sys.stderr)
+
+
+def connect(program):
+    program.click("MoverWidget", "pushButton_connect")
+    program.click("ConnectionWidget", "pushButton_connectSerial")
+    program.see("MoverWidget", "label_currentPos", "0.000 mm")
+    if program.find("ConnectionWidget", "pushButton_close"):
+        program.click("ConnectionWidget", "pushButton_close")
+
+
+def move(program):
+    program.click("MoverWidget", "pushButton_moveParam")
+    program.type("MoveParamWidget", "doubleSpinBox_disp", TARGET)
+    program.click("MoveParamWidget", "pushButton_confirm")
+    program.click("MoverWidget", "pushButton_move")
+    passed = []
+
+    def arrived():
+        passed.append(program.text("MoverWidget", "label_currentPos"))
+        return passed[-1] == f"{TARGET:.3f} mm"
+
+    wait("the axis does not arrive", arrived)
+    between = [place for place in dict.fromkeys(passed) if 0 < float(place.split()[0]) < TARGET]
+    if not between:
+        raise Failure("the axis was nowhere in between")
+    print(f"The axis moved to {TARGET} mm and was seen at {len(between)} places in between.")
+
+
+def loop_run(program):
+    program.click("MoverWidget", "pushButton_circle")
+    program.type("CycleOperationWidget", "doubleSpinBox_relativeDisp", 2)
+    program.click("CycleOperationWidget", "pushButton_right")
+    wait("the loop run does not begin", lambda: program.text("MoverWidget", "label_currentPos") != f"{TARGET:.3f} mm")
+    program.click("CycleOperationWidget", "pushButton_stop")
+    program.click("CycleOperationWidget", "pushButton_close")
+    program.closed("CycleOperationWidget")
+    print("A loop run was begun and stopped.")
+
+
+def use_help(program):
+    program.click("MoverWidget", "pushButton_help")
+    program.click("HelpWidget", "label_manual", left=True)
+
+    def opened():
+        if not os.path.exists(program.opened):
+            return False
+        with open(program.opened, encoding="utf-8") as file:
+            return MANUAL in file.read()
+
+    wait("the manual is not opened", opened)
+    program.click("HelpWidget", "pushButton_close")
+    program.closed("HelpWidget")
+    print("The help panel opened the manual.")
+
+
+def use_console(program):
+    program.click("MoverWidget", "pushButton_debug")
+    program.see("DebugWidget", "pushButton_clear")
+    xdotool("key", "Escape")
+    print("The console opened.")
+
+
+def use_settings(program):
+    """Writes a parameter of the motor, reads it back, and changes to English."""
+    program.click("MoverWidget", "pushButton_settings")
+    program.click("OptionsWidget", "pushButton_motorParam")
+    program.click("OptionsWidget", "pushButton_ReadParam")
+    program.click("OptionsWidget", "pushButton_language")
+    program.click("OptionsWidget", "radioButton_en", left=True)
+    program.see("OptionsWidget", "label", "Settings")
+    program.click("OptionsWidget", "pushButton_close")
+    program.closed("OptionsWidget")
+    print("The parameters were read, and the language is English.")
+
+
+def unplug(program):
+    """The controller goes: notices come by the thousand, one box tells of it, and none waits for the box."""
+    program.tell_of_devices("send", 10000)
+    wait("nothing is said of the lost controller", lambda: say_nothing_wrong(program) and boxes(program))
+    for how in ("send", "post"):
+        program.tell_of_devices(how, 10000)
+    if len(boxes(program)) != 1:
+        raise Failure(f"{len(boxes(program))} boxes tell of the lost controller")
+    xdotool("key", "Escape")
+    program.closed("QMessageBox")
+    print("30000 notices of devices were answered, most of them under the box that tells of the lost controller.")
+
+
+def boxes(program):
+    return [widget for widget in program.look()[1] if widget.kind == "QMessageBox"]
+
+
+def say_nothing_wrong(program):
+    program.tell_of_devices("post", 1)
+    return True
+
+
+def drive(folder, tools, scratch, short):
+    program = None
+    try:
+        scenario = os.path.join(scratch, "位移台 – Prüfstand.json")
+        with open(scenario, "w", encoding="utf-8") as file:
+            file.write(SCENARIO % (10 ** 6 if short else 60))
+        program = Program(folder, tools, scratch, "--scenario", windows_path(scenario))
+        connect(program)
+        move(program)
+        if not short:
+            loop_run(program)
+            use_help(program)
+            use_console(program)
+        use_settings(program)
+        if not short:
+            unplug(program)
+        program.close()
+        if not short:
+            program = Program(folder, tools, scratch)
+            program.click("MoverWidget", "pushButton_settings")
+            program.see("OptionsWidget", "label", "Settings")
+            xdotool("key", "Escape")
+            program.closed("OptionsWidget")
+            program.see("MoverWidget", "pushButton_close")
+            xdotool("key", "alt+F4")
+            program.ended()
+            print("It kept English and closed with exit code 0, twice.")
+    except Failure as failure:
+        print(f"{sys.argv[0]}: {failure}; on the screen:", file=sys.stderr)
+        if program:
+            program.print_screen()
+            program.process.kill()
+            program.process.wait()
+        return 1
+    return 0
+
+
+def start_once(folder, tools, scratch, name):
+    """Seconds until a window is to be seen."""
+    begun = time.monotonic()
+    program = Program(folder, tools, scratch, name=name)
+    wait("no window comes up", lambda: program.look()[1])
+    seconds = time.monotonic() - begun
+    wait("the window is not active", lambda: any(widget.active for widget in program.look()[1]))
+    xdotool("key", "alt+F4")
+    program.ended()
+    return seconds
+
+
+def compare_start(folder, tools, scratch):
+    """The first start of each finds nothing in the machine's cache and does not count."""
+    names = ["emptyWindow.exe", "mover.exe"]
+    times = {name: [] for name in names}
+    for turn in range(6):
+        for name in names:
+            seconds = start_once(folder, tools, scratch, name)
+            if turn:
+                times[name].append(seconds)
+    empty, whole = (statistics.median(times[name]) for name in names)
+    print(f"Start: {whole:.2f} s, {whole / empty:.2f} times an empty window's {empty:.2f} s (medians of 5 each).")
+    return 0 if whole <= 1.5 * empty else 1
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 3 or not re.fullmatch("(--short|--start)?", "".join(sys.argv[3:])):
+        sys.exit(__doc__)
+    with tempfile.TemporaryDirectory() as directory:
+        if "--start" in sys.argv:
+            code = compare_start(sys.argv[1], sys.argv[2], directory)
+        else:
+            code = drive(sys.argv[1], sys.argv[2], directory, "--short" in sys.argv)
+    sys.exit(code)
