@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/CallingConsole.h"
 
-#include <QtGlobal>
+#include <QByteArray>
 
 #ifdef Q_OS_WIN
 

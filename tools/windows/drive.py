@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """drive.py FOLDER TOOLS [--short | --start]: uses the program in that folder as a person would, under Wine, on the desktop that is
-there. TOOLS is the build's folder with onlooker and deviceChange.
+there. TOOLS is the build's folder with onlooker and tellWindow.
 
 Everything is done with the mouse and the keyboard (xdotool); what is on the screen tells the onlooker, a plug-in of Qt.
 Ends with 1 when anything does not come about. --short leaves it at connecting, moving, the language and closing; --start
@@ -20,6 +20,10 @@ from typing import NamedTuple
 MANUAL = "台式步进电机驱动控制器用户手册.pdf"
 LIMIT = 60  # seconds that anything may take
 TARGET = 12.5  # mm
+# Messages of Windows and their first parameter.
+DEVICES_CHANGED = (0x219, 7)
+RESTORE = (0x112, 0xF120)
+END_OF_SESSION = (0x11, 0)
 SCENARIO = """{ "controllers": [
     { "id": 1001, "serialNumber": "MC3-000117", "axes": [
         { "chip": "written", "position": 0, "stage": { "modelName": "LIN-100", "minPos": -50, "maxPos": 50,
@@ -144,12 +148,12 @@ class Program:
         xdotool("key", "ctrl+a")
         xdotool("type", value)
 
-    def tell_of_devices(self, how, count):
+    def tell(self, how, count, message, parameter):
         number = self.look()[0]
-        command = ["wine", os.path.join(self.tools, "deviceChange.exe"), str(number), how, str(count)]
+        command = ["wine", os.path.join(self.tools, "tellWindow.exe"), *map(str, (number, how, count, message, parameter))]
         result = subprocess.run(command, capture_output=True, text=True, check=False)
         if result.returncode != 0:
-            raise Failure(f"{how} {count} notices of devices: only {result.stdout} were taken; {result.stderr}")
+            raise Failure(f"{how} {count} messages {message:#x}: only {result.stdout} were taken; {result.stderr}")
 
     def ended(self):
         try:
@@ -244,10 +248,15 @@ def use_settings(program):
 
 def unplug(program):
     """The controller goes: notices come by the thousand, one box tells of it, and none waits for the box."""
-    program.tell_of_devices("send", 10000)
-    wait("nothing is said of the lost controller", lambda: say_nothing_wrong(program) and boxes(program))
+    program.tell("send", 10000, *DEVICES_CHANGED)
+
+    def told():
+        program.tell("post", 1, *DEVICES_CHANGED)  # before, it was still there
+        return boxes(program)
+
+    wait("nothing is said of the lost controller", told)
     for how in ("send", "post"):
-        program.tell_of_devices(how, 10000)
+        program.tell(how, 10000, *DEVICES_CHANGED)
     if len(boxes(program)) != 1:
         raise Failure(f"{len(boxes(program))} boxes tell of the lost controller")
     xdotool("key", "Escape")
@@ -259,9 +268,23 @@ def boxes(program):
     return [widget for widget in program.look()[1] if widget.kind == "QMessageBox"]
 
 
-def say_nothing_wrong(program):
-    program.tell_of_devices("post", 1)
-    return True
+def use_title_bar(program):
+    """Full screen and back, minimised and back."""
+    def place():
+        window = program.see("MoverWidget", "MoverWidget")
+        return window[4:8]
+
+    before = place()
+    program.click("MoverWidget", "pushButton_showMax")
+    screen = subprocess.run(["xdotool", "getdisplaygeometry"], capture_output=True, text=True, check=True).stdout.split()
+    wait("the window does not fill the screen", lambda: place() == (0, 0, *map(int, screen)))
+    program.click("MoverWidget", "pushButton_showMax")
+    wait("the window does not come back from the full screen", lambda: place() == before)
+    program.click("MoverWidget", "pushButton_showMin")
+    wait("the window is not minimised", lambda: not any(widget.active for widget in program.look()[1]))
+    program.tell("post", 1, *RESTORE)
+    wait("the window does not come back", lambda: program.see("MoverWidget", "MoverWidget").active and place() == before)
+    print("Full screen and back, minimised and back.")
 
 
 def drive(folder, tools, scratch, short):
@@ -274,6 +297,7 @@ def drive(folder, tools, scratch, short):
         connect(program)
         move(program)
         if not short:
+            use_title_bar(program)
             loop_run(program)
             use_help(program)
             use_console(program)
@@ -290,7 +314,11 @@ def drive(folder, tools, scratch, short):
             program.see("MoverWidget", "pushButton_close")
             xdotool("key", "alt+F4")
             program.ended()
-            print("It kept English and closed with exit code 0, twice.")
+            program = Program(folder, tools, scratch)
+            program.see("MoverWidget", "pushButton_close")
+            program.tell("post", 1, *END_OF_SESSION)
+            program.ended()
+            print("It kept English, and closed with exit code 0 by its button, Alt+F4 and the end of the session.")
     except Failure as failure:
         print(f"{sys.argv[0]}: {failure}; on the screen:", file=sys.stderr)
         if program:
