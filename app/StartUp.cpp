@@ -5,11 +5,10 @@
 #include "app/ScreenFit.h"
 #include "app/TerminationSignals.h"
 #include "device/LibraryLock.h"
+#include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
 #include "widgets/SmallFile.h"
-
-#include "device/moverLibrary.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -19,6 +18,7 @@
 #include <QFontDatabase>
 #include <QIcon>
 #include <QLocale>
+#include <QMessageBox>
 #include <QScreen>
 
 #include <algorithm>
@@ -38,23 +38,42 @@ struct Options {
         parser.setApplicationDescription(QStringLiteral("Control program for a bench-top stepper-motor controller."));
         parser.addHelpOption();
         parser.addVersionOption();
+        parser.addOption(library);
         parser.addOption(scenario);
     }
 
-    /** Ends the program where the arguments ask a question or are wrong. */
-    void process(const QCoreApplication &application)
+    /**
+     * Ends the program where the arguments ask for help or are wrong. The parser's own way would open a box on Windows,
+     * which waits for somebody.
+     */
+    void process()
     {
-        const QStringList arguments = QCoreApplication::arguments();
-        if (!parser.parse(arguments) || parser.isSet(QStringLiteral("help")) || parser.isSet(QStringLiteral("version")))
-            CallingConsole::join();
-        parser.process(application);
+        const bool understood = parser.parse(QCoreApplication::arguments());
+        if (understood && !parser.isSet(QStringLiteral("help")) && !parser.isSet(QStringLiteral("help-all")))
+            return;
+        CallingConsole::join();
+        if (understood)
+            std::printf("%s", qUtf8Printable(parser.helpText()));
+        else
+            std::fprintf(stderr, "mover: %s\n", qUtf8Printable(parser.errorText()));
+        std::fflush(nullptr);
+        std::exit(understood ? EXIT_SUCCESS : EXIT_FAILURE);
     }
 
+    /** Loads the library that the options name, or that is found. */
+    std::optional<MotionLibrary::Fault> loadLibrary() const { return MotionLibrary::load(parser.value(library)); }
+
     QCommandLineParser parser;
+    QCommandLineOption library{
+        QStringLiteral("library"),
+        QStringLiteral(
+            "The motion library to use, in place of the maker's beside the program or the simulated controller; "
+            "the same as MOVER_LIBRARY in the environment."),
+        QStringLiteral("FILE")};
     QCommandLineOption scenario{
         QStringLiteral("scenario"),
         QStringLiteral("What the simulated controller plays (a JSON file); the same as MOVER_SCENARIO in the "
-                       "environment. A maker's library takes no notice of it."),
+                       "environment. Any other library ignores it."),
         QStringLiteral("FILE")};
 };
 
@@ -67,6 +86,11 @@ void nameScenario(const QString &path)
 #endif
 }
 
+void complain(const MotionLibrary::Fault &fault)
+{
+    std::fprintf(stderr, "%s\n", qUtf8Printable(fault.message()));
+}
+
 /** Answers --help and --version without a display. Any other argument waits for the application object. */
 void answerQuestions(int argc, char *argv[])
 {
@@ -77,7 +101,34 @@ void answerQuestions(int argc, char *argv[])
     if (!asksOnly)
         return;
     const QCoreApplication application(argc, argv);
-    Options().process(application); // does not come back from either option
+    Options options;
+    options.process();
+    CallingConsole::join();
+    std::printf("%s %s\n", qPrintable(QCoreApplication::applicationName()), MOVER_VERSION);
+    std::fflush(stdout);
+    if (const auto fault = options.loadLibrary()) {
+        complain(*fault);
+        std::exit(MotionLibrary::FaultExitCode);
+    }
+    std::printf("%s\n", qUtf8Printable(MotionLibrary::inUse().description()));
+    std::exit(EXIT_SUCCESS);
+}
+
+/** False when the library cannot be used; the user has then been told why. */
+bool loadLibrary(const Options &options)
+{
+    if (const auto fault = options.loadLibrary()) {
+        complain(*fault);
+        QMessageBox(QMessageBox::Critical, QStringLiteral("mover"), fault->message()).exec();
+        return false;
+    }
+    if (!options.parser.isSet(options.scenario))
+        return true;
+    if (MotionLibrary::inUse().isSimulated())
+        nameScenario(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath());
+    else
+        std::fprintf(stderr, "--scenario is ignored: the library in use is no simulated controller.\n");
+    return true;
 }
 
 } // namespace
@@ -85,9 +136,9 @@ void answerQuestions(int argc, char *argv[])
 void StartUp::prepareApplication()
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     // 150 % is 150 %; rounded to 200 % the main window would not find room on most screens that have it.
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QCoreApplication::setApplicationName(QStringLiteral("mover"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MOVER_VERSION));
     // The program draws nothing by OpenGL; loading it costs a third of the start and half of the memory.
@@ -155,7 +206,7 @@ void StartUp::registerStageModel()
 {
     char model[MOVER_TEXT_LENGTH] = "LIN-100";
     const LibraryLock library;
-    addMotor(0, 0, model);
+    library->addMotor(0, 0, model);
 }
 
 int StartUp::run(int argc, char *argv[])
@@ -165,9 +216,9 @@ int StartUp::run(int argc, char *argv[])
 
     const auto application = makeApplication(argc, argv);
     Options options;
-    options.process(*application);
-    if (options.parser.isSet(options.scenario))
-        nameScenario(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath());
+    options.process();
+    if (!loadLibrary(options))
+        return MotionLibrary::FaultExitCode;
 
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/image/mover.png")));
     setNumberFormat();
@@ -183,7 +234,7 @@ int StartUp::run(int argc, char *argv[])
         window.show();
         exitCode = QApplication::exec();
     }
-    if (!SerialComDev::shutDown(threadLimitMs)) {
+    if (!SerialComDev::endThread(threadLimitMs)) {
         // A thread hangs in the library: tidying up under its feet could crash.
         std::fflush(nullptr);
         std::_Exit(exitCode);

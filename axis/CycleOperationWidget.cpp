@@ -22,16 +22,17 @@ CycleOperationWidget::CycleOperationWidget(QWidget *parent)
     new DialogKeys(this, [this] { on_pushButton_close_clicked(); });
     Dialogs::forgetMouseWhenHidden(this);
     setFocusProxy(ui->doubleSpinBox_relativeDisp);
-    setUnit(QStringLiteral("mm"));
+    setAxis(AxisDescription());
 }
 
 CycleOperationWidget::~CycleOperationWidget() = default;
 
-void CycleOperationWidget::setUnit(const QString &unit)
+void CycleOperationWidget::setAxis(const AxisDescription &axis)
 {
-    ui->label_dispUnit->setText(unit);
-    ui->label_speedUnit->setText(unit + QStringLiteral("/s"));
-    ui->label_accUnit->setText(unit + QStringLiteral("/s²"));
+    m_axis = axis;
+    ui->label_dispUnit->setText(axis.unit);
+    ui->label_speedUnit->setText(axis.unit + QStringLiteral("/s"));
+    ui->label_accUnit->setText(axis.unit + QStringLiteral("/s²"));
 }
 
 void CycleOperationWidget::load(double travel, double speed, double acceleration, int count, int dwellMs)
@@ -78,22 +79,21 @@ void CycleOperationWidget::start(int mode)
     const int dwellMs = ui->spinBox_delay->value();
 
     const QString broken =
-        MotionLimits::checkTravel(travel, m_dMaxTravel) + MotionLimits::checkSpeed(speed, m_dMaxSpeed) +
-        MotionLimits::checkAcceleration(acceleration, m_dMaxAcc) + MotionLimits::checkLoopCount(count);
+        MotionLimits::message(MotionRules::brokenByLoopRun(m_axis, travel, speed, acceleration, count), m_axis);
     if (!broken.isEmpty()) {
         MessageBox::exec(this, broken, MessageBox::Kind::LoopRun);
         return;
     }
     const auto worker = SerialComDev::instance();
-    emit worker->signal_setSpeedParams(m_iAxis, acceleration, speed);
-    emit worker->signal_setCircleParams(m_iAxis, count, travel, dwellMs);
-    emit worker->signal_startMotor(m_iAxis, mode);
+    emit worker->signal_setSpeedParams(m_axis.index, acceleration, speed);
+    emit worker->signal_setCircleParams(m_axis.index, count, travel, dwellMs);
+    emit worker->signal_startMotor(m_axis.index, mode);
     emit signal_startDoing();
 }
 
 void CycleOperationWidget::stop()
 {
-    emit SerialComDev::instance()->signal_stopMotor(m_iAxis);
+    emit SerialComDev::instance()->signal_stopMotor(m_axis.index);
     emit signal_stopDoing();
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "session/AxisDescription.h"
+
 #include <QWidget>
 
 #include <memory>
@@ -21,13 +23,8 @@ public:
     explicit CycleOperationWidget(QWidget *parent = nullptr);
     ~CycleOperationWidget() override;
 
-    void setAxis(int axis) { m_iAxis = axis; }
-    /** The stage's unit of length, "mm" or "°". */
-    void setUnit(const QString &unit);
-    /** Length of the stage's position range. */
-    void setMaxTravel(double travel) { m_dMaxTravel = travel; }
-    void setMaxSpeed(double maximum) { m_dMaxSpeed = maximum; }
-    void setMaxAcceleration(double maximum) { m_dMaxAcc = maximum; }
+    /** The axis that it runs; unit and limits are taken from here. */
+    void setAxis(const AxisDescription &axis);
     /** Fills the form. Dwell in milliseconds. */
     void load(double travel, double speed, double acceleration, int count, int dwellMs);
 
@@ -58,9 +55,6 @@ private:
     void stop();
 
     std::unique_ptr<Ui::CycleOperationWidget> ui;
-    double m_dMaxTravel = 0;
-    double m_dMaxSpeed = 0;
-    double m_dMaxAcc = 0;
+    AxisDescription m_axis;
     bool m_bIdle = false;
-    int m_iAxis = 0;
 };

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "axis/DriveParamWidget.h"
 
-#include "axis/MotionLimits.h"
 #include "device/SerialComDev.h"
 
 #include "ui_DriveParamWidget.h"
@@ -20,25 +19,24 @@ DriveParamWidget::~DriveParamWidget() = default;
 void DriveParamWidget::load()
 {
     const auto worker = SerialComDev::instance();
-    ui->doubleSpinBox_speed->setValue(worker->getAxisSpeed(axis()));
-    ui->doubleSpinBox_disp->setValue(worker->getAxisRelativeDisp(axis()));
-    ui->doubleSpinBox_acc->setValue(worker->getAxisAcceleration(axis()));
-    ui->checkBox_travelEnable->setChecked(worker->getAxisRelativeDispEnable(axis()));
+    ui->doubleSpinBox_speed->setValue(worker->getAxisSpeed(axis().index));
+    ui->doubleSpinBox_disp->setValue(worker->getAxisRelativeDisp(axis().index));
+    ui->doubleSpinBox_acc->setValue(worker->getAxisAcceleration(axis().index));
+    ui->checkBox_travelEnable->setChecked(worker->getAxisRelativeDispEnable(axis().index));
 }
 
-QString DriveParamWidget::check() const
+QVector<MotionRule> DriveParamWidget::check() const
 {
-    return MotionLimits::checkTravel(ui->doubleSpinBox_disp->value(), maxTravel()) +
-           MotionLimits::checkSpeed(ui->doubleSpinBox_speed->value(), maxSpeed()) +
-           MotionLimits::checkAcceleration(ui->doubleSpinBox_acc->value(), maxAcceleration());
+    return MotionRules::brokenByDrive(
+        axis(), ui->doubleSpinBox_disp->value(), ui->doubleSpinBox_speed->value(), ui->doubleSpinBox_acc->value());
 }
 
 void DriveParamWidget::send()
 {
     const auto worker = SerialComDev::instance();
     emit worker->signal_setRelativeDispParams(
-        axis(), ui->doubleSpinBox_disp->value(), ui->checkBox_travelEnable->isChecked());
-    emit worker->signal_setSpeedParams(axis(), ui->doubleSpinBox_acc->value(), ui->doubleSpinBox_speed->value());
+        axis().index, ui->doubleSpinBox_disp->value(), ui->checkBox_travelEnable->isChecked());
+    emit worker->signal_setSpeedParams(axis().index, ui->doubleSpinBox_acc->value(), ui->doubleSpinBox_speed->value());
 }
 
 void DriveParamWidget::retranslate()

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "axis/JogParamWidget.h"
 
-#include "axis/MotionLimits.h"
 #include "device/SerialComDev.h"
 
 #include "ui_JogParamWidget.h"
@@ -20,22 +19,21 @@ JogParamWidget::~JogParamWidget() = default;
 void JogParamWidget::load()
 {
     const auto worker = SerialComDev::instance();
-    ui->doubleSpinBox_step->setValue(worker->getAxisJogStep(axis()));
-    ui->spinBox_count->setValue(worker->getAxisJogCount(axis()));
-    ui->spinBox_delay->setValue(worker->getAxisJogDelay(axis()));
+    ui->doubleSpinBox_step->setValue(worker->getAxisJogStep(axis().index));
+    ui->spinBox_count->setValue(worker->getAxisJogCount(axis().index));
+    ui->spinBox_delay->setValue(worker->getAxisJogDelay(axis().index));
 }
 
-QString JogParamWidget::check() const
+QVector<MotionRule> JogParamWidget::check() const
 {
-    return MotionLimits::checkStep(ui->doubleSpinBox_step->value(), maxTravel()) +
-           MotionLimits::checkStepCount(ui->spinBox_count->value()) +
-           MotionLimits::checkStepDelay(ui->spinBox_delay->value());
+    return MotionRules::brokenByJog(
+        axis(), ui->doubleSpinBox_step->value(), ui->spinBox_count->value(), ui->spinBox_delay->value());
 }
 
 void JogParamWidget::send()
 {
     emit SerialComDev::instance()->signal_setJogParams(
-        axis(), ui->doubleSpinBox_step->value(), ui->spinBox_count->value(), ui->spinBox_delay->value());
+        axis().index, ui->doubleSpinBox_step->value(), ui->spinBox_count->value(), ui->spinBox_delay->value());
 }
 
 void JogParamWidget::retranslate()

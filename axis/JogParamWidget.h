@@ -27,7 +27,7 @@ signals:
     void signal_loadJogParam();
 
 private:
-    QString check() const override;
+    QVector<MotionRule> check() const override;
     void send() override;
     void announceDeactivation() override { emit signal_jogParamWindowDeactivated(); }
     void retranslate() override;

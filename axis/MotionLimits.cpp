@@ -5,9 +5,27 @@
 
 namespace {
 
-QString broken(const char *message)
+QString textOf(MotionRule rule)
 {
-    return QCoreApplication::translate("MotionLimits", message) + QLatin1Char('\n');
+    switch (rule) {
+    case MotionRule::Position:
+        return QCoreApplication::translate("MotionLimits", "位置超出范围！[%1，%2]");
+    case MotionRule::Speed:
+        return QCoreApplication::translate("MotionLimits", "速度超出范围！(0，%1]");
+    case MotionRule::Acceleration:
+        return QCoreApplication::translate("MotionLimits", "加速度超出范围！(0，%1]");
+    case MotionRule::Travel:
+        return QCoreApplication::translate("MotionLimits", "相对位移超出范围！(0，%1]");
+    case MotionRule::Step:
+        return QCoreApplication::translate("MotionLimits", "步长超出范围！(0，%1]");
+    case MotionRule::StepCount:
+        return QCoreApplication::translate("MotionLimits", "步进次数不能为0！");
+    case MotionRule::StepDelay:
+        return QCoreApplication::translate("MotionLimits", "步进延时不能为0！");
+    case MotionRule::LoopCount:
+        return QCoreApplication::translate("MotionLimits", "循环次数不能为0！");
+    }
+    return QString();
 }
 
 /** Limits as the messages show them: general format, 6 significant digits. */
@@ -16,56 +34,33 @@ QString shown(double limit)
     return QString::number(limit, 'g', 6);
 }
 
-QString checkAboveZero(double value, double maximum, const char *message)
+QString lineOf(MotionRule rule, const AxisDescription &axis)
 {
-    return value > 0 && value <= maximum ? QString() : broken(message).arg(shown(maximum));
-}
-
-QString checkNotZero(int value, const char *message)
-{
-    return value != 0 ? QString() : broken(message);
+    const QString text = textOf(rule);
+    switch (rule) {
+    case MotionRule::Position:
+        return text.arg(shown(axis.minPos), shown(axis.maxPos));
+    case MotionRule::Speed:
+        return text.arg(shown(axis.maxSpeed));
+    case MotionRule::Acceleration:
+        return text.arg(shown(axis.maxAcceleration));
+    case MotionRule::Travel:
+    case MotionRule::Step:
+        return text.arg(shown(axis.travel()));
+    case MotionRule::StepCount:
+    case MotionRule::StepDelay:
+    case MotionRule::LoopCount:
+        break;
+    }
+    return text;
 }
 
 } // namespace
 
-QString MotionLimits::checkPosition(double position, double minimum, double maximum)
+QString MotionLimits::message(const QVector<MotionRule> &broken, const AxisDescription &axis)
 {
-    if (position >= minimum && position <= maximum)
-        return QString();
-    return broken(QT_TRANSLATE_NOOP("MotionLimits", "位置超出范围！[%1，%2]")).arg(shown(minimum), shown(maximum));
-}
-
-QString MotionLimits::checkSpeed(double speed, double maximum)
-{
-    return checkAboveZero(speed, maximum, QT_TRANSLATE_NOOP("MotionLimits", "速度超出范围！(0，%1]"));
-}
-
-QString MotionLimits::checkAcceleration(double acceleration, double maximum)
-{
-    return checkAboveZero(acceleration, maximum, QT_TRANSLATE_NOOP("MotionLimits", "加速度超出范围！(0，%1]"));
-}
-
-QString MotionLimits::checkTravel(double travel, double maximum)
-{
-    return checkAboveZero(travel, maximum, QT_TRANSLATE_NOOP("MotionLimits", "相对位移超出范围！(0，%1]"));
-}
-
-QString MotionLimits::checkStep(double step, double maximum)
-{
-    return checkAboveZero(step, maximum, QT_TRANSLATE_NOOP("MotionLimits", "步长超出范围！(0，%1]"));
-}
-
-QString MotionLimits::checkStepCount(int count)
-{
-    return checkNotZero(count, QT_TRANSLATE_NOOP("MotionLimits", "步进次数不能为0！"));
-}
-
-QString MotionLimits::checkStepDelay(int delayMs)
-{
-    return checkNotZero(delayMs, QT_TRANSLATE_NOOP("MotionLimits", "步进延时不能为0！"));
-}
-
-QString MotionLimits::checkLoopCount(int count)
-{
-    return checkNotZero(count, QT_TRANSLATE_NOOP("MotionLimits", "循环次数不能为0！"));
+    QString lines;
+    for (const MotionRule rule : broken)
+        lines += lineOf(rule, axis) + QLatin1Char('\n');
+    return lines;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "axis/MotionParamPopup.h"
 
+#include "axis/MotionLimits.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/MessageBox.h"
@@ -26,26 +27,20 @@ void MotionParamPopup::setForm(QPushButton *confirm, QLabel *length, QLabel *spe
         this, [this] { close(); }, confirm);
 }
 
-void MotionParamPopup::setUnit(const QString &unit)
+void MotionParamPopup::setAxis(const AxisDescription &axis)
 {
-    m_sUnit = unit;
+    m_axis = axis;
     showUnit();
 }
 
 void MotionParamPopup::showUnit()
 {
     if (m_lengthUnit)
-        m_lengthUnit->setText(m_sUnit);
+        m_lengthUnit->setText(m_axis.unit);
     if (m_speedUnit)
-        m_speedUnit->setText(m_sUnit + QStringLiteral("/s"));
+        m_speedUnit->setText(m_axis.unit + QStringLiteral("/s"));
     if (m_accelerationUnit)
-        m_accelerationUnit->setText(m_sUnit + QStringLiteral("/s²"));
-}
-
-void MotionParamPopup::setPositionRange(double minimum, double maximum)
-{
-    m_dMinimum = minimum;
-    m_dMaximum = maximum;
+        m_accelerationUnit->setText(m_axis.unit + QStringLiteral("/s²"));
 }
 
 void MotionParamPopup::open()
@@ -91,7 +86,7 @@ void MotionParamPopup::paintEvent(QPaintEvent *)
 
 void MotionParamPopup::on_pushButton_confirm_clicked()
 {
-    const QString broken = check();
+    const QString broken = MotionLimits::message(check(), m_axis);
     if (!broken.isEmpty()) {
         const QPointer<MotionParamPopup> alive(this); // the panel may be closed under the box
         m_bAsking = true;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "session/MotionRules.h"
+
 #include <QWidget>
 
 class QLabel;
@@ -16,15 +18,8 @@ class MotionParamPopup : public QWidget
     Q_OBJECT
 
 public:
-    void setAxis(int axis) { m_iAxis = axis; }
-    /** The stage's unit of length, "mm" or "°". */
-    void setUnit(const QString &unit);
-    /** Ends of travel in the stage's unit. */
-    void setPositionRange(double minimum, double maximum);
-    /** Unit per second. */
-    void setMaxSpeed(double maximum) { m_dMaxSpeed = maximum; }
-    /** Unit per second squared. */
-    void setMaxAcceleration(double maximum) { m_dMaxAcc = maximum; }
+    /** The axis whose values it sets; unit and limits are taken from here. */
+    void setAxis(const AxisDescription &axis);
 
     /** Shows the popup and loads its values; what is typed next replaces the first of them. */
     void open();
@@ -40,15 +35,10 @@ protected:
      */
     void setForm(QPushButton *confirm, QLabel *length, QLabel *speed, QLabel *acceleration);
 
-    int axis() const { return m_iAxis; }
-    double minimum() const { return m_dMinimum; }
-    double maximum() const { return m_dMaximum; }
-    double maxTravel() const { return m_dMaximum - m_dMinimum; }
-    double maxSpeed() const { return m_dMaxSpeed; }
-    double maxAcceleration() const { return m_dMaxAcc; }
+    const AxisDescription &axis() const { return m_axis; }
 
-    /** The messages of all broken rules, in the popup's order; empty when the values may be sent. */
-    virtual QString check() const = 0;
+    /** The rules that the fields break; none when the values may be sent. */
+    virtual QVector<MotionRule> check() const = 0;
     /** Hands the fields to the worker. */
     virtual void send() = 0;
     /** Emits the popup's own deactivation signal. */
@@ -66,12 +56,7 @@ private slots:
 private:
     void showUnit();
 
-    int m_iAxis = 0;
-    QString m_sUnit = QStringLiteral("mm");
-    double m_dMinimum = 0;
-    double m_dMaximum = 0;
-    double m_dMaxSpeed = 0;
-    double m_dMaxAcc = 0;
+    AxisDescription m_axis;
     QLabel *m_lengthUnit = nullptr;
     QLabel *m_speedUnit = nullptr;
     QLabel *m_accelerationUnit = nullptr;

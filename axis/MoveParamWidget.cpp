@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "axis/MoveParamWidget.h"
 
-#include "axis/MotionLimits.h"
 #include "device/SerialComDev.h"
 
 #include "ui_MoveParamWidget.h"
@@ -23,23 +22,22 @@ MoveParamWidget::~MoveParamWidget() = default;
 void MoveParamWidget::load()
 {
     const auto worker = SerialComDev::instance();
-    ui->doubleSpinBox_disp->setValue(worker->getAxisTargetPos(axis()));
-    ui->doubleSpinBox_speed->setValue(worker->getAxisSpeed(axis()));
-    ui->doubleSpinBox_acc->setValue(worker->getAxisAcceleration(axis()));
+    ui->doubleSpinBox_disp->setValue(worker->getAxisTargetPos(axis().index));
+    ui->doubleSpinBox_speed->setValue(worker->getAxisSpeed(axis().index));
+    ui->doubleSpinBox_acc->setValue(worker->getAxisAcceleration(axis().index));
 }
 
-QString MoveParamWidget::check() const
+QVector<MotionRule> MoveParamWidget::check() const
 {
-    return MotionLimits::checkPosition(ui->doubleSpinBox_disp->value(), minimum(), maximum()) +
-           MotionLimits::checkSpeed(ui->doubleSpinBox_speed->value(), maxSpeed()) +
-           MotionLimits::checkAcceleration(ui->doubleSpinBox_acc->value(), maxAcceleration());
+    return MotionRules::brokenByMove(
+        axis(), ui->doubleSpinBox_disp->value(), ui->doubleSpinBox_speed->value(), ui->doubleSpinBox_acc->value());
 }
 
 void MoveParamWidget::send()
 {
     const auto worker = SerialComDev::instance();
-    emit worker->signal_setAbsoluteDispParams(axis(), ui->doubleSpinBox_disp->value());
-    emit worker->signal_setSpeedParams(axis(), ui->doubleSpinBox_acc->value(), ui->doubleSpinBox_speed->value());
+    emit worker->signal_setAbsoluteDispParams(axis().index, ui->doubleSpinBox_disp->value());
+    emit worker->signal_setSpeedParams(axis().index, ui->doubleSpinBox_acc->value(), ui->doubleSpinBox_speed->value());
 }
 
 void MoveParamWidget::retranslate()

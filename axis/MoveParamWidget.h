@@ -24,7 +24,7 @@ signals:
     void signal_moveParamWindowDeactivated();
 
 private:
-    QString check() const override;
+    QVector<MotionRule> check() const override;
     void send() override;
     void announceDeactivation() override { emit signal_moveParamWindowDeactivated(); }
     void retranslate() override;

@@ -60,6 +60,7 @@ constexpr Warning warnings[] = {
 MoverControlWidget::MoverControlWidget(QWidget *parent)
     : QWidget(parent)
     , ui(std::make_unique<Ui::MoverControlWidget>())
+    , m_axis(QSharedPointer<ControlAxis>::create(AxisDescription()))
     , m_log((ui->setupUi(this), ui->textBrowser_operatioInfo))
 {
     setDoingLight(doingLightGray, false);
@@ -120,52 +121,18 @@ void MoverControlWidget::keepFocusOnTop(QWidget *, QWidget *now)
         Dialogs::focusWithin(m_loopRun, true);
 }
 
-void MoverControlWidget::setIndex(int index)
+void MoverControlWidget::setAxis(const QSharedPointer<const ControlAxis> &axis)
 {
-    m_iIndex = index;
-    m_settings->setAxis(index);
-    m_movePopup->setAxis(index);
-    m_jogPopup->setAxis(index);
-    m_drivePopup->setAxis(index);
-    m_loopRun->setAxis(index);
-}
-
-void MoverControlWidget::setLabelTexts(const QString &axisName, const QString &modelName)
-{
-    m_sName = axisName;
-    ui->label_axisName->setText(axisName);
-    ui->label_modelName->setText(modelName);
-}
-
-void MoverControlWidget::setUnit(const QString &unit)
-{
-    m_sUnit = unit;
-    m_movePopup->setUnit(unit);
-    m_jogPopup->setUnit(unit);
-    m_drivePopup->setUnit(unit);
-    m_loopRun->setUnit(unit);
-}
-
-void MoverControlWidget::setPositionRange(double minimum, double maximum)
-{
-    m_movePopup->setPositionRange(minimum, maximum);
-    m_jogPopup->setPositionRange(minimum, maximum);
-    m_drivePopup->setPositionRange(minimum, maximum);
-    m_loopRun->setMaxTravel(maximum - minimum);
-}
-
-void MoverControlWidget::setMaxSpeed(double maximum)
-{
-    m_movePopup->setMaxSpeed(maximum);
-    m_drivePopup->setMaxSpeed(maximum);
-    m_loopRun->setMaxSpeed(maximum);
-}
-
-void MoverControlWidget::setMaxAcceleration(double maximum)
-{
-    m_movePopup->setMaxAcceleration(maximum);
-    m_drivePopup->setMaxAcceleration(maximum);
-    m_loopRun->setMaxAcceleration(maximum);
+    const AxisDescription &description = axis->description();
+    m_axis = axis;
+    m_iIndex = description.index;
+    ui->label_axisName->setText(description.name());
+    ui->label_modelName->setText(description.modelName);
+    m_settings->setAxis(m_iIndex);
+    m_movePopup->setAxis(description);
+    m_jogPopup->setAxis(description);
+    m_drivePopup->setAxis(description);
+    m_loopRun->setAxis(description);
 }
 
 void MoverControlWidget::writeFirstLogLines(const QString &text)
@@ -206,9 +173,10 @@ void MoverControlWidget::setMoveBtnEnabled(bool b)
 
 void MoverControlWidget::setRockerSpeed(int level)
 {
-    const double speed = level * m_param.maxRockerSpeed / 10;
+    const AxisDescription &axis = m_axis->description();
+    const double speed = level * axis.maxRockerSpeed / 10;
     ui->label_rockerSpeed->setText(
-        QStringLiteral("%1 %2").arg(QString::number(speed, 'g', 6), m_sUnit + QStringLiteral("/s")));
+        QStringLiteral("%1 %2").arg(QString::number(speed, 'g', 6), axis.unit + QStringLiteral("/s")));
 }
 
 void MoverControlWidget::setDoingLightRed()
@@ -251,7 +219,8 @@ void MoverControlWidget::slot_updateCurrentPos(int ID, double pos)
 {
     if (ID != m_iIndex)
         return;
-    ui->label_currentPos->setText(QStringLiteral("%1 %2").arg(QString::number(pos, 'f', 3), m_sUnit));
+    ui->label_currentPos->setText(
+        QStringLiteral("%1 %2").arg(QString::number(pos, 'f', 3), m_axis->description().unit));
 }
 
 void MoverControlWidget::slot_updateDevState(int ID, MotorStageState state)
@@ -391,7 +360,6 @@ void MoverControlWidget::on_pushButton_enable_clicked(bool checked)
 void MoverControlWidget::on_pushButton_circle_clicked()
 {
     const auto worker = SerialComDev::instance();
-    m_loopRun->setAxis(m_iIndex);
     m_loopRun->load(
         worker->getAxisCircleDisp(m_iIndex), worker->getAxisSpeed(m_iIndex), worker->getAxisAcceleration(m_iIndex),
         worker->getAxisCircleCount(m_iIndex), worker->getAxisCircleDelay(m_iIndex));

@@ -3,8 +3,9 @@
 
 #include "axis/OperationLog.h"
 #include "device/DeviceRecords.h"
-#include "models/MoverDevParam.h"
+#include "session/ControlAxis.h"
 
+#include <QSharedPointer>
 #include <QTimer>
 #include <QWidget>
 
@@ -38,26 +39,15 @@ public:
     explicit MoverControlWidget(QWidget *parent = nullptr);
     ~MoverControlWidget() override;
 
-    // Set-up, once after construction and in this order.
-    /** Index of the axis on the controller, from 0. */
-    void setIndex(int index);
-    void setLabelTexts(const QString &axisName, const QString &modelName);
-    void setDevParam(const MoverDevParam &param) { m_param = param; }
-    /** The stage's unit of length, "mm" or "°". */
-    void setUnit(const QString &unit);
-    /** Asks for position and state no more. */
-    void stopPolling() { m_updateTimer.stop(); }
-    /** Ends of travel, in the unit. */
-    void setPositionRange(double minimum, double maximum);
-    /** Unit per second. */
-    void setMaxSpeed(double maximum);
-    /** Unit per second squared. */
-    void setMaxAcceleration(double maximum);
+    /** The axis that the panel is for; its popups and its loop run take unit and limits from it. Once, before use. */
+    void setAxis(const QSharedPointer<const ControlAxis> &axis);
     /** Logs `text` and the stage's serial number. */
     void writeFirstLogLines(const QString &text);
+    /** Asks for position and state no more. */
+    void stopPolling() { m_updateTimer.stop(); }
 
     int index() const { return m_iIndex; }
-    QString axisName() const { return m_sName; }
+    QString axisName() const { return m_axis->description().name(); }
 
     /** b false: joystick mode goes on, the motion buttons give way to the joystick's speed; true: it goes off. */
     void setMoveBtnEnabled(bool b);
@@ -124,15 +114,13 @@ private:
 
     std::unique_ptr<Ui::MoverControlWidget> ui;
     int m_iIndex = 0;
-    QString m_sName;
+    QSharedPointer<const ControlAxis> m_axis;
     MotorStageState m_sState = {};
     bool m_bDoingLit = false; // as the lights look
     bool m_bOriginLit = false;
-    QString m_sUnit = QStringLiteral("mm");
     QTimer m_updateTimer{this};
     bool m_bRockerMode = false;
     quint32 m_uRunCount = 0; // last one seen of the loop run that is counting
-    MoverDevParam m_param;
     OperationLog m_log;
     DeviceParamWidget *m_settings = nullptr;
     MoveParamWidget *m_movePopup = nullptr;

@@ -13,8 +13,6 @@
 
 #include "ui_DebugWidget.h"
 
-#include "device/moverLibrary.h"
-
 #include <QCloseEvent>
 #include <QDebug>
 #include <QDir>
@@ -106,37 +104,41 @@ void DebugWidget::run(int button)
     QString result;
     {
         const BusyCursor busy;
-        std::optional<LibraryLock> library;
-        if (command.locked)
-            library.emplace();
-        const int id = deviceId();
         const int axis = this->axis();
+        const auto call = [](auto function, auto... arguments) {
+            const LibraryLock library;
+            return ((*library).*function)(deviceId(), arguments...);
+        };
+        const auto text = [&call](auto getter, auto... axis) {
+            LibraryText text;
+            const int status = call(getter, axis..., text.data(), text.length());
+            return status < 0 ? QString::number(status) : text.toString();
+        };
+        const auto number = [&](auto value) {
+            readable = NumberInput::read(input, value);
+            return value;
+        };
+        const auto real = [](double value) { return QString::number(value, 'g', 8); };
+        const QByteArray bytes = input.toLatin1();
         result = std::visit(
             Overloaded{
-                [&](ConsoleCommand::Call call) { return QString::number(call(id, axis)); },
-                [&](ConsoleCommand::IntegerSetter call) {
-                    int value = 0;
-                    readable = NumberInput::read(input, value);
-                    return QString::number(call(id, axis, value));
+                [&](ConsoleCommand::Call get) { return QString::number(call(get, axis)); },
+                [&](ConsoleCommand::Directed go) { return QString::number(call(go.start, axis, go.direction)); },
+                [&](ConsoleCommand::IntegerSetter set) { return QString::number(call(set, axis, number(int()))); },
+                [&](ConsoleCommand::RealSetter set) { return QString::number(call(set, axis, number(double()))); },
+                [&](ConsoleCommand::TextSetter set) {
+                    return QString::number(call(set, axis, bytes.constData(), bytes.size()));
                 },
-                [&](ConsoleCommand::RealSetter call) {
-                    double value = 0;
-                    readable = NumberInput::read(input, value);
-                    return QString::number(call(id, axis, value));
+                [&](ConsoleCommand::RealGetter get) { return real(call(get, axis)); },
+                [&](ConsoleCommand::PositionGetter get) { return real(call(get, axis, static_cast<int *>(nullptr))); },
+                [&](ConsoleCommand::TargetGetter get) {
+                    unsigned char success = 0;
+                    return real(call(get, axis, &success));
                 },
-                [&](ConsoleCommand::TextSetter call) {
-                    const QByteArray bytes = input.toLatin1();
-                    return QString::number(call(id, axis, bytes.constData(), bytes.size()));
-                },
-                [&](ConsoleCommand::RealGetter call) { return QString::number(call(id, axis), 'g', 8); },
-                [&](ConsoleCommand::TextGetter call) {
-                    LibraryText text;
-                    const int status = call(id, axis, text.data(), text.length());
-                    return status < 0 ? QString::number(status) : text.toString();
-                },
-                [&](ConsoleCommand::StateGetter call) {
+                [&](ConsoleCommand::TextGetter get) { return text(get, axis); },
+                [&](ConsoleCommand::StateGetter get) {
                     MotorStageState flags = {};
-                    state = call(id, axis, &flags);
+                    state = call(get, axis, &flags);
                     return QStringLiteral("可以运行：%1, 停止：%2, 使能：%3, 归零：%4, 左限位：%5, 右限位：%6")
                         .arg(flags.isCanRun)
                         .arg(flags.isStop)
@@ -145,6 +147,13 @@ void DebugWidget::run(int button)
                         .arg(flags.isLeftLimit)
                         .arg(flags.isRightLimit);
                 },
+                [&](ConsoleCommand::UnlockedCall go) { return QString::number(go(deviceId(), axis)); },
+                [&](ConsoleCommand::DeviceGetter get) { return QString::number(call(get)); },
+                [&](ConsoleCommand::DeviceSetter set) { return QString::number(call(set.set, number(int()))); },
+                [&](ConsoleCommand::DeviceTextSetter set) {
+                    return QString::number(call(set, bytes.constData(), bytes.size()));
+                },
+                [&](ConsoleCommand::DeviceTextGetter get) { return text(get); },
             },
             command.operation);
     }
@@ -186,7 +195,7 @@ void DebugWidget::on_pushButton_writeMotorParams_clicked()
     {
         const BusyCursor busy;
         library.emplace();
-        result = setMotorParams(deviceId(), axis(), params);
+        result = (*library)->setMotorParams(deviceId(), axis(), params);
     }
     if (result < 0) {
         showResult("setMotorParams", [result] { return tr("写入电机参数失败：error（%1）").arg(result); });
@@ -211,7 +220,7 @@ void DebugWidget::on_pushButton_readMorotParams_clicked()
     {
         const BusyCursor busy;
         const LibraryLock library;
-        result = getMotorParams(deviceId(), axis(), &params);
+        result = library->getMotorParams(deviceId(), axis(), &params);
     }
     if (result < 0) {
         showResult("getMotorParams", [result] { return tr("读取电机参数失败：error（%1）").arg(result); });
@@ -227,7 +236,7 @@ void DebugWidget::on_pushButton_clear_clicked()
 {
     // On purpose without LibraryLock, and no result is shown.
     const BusyCursor busy;
-    setClearIDChip(deviceId(), ui->comboBox_chipAxis->currentIndex());
+    UnlockedCalls::setClearIDChip(deviceId(), ui->comboBox_chipAxis->currentIndex());
 }
 
 // ---- Position compensation -----------------------------------------------------------------------------------------
@@ -238,7 +247,7 @@ void DebugWidget::setPosConpen(int enable)
     {
         const BusyCursor busy;
         const LibraryLock library;
-        result = setPosConpenEnable(deviceId(), axis(), enable);
+        result = library->setPosConpenEnable(deviceId(), axis(), enable);
     }
     showResult("setPosConpenEnable", [result] { return QString::number(result); });
 }
@@ -264,8 +273,8 @@ void DebugWidget::on_pushButton_clicked()
     {
         const BusyCursor busy;
         const LibraryLock library;
-        positiveResult = getPositivePosConpen(deviceId(), axis(), positive.values.data(), &positive.count);
-        negativeResult = getNegativePosConpen(deviceId(), axis(), negative.values.data(), &negative.count);
+        positiveResult = library->getPositivePosConpen(deviceId(), axis(), positive.values.data(), &positive.count);
+        negativeResult = library->getNegativePosConpen(deviceId(), axis(), negative.values.data(), &negative.count);
     }
     if (positiveResult >= 0)
         m_compensation->show(CompensationModel::Positive, positive);
@@ -286,8 +295,8 @@ void DebugWidget::on_pushButton_pos_conpen_write_clicked()
     {
         const BusyCursor busy;
         const LibraryLock library;
-        positiveResult = setPositivePosConpen(deviceId(), axis(), positive.values.data(), positive.count);
-        negativeResult = setNegativePosConpen(deviceId(), axis(), negative.values.data(), negative.count);
+        positiveResult = library->setPositivePosConpen(deviceId(), axis(), positive.values.data(), positive.count);
+        negativeResult = library->setNegativePosConpen(deviceId(), axis(), negative.values.data(), negative.count);
     }
     showResult("setPositivePosConpen, setNegativePosConpen", [positiveResult, negativeResult] {
         return QStringLiteral("%1 %2").arg(positiveResult).arg(negativeResult);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "device/LibraryLock.h"
 
+#include "device/MotionLibrary.h"
+
 #include <QDeadlineTimer>
 #include <QMutex>
 
@@ -43,4 +45,10 @@ LibraryLock::~LibraryLock()
 {
     if (m_bLocked)
         mutexes().library.unlock();
+}
+
+const MoverFunctions &LibraryLock::operator*() const
+{
+    Q_ASSERT(m_bLocked);
+    return MotionLibrary::inUse().m_functions;
 }

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "device/MoverFunctions.h"
+
 #include <QtGlobal>
 
 /**
- * Holds the one library mutex. The motion library is not thread-safe, so every call to it, from whichever thread,
- * is made while an object of this class is alive: to check that, search for this name.
+ * Holds the one library mutex, and is the way to the motion library's functions: `library->getSpeed(id, axis)`. The
+ * library is not thread-safe; a call without the lock does not compile.
  *
  * The mutex is not recursive: never take it twice in one thread. Threads get it in the order in which they asked,
  * so that a thread with a long row of calls (the worker, polling over a slow link) cannot keep another one out.
@@ -21,6 +23,10 @@ public:
 
     /** Whether the library may be called. */
     bool isLocked() const { return m_bLocked; }
+
+    /** The functions of the library in use; only while isLocked(). The first use of all may load it. */
+    const MoverFunctions *operator->() const { return &**this; }
+    const MoverFunctions &operator*() const;
 
 private:
     Q_DISABLE_COPY(LibraryLock)

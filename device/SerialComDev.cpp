@@ -3,7 +3,6 @@
 
 #include "device/LibraryLock.h"
 #include "device/LibraryText.h"
-#include "device/moverLibrary.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -32,27 +31,29 @@ Singleton &singleton()
     return *instance;
 }
 
+using Library = const MoverFunctions &; // of a LibraryLock
+
 struct StartMode {
     int mode;
-    int (*start)(int id, int axis);
+    int (*start)(Library library, int id, int axis);
     const char *text;
     int type;
 };
 
 constexpr StartMode startModes[] = {
-    {MOVE_CODE_MOVE, [](int id, int axis) { return startMove(id, axis); }, QT_TRANSLATE_NOOP("SerialComDev", "Move"),
-     1},
-    {MOVE_CODE_DRIVE_POSITIVE, [](int id, int axis) { return startDrive(id, axis, 1); },
+    {MOVE_CODE_MOVE, [](Library library, int id, int axis) { return library.startMove(id, axis); },
+     QT_TRANSLATE_NOOP("SerialComDev", "Move"), 1},
+    {MOVE_CODE_DRIVE_POSITIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 1); },
      QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), 3},
-    {MOVE_CODE_DRIVE_NEGATIVE, [](int id, int axis) { return startDrive(id, axis, 2); },
+    {MOVE_CODE_DRIVE_NEGATIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 2); },
      QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), 3},
-    {MOVE_CODE_JOG_POSITIVE, [](int id, int axis) { return startJog(id, axis, 1); },
+    {MOVE_CODE_JOG_POSITIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 1); },
      QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), 5},
-    {MOVE_CODE_JOG_NEGATIVE, [](int id, int axis) { return startJog(id, axis, 2); },
+    {MOVE_CODE_JOG_NEGATIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 2); },
      QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), 5},
-    {MOVE_CODE_CIRCLE_POSITIVE, [](int id, int axis) { return startCircle(id, axis, 1); },
+    {MOVE_CODE_CIRCLE_POSITIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 1); },
      QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), 10},
-    {MOVE_CODE_CIRCLE_NEGATIVE, [](int id, int axis) { return startCircle(id, axis, 2); },
+    {MOVE_CODE_CIRCLE_NEGATIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 2); },
      QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), 10},
 };
 
@@ -63,7 +64,7 @@ QString shown(double value)
 }
 
 /** One read of readAxisParams(): false when the library reports failure. */
-using AxisRead = bool (*)(int id, int axis, MotorDevInfo &info);
+using AxisRead = bool (*)(Library library, int id, int axis, MotorDevInfo &info);
 
 /** Stores a value whose failures are below 0. */
 template <typename Value, typename Field>
@@ -77,40 +78,56 @@ bool store(Value value, Field &field)
 
 /** In the order in which they are made; a failure of the n-th one is reported as -n. */
 constexpr AxisRead axisReads[] = {
-    [](int id, int axis, MotorDevInfo &info) {
+    [](Library library, int id, int axis, MotorDevInfo &info) {
         LibraryText text;
-        const bool ok = getMotorModelName(id, axis, text.data(), text.length()) >= 0;
+        const bool ok = library.getMotorModelName(id, axis, text.data(), text.length()) >= 0;
         info.modelName = text.toString();
         return ok;
     },
-    [](int id, int axis, MotorDevInfo &info) {
+    [](Library library, int id, int axis, MotorDevInfo &info) {
         LibraryText text;
-        const bool ok = getMotorSerialNumber(id, axis, text.data(), text.length()) >= 0;
+        const bool ok = library.getMotorSerialNumber(id, axis, text.data(), text.length()) >= 0;
         info.serialNumber = text.toString();
         return ok;
     },
-    [](int id, int axis, MotorDevInfo &info) {
+    [](Library library, int id, int axis, MotorDevInfo &info) {
         int status = 0;
-        info.currentPos = getCurrentPos(id, axis, &status);
+        info.currentPos = library.getCurrentPos(id, axis, &status);
         return status >= 0;
     },
-    [](int id, int axis, MotorDevInfo &info) { return store(getSpeed(id, axis), info.speed); },
-    [](int id, int axis, MotorDevInfo &info) { return store(getAcceleration(id, axis), info.acceleration); },
-    [](int id, int axis, MotorDevInfo &info) { return store(getRelativeDisp(id, axis), info.relativeDisp); },
-    [](int id, int axis, MotorDevInfo &info) {
+    [](Library library, int id, int axis, MotorDevInfo &info) { return store(library.getSpeed(id, axis), info.speed); },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getAcceleration(id, axis), info.acceleration);
+    },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getRelativeDisp(id, axis), info.relativeDisp);
+    },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
         unsigned char success = 0;
-        info.targetPos = getTargetPos(id, axis, &success);
+        info.targetPos = library.getTargetPos(id, axis, &success);
         return success != 0;
     },
-    [](int id, int axis, MotorDevInfo &info) {
-        return store(getRelativeDispEnable(id, axis), info.relativeDispEnable);
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getRelativeDispEnable(id, axis), info.relativeDispEnable);
     },
-    [](int id, int axis, MotorDevInfo &info) { return store(getJogStep(id, axis), info.jogStep); },
-    [](int id, int axis, MotorDevInfo &info) { return store(getJogDelay(id, axis), info.jogDelay); },
-    [](int id, int axis, MotorDevInfo &info) { return store(getJogCount(id, axis), info.jogCount); },
-    [](int id, int axis, MotorDevInfo &info) { return store(getCircleCount(id, axis), info.circleCount); },
-    [](int id, int axis, MotorDevInfo &info) { return store(getCircleDisp(id, axis), info.circleDisp); },
-    [](int id, int axis, MotorDevInfo &info) { return store(getCircleDelay(id, axis), info.circleDelay); },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getJogStep(id, axis), info.jogStep);
+    },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getJogDelay(id, axis), info.jogDelay);
+    },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getJogCount(id, axis), info.jogCount);
+    },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getCircleCount(id, axis), info.circleCount);
+    },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getCircleDisp(id, axis), info.circleDisp);
+    },
+    [](Library library, int id, int axis, MotorDevInfo &info) {
+        return store(library.getCircleDelay(id, axis), info.circleDelay);
+    },
 };
 
 } // namespace
@@ -133,7 +150,7 @@ QSharedPointer<SerialComDev> SerialComDev::instance()
     return single.worker;
 }
 
-bool SerialComDev::shutDown(int limitMs)
+bool SerialComDev::endThread(int limitMs)
 {
     Singleton &single = singleton();
     const QMutexLocker creation(&single.creation);
@@ -233,16 +250,16 @@ SerialComDev::~SerialComDev()
     if (!m_bOpened)
         return;
     qDebug() << "~SerialComDev";
-    closeDevice(QDeadlineTimer::Forever);
+    closeOpenDevice(QDeadlineTimer::Forever);
 }
 
 int SerialComDev::open(int id)
 {
     const LibraryLock library;
-    addDev(id);
-    const int result = openTSDevice(id);
+    library->addDev(id);
+    const int result = library->openTSDevice(id);
     if (result < 0) {
-        removeDev(id);
+        library->removeDev(id);
         return result;
     }
     m_iDeviceId = id;
@@ -252,33 +269,37 @@ int SerialComDev::open(int id)
 
 int SerialComDev::close()
 {
-    closeWithin(-1);
+    closeWithin(QDeadlineTimer::Forever);
     return 0;
 }
 
-bool SerialComDev::closeWithin(int limitMs)
+bool SerialComDev::tryClose(int limitMs)
 {
-    const QDeadlineTimer deadline(limitMs);
-    if (waitForRequests(deadline) && closeDevice(deadline))
+    return closeWithin(QDeadlineTimer(limitMs));
+}
+
+bool SerialComDev::closeAtExit(int limitMs)
+{
+    m_bLeft = true;
+    return tryClose(limitMs);
+}
+
+bool SerialComDev::closeWithin(QDeadlineTimer deadline)
+{
+    if (waitForRequests(deadline) && closeOpenDevice(deadline))
         return true;
     qDebug() << "SerialComDev: a library call still runs, the device is left open";
     return false;
 }
 
-bool SerialComDev::leave(int limitMs)
-{
-    m_bLeft = true;
-    return closeWithin(limitMs);
-}
-
-bool SerialComDev::closeDevice(QDeadlineTimer deadline)
+bool SerialComDev::closeOpenDevice(QDeadlineTimer deadline)
 {
     const LibraryLock library(int(deadline.remainingTime()));
     if (!library.isLocked())
         return false;
     if (m_iDeviceId != 0) {
-        closeTSDevice(m_iDeviceId);
-        removeDev(m_iDeviceId);
+        library->closeTSDevice(m_iDeviceId);
+        library->removeDev(m_iDeviceId);
     }
     m_iDeviceId = 0;
     m_bOpened = false;
@@ -300,47 +321,47 @@ bool SerialComDev::waitForRequests(QDeadlineTimer deadline)
 int SerialComDev::setMotorEnable(int axis, int enable)
 {
     const LibraryLock library;
-    return ::setMotorEnable(m_iDeviceId, axis, enable);
+    return library->setMotorEnable(m_iDeviceId, axis, enable);
 }
 
 int SerialComDev::setRockerEnable(int enable)
 {
     const LibraryLock library;
-    return ::setRockerEnable(m_iDeviceId, enable);
+    return library->setRockerEnable(m_iDeviceId, enable);
 }
 
 int SerialComDev::getRockerEnable()
 {
     const LibraryLock library;
-    return ::getRockerEnable(m_iDeviceId);
+    return library->getRockerEnable(m_iDeviceId);
 }
 
 int SerialComDev::setPosConpenEnable(int axis, int enable)
 {
     const LibraryLock library;
-    return ::setPosConpenEnable(m_iDeviceId, axis, enable);
+    return library->setPosConpenEnable(m_iDeviceId, axis, enable);
 }
 
 int SerialComDev::getPosConpenEnable(int axis)
 {
     const LibraryLock library;
-    return ::getPosConpenEnable(m_iDeviceId, axis);
+    return library->getPosConpenEnable(m_iDeviceId, axis);
 }
 
 int SerialComDev::getTriggerState(int axis, TriggerState &state)
 {
     const LibraryLock library;
-    const int in = getTriggerInEnable(m_iDeviceId, axis);
+    const int in = library->getTriggerInEnable(m_iDeviceId, axis);
     if (in < 0)
         return in;
-    const int out = getTriggerOutEnable(m_iDeviceId, axis);
+    const int out = library->getTriggerOutEnable(m_iDeviceId, axis);
     if (out < 0)
         return out;
     // A failure is a negative whole number, and so is many a step. The enables were just read, so the link is there: a
     // step reads the same again, a passing failure does not.
-    const double step = getTriggerStep(m_iDeviceId, axis);
+    const double step = library->getTriggerStep(m_iDeviceId, axis);
     const bool isStatus = step < 0 && step >= std::numeric_limits<int>::min() && step == std::floor(step);
-    if (isStatus && step != getTriggerStep(m_iDeviceId, axis))
+    if (isStatus && step != library->getTriggerStep(m_iDeviceId, axis))
         return int(step);
     state = {in != 0, out != 0, step};
     return 0;
@@ -350,52 +371,52 @@ int SerialComDev::getRuningState(int axis, MotorStageState &state)
 {
     state = {};
     const LibraryLock library;
-    return ::getRuningState(m_iDeviceId, axis, &state);
+    return library->getRuningState(m_iDeviceId, axis, &state);
 }
 
 int SerialComDev::getDevAxisCount()
 {
     const LibraryLock library;
-    return ::getDevAxisCount(m_iDeviceId);
+    return library->getDevAxisCount(m_iDeviceId);
 }
 
 QString SerialComDev::getMotorModelName(int axis)
 {
     LibraryText text;
     const LibraryLock library;
-    return ::getMotorModelName(m_iDeviceId, axis, text.data(), text.length()) < 0 ? QString() : text.toString();
+    return library->getMotorModelName(m_iDeviceId, axis, text.data(), text.length()) < 0 ? QString() : text.toString();
 }
 
 int SerialComDev::setMotorModelName(int axis, const QString &name)
 {
     const QByteArray bytes = name.toLatin1();
     const LibraryLock library;
-    return ::setMotorModelName(m_iDeviceId, axis, bytes.constData(), bytes.size());
+    return library->setMotorModelName(m_iDeviceId, axis, bytes.constData(), bytes.size());
 }
 
 int SerialComDev::getMotorParams(int axis, MotorParams &params)
 {
     const LibraryLock library;
-    return ::getMotorParams(m_iDeviceId, axis, &params);
+    return library->getMotorParams(m_iDeviceId, axis, &params);
 }
 
 int SerialComDev::setMotorParams(int axis, const MotorParams &params)
 {
     const LibraryLock library;
-    return ::setMotorParams(m_iDeviceId, axis, params);
+    return library->setMotorParams(m_iDeviceId, axis, params);
 }
 
 QString SerialComDev::getDevSoftVersion()
 {
     LibraryText text;
     const LibraryLock library;
-    return ::getDevSoftVersion(m_iDeviceId, text.data(), text.length()) < 0 ? QString() : text.toString();
+    return library->getDevSoftVersion(m_iDeviceId, text.data(), text.length()) < 0 ? QString() : text.toString();
 }
 
 bool SerialComDev::readMotorAutoDetect(int axis, int *code)
 {
     const LibraryLock library;
-    if (getMotorAutoDetect(m_iDeviceId, axis, code) < 0)
+    if (library->getMotorAutoDetect(m_iDeviceId, axis, code) < 0)
         return false;
     qDebug() << "readMotorAutoDetect " << *code;
     const QMutexLocker registry(&m_registryMutex);
@@ -417,7 +438,7 @@ int SerialComDev::readAxisParams(int axis)
     int step = 0;
     for (const AxisRead read : axisReads) {
         --step;
-        if (!read(m_iDeviceId, axis, info))
+        if (!read(*library, m_iDeviceId, axis, info))
             return step;
     }
     const QMutexLocker registry(&m_registryMutex);
@@ -529,11 +550,14 @@ void SerialComDev::slot_getCurrentPos(int Axis)
     if (m_bLeft)
         return;
     int status = 0;
-    const double position = ::getCurrentPos(m_iDeviceId, Axis, &status);
-    if (status >= 0)
-        emit signal_updateCurrentPos(Axis, position);
-    else
-        emit signal_showOperationMsg(Axis, OPERATION_STATE_FAIL, GeneralMessage, tr("读取当前位置出错"));
+    const double position = library->getCurrentPos(m_iDeviceId, Axis, &status);
+    if (status < 0) {
+        reportFailedPoll(Axis, tr("读取当前位置出错"));
+        return;
+    }
+    m_feed.tell(
+        [&](AnswerListener &listener, AnswerListener::Time at) { listener.positionAnswered(Axis, position, at); });
+    emit signal_updateCurrentPos(Axis, position);
 }
 
 void SerialComDev::slot_getCurrentState(int Axis)
@@ -542,20 +566,27 @@ void SerialComDev::slot_getCurrentState(int Axis)
     if (m_bLeft)
         return;
     MotorStageState state = {};
-    const int result = ::getRuningState(m_iDeviceId, Axis, &state);
-    if (result >= 0)
-        emit signal_updateDevState(Axis, state);
-    else
-        emit signal_showOperationMsg(Axis, OPERATION_STATE_FAIL, GeneralMessage, tr("获取设备状态出错"));
+    if (library->getRuningState(m_iDeviceId, Axis, &state) < 0) {
+        reportFailedPoll(Axis, tr("获取设备状态出错"));
+        return;
+    }
+    m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) { listener.stateAnswered(Axis, state, at); });
+    emit signal_updateDevState(Axis, state);
+}
+
+void SerialComDev::reportFailedPoll(int axis, const QString &text)
+{
+    m_feed.tell([axis](AnswerListener &listener, AnswerListener::Time at) { listener.pollFailed(axis, at); });
+    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, GeneralMessage, text);
 }
 
 void SerialComDev::slot_setSpeedParams(int Axis, double acc, double speed)
 {
     const LibraryLock library;
-    if (!accepted(setSpeed(m_iDeviceId, Axis, speed), Axis, GeneralMessage, tr("设置速度参数出错")))
+    if (!accepted(library->setSpeed(m_iDeviceId, Axis, speed), Axis, GeneralMessage, tr("设置速度参数出错")))
         return;
     updateAxisInfo(Axis, [speed](MotorDevInfo &info) { info.speed = speed; });
-    if (!accepted(setAcceleration(m_iDeviceId, Axis, acc), Axis, GeneralMessage, tr("设置加速度参数出错")))
+    if (!accepted(library->setAcceleration(m_iDeviceId, Axis, acc), Axis, GeneralMessage, tr("设置加速度参数出错")))
         return;
     updateAxisInfo(Axis, [acc](MotorDevInfo &info) { info.acceleration = acc; });
     emit signal_showOperationMsg(
@@ -565,11 +596,12 @@ void SerialComDev::slot_setSpeedParams(int Axis, double acc, double speed)
 void SerialComDev::slot_setRelativeDispParams(int Axis, double disp, bool enable)
 {
     const LibraryLock library;
-    if (!accepted(setRelativeDisp(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置相对位移参数出错")))
+    if (!accepted(library->setRelativeDisp(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置相对位移参数出错")))
         return;
     updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.relativeDisp = disp; });
     if (!accepted(
-            setRelativeDispEnable(m_iDeviceId, Axis, enable), Axis, GeneralMessage, tr("设置相对位移使能参数出错")))
+            library->setRelativeDispEnable(m_iDeviceId, Axis, enable), Axis, GeneralMessage,
+            tr("设置相对位移使能参数出错")))
         return;
     updateAxisInfo(Axis, [enable](MotorDevInfo &info) { info.relativeDispEnable = enable; });
     emit signal_showOperationMsg(
@@ -580,7 +612,7 @@ void SerialComDev::slot_setRelativeDispParams(int Axis, double disp, bool enable
 void SerialComDev::slot_setAbsoluteDispParams(int Axis, double disp)
 {
     const LibraryLock library;
-    if (!accepted(setTargetPos(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置目标位置参数出错")))
+    if (!accepted(library->setTargetPos(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置目标位置参数出错")))
         return;
     updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.targetPos = disp; });
     emit signal_showOperationMsg(Axis, OPERATION_STATE_OK, 2, tr("设置参数，目标位置：%1").arg(shown(disp)));
@@ -590,13 +622,13 @@ void SerialComDev::slot_setJogParams(int Axis, double step, int count, int delay
 {
     constexpr int type = 6;
     const LibraryLock library;
-    if (!accepted(setJogStep(m_iDeviceId, Axis, step), Axis, type, tr("设置JOG步长失败")))
+    if (!accepted(library->setJogStep(m_iDeviceId, Axis, step), Axis, type, tr("设置JOG步长失败")))
         return;
     updateAxisInfo(Axis, [step](MotorDevInfo &info) { info.jogStep = step; });
-    if (!accepted(setJogCount(m_iDeviceId, Axis, count), Axis, type, tr("设置JOG次数失败")))
+    if (!accepted(library->setJogCount(m_iDeviceId, Axis, count), Axis, type, tr("设置JOG次数失败")))
         return;
     updateAxisInfo(Axis, [count](MotorDevInfo &info) { info.jogCount = count; });
-    if (!accepted(setJogDelay(m_iDeviceId, Axis, delay), Axis, type, tr("设置JOG延时时间失败")))
+    if (!accepted(library->setJogDelay(m_iDeviceId, Axis, delay), Axis, type, tr("设置JOG延时时间失败")))
         return;
     updateAxisInfo(Axis, [delay](MotorDevInfo &info) { info.jogDelay = delay; });
     emit signal_showOperationMsg(
@@ -608,13 +640,13 @@ void SerialComDev::slot_setCircleParams(int Axis, int count, double disp, int de
 {
     constexpr int type = 11;
     const LibraryLock library;
-    if (!accepted(setCircleCount(m_iDeviceId, Axis, count), Axis, type, tr("设置循环次数失败")))
+    if (!accepted(library->setCircleCount(m_iDeviceId, Axis, count), Axis, type, tr("设置循环次数失败")))
         return;
     updateAxisInfo(Axis, [count](MotorDevInfo &info) { info.circleCount = count; });
-    if (!accepted(setCircleDisp(m_iDeviceId, Axis, disp), Axis, type, tr("设置循环位移量失败")))
+    if (!accepted(library->setCircleDisp(m_iDeviceId, Axis, disp), Axis, type, tr("设置循环位移量失败")))
         return;
     updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.circleDisp = disp; });
-    if (!accepted(setCircleDelay(m_iDeviceId, Axis, delay), Axis, type, tr("设置循环停留时间失败")))
+    if (!accepted(library->setCircleDelay(m_iDeviceId, Axis, delay), Axis, type, tr("设置循环停留时间失败")))
         return;
     updateAxisInfo(Axis, [delay](MotorDevInfo &info) { info.circleDelay = delay; });
     emit signal_showOperationMsg(
@@ -626,15 +658,17 @@ void SerialComDev::slot_setTriggerParams(int Axis, int intput, int output)
     constexpr int type = 11;
     const LibraryLock library;
     if (accepted(
-            setTriggerInEnable(m_iDeviceId, Axis, intput), Axis, type, tr("设置触发输入参数失败，轴:%1").arg(Axis)))
+            library->setTriggerInEnable(m_iDeviceId, Axis, intput), Axis, type,
+            tr("设置触发输入参数失败，轴:%1").arg(Axis)))
         accepted(
-            setTriggerOutEnable(m_iDeviceId, Axis, output), Axis, type, tr("设置触发输出参数失败，轴:%1").arg(Axis));
+            library->setTriggerOutEnable(m_iDeviceId, Axis, output), Axis, type,
+            tr("设置触发输出参数失败，轴:%1").arg(Axis));
 }
 
 void SerialComDev::slot_setTriggerInDisp(int Axis, double disp)
 {
     const LibraryLock library;
-    accepted(setTriggerStep(m_iDeviceId, Axis, disp), Axis, 11, tr("设置触发输入位移量失败，轴:%1").arg(Axis));
+    accepted(library->setTriggerStep(m_iDeviceId, Axis, disp), Axis, 11, tr("设置触发输入位移量失败，轴:%1").arg(Axis));
 }
 
 void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
@@ -648,7 +682,7 @@ void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
 void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
-    const int result = stopRuning(m_iDeviceId, Axis); // before its text is looked up
+    const int result = library->stopRuning(m_iDeviceId, Axis); // before its text is looked up
     report(result, Axis, 8, tr("停止运行"));
 }
 
@@ -659,13 +693,13 @@ void SerialComDev::slot_startMotor(int Axis, int mode)
     if (start == std::end(startModes))
         return;
     const LibraryLock library;
-    report(start->start(m_iDeviceId, Axis), Axis, start->type, tr(start->text));
+    report(start->start(*library, m_iDeviceId, Axis), Axis, start->type, tr(start->text));
 }
 
 void SerialComDev::slot_homeMotor(int Axis)
 {
     const LibraryLock library;
-    report(home(m_iDeviceId, Axis), Axis, 13, tr("电机复位"));
+    report(library->home(m_iDeviceId, Axis), Axis, 13, tr("电机复位"));
 }
 
 void SerialComDev::slot_enableMotor(int Axis, bool enable)
@@ -689,7 +723,7 @@ void SerialComDev::slot_heartBeat()
     if (m_bLeft)
         return;
     CONTROLER_STATE state = {};
-    const int result = getRockerInfo(m_iDeviceId, &state);
+    const int result = library->getRockerInfo(m_iDeviceId, &state);
     emit signal_heartBeatInfo(state, result);
 }
 
@@ -699,6 +733,6 @@ void SerialComDev::slot_consoleHeartBeat()
     if (m_bLeft)
         return;
     CONTROLER_STATE state = {};
-    const int result = getRockerInfo(m_iDeviceId, &state);
+    const int result = library->getRockerInfo(m_iDeviceId, &state);
     emit signal_consoleHeartBeatInfo(state, result);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "device/AnswerFeed.h"
 #include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
 #include "device/PollQueue.h"
@@ -49,27 +50,26 @@ public:
     static QSharedPointer<SerialComDev> instance();
 
     /**
-     * Ends the worker thread and releases the worker. GUI thread, after the event loop. Requests that still wait are
-     * dropped. False when the thread hangs in a library call beyond limitMs: then everything is left as it is, and
-     * the process can only leave without tidying up.
+     * Ends the worker thread and releases the worker; closes nothing. GUI thread, after the event loop. Requests that
+     * still wait are dropped. False when the thread hangs in a library call beyond limitMs: then everything is left as
+     * it is, and the process can only leave without tidying up.
      */
-    static bool shutDown(int limitMs);
+    static bool endThread(int limitMs);
 
     ~SerialComDev() override;
 
     /** Opens controller `id`. Returns id, or the library's negative status; the identifier is then unchanged. */
     int open(int id);
-    /**
-     * Closes the open controller, if any, after the requests that were emitted before have reached it. Always 0.
-     */
+    // Three ways to close the open controller, if any; each first lets the requests that were emitted before reach it.
+    /** Waits as long as it takes. Always 0. */
     int close();
-    /** As close(), but gives up when the library does not come free within limitMs (-1: no limit). */
-    bool closeWithin(int limitMs);
+    /** For the user, who wants an answer: gives up when the library does not come free within limitMs. */
+    bool tryClose(int limitMs);
     /**
-     * As closeWithin(), when the program ends: what the panels and the heartbeats ask for on their own no longer
+     * For the end of the program: as tryClose(), and what the panels and the heartbeats ask for on their own no longer
      * reaches the library, neither before nor after the close. Until the next open().
      */
-    bool leave(int limitMs);
+    bool closeAtExit(int limitMs);
     /** Identifier of the open controller, 0 for none. */
     int deviceId() const { return m_iDeviceId; }
 
@@ -130,6 +130,8 @@ public:
     double getAxisCircleDisp(int axis) const;
     int getAxisCircleDelay(int axis) const;
 
+    /** Every answer to a poll, for whoever wants more than the changes. Any thread. */
+    AnswerFeed &answers() { return m_feed; }
     /** The next answers to polls of the axis count as changed: somebody new listens. */
     void announceAnew(int axis);
 
@@ -197,8 +199,10 @@ private:
 
     bool accepted(int result, int axis, int failureType, const QString &failure);
     void report(int result, int axis, int type, const QString &text);
+    void reportFailedPoll(int axis, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
-    bool closeDevice(QDeadlineTimer deadline);
+    bool closeWithin(QDeadlineTimer deadline);
+    bool closeOpenDevice(QDeadlineTimer deadline);
     void requestPoll(const PollQueue::Poll &poll);
     void runPolls(quint32 round);
     template <typename Signal, typename Slot>
@@ -213,6 +217,7 @@ private:
     QMap<int, MotorDevInfo> m_axisInfo;
     QMap<int, int> m_autoDetect;
     PollQueue m_polls;
+    AnswerFeed m_feed;
     AnswerFilter<double> m_positions;
     AnswerFilter<MotorStageState> m_states;
 };

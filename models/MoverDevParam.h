@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "session/AxisDescription.h"
+
 #include <QMetaType>
 #include <QString>
-
-/** Stage types, as moveType carries them. */
-enum StageType {
-    STAGE_LINEAR = 0,
-    STAGE_ROTATION = 1,
-    STAGE_ANGULAR = 2,
-    STAGE_LIFTING = 3,
-};
-constexpr int StageTypeCount = 4;
 
 /**
  * The parameters of one stage model. The names are the keys of the model file, except for auxText, which has none.

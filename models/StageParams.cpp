@@ -30,8 +30,7 @@ MoverDevParam toDevParam(const MotorParams &params)
     stage.originPolarity = params.originPolarity;
     stage.phaseDirction = params.phaseDirction;
     stage.limitDirection = params.limitDirection;
-    const bool isAngle = params.moveType == STAGE_ROTATION || params.moveType == STAGE_ANGULAR;
-    stage.unitString = isAngle ? QStringLiteral("°") : QStringLiteral("mm");
+    stage.unitString = unitOf(params.moveType);
     stage.optOrder = QString::fromLatin1(params.optOrder, int(qstrnlen(params.optOrder, sizeof params.optOrder)));
     stage.maxSpeed = params.maxSpeed;
     stage.maxAcc = params.maxAcc;
@@ -72,4 +71,10 @@ MotorParams toMotorParams(const MoverDevParam &stage)
     params.modifyDate = stage.modifyDate;
     params.maxRockerSpeed = stage.maxRockerSpeed;
     return params;
+}
+
+AxisDescription describe(int index, const QString &modelName, const MoverDevParam &stage)
+{
+    return {index,        modelName,      stage.unitString, stage.minPos,
+            stage.maxPos, stage.maxSpeed, stage.maxAcc,     stage.maxRockerSpeed};
 }

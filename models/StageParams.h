@@ -17,3 +17,6 @@ MoverDevParam toDevParam(const MotorParams &params);
  * place in the record.
  */
 MotorParams toMotorParams(const MoverDevParam &stage);
+
+/** An axis with a stage of these parameters. */
+AxisDescription describe(int index, const QString &modelName, const MoverDevParam &stage);

@@ -1,58 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "shell/ConnectionWidget.h"
 
-#include "device/LibraryLock.h"
-#include "device/LibraryText.h"
-#include "device/SerialComDev.h"
+#include "session/ControlSession.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 
 #include "ui_ConnectionWidget.h"
 
-#include "device/moverLibrary.h"
-
 #include <QDebug>
 #include <QListView>
-
-#include <algorithm>
 
 namespace {
 
 constexpr int hideMsgMs = 5000;
-constexpr int maxDevices = 10;
-constexpr int closeLimitMs = 30000; // longer than the calls that wait on any link that works
-constexpr int probeLimitMs = 5000;  // longer than any one of them
-
-struct DeviceList {
-    int ids[maxDevices] = {};
-    int count = 0; // or the library's negative status
-
-    /** The caller holds the library mutex. */
-    void read() { count = listTSMotorControlerDevices(ids, maxDevices); }
-    const int *begin() const { return ids; }
-    const int *end() const { return ids + std::clamp(count, 0, maxDevices); }
-};
-
-/** Each call takes the mutex for itself, so that the worker is kept waiting for one call at most. */
-template <typename Function>
-auto locked(Function call)
-{
-    const LibraryLock library;
-    return call();
-}
-
-/** Serial number of a controller that is not open; null when it does not answer. Leaves nothing added. */
-QString probe(int id)
-{
-    LibraryText serialNo;
-    locked([&] { return addDev(id); });
-    const bool answers = locked([&] { return openTSDevice(id); }) >= 0 &&
-                         locked([&] { return getDevSerialNumber(id, serialNo.data(), serialNo.length()); }) >= 0;
-    locked([&] { return removeDev(id); });
-    return answers ? serialNo.toString() : QString();
-}
-
 std::unique_ptr<Ui::ConnectionWidget> makeForm(QWidget *window)
 {
     auto form = std::make_unique<Ui::ConnectionWidget>();
@@ -66,6 +27,7 @@ ConnectionWidget::ConnectionWidget(QWidget *parent)
     : QWidget(parent)
     , ui(makeForm(this))
     , m_drag(this, ui->widget_title)
+    , m_session(ControlSession::instance())
     , m_hideTimer(this)
 {
     Dialogs::makeFrameless(this, ui->widget_back);
@@ -86,36 +48,13 @@ ConnectionWidget::~ConnectionWidget() = default;
 void ConnectionWidget::refreshDevices()
 {
     const BusyCursor busy;
-    DeviceList devices;
-    {
-        const LibraryLock library(probeLimitMs);
-        if (!library.isLocked()) // the library hangs: the list stays as it was, so that the user can disconnect
-            return;
-        devices.read();
-    }
+    const auto found = m_session->findControllers();
+    if (!found) // the library hangs: the list stays as it was, so that the user can disconnect
+        return;
     ui->comboBox_comList->clear();
-    for (const int id : devices) {
-        const QString text = id == m_iConnectedId ? m_sConnectedText : probe(id);
-        if (!text.isNull())
-            ui->comboBox_comList->addItem(QIcon(), text, id);
-    }
-    ui->comboBox_comList->setCurrentText(m_sConnectedText);
-}
-
-std::optional<bool> ConnectionWidget::isPortLost() const
-{
-    if (m_iConnectedId == 0)
-        return false;
-    const LibraryLock library(0);
-    if (!library.isLocked())
-        return std::nullopt;
-    const BusyCursor busy;
-    DeviceList devices;
-    devices.read();
-    // An empty list is on purpose not taken for a loss.
-    if (devices.count == 0)
-        return false;
-    return std::find(devices.begin(), devices.end(), m_iConnectedId) == devices.end();
+    for (const ControlSession::Controller &controller : *found)
+        ui->comboBox_comList->addItem(QIcon(), controller.serialNumber, controller.id);
+    ui->comboBox_comList->setCurrentText(m_session->serialNumber());
 }
 
 void ConnectionWidget::slot_hideMsg()
@@ -128,7 +67,6 @@ void ConnectionWidget::setConnected(bool connected)
     ui->pushButton_connectSerial->setEnabled(!connected);
     ui->pushButton_disConnect->setEnabled(connected);
     setMessage([connected] { return connected ? tr("设备已连接") : tr("设备已断开"); });
-    SerialComDev::instance()->setOpened(connected);
     ui->label_msg->show();
 }
 
@@ -147,15 +85,13 @@ void ConnectionWidget::on_pushButton_connectSerial_clicked()
     int result = 0;
     {
         const BusyCursor busy;
-        result = SerialComDev::instance()->open(id);
+        result = m_session->connectTo({id, ui->comboBox_comList->currentText()});
     }
     if (result < 0) {
         // The text is set but not shown: it is seen only while the label still shows an earlier message.
         setMessage([result] { return tr("打开设备失败(err:%1)").arg(result); });
         return;
     }
-    m_iConnectedId = id;
-    m_sConnectedText = ui->comboBox_comList->currentText();
     setConnected(true);
     close();
     emit signal_devConnected();
@@ -166,11 +102,10 @@ void ConnectionWidget::on_pushButton_disConnect_clicked()
     bool closed = false;
     {
         const BusyCursor busy;
-        closed = SerialComDev::instance()->closeWithin(closeLimitMs);
+        closed = m_session->disconnectController();
     }
     if (!closed) // the library hangs: the controller is as connected as before, and the user can still leave
         return;
-    m_iConnectedId = 0;
     setConnected(false);
     emit signal_devDisConnected();
 }

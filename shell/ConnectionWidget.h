@@ -3,12 +3,14 @@
 
 #include "widgets/TitleBarDrag.h"
 
+#include <QSharedPointer>
 #include <QTimer>
 #include <QWidget>
 
 #include <functional>
 #include <memory>
-#include <optional>
+
+class ControlSession;
 
 namespace Ui {
 class ConnectionWidget;
@@ -32,9 +34,6 @@ public:
      */
     void refreshDevices();
 
-    /** Whether the connected controller is no longer listed; nothing while another thread is in a library call. */
-    std::optional<bool> isPortLost() const;
-
 signals:
     void signal_devConnected();
     void signal_devDisConnected();
@@ -56,8 +55,7 @@ private:
 
     std::unique_ptr<Ui::ConnectionWidget> ui;
     TitleBarDrag m_drag;
+    const QSharedPointer<ControlSession> m_session;
     QTimer m_hideTimer;
     std::function<QString()> m_message; // what label_msg says, in the current language
-    int m_iConnectedId = 0;
-    QString m_sConnectedText;
 };

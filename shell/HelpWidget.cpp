@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "shell/HelpWidget.h"
 
+#include "device/MotionLibrary.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 
@@ -8,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QUrl>
 
 namespace {
@@ -73,6 +75,10 @@ void HelpWidget::showTexts()
     for (const Link &link : links)
         (m_ui.get()->*link.label)->setText(form.arg(QString::fromUtf8(link.target), tr(link.text)));
     m_ui->label_firmwareVersion->setText(m_sFirmwareVersion);
+    if (const MotionLibrary *library = MotionLibrary::loaded()) {
+        m_ui->label_library->setText(library->isSimulated() ? tr("模拟控制器") : QFileInfo(library->file()).fileName());
+        m_ui->label_library->setToolTip(QDir::toNativeSeparators(library->file()));
+    }
 }
 
 void HelpWidget::slot_linkActivated(QString url)

@@ -3,9 +3,11 @@
 
 #include "axis/MoverControlWidget.h"
 #include "console/DebugWidget.h"
+#include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 #include "models/AddControlsWidget.h"
 #include "models/StageParams.h"
+#include "session/ControlSession.h"
 #include "settings/OptionsWidget.h"
 #include "shell/ConnectionWidget.h"
 #include "shell/HelpWidget.h"
@@ -26,15 +28,8 @@
 
 namespace {
 
-constexpr int maxAxes = 8;            // of any controller
-constexpr int identifiedStage = 2;    // chip code of a stage that identifies itself
 constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
 constexpr int portCheckRetryMs = 100; // when the library was busy
-
-QString axisNameOf(int axis)
-{
-    return QStringLiteral("Axis%1").arg(axis + 1);
-}
 
 QString showMaxSheet(const char *image)
 {
@@ -68,6 +63,7 @@ std::unique_ptr<Ui::MoverWidget> makeForm(QWidget *window)
 MoverWidget::MoverWidget(QWidget *parent)
     : QWidget(parent)
     , ui(makeForm(this))
+    , m_session(ControlSession::instance())
     , m_drag(this, ui->widget_titleBar)
 {
     registerDeviceRecords();
@@ -116,6 +112,7 @@ MoverWidget::MoverWidget(QWidget *parent)
     m_placeholder = new PlaceholderWidget(this);
     m_placeholder->hide();
 
+    ui->label_simulated->setVisible(MotionLibrary::inUse().isSimulated());
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
     showHint();
@@ -124,6 +121,11 @@ MoverWidget::MoverWidget(QWidget *parent)
 }
 
 MoverWidget::~MoverWidget() = default;
+
+int MoverWidget::axisCount() const
+{
+    return m_session->axisCount();
+}
 
 void MoverWidget::showCentred(QWidget *popup)
 {
@@ -134,92 +136,75 @@ void MoverWidget::showCentred(QWidget *popup)
 /** What to do next, where the panels will be. */
 void MoverWidget::showHint()
 {
-    ui->widget_controls->setHint(m_iAxisCount == 0 ? tr("请先连接设备") : tr("请点击“+”添加运动轴控制窗口"));
+    ui->widget_controls->setHint(m_session->axisCount() == 0 ? tr("请先连接设备") : tr("请点击“+”添加运动轴控制窗口"));
 }
 
 // ---- Controller ----------------------------------------------------------------------------------------------------
 
 void MoverWidget::slot_devConnected()
 {
-    const auto worker = SerialComDev::instance();
     const QPointer<MoverWidget> alive(this); // message boxes run the event loop
     {
         const BusyCursor busy;
-        m_iAxisCount = worker->getDevAxisCount();
+        m_session->beginSetUp();
     }
     showHint();
     ui->radioButton_Rocker->setChecked(false); // what the last controller left behind
-    for (int axis = 0; axis < m_iAxisCount; ++axis) {
-        const bool initialised = initialiseAxis(axis);
+    for (int axis = 0; axis < m_session->axisCount(); ++axis) {
+        const bool wasLast = initialiseAxis(axis);
         if (!alive || m_bClosing) // on the way out the library may hang: it is not called again
             return;
-        if (!initialised && axis >= maxAxes) // a count that cannot be true: one failure is told, not one by one
+        if (wasLast)
             break;
     }
 
     const BusyCursor busy;
-    m_help->setFirmwareVersion(worker->getDevSoftVersion());
+    const bool joystick = m_session->finishSetUp();
+    m_help->setFirmwareVersion(m_session->firmwareVersion());
     m_heart->startHeart();
-    if (worker->getRockerEnable() > 0) {
+    if (joystick) {
         ui->radioButton_Rocker->setChecked(true);
         on_radioButton_Rocker_clicked();
     }
 }
 
-/**
- * Opens the panel of an axis whose stage identifies itself; an axis without such a stage is passed over. False after a
- * failure, which it has shown.
+/** Opens the panel of an axis whose stage identifies itself, or tells the failure. Whether no further axis is set up.
  */
 bool MoverWidget::initialiseAxis(int axis)
 {
-    QString failure;
-    QString model;
-    MotorParams params = {};
+    ControlSession::AxisSetUp setUp;
     {
         const BusyCursor busy;
-        failure = readAxis(axis, &model, &params);
+        setUp = m_session->setUpAxis(axis);
     }
-    if (!failure.isEmpty()) {
-        slot_showTipMessage(failure);
-        return false;
+    switch (setUp.outcome) {
+    case ControlSession::AxisSetUp::NoStage:
+        break;
+    case ControlSession::AxisSetUp::ChipNotRead:
+        slot_showTipMessage(tr("初始化轴，识别芯片错误(%1)！").arg(0)); // always 0: the code is not put in
+        break;
+    case ControlSession::AxisSetUp::ParamsNotRead:
+        slot_showTipMessage(tr("初始化轴，读取参数错误(%1)！").arg(setUp.step));
+        break;
+    case ControlSession::AxisSetUp::Ready:
+        slot_addControl(setUp.modelName, axis, toDevParam(setUp.stage), true);
+        break;
     }
-    if (!model.isNull())
-        slot_addControl(model, axis, toDevParam(params), true);
-    return true;
-}
-
-/** Returns the message of a failure. `model` stays null for an axis that is passed over. */
-QString MoverWidget::readAxis(int axis, QString *model, MotorParams *params)
-{
-    const auto worker = SerialComDev::instance();
-    int code = 0;
-    if (!worker->readMotorAutoDetect(axis, &code))
-        return tr("初始化轴，识别芯片错误(%1)！").arg(0); // always 0: the code is not put in
-    if (code != identifiedStage)
-        return QString();
-    const QString name = worker->getMotorModelName(axis);
-    if (name.isNull())
-        return QString();
-    const int result = worker->readAxisParams(axis);
-    if (result < 0)
-        return tr("初始化轴，读取参数错误(%1)！").arg(result);
-    worker->getMotorParams(axis, *params);
-    *model = name;
-    return QString();
+    return setUp.isLast;
 }
 
 void MoverWidget::slot_devDisConnected()
 {
     m_tabs->clear();
     m_board->clear();
-    m_iAxisCount = 0;
+    m_session->clearAxes();
     showHint();
     m_heart->stopHeart();
 }
 
 void MoverWidget::slot_usbDevPortChanged()
 {
-    const std::optional<bool> lost = m_connection->isPortLost();
+    const std::optional<bool> lost = m_session->isPortLost();
     if (!lost) {
         m_portCheck.start(portCheckRetryMs);
         return;
@@ -242,36 +227,30 @@ void MoverWidget::slot_addControl(QString model, int Asix, MoverDevParam param)
 
 void MoverWidget::slot_addControl(QString model, int Asix, MoverDevParam param, bool autoDetect)
 {
-    if (m_board->count() >= m_iAxisCount) {
+    if (m_board->count() >= m_session->axisCount()) {
         slot_showTipMessage(tr("轴数量超出上限,请检查操作窗口后继续操作！"));
         return;
     }
     if (!autoDetect) {
         // A second click that was made while the first one waited for the controller reaches the closed dialog.
-        if (m_board->find(axisNameOf(Asix)))
+        if (m_board->find(AxisDescription::nameOf(Asix)))
             return;
         int result = 0;
         {
             const BusyCursor busy;
-            result = SerialComDev::instance()->readAxisParams(Asix);
+            result = m_session->readAxis(Asix);
         }
         if (result < 0) {
             slot_showTipMessage(tr("初始化轴，读取参数错误(%1)！").arg(result));
             return;
         }
     }
-    const QString name = axisNameOf(Asix);
+    const QString name = AxisDescription::nameOf(Asix);
     QPushButton *tab = m_tabs->add(name, autoDetect);
     connect(tab, &QPushButton::clicked, this, &MoverWidget::slot_AsixButtonClicked);
 
     auto *panel = new MoverControlWidget(ui->widget_controls);
-    panel->setIndex(Asix);
-    panel->setLabelTexts(name, model);
-    panel->setDevParam(param);
-    panel->setUnit(param.unitString);
-    panel->setPositionRange(param.minPos, param.maxPos);
-    panel->setMaxSpeed(param.maxSpeed);
-    panel->setMaxAcceleration(param.maxAcc);
+    panel->setAxis(m_session->addAxis(describe(Asix, model, param)));
     wire(panel);
     m_board->add(panel);
     qDebug() << "addControlWidget:" << name;
@@ -379,6 +358,7 @@ void MoverWidget::slot_updateControlerState()
         return;
     ui->radioButton_Rocker->setChecked(false);
     on_radioButton_Rocker_clicked();
+    ui->label_simulated->setVisible(MotionLibrary::inUse().isSimulated());
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
 }
@@ -393,18 +373,18 @@ void MoverWidget::on_pushButton_connect_clicked()
 
 void MoverWidget::on_pushButton_addAsix_clicked()
 {
-    if (!SerialComDev::instance()->isOpened()) {
+    if (!m_session->isConnected()) {
         slot_showTipMessage(tr("设备未连接，请连接设备后继续操作!"));
         return;
     }
-    if (m_iAxisCount < 0) {
+    if (m_session->axisCount() < 0) {
         slot_showTipMessage(tr("获取设备参数失败，请检查\n设备是否正确连接!"));
         return;
     }
     QStringList freeAxes;
-    for (int axis = 0; axis < m_iAxisCount; ++axis) {
-        if (!m_board->find(axisNameOf(axis)))
-            freeAxes.append(axisNameOf(axis));
+    for (int axis = 0; axis < m_session->axisCount(); ++axis) {
+        if (!m_board->find(AxisDescription::nameOf(axis)))
+            freeAxes.append(AxisDescription::nameOf(axis));
     }
     if (freeAxes.isEmpty()) {
         slot_showTipMessage(tr("轴数量已达上限!"));
@@ -458,7 +438,7 @@ void MoverWidget::on_pushButton_close_clicked()
     qDebug() << "on_pushButton_close_clicked: close the device";
     {
         const BusyCursor busy;
-        SerialComDev::instance()->leave(closeLimitMs);
+        m_session->leave(closeLimitMs);
     }
     qDebug() << "on_pushButton_close_clicked: quit";
     QCoreApplication::quit();

@@ -15,6 +15,7 @@
 
 class AddControlsWidget;
 class ConnectionWidget;
+class ControlSession;
 class DebugWidget;
 class HelpWidget;
 class MoverControlWidget;
@@ -40,7 +41,7 @@ public:
     ~MoverWidget() override;
 
     /** Number of axes that the connected controller reports; 0 without one. */
-    int axisCount() const { return m_iAxisCount; }
+    int axisCount() const;
     const PanelBoard &panelBoard() const { return *m_board; }
     const AxisTabs &axisTabs() const { return *m_tabs; }
 
@@ -77,13 +78,13 @@ private slots:
 
 private:
     bool initialiseAxis(int axis);
-    QString readAxis(int axis, QString *model, MotorParams *params);
     void wire(MoverControlWidget *panel);
     void refreshRockerSpeed();
     void showCentred(QWidget *popup);
     void showHint();
 
     std::unique_ptr<Ui::MoverWidget> ui;
+    const QSharedPointer<ControlSession> m_session;
     AddControlsWidget *m_addControls = nullptr;
     HelpWidget *m_help = nullptr;
     ConnectionWidget *m_connection = nullptr;
@@ -95,7 +96,6 @@ private:
     PlaceholderWidget *m_placeholder = nullptr;
     std::unique_ptr<PanelBoard> m_board;
     std::unique_ptr<AxisTabs> m_tabs;
-    int m_iAxisCount = 0;
     QSharedPointer<Heart> m_heart;
     double m_dRockerSpeed = 0;
     TitleBarDrag m_drag;

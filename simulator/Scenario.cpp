@@ -175,11 +175,33 @@ private:
     std::vector<std::string> m_asked;
 };
 
+// Nothing that is simulated may pass for the real thing, wherever its numbers are written down.
+
+constexpr std::size_t shownLength = MOVER_TEXT_LENGTH - 1; // the last byte ends the text
+
+/** A serial number with "SIM-" in front, cut to what is shown; none stays none. */
+std::string simulatedSerialNumber(const std::string &serialNumber)
+{
+    return serialNumber.empty() ? serialNumber : ("SIM-" + serialNumber).substr(0, shownLength);
+}
+
+/** A firmware version that says so at its end. */
+std::string simulatedVersion(const std::string &version)
+{
+    const std::string word = version.empty() ? "simulated" : " simulated";
+    return version.substr(0, shownLength - word.size()) + word;
+}
+
 void readStage(const JsonValue &value, MotorParams *stage)
 {
     ObjectReader object(value, "the stage");
     object.text("modelName", stage->modelName);
-    object.text("serialNumber", stage->serialNumber);
+    std::string serialNumber;
+    if (object.text("serialNumber", &serialNumber, shownLength)) {
+        serialNumber = simulatedSerialNumber(serialNumber);
+        std::memset(stage->serialNumber, 0, MOVER_TEXT_LENGTH);
+        std::memcpy(stage->serialNumber, serialNumber.data(), serialNumber.size());
+    }
     object.number("pulseOneCircle", &stage->pulseOneCircle, 1, std::numeric_limits<uint32_t>::max());
     object.positive("dispOneCircle", &stage->dispOneCircle);
     object.positive("restoreSpeed", &stage->restoreSpeed);
@@ -225,8 +247,10 @@ void readController(const JsonValue &value, ControllerScenario *controller)
     object.require("id");
     object.number("id", &controller->id, 1, maxInt);
     object.text("serialNumber", &controller->serialNumber, MOVER_TEXT_LENGTH);
+    controller->serialNumber = simulatedSerialNumber(controller->serialNumber);
     object.text("modelName", &controller->modelName, MOVER_TEXT_LENGTH);
     object.text("softVersion", &controller->softVersion, MOVER_TEXT_LENGTH);
+    controller->softVersion = simulatedVersion(controller->softVersion);
     object.flag("plugged", &controller->plugged);
     if (const JsonValue *joystick = object.find("joystick")) {
         ObjectReader members(*joystick, "the joystick");

@@ -12,6 +12,12 @@
 
 using namespace simulator;
 
+/** Says whose library it is to a program that asks; not one of the functions. */
+extern "C" {
+MOVER_API extern const char moverLibraryMark[];
+const char moverLibraryMark[] = "simulated";
+}
+
 namespace {
 
 constexpr int maxPairs = 100; ///< of a compensation table

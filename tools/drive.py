@@ -133,7 +133,7 @@ class Program:
 
 def connect_and_move(program):
     program.press("连接设备")
-    program.see(Atspi.Role.COMBO_BOX, "MC3-000117")
+    program.see(Atspi.Role.COMBO_BOX, "SIM-MC3-000117")
     program.press("连接")
     # The panel of the first axis comes first.
     position = program.see(Atspi.Role.LABEL, "0.000 mm")

@@ -96,7 +96,7 @@ public:
             Qt::DirectConnection);
         for (int axis = 0; axis < 3; ++axis) {
             m_panels[axis] = std::make_unique<MoverControlWidget>();
-            m_panels[axis]->setIndex(axis);
+            m_panels[axis]->setAxis(QSharedPointer<ControlAxis>::create(AxisDescription{axis}));
             m_panels[axis]->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->setInterval(pollMs);
         }
     }

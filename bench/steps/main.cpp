@@ -54,5 +54,5 @@ int main(int argc, char *argv[])
                 row.measure(std::atoi(argv[1]));
         }
     }
-    return SerialComDev::shutDown(5000) ? 0 : 1;
+    return SerialComDev::endThread(5000) ? 0 : 1;
 }

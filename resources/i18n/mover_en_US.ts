@@ -556,6 +556,14 @@ actual travel of the stage!</translation>
         <source>关闭</source>
         <translation>Close</translation>
     </message>
+    <message>
+        <source>运动控制库：</source>
+        <translation>Motion library:</translation>
+    </message>
+    <message>
+        <source>模拟控制器</source>
+        <translation>Simulated controller</translation>
+    </message>
 </context>
 <context>
     <name>JogParamWidget</name>
@@ -847,6 +855,10 @@ is correctly connected!</translation>
     <message>
         <source>请点击“+”添加运动轴控制窗口</source>
         <translation>Click “+” to add an axis control widget</translation>
+    </message>
+    <message>
+        <source>模拟控制器</source>
+        <translation>Simulated controller</translation>
     </message>
 </context>
 <context>

@@ -4,7 +4,8 @@
 //     STATE: idle, connected, moving, asking (under a message box), writing (under the console's box, which holds the
 //            library), hanging (the library does not come back), waiting (and the windows wait for it), typing (a
 //            target position with a decimal comma), reading (every file that it reads, as often as READS in the
-//            environment says; it tells what it has read)
+//            environment says; it tells what it has read), refused (the motion library cannot be used: what the box
+//            says)
 //     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), nothing (somebody else
 //            sends a signal)
 // It writes "ready" before it is left, and what it finds on the way there.
@@ -86,6 +87,11 @@ void connectController(MoverWidget *window)
     click(button(window->findChild<ConnectionWidget *>(), "pushButton_connectSerial"));
 }
 
+QMessageBox *openBox()
+{
+    return qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+}
+
 DebugWidget *openConsole(MoverWidget *window)
 {
     click(button(window, "pushButton_debug"));
@@ -158,11 +164,11 @@ void drive()
         when([] { return simulator::callCount("startDrive") > 0; }, leaveNow);
         click(button(panel, "pushButton_driveRight"));
     } else if (state == "asking") {
-        when([] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()) != nullptr; }, leaveNow);
+        when([] { return openBox() != nullptr; }, leaveNow);
         window->slot_showTipMessage(QStringLiteral("text"));
     } else if (state == "writing") {
         DebugWidget *console = openConsole(window);
-        when([] { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()) != nullptr; }, leaveNow);
+        when([] { return openBox() != nullptr; }, leaveNow);
         click(button(console, "pushButton_readMorotParams"));
         click(button(console, "pushButton_writeMotorParams"));
     } else if (state == "hanging") {
@@ -245,6 +251,13 @@ void waitForTheEventLoop()
     simulator::useRealClock();
     qApp->installEventFilter(new FirstShow(qApp));
     when([] { return mainWindow() && mainWindow()->isVisible(); }, drive);
+    if (state == "refused")
+        when(
+            [] { return openBox() != nullptr; },
+            [] {
+                say(openBox()->text().toStdString());
+                openBox()->reject();
+            });
 }
 Q_COREAPP_STARTUP_FUNCTION(waitForTheEventLoop)
 

@@ -469,7 +469,7 @@ void tst_Languages::init()
 void tst_Languages::cleanup()
 {
     m_open.reset();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     QCOMPARE(qtWarnings(*m_log), QStringList());
     m_log.reset();
 }
@@ -584,7 +584,8 @@ void tst_Languages::switchingKeepsTheState()
     inSettings<QPushButton>("pushButton_language")->setChecked(true); // as each switch leaves it
     emit SerialComDev::instance()->signal_stopMotor(0);
     QTRY_VERIFY(logOf(panel()).contains("停止运行"));
-    QCOMPARE(m_open->dialog<HelpWidget>()->findChild<QLabel *>("label_firmwareVersion")->text(), QString("2.4.1"));
+    QCOMPARE(
+        m_open->dialog<HelpWidget>()->findChild<QLabel *>("label_firmwareVersion")->text(), QString("2.4.1 simulated"));
 
     // The choice of language itself is what changes.
     const auto rest = [this] {
@@ -611,7 +612,7 @@ void tst_Languages::startsInTheStoredLanguage()
     choose(true);
     const Texts switched = shownTexts();
     m_open.reset();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     simulator::reset();
     m_open = std::make_unique<OpenWindow>();
     m_open->connectTo();

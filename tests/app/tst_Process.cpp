@@ -62,7 +62,7 @@ void tst_Process::explainsItself()
     QVERIFY(child.process.waitForFinished(startLimitMs));
     QCOMPARE(child.process.exitCode(), 0);
     const QString text = QString::fromUtf8(child.process.readAllStandardOutput());
-    for (const char *part : {"--help", "--version", "--scenario <FILE>"})
+    for (const char *part : {"--help", "--version", "--library <FILE>", "--scenario <FILE>"})
         QVERIFY2(text.contains(QLatin1String(part)), part);
     QCOMPARE(child.complaints(), QStringList());
 }
@@ -76,7 +76,9 @@ void tst_Process::tellsItsVersionWithoutADisplay()
     child.start();
     QVERIFY(child.process.waitForFinished(startLimitMs));
     QCOMPARE(child.process.exitCode(), 0);
-    QCOMPARE(QString::fromUtf8(child.process.readAllStandardOutput()), QStringLiteral("mover " MOVER_VERSION "\n"));
+    QCOMPARE(
+        QString::fromUtf8(child.process.readAllStandardOutput()),
+        QStringLiteral("mover " MOVER_VERSION "\n" MOVER_PROGRAM_DIR "/simulator/libmoverLibrary.so (simulated)\n"));
     QCOMPARE(child.complaints(), QStringList());
 }
 

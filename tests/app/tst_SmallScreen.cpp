@@ -82,7 +82,7 @@ private slots:
     {
         m_fit.reset();
         m_open.reset();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
     }
 
     void applicationKeepsItsNameAndArguments()

@@ -283,7 +283,7 @@ void tst_StartUp::scaleIsForTheMainWindowsMinimum()
         QCOMPARE(window.minimumSize(), ScreenFit::MainWindow);
         QCOMPARE(window.size(), ScreenFit::MainWindow);
     }
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
 }
 
 int main(int argc, char *argv[])

@@ -52,10 +52,7 @@ private slots:
     {
         begin();
         m_dialog = std::make_unique<CycleOperationWidget>();
-        m_dialog->setAxis(1);
-        m_dialog->setMaxTravel(100);
-        m_dialog->setMaxSpeed(20);
-        m_dialog->setMaxAcceleration(80);
+        m_dialog->setAxis({1, "", "mm", -40, 60, 20, 80});
         load({});
         connect(m_dialog.get(), &CycleOperationWidget::signal_startDoing, this, [this] { note("startDoing"); });
         connect(m_dialog.get(), &CycleOperationWidget::signal_stopDoing, this, [this] { note("stopDoing"); });
@@ -137,7 +134,7 @@ private slots:
         if (unit.isEmpty())
             unit = "mm";
         else
-            m_dialog->setUnit(unit);
+            m_dialog->setAxis({1, "", unit});
         QCOMPARE(find<QLabel>("label_dispUnit")->text(), unit);
         QCOMPARE(find<QLabel>("label_speedUnit")->text(), unit + "/s");
         QCOMPARE(find<QLabel>("label_accUnit")->text(), unit + "/s²");
@@ -176,7 +173,7 @@ private slots:
     }
     void changesLanguageAndKeepsUnitAndValues()
     {
-        m_dialog->setUnit("°");
+        m_dialog->setAxis({1, "", "°"});
         const Prefixed prefixed;
         QCOMPARE(find<QPushButton>("pushButton_stop")->text(), QString("T:停止运行"));
         QCOMPARE(find<QLabel>("label_dispUnit")->text(), QString("°"));
@@ -282,7 +279,7 @@ private slots:
     }
     void showsLimitsWithSixDigits()
     {
-        m_dialog->setMaxTravel(1234567.8);
+        m_dialog->setAxis({1, "", "mm", 0, 1234567.8, 20, 80});
         load({2e6});
         const OnMessageBox box;
         click("pushButton_left");

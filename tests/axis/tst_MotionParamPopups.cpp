@@ -158,10 +158,7 @@ void tst_MotionParamPopups::create(Member member, int axis)
         connect(popup.get(), &DriveParamWidget::signal_driveParamWindowDeactivated, this, count);
         m_popup = std::move(popup);
     }
-    m_popup->setAxis(axis);
-    m_popup->setPositionRange(-50, 50);
-    m_popup->setMaxSpeed(20);
-    m_popup->setMaxAcceleration(80);
+    m_popup->setAxis({axis, "", "mm", -50, 50, 20, 80});
     m_popup->show();
 }
 
@@ -290,7 +287,7 @@ void tst_MotionParamPopups::showsTheUnitInItsLabels()
     QFETCH(QString, label);
     QFETCH(QString, text);
     create(member);
-    m_popup->setUnit("°");
+    m_popup->setAxis({0, "", "°"});
     QCOMPARE(find<QLabel>(label)->text(), text);
 }
 
@@ -524,9 +521,7 @@ void tst_MotionParamPopups::refusesWhatBreaksARule()
 void tst_MotionParamPopups::showsLimitsWithSixDigits()
 {
     create(Move);
-    m_popup->setPositionRange(-0.00001234567, 1234567.8);
-    m_popup->setMaxSpeed(1234567.8);
-    m_popup->setMaxAcceleration(0.5);
+    m_popup->setAxis({0, "", "mm", -0.00001234567, 1234567.8, 1234567.8, 0.5});
     set({{"doubleSpinBox_disp", 2e6}, {"doubleSpinBox_speed", 2e6}, {"doubleSpinBox_acc", 1}});
     const OnMessageBox box;
     click("pushButton_confirm");
@@ -557,7 +552,7 @@ void tst_MotionParamPopups::speaksEnglish()
     QFETCH(QString, message);
     const Catalogue catalogue;
     create(member);
-    m_popup->setPositionRange(1, 50);
+    m_popup->setAxis({0, "", "mm", 1, 50, 20, 80});
     const OnMessageBox next([](QMessageBox &box) { QCOMPARE(box.windowTitle(), QString("Message")); });
     click("pushButton_confirm"); // every field is 0
     QCOMPARE(next.text(), message);
@@ -748,7 +743,7 @@ void tst_MotionParamPopups::changesLanguageAndKeepsUnitAndValues()
 {
     QFETCH(Member, member);
     create(member);
-    m_popup->setUnit("°");
+    m_popup->setAxis({0, "", "°", -50, 50, 20, 80});
     fillInValidValues(member);
     const char *unit = member == Move ? "label_posUnit" : member == Jog ? "label_stepUnit" : "label_relativeUnit";
     const char *caption = member == Jog ? "label_step" : "label_disp";

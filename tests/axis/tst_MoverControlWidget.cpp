@@ -212,6 +212,7 @@ private:
     MotionParamPopup *popupOf(const QString &toggle) const;
     void click(const char *button) const { QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton); }
     void wire() const;
+    void setAxis(const AxisDescription &axis) { m_panel->setAxis(QSharedPointer<ControlAxis>::create(axis)); }
     void startLoopRun() const;
     void letPass(double seconds);
     void see(const MotorStageState &state) { m_panel->slot_updateDevState(Axis, state); }
@@ -226,16 +227,8 @@ private:
 void tst_MoverControlWidget::init()
 {
     begin();
-    MoverDevParam param;
-    param.maxRockerSpeed = 15;
     m_panel = std::make_unique<MoverControlWidget>();
-    m_panel->setIndex(Axis);
-    m_panel->setLabelTexts("Axis2", "ROT-60");
-    m_panel->setDevParam(param);
-    m_panel->setUnit("°");
-    m_panel->setPositionRange(-10, 30);
-    m_panel->setMaxSpeed(7);
-    m_panel->setMaxAcceleration(80);
+    setAxis({Axis, "ROT-60", "°", -10, 30, 7, 80, 15});
     m_panel->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_panel.get()));
 }
@@ -425,12 +418,12 @@ void tst_MoverControlWidget::givesItsLimitsToThePopups()
 void tst_MoverControlWidget::logsTheTextAndTheSerialNumber()
 {
     m_panel->writeFirstLogLines("初始化运动轴参数成功");
-    QCOMPARE(log(), (QStringList{" 初始化运动轴参数成功  ", " 位移台序列号：SN-310082  "}));
+    QCOMPARE(log(), (QStringList{" 初始化运动轴参数成功  ", " 位移台序列号：SIM-SN-310082  "}));
 }
 
 void tst_MoverControlWidget::logsNoSerialNumberOfAnAxisWithoutOne()
 {
-    m_panel->setIndex(2); // never read
+    setAxis({2}); // never read
     m_panel->writeFirstLogLines("初始化运动轴参数成功");
     QCOMPARE(log(), QStringList{" 初始化运动轴参数成功  "});
 }
@@ -439,7 +432,7 @@ void tst_MoverControlWidget::logsTheSerialNumberInEnglish()
 {
     const Catalogue catalogue;
     m_panel->writeFirstLogLines("Initialized");
-    QCOMPARE(log(), (QStringList{" Initialized  ", " Motor stage serial NO.:SN-310082  "}));
+    QCOMPARE(log(), (QStringList{" Initialized  ", " Motor stage serial NO.:SIM-SN-310082  "}));
 }
 
 // ---- Polling
@@ -1118,11 +1111,7 @@ void tst_MoverControlWidget::showsTheJoystickSpeed()
     QFETCH(int, level);
     QFETCH(QString, unit);
     QFETCH(QString, text);
-    MoverDevParam param;
-    param.maxSpeed = 99;
-    param.maxRockerSpeed = factor;
-    m_panel->setDevParam(param);
-    m_panel->setUnit(unit);
+    setAxis({Axis, "", unit, 0, 0, 99, 99, factor});
     m_panel->setRockerSpeed(level);
     QCOMPARE(find<QLabel>("label_rockerSpeed")->text(), text);
 }

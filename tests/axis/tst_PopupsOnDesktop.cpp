@@ -55,9 +55,7 @@ private slots:
     {
         begin();
         m_panel = std::make_unique<MoverControlWidget>();
-        m_panel->setPositionRange(-50, 50);
-        m_panel->setMaxSpeed(20);
-        m_panel->setMaxAcceleration(80);
+        m_panel->setAxis(QSharedPointer<ControlAxis>::create(AxisDescription{0, "", "mm", -50, 50, 20, 80}));
         m_panel->move(300, 100);
         m_panel->show();
         QVERIFY(QTest::qWaitForWindowActive(m_panel.get()));

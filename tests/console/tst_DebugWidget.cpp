@@ -115,14 +115,14 @@ const Operation operations[] = {
     {"41", "写设备名称", "MC-4 b", nothing, "setDevModelName(1001, \"MC-4 b\", 6) = 0", "0"},
     {"51", "读设备名称", "", nothing, "getDevModelName(1001) = \"MC-3\"", "MC-3"},
     {"42", "写设备序列号", "MC3-7", nothing, "setDevSerialNumber(1001, \"MC3-7\", 5) = 0", "0"},
-    {"52", "读设备序列号", "", nothing, "getDevSerialNumber(1001) = \"MC3-000117\"", "MC3-000117"},
+    {"52", "读设备序列号", "", nothing, "getDevSerialNumber(1001) = \"SIM-MC3-000117\"", "SIM-MC3-000117"},
     {"43", "写设备轴数", "2", nothing, "setDevAxisCount(1001, 2) = 0", "0"},
     {"53", "读设备轴数", "", nothing, "getDevAxisCount(1001) = 3", "3"},
     {"45", "写位移台序列号", "SN-1", nothing, "setMotorSerialNumber(1001, 1, \"SN-1\", 4) = 0", "0"},
-    {"55", "读位移台序列号", "", nothing, "getMotorSerialNumber(1001, 1) = \"SN-310082\"", "SN-310082"},
+    {"55", "读位移台序列号", "", nothing, "getMotorSerialNumber(1001, 1) = \"SIM-SN-310082\"", "SIM-SN-310082"},
     {"46", "写位移台名称", "ROT-61", nothing, "setMotorModelName(1001, 1, \"ROT-61\", 6) = 0", "0"},
     {"56", "读位移台名称", "", nothing, "getMotorModelName(1001, 1) = \"ROT-60\"", "ROT-60"},
-    {"47", "读嵌入式版本", "", nothing, "getDevSoftVersion(1001) = \"2.4.1\"", "2.4.1"},
+    {"47", "读嵌入式版本", "", nothing, "getDevSoftVersion(1001) = \"2.4.1 simulated\"", "2.4.1 simulated"},
     {"48", "写位移台单位", "0", nothing, "setMotorUnitType(1001, 1, 0) = 0", "0"},
     {"58", "读位移台单位", "", nothing, "getMotorUnitType(1001, 1) = 1", "1"},
     {"49", "设置摇杆使能", "1", [] { simulator::setJoystick(device, true, 0); }, "setRockerEnable(1001, 1) = 0", "0"},
@@ -252,7 +252,7 @@ private slots:
     {
         simulator::releaseHung();
         m_console.reset();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
     }
 
     // ---- Commands

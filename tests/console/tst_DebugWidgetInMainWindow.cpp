@@ -56,7 +56,7 @@ private slots:
     void cleanup()
     {
         m_window.reset();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
     }
 

@@ -28,7 +28,7 @@ private slots:
     void cleanup()
     {
         m_console.reset();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
     }
 
     void staysWhereItWasMovedTo_data()

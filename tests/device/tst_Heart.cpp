@@ -32,7 +32,7 @@ private slots:
     void init() { simulator::reset(); }
     void cleanup()
     {
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
     }
 

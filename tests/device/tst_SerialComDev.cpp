@@ -81,7 +81,7 @@ private slots:
     void cleanup()
     {
         simulator::releaseHung();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
     }
 
@@ -118,14 +118,14 @@ private slots:
         QCOMPARE(worker->deviceId(), 0);
         QVERIFY(!worker->isOpened());
     }
-    void shutDownEndsTheThreadAndTheObject()
+    void endThreadEndsTheThreadAndTheObject()
     {
         QPointer<SerialComDev> worker = SerialComDev::instance().data();
         QPointer<QThread> thread = worker->thread();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QVERIFY(worker.isNull());
         QVERIFY(thread.isNull());
-        QVERIFY(SerialComDev::shutDown(0)); // nothing left to do
+        QVERIFY(SerialComDev::endThread(0)); // nothing left to do
     }
     void destructionClosesADeviceThatIsMarkedOpened()
     {
@@ -133,7 +133,7 @@ private slots:
         QCOMPARE(SerialComDev::instance()->open(device), device);
         SerialComDev::instance()->setOpened(true);
         simulator::clearJournal();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(calls(), (QStringList{"closeTSDevice(1001)", "removeDev(1001)"}));
         QVERIFY(log.contains(QStringLiteral("~SerialComDev")));
     }
@@ -141,22 +141,22 @@ private slots:
     {
         QCOMPARE(SerialComDev::instance()->open(device), device);
         simulator::clearJournal();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(calls(), QStringList());
     }
-    void shutDownGivesUpOnAHangingCallAndSaysSo()
+    void endThreadGivesUpOnAHangingCallAndSaysSo()
     {
         const auto worker = openDevice();
         simulator::hangCall("stopRuning");
         emit worker->signal_stopMotor(0);
         QVERIFY(simulator::waitUntilHanging(5000));
         DebugLog log;
-        QVERIFY(!SerialComDev::shutDown(20));
+        QVERIFY(!SerialComDev::endThread(20));
         QVERIFY(log.contains(QStringLiteral("a library call still runs")));
         simulator::releaseHung();
     }
 
-    void shutDownDropsTheRequestsThatWait()
+    void endThreadDropsTheRequestsThatWait()
     {
         const auto worker = openDevice();
         simulator::hangCall("stopRuning");
@@ -168,9 +168,9 @@ private slots:
         emit worker->signal_startMotor(0, MOVE_CODE_MOVE);
         simulator::releaseHung();
         QVERIFY(simulator::waitUntilHanging(5000));
-        QVERIFY(!SerialComDev::shutDown(20));
+        QVERIFY(!SerialComDev::endThread(20));
         simulator::releaseHung();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(calls(), (QStringList{"stopRuning(1001, 0)", "home(1001, 0)"}));
     }
 
@@ -234,18 +234,18 @@ private slots:
         emit worker->signal_getDevState(0);
         QVERIFY(simulator::waitUntilHanging(5000));
         DebugLog log;
-        QVERIFY(!worker->closeWithin(50));
+        QVERIFY(!worker->tryClose(50));
         QVERIFY(log.contains(QStringLiteral("the device is left open")));
         QCOMPARE(worker->deviceId(), device);
         simulator::releaseHung();
-        QVERIFY(worker->closeWithin(5000));
+        QVERIFY(worker->tryClose(5000));
         QCOMPARE(worker->deviceId(), 0);
     }
 
     void leavingEndsWhatIsPolledForButNotWhatWasAskedFor()
     {
         const auto worker = openDevice();
-        QVERIFY(worker->leave(5000));
+        QVERIFY(worker->closeAtExit(5000));
         emit worker->signal_getCurrentPos(0);
         emit worker->signal_getDevState(0);
         QMetaObject::invokeMethod(worker.data(), &SerialComDev::slot_heartBeat);
@@ -260,7 +260,7 @@ private slots:
         QVERIFY(simulator::waitUntilHanging(5000));
         emit worker->signal_stopMotor(0);
         emit worker->signal_getDevState(0);
-        QVERIFY(!worker->leave(50));
+        QVERIFY(!worker->closeAtExit(50));
         simulator::releaseHung();
         worker->close();
         QCOMPARE(
@@ -291,7 +291,7 @@ private slots:
             [](auto &w) { return w.getMotorModelName(0); });
         row("setMotorModelName", "setMotorModelName(1001, 2, \"AB\", 2)", 0,
             [](auto &w) { return w.setMotorModelName(2, QStringLiteral("AB")); });
-        row("getDevSoftVersion", "getDevSoftVersion(1001)", QStringLiteral("2.4.1"),
+        row("getDevSoftVersion", "getDevSoftVersion(1001)", QStringLiteral("2.4.1 simulated"),
             [](auto &w) { return w.getDevSoftVersion(); });
         row("getRuningState", "getRuningState(1001, 0)", 0, [](auto &w) {
             MotorStageState state;
@@ -436,7 +436,7 @@ private slots:
         QVERIFY(log.contains(QStringLiteral("readAxisParams")));
 
         QCOMPARE(worker->getAxisModelName(0), QStringLiteral("LIN-100"));
-        QCOMPARE(worker->getAxisSerialNo(0), QStringLiteral("SN-204417"));
+        QCOMPARE(worker->getAxisSerialNo(0), QStringLiteral("SIM-SN-204417"));
         QVERIFY(log.contains(QStringLiteral("getAxisSerialNo")));
         QCOMPARE(worker->getAxisCurrentPos(0), -12.5);
         QCOMPARE(worker->getAxisSpeed(0), 2.5);
@@ -555,7 +555,7 @@ private slots:
         QFETCH(QVector<Step>, steps);
         for (int failing = 0; failing < steps.size(); ++failing) {
             simulator::reset();
-            QVERIFY(SerialComDev::shutDown(5000));
+            QVERIFY(SerialComDev::endThread(5000));
             const auto worker = openDevice();
             QSignalSpy messages(worker.data(), &SerialComDev::signal_showOperationMsg);
             simulator::failCall(functionOf(steps.at(failing).call), -9);
@@ -744,7 +744,7 @@ private slots:
         QFETCH(Expected, success);
         for (int failing = -1; failing < steps.size(); ++failing) {
             simulator::reset();
-            QVERIFY(SerialComDev::shutDown(5000));
+            QVERIFY(SerialComDev::endThread(5000));
             const auto worker = openDevice();
             std::atomic<int> answers{0};
             std::atomic<bool> wasFree{false};

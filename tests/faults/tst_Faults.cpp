@@ -247,7 +247,7 @@ public:
         if (!m_bLeft)
             pressClose();
         m_program.reset();
-        SerialComDev::shutDown(waitLimitMs);
+        SerialComDev::endThread(waitLimitMs);
         const std::vector<simulator::Call> journal = simulator::journal();
         const auto closed = std::find_if(journal.rbegin(), journal.rend(), [](const simulator::Call &call) {
             return call.function == "closeTSDevice";
@@ -529,8 +529,8 @@ void storeTables()
     const LibraryLock library;
     const double pairs[] = {-10, -10, 10, 10};
     const int id = SerialComDev::instance()->deviceId();
-    setPositivePosConpen(id, 0, pairs, 2);
-    setNegativePosConpen(id, 0, pairs, 2);
+    library->setPositivePosConpen(id, 0, pairs, 2);
+    library->setNegativePosConpen(id, 0, pairs, 2);
 }
 
 Situation consoleOpen()

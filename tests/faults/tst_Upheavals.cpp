@@ -175,7 +175,7 @@ void tst_Upheavals::cleanup()
     wallClockOffset = 0;
     steadyClockOffset = 0;
     simulator::clearFaults();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
     QCOMPARE(qtWarnings(*m_log), QStringList());
     m_log.reset();

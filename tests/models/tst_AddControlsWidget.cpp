@@ -189,7 +189,7 @@ void tst_AddControlsWidget::cleanup()
 {
     m_dialog.reset();
     simulator::releaseHung();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     QFile::remove(modelPath());
 }
 

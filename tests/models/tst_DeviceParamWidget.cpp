@@ -71,7 +71,7 @@ void tst_DeviceParamWidget::init()
 void tst_DeviceParamWidget::cleanup()
 {
     m_panel.reset();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
 }
 
 void tst_DeviceParamWidget::showsItsTexts()

@@ -198,7 +198,7 @@ void Monkey::run()
             m_window = nullptr;
         }
         m_actingLevel = 0;
-        if (!SerialComDev::shutDown(5000))
+        if (!SerialComDev::endThread(5000))
             fail(QStringLiteral("the worker does not end"));
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QCoreApplication::processEvents();

@@ -35,7 +35,7 @@ public:
     {
         m_dialog.reset();
         simulator::releaseHung();
-        if (!SerialComDev::shutDown(5000))
+        if (!SerialComDev::endThread(5000))
             qFatal("the worker hangs");
         const QStringList dead = m_log.lines().filter("connectSlotsByName");
         if (!dead.isEmpty())

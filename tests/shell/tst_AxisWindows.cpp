@@ -173,7 +173,7 @@ void tst_AxisWindows::init()
 void tst_AxisWindows::cleanup()
 {
     simulator::clearFaults();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
     QCOMPARE(qtWarnings(*m_log), QStringList());
     m_log.reset();
@@ -300,7 +300,7 @@ void tst_AxisWindows::handsTheFirmwareVersionToTheHelpPanel()
     OpenWindow program;
     program.connectTo();
     const auto *version = program.dialog<HelpWidget>()->findChild<QLabel *>(QStringLiteral("label_firmwareVersion"));
-    QCOMPARE(version->text(), QStringLiteral("2.4.1"));
+    QCOMPARE(version->text(), QStringLiteral("2.4.1 simulated"));
 }
 
 void tst_AxisWindows::beatsWhileConnected()
@@ -532,10 +532,10 @@ void tst_AxisWindows::panelLogsThatItsAxisWasInitialised()
     QVERIFY(m_log->lines().contains(QStringLiteral("addControlWidget: \"Axis1\"")));
     const QStringList lines = logOf(program.panel(0)).split(QLatin1Char('\n'));
     QVERIFY(lines.filter(QStringLiteral("初始化运动轴参数成功")).size() == 1);
-    QVERIFY(lines.filter(QStringLiteral("SN-STAGE-7")).size() == 1);
+    QVERIFY(lines.filter(QStringLiteral("SIM-SN-STAGE-7")).size() == 1);
     QVERIFY(
         logOf(program.panel(0)).indexOf(QStringLiteral("初始化运动轴参数成功")) <
-        logOf(program.panel(0)).indexOf(QStringLiteral("SN-STAGE-7")));
+        logOf(program.panel(0)).indexOf(QStringLiteral("SIM-SN-STAGE-7")));
 }
 
 void tst_AxisWindows::panelHearsTheAnswersOfItsAxis()
@@ -856,7 +856,7 @@ void tst_AxisWindows::messages()
         QCOMPARE(boxes.parents().first().data(), &program.window());
         QVERIFY(program.dialog<AddControlsWidget>()->isHidden());
     }
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     playChips("w");
     OpenWindow program;
     program.dialog<OptionsWidget>()->setLanguage(1);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
+#include "session/ControlSession.h"
 #include "shell/ConnectionWidget.h"
 #include "simulator/SimulatorStatus.h"
 #include "support/DebugLog.h"
@@ -96,11 +97,6 @@ private slots:
     void theMessageIsHiddenAfterFiveSeconds();
     void theMessageMovesNothingWhenItComesAndGoes();
 
-    void tellsWhetherThePortIsLost_data();
-    void tellsWhetherThePortIsLost();
-    void doesNotAskForThePortWhileDisconnected();
-    void doesNotWaitForABusyLibraryToTellWhetherThePortIsLost();
-
     void closeButtonHides();
     void escapeHides();
     void isDraggedByItsTitleArea();
@@ -118,7 +114,7 @@ void tst_ConnectionWidget::cleanup()
 {
     simulator::clearFaults();
     simulator::releaseHung();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
 }
 
@@ -140,7 +136,7 @@ void tst_ConnectionWidget::listsTheControllersThatAnswerInTheLibrarysOrder()
     Dialog dialog;
     dialog.widget.refreshDevices();
     dialog.widget.refreshDevices(); // anew, not in addition
-    QCOMPARE(dialog.entries(), (QStringList{QStringLiteral("MC3-B"), QStringLiteral("MC3-A")}));
+    QCOMPARE(dialog.entries(), (QStringList{QStringLiteral("SIM-MC3-B"), QStringLiteral("SIM-MC3-A")}));
     QCOMPARE(dialog.list->itemData(0).toInt(), other);
     QCOMPARE(dialog.list->itemData(1).toInt(), device);
 }
@@ -163,7 +159,7 @@ void tst_ConnectionWidget::leavesOutAControllerThatDoesNotOpen()
     simulator::failCall("openTSDevice", simulator::LinkLost);
     Dialog dialog;
     dialog.widget.refreshDevices();
-    QCOMPARE(dialog.entries(), QStringList{QStringLiteral("MC3-B")});
+    QCOMPARE(dialog.entries(), QStringList{QStringLiteral("SIM-MC3-B")});
     QCOMPARE(
         calls().mid(1, 3),
         (QStringList{
@@ -176,7 +172,7 @@ void tst_ConnectionWidget::leavesOutAControllerWithoutSerialNumber()
     simulator::failCall("getDevSerialNumber", simulator::LinkLost);
     Dialog dialog;
     dialog.widget.refreshDevices();
-    QCOMPARE(dialog.entries(), QStringList{QStringLiteral("MC3-B")});
+    QCOMPARE(dialog.entries(), QStringList{QStringLiteral("SIM-MC3-B")});
     QCOMPARE(calls().filter(QStringLiteral("removeDev(1001)")).size(), 1);
 }
 
@@ -211,7 +207,7 @@ void tst_ConnectionWidget::listsAtMostTenControllers()
     Dialog dialog;
     dialog.widget.refreshDevices();
     QCOMPARE(dialog.list->count(), 10);
-    QCOMPARE(dialog.list->itemText(9), QStringLiteral("MC3-9"));
+    QCOMPARE(dialog.list->itemText(9), QStringLiteral("SIM-MC3-9"));
 }
 
 void tst_ConnectionWidget::readsSerialNumbersUpToTheirFirstZero_data()
@@ -241,7 +237,7 @@ void tst_ConnectionWidget::doesNotProbeTheConnectedController()
     dialog.connectTo(device);
     simulator::clearJournal();
     dialog.widget.refreshDevices();
-    QCOMPARE(dialog.entries(), (QStringList{QStringLiteral("MC3-A"), QStringLiteral("MC3-B")}));
+    QCOMPARE(dialog.entries(), (QStringList{QStringLiteral("SIM-MC3-A"), QStringLiteral("SIM-MC3-B")}));
     QCOMPARE(calls().filter(QStringLiteral("(1001)")), QStringList());
 }
 
@@ -252,7 +248,7 @@ void tst_ConnectionWidget::theConnectedControllerStaysTheCurrentEntry()
     dialog.connectTo(other);
     simulator::answerText("getDevSerialNumber", "changed"); // of those that are asked
     dialog.widget.refreshDevices();
-    QCOMPARE(dialog.entries(), (QStringList{QStringLiteral("changed"), QStringLiteral("MC3-B")}));
+    QCOMPARE(dialog.entries(), (QStringList{QStringLiteral("changed"), QStringLiteral("SIM-MC3-B")}));
     QCOMPARE(dialog.list->currentData().toInt(), other);
 }
 
@@ -373,8 +369,7 @@ void tst_ConnectionWidget::aFailedConnectLeavesNothingConnected()
     simulator::failCall("openTSDevice", -7);
     QTest::mouseClick(dialog.connectButton, Qt::LeftButton);
     simulator::clearJournal();
-    QCOMPARE(dialog.widget.isPortLost(), std::optional<bool>(false));
-    QCOMPARE(calls(), QStringList());
+    QVERIFY(!ControlSession::instance()->isConnected());
     dialog.widget.refreshDevices();
     QVERIFY(calls().contains(QStringLiteral("getDevSerialNumber(1001)"))); // asked like any other
 }
@@ -488,74 +483,6 @@ void tst_ConnectionWidget::theMessageMovesNothingWhenItComesAndGoes()
 }
 
 // ---- Port-lost check
-
-void tst_ConnectionWidget::tellsWhetherThePortIsLost_data()
-{
-    QTest::addColumn<int>("unplugged");
-    QTest::addColumn<int>("plugged");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<bool>("lost");
-    QTest::newRow("still there") << 0 << 0 << 0 << false;
-    QTest::newRow("another one comes") << 0 << 1003 << 0 << false;
-    QTest::newRow("another one goes") << other << 0 << 0 << false;
-    QTest::newRow("gone, another one stays") << device << 0 << 0 << true;
-    QTest::newRow("cannot be listed") << 0 << 0 << -9 << true;
-}
-
-void tst_ConnectionWidget::tellsWhetherThePortIsLost()
-{
-    QFETCH(int, unplugged);
-    QFETCH(int, plugged);
-    QFETCH(int, status);
-    play({{device, "MC3-A"}, {other, "MC3-B"}, {1003, "MC3-C", {{}}, false}});
-    Dialog dialog;
-    dialog.connectTo(device);
-    if (unplugged)
-        simulator::unplug(unplugged);
-    if (plugged)
-        simulator::plug(plugged);
-    if (status < 0)
-        simulator::failCall("listTSMotorControlerDevices", status);
-    QVERIFY(dialog.widget.isPortLost().has_value());
-    if (status < 0)
-        simulator::failCall("listTSMotorControlerDevices", status);
-    QTEST(*dialog.widget.isPortLost(), "lost");
-
-    // Nobody listed is on purpose not taken for a loss.
-    for (const int id : {device, other, 1003})
-        simulator::unplug(id);
-    QCOMPARE(*dialog.widget.isPortLost(), false);
-}
-
-void tst_ConnectionWidget::doesNotAskForThePortWhileDisconnected()
-{
-    Dialog dialog;
-    dialog.connectTo(device);
-    dialog.disconnect();
-    simulator::clearJournal();
-    simulator::failAlways("listTSMotorControlerDevices", -9);
-    QCOMPARE(dialog.widget.isPortLost(), std::optional<bool>(false));
-    QCOMPARE(calls(), QStringList());
-}
-
-void tst_ConnectionWidget::doesNotWaitForABusyLibraryToTellWhetherThePortIsLost()
-{
-    Dialog dialog;
-    dialog.connectTo(device);
-    std::promise<void> held;
-    std::promise<void> done;
-    auto another = std::async(std::launch::async, [&] {
-        const LibraryLock library;
-        held.set_value();
-        done.get_future().wait();
-    });
-    held.get_future().wait();
-    const std::optional<bool> lost = dialog.widget.isPortLost();
-    done.set_value();
-    another.get();
-    QCOMPARE(lost, std::optional<bool>());
-    QCOMPARE(dialog.widget.isPortLost(), std::optional<bool>(false));
-}
 
 // ---- The window
 

@@ -183,7 +183,7 @@ void tst_MoverWidget::cleanup()
 {
     simulator::clearFaults();
     simulator::releaseHung();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
     QCOMPARE(qtWarnings(*m_log), QStringList());
     m_log.reset();
@@ -957,7 +957,7 @@ void tst_MoverWidget::leavesWhileTheLibraryHangs()
     timer.start();
     QCOMPARE(runUntilLeft([&] { leaveBy(way, program); }), 0);
     program.destroy();
-    QVERIFY(!SerialComDev::shutDown(1000));
+    QVERIFY(!SerialComDev::endThread(1000));
     QVERIFY2(timer.elapsed() < 10000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(m_log->contains(QStringLiteral("a library call still runs, the device is left open")));
     QCOMPARE(simulator::callCount("closeTSDevice"), 0);

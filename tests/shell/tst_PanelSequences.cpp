@@ -349,7 +349,7 @@ void tst_PanelSequences::init()
 void tst_PanelSequences::cleanup()
 {
     simulator::clearFaults();
-    QVERIFY(SerialComDev::shutDown(5000));
+    QVERIFY(SerialComDev::endThread(5000));
     QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
     QCOMPARE(qtWarnings(*m_log), QStringList());
     m_log.reset();

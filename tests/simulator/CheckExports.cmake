@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: MIT
-# Compares what LIBRARY exports, as NM lists it, with the functions that HEADER declares.
+# Compares what LIBRARY exports, as NM lists it, with the functions that HEADER declares. The mark is data, not a function.
 execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
     OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" exported "${exported}")
+list(REMOVE_ITEM exported "")
+list(FILTER exported EXCLUDE REGEX "^moverLibraryMark R ")
 list(TRANSFORM exported REPLACE " .*$" "")
 list(SORT exported)
 

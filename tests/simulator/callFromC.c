@@ -25,7 +25,7 @@ int main(void)
 
     char serial[MOVER_TEXT_LENGTH] = {0};
     check(getDevSerialNumber(1002, serial, MOVER_TEXT_LENGTH) >= 0, "reading the serial number");
-    check(strcmp(serial, "MC3-000245") == 0, "serial number");
+    check(strcmp(serial, "SIM-MC3-000245") == 0, "serial number");
 
     MotorParams params;
     check(getMotorParams(1002, 0, &params) >= 0, "reading the stage");

@@ -155,7 +155,7 @@ void tst_SimulatorCalls::answersTheProbe()
         QCOMPARE(addDev(device), 0);
         QCOMPARE(openTSDevice(device), 0);
         QCOMPARE(getDevSerialNumber(device, serial, 32), 0);
-        QCOMPARE(serial, "MC3-000117");
+        QCOMPARE(serial, "SIM-MC3-000117");
         QCOMPARE(removeDev(device), 0);
     }
 }

@@ -120,11 +120,11 @@ void tst_SimulatorScenario::readsEveryKey()
     })");
     char buffer[32] = {};
     getDevSerialNumber(device, buffer, 32);
-    QCOMPARE(buffer, "S");
+    QCOMPARE(buffer, "SIM-S"); // nothing simulated passes for the real thing
     getDevModelName(device, buffer, 32);
     QCOMPARE(buffer, "M");
     getDevSoftVersion(device, buffer, 32);
-    QCOMPARE(buffer, "V");
+    QCOMPARE(buffer, "V simulated");
     CONTROLER_STATE info{};
     QCOMPARE(getRockerInfo(device, &info), 0);
     QCOMPARE(info.rockerValue, quint16(3));
@@ -136,8 +136,8 @@ void tst_SimulatorScenario::readsEveryKey()
 
     MotorParams params{};
     QCOMPARE(getMotorParams(device, 0, &params), 0);
-    const MotorParams expected{"STAGE", "SN", 400, 0,  0.5, 1.5, 3, 1,  1, 1,        1, 1,   1,
-                               "ZPN",   4,    6,   -1, 9,   20,  2, -5, 5, 20250101, 0, 0.25};
+    const MotorParams expected{"STAGE", "SIM-SN", 400, 0,  0.5, 1.5, 3, 1,  1, 1,        1, 1,   1,
+                               "ZPN",   4,        6,   -1, 9,   20,  2, -5, 5, 20250101, 0, 0.25};
     QCOMPARE(std::memcmp(&params, &expected, sizeof params), 0);
 }
 

@@ -186,7 +186,7 @@ namespace {
 
 const Text controllerSerial{
     [](char *buffer, int length) { return getDevSerialNumber(device, buffer, length); },
-    [](const char *text, int length) { return setDevSerialNumber(device, text, length); }, "MC3-000117"};
+    [](const char *text, int length) { return setDevSerialNumber(device, text, length); }, "SIM-MC3-000117"};
 const Text controllerModel{
     [](char *buffer, int length) { return getDevModelName(device, buffer, length); },
     [](const char *text, int length) { return setDevModelName(device, text, length); }, "MC-3"};
@@ -195,7 +195,7 @@ const Text stageModel{
     [](const char *text, int length) { return setMotorModelName(device, 0, text, length); }, "LIN-100"};
 const Text stageSerial{
     [](char *buffer, int length) { return getMotorSerialNumber(device, 0, buffer, length); },
-    [](const char *text, int length) { return setMotorSerialNumber(device, 0, text, length); }, "SN-204417"};
+    [](const char *text, int length) { return setMotorSerialNumber(device, 0, text, length); }, "SIM-SN-204417"};
 
 void addTexts()
 {
@@ -244,7 +244,7 @@ void tst_SimulatorSettings::fillsLongerBuffersWithZeros()
     char buffer[40];
     std::memset(buffer, '#', sizeof buffer);
     QCOMPARE(getDevSoftVersion(device, buffer, 40), 0);
-    QCOMPARE(QByteArray(buffer, 40), QByteArray("2.4.1") + QByteArray(35, '\0'));
+    QCOMPARE(QByteArray(buffer, 40), QByteArray("2.4.1 simulated") + QByteArray(25, '\0'));
 }
 
 void tst_SimulatorSettings::cutsTextsToShorterBuffers()

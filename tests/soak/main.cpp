@@ -73,5 +73,5 @@ int main(int argc, char *argv[])
         QApplication::exec();
         flat = soak.report();
     }
-    return SerialComDev::shutDown(5000) && flat ? 0 : 1;
+    return SerialComDev::endThread(5000) && flat ? 0 : 1;
 }

@@ -35,7 +35,7 @@ public:
     void end()
     {
         m_requests.clear();
-        QVERIFY(SerialComDev::shutDown(5000));
+        QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
         const QStringList warnings = m_log->warnings();
         m_log.reset();

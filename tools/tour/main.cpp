@@ -567,7 +567,7 @@ int main(int argc, char *argv[])
         while (!script->wait(20))
             QCoreApplication::processEvents();
     }
-    SerialComDev::shutDown(5000);
+    SerialComDev::endThread(5000);
     QFile::remove(QCoreApplication::applicationDirPath() + "/appConfig.ini");
     QTextStream(stdout) << (failures == 0 ? QStringLiteral("The tour went as it should.")
                                           : QStringLiteral("%1 steps did not end as they should.").arg(failures))

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "device/moverRecords.h"
+
+#include <QMutex>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+/**
+ * Hears every answer to the polls of the axes, also one that repeats the last, with the time at which the library gave
+ * it. Called in the worker's thread while it holds the library lock: note the answer and return.
+ */
+class AnswerListener
+{
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    virtual void positionAnswered(int axis, double position, Time at) = 0;
+    virtual void stateAnswered(int axis, const MotorStageState &state, Time at) = 0;
+    /** A poll of either kind failed. */
+    virtual void pollFailed(int axis, Time at) = 0;
+
+protected:
+    ~AnswerListener() = default;
+};
+
+/** Who listens to the answers. Thread-safe. */
+class AnswerFeed final
+{
+public:
+    void add(AnswerListener *listener)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_listeners.push_back(listener);
+    }
+    /** Afterwards the listener hears nothing more: waits for the answer that it is hearing, if any. */
+    void remove(AnswerListener *listener)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_listeners.erase(std::remove(m_listeners.begin(), m_listeners.end(), listener), m_listeners.end());
+    }
+
+    /** Calls tell(listener, now) for each. */
+    template <typename Tell>
+    void tell(Tell tell)
+    {
+        const auto now = std::chrono::steady_clock::now();
+        const QMutexLocker lock(&m_mutex);
+        for (AnswerListener *listener : m_listeners)
+            tell(*listener, now);
+    }
+
+private:
+    QMutex m_mutex;
+    std::vector<AnswerListener *> m_listeners;
+};

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "device/MoverFunctions.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+/**
+ * The motion library in use: one shared library with the functions of device/moverLibrary.h, loaded at run time and
+ * never unloaded. Its functions are reached through LibraryLock, the two that go without the lock through
+ * UnlockedCalls.
+ */
+class MotionLibrary final
+{
+public:
+    /** Why a library cannot be used. */
+    struct Fault {
+        QString file;
+        QString reason;      // the loader's own words; empty when functions are missing
+        QStringList missing; // functions that it lacks
+
+        /** In Chinese and English: nobody has chosen a language yet. */
+        QString message() const;
+    };
+    static constexpr int FaultExitCode = 3;
+
+    /**
+     * Looks for the library and loads it; call it once, before anything else uses the library. In this order: `chosen`,
+     * the environment variable MOVER_LIBRARY, the maker's file beside the program, the simulated controller. The first
+     * that is named or found counts; whatever is wrong with it, no other takes its place. `chosen`: a path, relative to
+     * the working folder; empty for none. GUI thread.
+     */
+    static std::optional<Fault> load(const QString &chosen = QString());
+    /**
+     * Takes functions that are linked into the executable; a file then has to be named to take their place. `mark`: as
+     * mark() tells it.
+     */
+    static void use(const MoverFunctions &functions, const QString &mark);
+
+    /**
+     * The library in use. Without a load() before, the first call makes it: a program other than ours (a test, a
+     * server) gets the same search. A fault then goes to stderr and ends the process with FaultExitCode. Any thread.
+     */
+    static const MotionLibrary &inUse();
+
+    /** As inUse(), but null as long as nobody has used it. */
+    static const MotionLibrary *loaded();
+
+    /** Absolute path; empty for functions that are linked in. */
+    QString file() const { return m_sFile; }
+    /** What a library of ours says it is ("simulated"); empty for any other. */
+    QString mark() const { return m_sMark; }
+    bool isSimulated() const { return m_sMark == QLatin1String("simulated"); }
+    /** File and mark, for whoever wants to know which library it is. */
+    QString description() const;
+
+private:
+    friend class LibraryLock;
+    friend class UnlockedCalls;
+
+    static std::optional<Fault> loadFile(const QString &file);
+
+    MoverFunctions m_functions = {};
+    QString m_sFile;
+    QString m_sMark;
+};

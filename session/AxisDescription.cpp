@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#include "session/AxisDescription.h"
+
+QString unitOf(int stageType)
+{
+    const bool isAngle = stageType == STAGE_ROTATION || stageType == STAGE_ANGULAR;
+    return isAngle ? QStringLiteral("°") : QStringLiteral("mm");
+}
+
+AxisDescription describe(int index, const QString &modelName, const MotorParams &stage)
+{
+    return {index,        modelName,      unitOf(stage.moveType), stage.minPos,
+            stage.maxPos, stage.maxSpeed, stage.maxAcc,           stage.maxRockerSpeed};
+}

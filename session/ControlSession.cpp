@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+#include "session/ControlSession.h"
+
+#include "device/LibraryLock.h"
+#include "device/LibraryText.h"
+#include "device/SerialComDev.h"
+
+#include <QWeakPointer>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int maxControllers = 10;
+constexpr int maxAxes = 8;               // more than any controller has
+constexpr int identifiedStage = 2;       // the chip's code of a stage that names itself
+constexpr int disconnectLimitMs = 30000; // longer than the calls that wait on any link that works
+constexpr int probeLimitMs = 5000;       // longer than any one of them
+
+struct ControllerList {
+    int ids[maxControllers] = {};
+    int count = 0; // or the library's negative status
+
+    void read(const LibraryLock &library) { count = library->listTSMotorControlerDevices(ids, maxControllers); }
+    const int *begin() const { return ids; }
+    const int *end() const { return ids + std::clamp(count, 0, maxControllers); }
+};
+
+/** Null when it cannot be read. */
+QString readSerialNumber(int id)
+{
+    LibraryText text;
+    const LibraryLock library;
+    return library->getDevSerialNumber(id, text.data(), text.length()) < 0 ? QString() : text.toString();
+}
+
+/**
+ * Serial number of a controller that is not open; null when it does not answer. Leaves nothing added. Takes the lock
+ * for each call by itself, so that the worker is kept waiting for one call at most.
+ */
+QString probe(int id)
+{
+    LibraryLock()->addDev(id);
+    const bool opened = LibraryLock()->openTSDevice(id) >= 0;
+    const QString serialNumber = opened ? readSerialNumber(id) : QString();
+    LibraryLock()->removeDev(id);
+    return serialNumber;
+}
+
+} // namespace
+
+QSharedPointer<ControlSession> ControlSession::instance()
+{
+    static QWeakPointer<ControlSession> inUse;
+    QSharedPointer<ControlSession> session = inUse.toStrongRef();
+    if (!session) {
+        session.reset(new ControlSession);
+        inUse = session;
+    }
+    return session;
+}
+
+ControlSession::ControlSession()
+    : m_worker(SerialComDev::instance())
+{
+    m_worker->answers().add(this);
+}
+
+ControlSession::~ControlSession()
+{
+    m_worker->answers().remove(this);
+}
+
+void ControlSession::setState(State state)
+{
+    if (m_state == state)
+        return;
+    m_state = state;
+    emit stateChanged();
+}
+
+// ---- Controller ----------------------------------------------------------------------------------------------------
+
+std::optional<QVector<ControlSession::Controller>> ControlSession::findControllers()
+{
+    ControllerList listed;
+    {
+        const LibraryLock library(probeLimitMs);
+        if (!library.isLocked())
+            return std::nullopt;
+        listed.read(library);
+    }
+    QVector<Controller> found;
+    for (const int id : listed) {
+        const QString serialNumber = id == m_iDeviceId ? m_sSerialNumber : probe(id);
+        if (!serialNumber.isNull())
+            found.append({id, serialNumber});
+    }
+    return found;
+}
+
+int ControlSession::connectTo(const Controller &controller)
+{
+    const State before = m_state;
+    setState(State::Connecting);
+    const int result = m_worker->open(controller.id);
+    if (result < 0) {
+        setState(before);
+        return result;
+    }
+    m_iDeviceId = controller.id;
+    m_sSerialNumber = controller.serialNumber;
+    m_worker->setOpened(true);
+    setState(State::Connected);
+    return result;
+}
+
+bool ControlSession::disconnectController()
+{
+    if (!m_worker->tryClose(disconnectLimitMs))
+        return false;
+    m_iDeviceId = 0;
+    m_worker->setOpened(false);
+    clearAxes();
+    setState(State::Disconnected);
+    return true;
+}
+
+void ControlSession::leave(int limitMs)
+{
+    m_worker->closeAtExit(limitMs);
+}
+
+std::optional<bool> ControlSession::isPortLost() const
+{
+    if (m_iDeviceId == 0)
+        return false;
+    const LibraryLock library(0);
+    if (!library.isLocked())
+        return std::nullopt;
+    ControllerList listed;
+    listed.read(library);
+    // An empty list is on purpose not taken for a loss.
+    if (listed.count == 0)
+        return false;
+    return std::find(listed.begin(), listed.end(), m_iDeviceId) == listed.end();
+}
+
+bool ControlSession::reconnect(int limitMs)
+{
+    if (m_iDeviceId == 0 || !m_worker->tryClose(limitMs))
+        return false;
+    setState(State::Connecting);
+    if (m_worker->open(m_iDeviceId) < 0)
+        return false;
+    if (readSerialNumber(m_iDeviceId) != m_sSerialNumber) { // another one has its place
+        m_worker->close();
+        return false;
+    }
+    m_worker->setOpened(true);
+    setState(State::Connected);
+    return true;
+}
+
+// ---- Axes ----------------------------------------------------------------------------------------------------------
+
+void ControlSession::beginSetUp()
+{
+    m_iAxisCount = m_worker->getDevAxisCount();
+}
+
+ControlSession::AxisSetUp ControlSession::setUpAxis(int index)
+{
+    AxisSetUp axis;
+    int code = 0;
+    if (!m_worker->readMotorAutoDetect(index, &code)) {
+        axis.outcome = AxisSetUp::ChipNotRead;
+    } else if (code == identifiedStage) {
+        axis.modelName = m_worker->getMotorModelName(index);
+        if (!axis.modelName.isNull()) {
+            axis.step = m_worker->readAxisParams(index);
+            axis.outcome = axis.step < 0 ? AxisSetUp::ParamsNotRead : AxisSetUp::Ready;
+        }
+    }
+    if (axis.outcome == AxisSetUp::Ready) {
+        m_worker->getMotorParams(index, axis.stage);
+        addAxis(describe(index, axis.modelName, axis.stage));
+    }
+    // A count that cannot be true: one failure is told, not one for each.
+    axis.isLast = index + 1 >= m_iAxisCount || (axis.failed() && index >= maxAxes);
+    return axis;
+}
+
+bool ControlSession::finishSetUp()
+{
+    m_sFirmwareVersion = m_worker->getDevSoftVersion();
+    return m_worker->getRockerEnable() > 0;
+}
+
+int ControlSession::readAxis(int index)
+{
+    return m_worker->readAxisParams(index);
+}
+
+QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription &description)
+{
+    const auto axis = QSharedPointer<ControlAxis>::create(description);
+    const QMutexLocker lock(&m_mutex);
+    m_axes.insert(description.index, axis);
+    return axis;
+}
+
+QSharedPointer<const ControlAxis> ControlSession::axis(int index) const
+{
+    return find(index);
+}
+
+void ControlSession::clearAxes()
+{
+    m_iAxisCount = 0;
+    const QMutexLocker lock(&m_mutex);
+    m_axes.clear();
+}
+
+QSharedPointer<ControlAxis> ControlSession::find(int index) const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_axes.value(index);
+}
+
+void ControlSession::positionAnswered(int axis, double position, Time at)
+{
+    if (const auto known = find(axis))
+        known->notePosition(position, at);
+}
+
+void ControlSession::stateAnswered(int axis, const MotorStageState &state, Time at)
+{
+    if (const auto known = find(axis))
+        known->noteState(state, at);
+}
+
+void ControlSession::pollFailed(int, Time)
+{
+    // What was known last stays known, with its time.
+}

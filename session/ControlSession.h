@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "device/AnswerFeed.h"
+#include "session/ControlAxis.h"
+
+#include <QHash>
+#include <QObject>
+#include <QSharedPointer>
+#include <QVector>
+
+#include <optional>
+
+class SerialComDev;
+
+/**
+ * The one place that knows which controller is connected and what its axes are. Windows ask it and show what it says;
+ * it has no widget and no text, so that a script or a server could use it as they do. Everything that speaks to the
+ * controller here waits for it. GUI thread.
+ */
+class ControlSession final : public QObject, private AnswerListener
+{
+    Q_OBJECT
+
+public:
+    enum class State {
+        Disconnected,
+        Connecting, ///< being opened, or lost and not open again
+        Connected,
+    };
+
+    /** A controller that answers. */
+    struct Controller {
+        int id;
+        QString serialNumber;
+    };
+
+    /** What came of setting up one axis. */
+    struct AxisSetUp {
+        enum Outcome {
+            NoStage,       ///< nothing that identifies itself: passed over
+            ChipNotRead,   ///< a failure
+            ParamsNotRead, ///< a failure; `step` tells of what
+            Ready,
+        };
+        Outcome outcome = NoStage;
+        int step = 0; // the negative result of SerialComDev::readAxisParams()
+        QString modelName;
+        MotorParams stage = {};
+        bool isLast = false; // no further axis is to be set up
+
+        bool failed() const { return outcome == ChipNotRead || outcome == ParamsNotRead; }
+    };
+
+    /** The session that is in use; made for the first that asks, gone with the last that holds it. */
+    static QSharedPointer<ControlSession> instance();
+    ~ControlSession() override;
+
+    State state() const { return m_state; }
+    bool isConnected() const { return m_state == State::Connected; }
+    /** The library's identifier of the controller; 0 when none is connected. */
+    int deviceId() const { return m_iDeviceId; }
+    /** Of the controller that is connected or was so last. */
+    QString serialNumber() const { return m_sSerialNumber; }
+    /** As read by finishSetUp(); null when it could not be. */
+    QString firmwareVersion() const { return m_sFirmwareVersion; }
+    /** As the controller reported it; 0 when none is connected, negative when it could not be read. */
+    int axisCount() const { return m_iAxisCount; }
+
+    /**
+     * The controllers that answer. Each one but the connected is opened for a moment to read its serial number. Nothing
+     * when another thread is in a library call and does not come back from it within 5 s.
+     */
+    std::optional<QVector<Controller>> findControllers();
+    /** Opens the controller. Returns the library's status; below 0 nothing has changed. */
+    int connectTo(const Controller &controller);
+    /** Closes it again. False when the library hangs for 30 s: it is then as connected as before. */
+    bool disconnectController();
+    /**
+     * Closes it because the program ends: what polls and beats still ask for no longer reaches the library. Gives up
+     * after `limitMs`.
+     */
+    void leave(int limitMs);
+    /** Whether the connected controller is no longer listed; nothing while another thread is in a library call. */
+    std::optional<bool> isPortLost() const;
+    /**
+     * Opens the same controller again after its link was lost, without moving or changing anything; its axes stay.
+     * False when it does not answer, is another one, or the library hangs for `limitMs`: the state is then Connecting,
+     * and it can be tried again.
+     */
+    bool reconnect(int limitMs);
+
+    /**
+     * Setting up a controller that has just been opened: beginSetUp(), setUpAxis() for each axis from 0 until one is
+     * the last, finishSetUp(). Between two of them the caller may let the event loop run.
+     */
+    void beginSetUp();
+    AxisSetUp setUpAxis(int index);
+    /** Whether the joystick drives the axes. */
+    bool finishSetUp();
+
+    /** Reads an axis that was chosen by hand. 0, or the negative step that failed. */
+    int readAxis(int index);
+    /** Makes an axis known, in place of what was known of it. */
+    QSharedPointer<const ControlAxis> addAxis(const AxisDescription &description);
+    /** Null for an axis that is not known. */
+    QSharedPointer<const ControlAxis> axis(int index) const;
+    void clearAxes();
+
+signals:
+    void stateChanged();
+
+private:
+    ControlSession();
+    void setState(State state);
+
+    // In the worker's thread.
+    void positionAnswered(int axis, double position, Time at) override;
+    void stateAnswered(int axis, const MotorStageState &state, Time at) override;
+    void pollFailed(int axis, Time at) override;
+    QSharedPointer<ControlAxis> find(int index) const;
+
+    const QSharedPointer<SerialComDev> m_worker;
+    State m_state = State::Disconnected;
+    int m_iDeviceId = 0;
+    QString m_sSerialNumber;
+    QString m_sFirmwareVersion;
+    int m_iAxisCount = 0;
+    mutable QMutex m_mutex; // of the axes, which answers look up
+    QHash<int, QSharedPointer<ControlAxis>> m_axes;
+};

@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: MIT
+#include "Child.h"
+
+#include <QDirIterator>
+
+namespace {
+
+constexpr int startLimitMs = 30000;
+
+const QString programFolder = QStringLiteral(MOVER_PROGRAM_DIR);
+const QString anotherLibrary = QStringLiteral(MOVER_ANOTHER_LIBRARY);
+const QString incompleteLibrary = QStringLiteral(MOVER_INCOMPLETE_LIBRARY);
+const QString libraryName = QStringLiteral("libmoverLibrary.so");
+const QString versionLine = QStringLiteral("mover " MOVER_VERSION "\n");
+
+/** Copies the program's folder, as somebody does who takes it to another machine. */
+void copyProgram(const QString &target)
+{
+    QDirIterator files(programFolder, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QString source = files.next();
+        const QString copy = target + source.mid(programFolder.size());
+        QVERIFY(QDir().mkpath(QFileInfo(copy).path()));
+        QVERIFY2(QFile::copy(source, copy), qPrintable(copy));
+    }
+}
+
+/** What a file can be that is no library. */
+enum class Wrong { Absent, Empty, Text, Folder, OtherProcessor, Incomplete };
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), qint64(bytes.size()));
+}
+
+void make(Wrong wrong, const QString &path)
+{
+    switch (wrong) {
+    case Wrong::Absent: // a link that leads nowhere
+        QVERIFY(QFile::link(path + QStringLiteral(".gone"), path));
+        break;
+    case Wrong::Empty:
+        write(path, QByteArray());
+        break;
+    case Wrong::Text:
+        write(path, "a motion library, they said\n");
+        break;
+    case Wrong::Folder:
+        QVERIFY(QDir().mkpath(path));
+        break;
+    case Wrong::OtherProcessor: {
+        QFile library(anotherLibrary);
+        QVERIFY(library.open(QIODevice::ReadOnly));
+        QByteArray elf = library.readAll();
+        constexpr int machine = 18; // place of e_machine in an ELF header
+        constexpr char aarch64 = char(0xB7);
+        QVERIFY(elf.at(machine) != aarch64);
+        elf[machine] = aarch64;
+        write(path, elf);
+        break;
+    }
+    case Wrong::Incomplete:
+        QVERIFY(QFile::copy(incompleteLibrary, path));
+        break;
+    }
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Wrong)
+
+class tst_LibraryInUse : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void isTheMakersWhenItLiesBesideTheProgram();
+    void isTheSimulatedControllerWhenThereIsNoOther();
+    void isSearchedInThisOrder();
+    void aWrongOneIsNeverPassedOver_data();
+    void aWrongOneIsNeverPassedOver();
+    void saysWhichFunctionsAreMissing();
+    void saysInABoxWhyItCannotBeUsed();
+    void ignoresAScenarioThatItCannotPlay();
+    void isFoundOnFirstUseWithoutStartUp();
+    void aWrongOneEndsAProcessThatUsesIt();
+
+private:
+    QString file(const QString &name) const { return m_folder->filePath(name); }
+    QString libraryOf(const QStringList &arguments, const QString &named = QString()) const;
+    void runAndLeave(QStringList *libraries);
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_calledFunctions;
+};
+
+void tst_LibraryInUse::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    copyProgram(m_folder->path());
+    m_calledFunctions = file(QStringLiteral("calledFunctions"));
+}
+
+/** Starts the copied program, notes the motion libraries that it has loaded, and leaves it. */
+void tst_LibraryInUse::runAndLeave(QStringList *libraries)
+{
+    Child child(file(QStringLiteral("mover")));
+    child.set("CALLED_FUNCTIONS", m_calledFunctions);
+    child.start();
+    QTRY_VERIFY_WITH_TIMEOUT(child.handles(SIGTERM), startLimitMs);
+    *libraries = child.loadedFiles().filter(libraryName);
+    child.send(SIGTERM);
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.complaints(), QStringList());
+}
+
+/** The library that --version names, with these arguments beside it and MOVER_LIBRARY set to `named`. */
+QString tst_LibraryInUse::libraryOf(const QStringList &arguments, const QString &named) const
+{
+    Child child(file(QStringLiteral("mover")), QStringList{QStringLiteral("--version")} + arguments);
+    child.set("MOVER_LIBRARY", named);
+    child.process.setWorkingDirectory(m_folder->path());
+    child.start();
+    child.process.waitForFinished(startLimitMs);
+    const QString output = QString::fromUtf8(child.process.readAllStandardOutput());
+    return output.startsWith(versionLine) ? output.mid(versionLine.size()).trimmed() : output;
+}
+
+void tst_LibraryInUse::isTheMakersWhenItLiesBesideTheProgram()
+{
+    QCOMPARE(MOVER_ANOTHER_LIBRARY_FUNCTIONS, 71);
+    const QString copy = file(libraryName);
+    QVERIFY(QFile::copy(anotherLibrary, copy));
+    QStringList libraries;
+    runAndLeave(&libraries);
+    QCOMPARE(libraries, QStringList{copy});
+
+    QFile called(m_calledFunctions);
+    QVERIFY(called.open(QIODevice::ReadOnly));
+    // From start to exit: one model, zero-padded to 32 bytes.
+    const QByteArray model = QByteArray("LIN-100").leftJustified(32, '\0').toHex();
+    QCOMPARE(called.readAll(), "addMotor 0 0 " + model + "\n");
+}
+
+void tst_LibraryInUse::isTheSimulatedControllerWhenThereIsNoOther()
+{
+    QStringList libraries;
+    runAndLeave(&libraries);
+    QCOMPARE(libraries, QStringList{file(QStringLiteral("simulator/libmoverLibrary.so"))});
+    QVERIFY(!QFile::exists(m_calledFunctions));
+}
+
+void tst_LibraryInUse::isSearchedInThisOrder()
+{
+    const QString simulated = file(QStringLiteral("simulator/libmoverLibrary.so")) + QStringLiteral(" (simulated)");
+    QCOMPARE(libraryOf({}), simulated);
+    const QString beside = file(libraryName);
+    QVERIFY(QFile::copy(anotherLibrary, beside));
+    QCOMPARE(libraryOf({}), beside);
+    const QString named = file(QStringLiteral("named.so"));
+    QVERIFY(QFile::copy(anotherLibrary, named));
+    QCOMPARE(libraryOf({}, named), named);
+    QCOMPARE(libraryOf({}, QString()), beside); // empty counts as not set
+    const QString chosen = file(QStringLiteral("chosen.so"));
+    QVERIFY(QFile::copy(anotherLibrary, chosen));
+    // Relative to the working folder.
+    QCOMPARE(libraryOf({QStringLiteral("--library"), QStringLiteral("chosen.so")}, named), chosen);
+}
+
+void tst_LibraryInUse::aWrongOneIsNeverPassedOver_data()
+{
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<Wrong>("wrong");
+    const std::pair<const char *, Wrong> wrongs[] = {
+        {"absent", Wrong::Absent},
+        {"empty", Wrong::Empty},
+        {"text", Wrong::Text},
+        {"folder", Wrong::Folder},
+        {"another processor", Wrong::OtherProcessor},
+        {"incomplete", Wrong::Incomplete},
+    };
+    for (const char *place : {"option", "environment", "beside the program"}) {
+        for (const auto &[name, wrong] : wrongs)
+            QTest::addRow("%s, %s", place, name) << QString::fromLatin1(place) << wrong;
+    }
+}
+
+void tst_LibraryInUse::aWrongOneIsNeverPassedOver()
+{
+    QFETCH(QString, place);
+    QFETCH(Wrong, wrong);
+    const bool isBeside = place == QLatin1String("beside the program");
+    const QString path = file(isBeside ? libraryName : QStringLiteral("wrong.so"));
+    make(wrong, path);
+
+    QStringList arguments{QStringLiteral("--version")};
+    if (place == QLatin1String("option"))
+        arguments += {QStringLiteral("--library"), path};
+    Child child(file(QStringLiteral("mover")), arguments);
+    if (place == QLatin1String("environment"))
+        child.set("MOVER_LIBRARY", path);
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.process.exitCode(), 3);
+    QCOMPARE(QString::fromUtf8(child.process.readAllStandardOutput()), versionLine);
+    const QStringList said = child.complaints();
+    QCOMPARE(said.size(), 4); // the sentence and the reason, in Chinese and in English
+    QVERIFY(said.at(0).startsWith(QStringLiteral("无法使用运动控制库 ")));
+    QVERIFY(said.at(2).startsWith(QStringLiteral("The motion library ")));
+    QVERIFY(said.at(0).contains(path) && said.at(2).contains(path));
+    QVERIFY(!said.at(1).isEmpty() && !said.at(3).isEmpty());
+}
+
+void tst_LibraryInUse::saysWhichFunctionsAreMissing()
+{
+    Child child(
+        file(QStringLiteral("mover")), {QStringLiteral("--version"), QStringLiteral("--library"), incompleteLibrary});
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    const QStringList said = child.complaints();
+    QCOMPARE(said.value(1), QStringLiteral("缺少函数：setClearIDChip"));
+    QCOMPARE(said.value(3), QStringLiteral("missing functions: setClearIDChip"));
+}
+
+void tst_LibraryInUse::saysInABoxWhyItCannotBeUsed()
+{
+    Child child(QStringLiteral(MOVER_DRIVEN_PROGRAM), {QStringLiteral("refused"), QStringLiteral("nothing")});
+    child.set("MOVER_LIBRARY", incompleteLibrary);
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitCode(), 3);
+    QStringList box = QString::fromUtf8(child.output()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QCOMPARE(box, child.complaints()); // the same as on standard error
+    QVERIFY(box.first().contains(incompleteLibrary));
+}
+
+void tst_LibraryInUse::ignoresAScenarioThatItCannotPlay()
+{
+    Child child(
+        file(QStringLiteral("mover")),
+        {QStringLiteral("--library"), anotherLibrary, QStringLiteral("--scenario"), QStringLiteral("/nowhere.json")});
+    child.start();
+    QTRY_VERIFY_WITH_TIMEOUT(child.handles(SIGTERM), startLimitMs);
+    child.send(SIGTERM);
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.complaints().size(), 1);
+    QVERIFY(child.complaints().first().startsWith(QStringLiteral("--scenario is ignored")));
+}
+
+void tst_LibraryInUse::isFoundOnFirstUseWithoutStartUp()
+{
+    Child child(QStringLiteral(MOVER_FIRST_USE));
+    child.set("MOVER_LIBRARY", anotherLibrary);
+    child.set("CALLED_FUNCTIONS", m_calledFunctions);
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitCode(), 0);
+    QFile called(m_calledFunctions);
+    QVERIFY(called.open(QIODevice::ReadOnly));
+    QCOMPARE(called.readAll(), QByteArray("getRuningState\n"));
+}
+
+void tst_LibraryInUse::aWrongOneEndsAProcessThatUsesIt()
+{
+    Child child(QStringLiteral(MOVER_FIRST_USE));
+    child.set("MOVER_LIBRARY", incompleteLibrary);
+    child.start();
+    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.process.exitCode(), 3);
+    QVERIFY(child.complaints().first().contains(incompleteLibrary));
+}
+
+QTEST_GUILESS_MAIN(tst_LibraryInUse)
+#include "tst_LibraryInUse.moc"
