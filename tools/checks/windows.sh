@@ -53,7 +53,7 @@ in_wine() {
         cd /
         "${user[@]}" env -i PATH="$PATH" LC_ALL=C.UTF-8 HOME="$home" XDG_RUNTIME_DIR="$home/run" TMPDIR="$home" \
             WINEPREFIX="$prefix" WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe=' \
-            QT_LOGGING_RULES='default.debug=false' "$@"
+            WINEQT_LOGGING_RULES='default.debug=false' "$@"
     )
 }
 

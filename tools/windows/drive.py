@@ -15,6 +15,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import urllib.parse
 from typing import NamedTuple
 
 MANUAL = "台式步进电机驱动控制器用户手册.pdf"
@@ -85,11 +86,11 @@ class Program:
         environment = dict(
             os.environ,
             PATH=scratch + os.pathsep + os.environ["PATH"],
-            QT_QPA_GENERIC_PLUGINS="onlooker",
-            QT_PLUGIN_PATH=windows_path(os.path.join(tools, "plugins")),
+            # Wine hands over what begins with QT_ under these names only.
+            WINEQT_QPA_GENERIC_PLUGINS="onlooker",
+            WINEQT_PLUGIN_PATH=windows_path(os.path.join(tools, "plugins")),
             MOVER_SEEN=windows_path(self.seen),
         )
-        environment.pop("QT_QPA_PLATFORM", None)
         self.process = subprocess.Popen(
             ["wine", os.path.join(folder, name), *arguments], env=environment, cwd="/")
 
@@ -107,10 +108,11 @@ class Program:
                 window, active == "1", kind, name, int(x), int(y), int(width), int(height), text.replace("\v", "\n")))
         return int(lines[0] or 0), widgets
 
-    def find(self, window, name, text=None):
-        """The first widget of that name in a window of that class, with that text if one is given."""
-        return next((widget for widget in self.look()[1] if widget.window == window and widget.name == name and
-                     text in (None, widget.text)), None)
+    def find(self, window, name, text=None, *, last=False):
+        """The first or last widget of that name in a window of that class, with that text if one is given."""
+        found = [widget for widget in self.look()[1]
+                 if widget.window == window and widget.name == name and text in (None, widget.text)]
+        return found[-1 if last else 0] if found else None
 
     def see(self, window, name, text=None):
         return wait(f"no {window}.{name} {text or ''}", lambda: self.find(window, name, text))
@@ -121,27 +123,16 @@ class Program:
     def closed(self, window):
         wait(f"{window} stays", lambda: not any(widget.window == window for widget in self.look()[1]))
 
-    def click(self, window, name, *, left=False):
+    def click(self, window, name, *, left=False, last=False):
         # A window that has just come up may still be moved: twice at the same place.
         def settled():
-            first = self.find(window, name)
+            first = self.find(window, name, last=last)
             time.sleep(0.15)
-            second = self.find(window, name)
+            second = self.find(window, name, last=last)
             return first if first and second and first == second and first.active else None
 
         widget = wait(f"{window}.{name} is not to be clicked", settled)
         xdotool("mousemove", widget.x + (8 if left else widget.width // 2), widget.y + widget.height // 2, "click", 1)
-
-    def press(self, box_class, text):
-        """The button with that text of a message box."""
-        def button():
-            found = [widget for widget in self.look()[1]
-                     if widget.window == box_class and widget.kind == "QPushButton" and widget.text == text]
-            return found[0] if found else None
-
-        widget = wait(f"no button {text}", button)
-        xdotool("mousemove", widget.x + widget.width // 2, widget.y + widget.height // 2, "click", 1)
-        self.closed(box_class)
 
     def type(self, window, name, value):
         self.click(window, name)
@@ -201,12 +192,13 @@ def move(program):
 
 def loop_run(program):
     program.click("MoverWidget", "pushButton_circle")
-    program.type("CycleOperationWidget", "doubleSpinBox_relativeDisp", 2)
-    program.click("CycleOperationWidget", "pushButton_right")
+    # It lies over the panel, in the same window.
+    program.type("MoverWidget", "doubleSpinBox_relativeDisp", 2)
+    program.click("MoverWidget", "pushButton_right")
     wait("the loop run does not begin", lambda: program.text("MoverWidget", "label_currentPos") != f"{TARGET:.3f} mm")
-    program.click("CycleOperationWidget", "pushButton_stop")
-    program.click("CycleOperationWidget", "pushButton_close")
-    program.closed("CycleOperationWidget")
+    program.click("MoverWidget", "pushButton_stop", last=True)
+    program.click("MoverWidget", "pushButton_close", last=True)
+    wait("the loop run stays", lambda: not program.find("MoverWidget", "doubleSpinBox_relativeDisp"))
     print("A loop run was begun and stopped.")
 
 
@@ -218,7 +210,7 @@ def use_help(program):
         if not os.path.exists(program.opened):
             return False
         with open(program.opened, encoding="utf-8") as file:
-            return MANUAL in file.read()
+            return MANUAL in urllib.parse.unquote(file.read())
 
     wait("the manual is not opened", opened)
     program.click("HelpWidget", "pushButton_close")
@@ -228,9 +220,11 @@ def use_help(program):
 
 def use_console(program):
     program.click("MoverWidget", "pushButton_debug")
-    program.see("DebugWidget", "pushButton_clear")
-    xdotool("key", "Escape")
-    print("The console opened.")
+    program.click("DebugWidget", "pushButton_28")  # reads the speed
+    wait("the console reads no speed", lambda: program.text("DebugWidget", "lineEdit_result") not in ("", "0"))
+    xdotool("key", "alt+F4")
+    program.closed("DebugWidget")
+    print("The console read the speed.")
 
 
 def use_settings(program):
@@ -287,13 +281,18 @@ def use_title_bar(program):
     print("Full screen and back, minimised and back.")
 
 
+def start(folder, tools, scratch, unplugged):
+    """With a simulated controller that is unplugged after so many seconds."""
+    scenario = os.path.join(scratch, "位移台 – Prüfstand.json")
+    with open(scenario, "w", encoding="utf-8") as file:
+        file.write(SCENARIO % unplugged)
+    return Program(folder, tools, scratch, "--scenario", windows_path(scenario))
+
+
 def drive(folder, tools, scratch, short):
     program = None
     try:
-        scenario = os.path.join(scratch, "位移台 – Prüfstand.json")
-        with open(scenario, "w", encoding="utf-8") as file:
-            file.write(SCENARIO % (10 ** 6 if short else 60))
-        program = Program(folder, tools, scratch, "--scenario", windows_path(scenario))
+        program = start(folder, tools, scratch, 10 ** 6)
         connect(program)
         move(program)
         if not short:
@@ -302,10 +301,12 @@ def drive(folder, tools, scratch, short):
             use_help(program)
             use_console(program)
         use_settings(program)
-        if not short:
-            unplug(program)
         program.close()
         if not short:
+            program = start(folder, tools, scratch, 20)
+            connect(program)
+            unplug(program)
+            program.close()
             program = Program(folder, tools, scratch)
             program.click("MoverWidget", "pushButton_settings")
             program.see("OptionsWidget", "label", "Settings")
