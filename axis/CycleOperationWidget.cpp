@@ -5,6 +5,7 @@
 #include "device/SerialComDev.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/MessageBox.h"
 
 #include "ui_CycleOperationWidget.h"
@@ -16,9 +17,8 @@
 
 CycleOperationWidget::CycleOperationWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(std::make_unique<Ui::CycleOperationWidget>())
+    , ui(makeForm<Ui::CycleOperationWidget>(this))
 {
-    ui->setupUi(this);
     new DialogKeys(this, [this] { on_pushButton_close_clicked(); });
     Dialogs::forgetMouseWhenHidden(this);
     setFocusProxy(ui->doubleSpinBox_relativeDisp);
@@ -81,7 +81,7 @@ void CycleOperationWidget::start(int mode)
     const QString broken =
         MotionLimits::message(MotionRules::brokenByLoopRun(m_axis, travel, speed, acceleration, count), m_axis);
     if (!broken.isEmpty()) {
-        MessageBox::exec(this, broken, MessageBox::Kind::LoopRun);
+        MessageBox::inform(this, broken, MessageBox::Kind::LoopRun);
         return;
     }
     const auto worker = SerialComDev::instance();
@@ -116,11 +116,10 @@ void CycleOperationWidget::on_pushButton_close_clicked()
 {
     if (!m_bIdle) {
         const QPointer<CycleOperationWidget> alive(this); // the panel may be closed under the box
-        constexpr int cancelled = 1;
         // This question is shown as it is in every language.
-        const int answer = MessageBox::exec(
+        const bool consent = MessageBox::confirm(
             this, QStringLiteral("运行中关闭该界面将会自动停止，是否关闭？"), MessageBox::Kind::LoopRun);
-        if (!alive || answer == cancelled)
+        if (!alive || !consent)
             return;
     }
     // Also when the axis stands still: closing always leaves it stopped.

@@ -2,15 +2,15 @@
 #include "axis/DriveParamWidget.h"
 
 #include "device/SerialComDev.h"
+#include "widgets/Form.h"
 
 #include "ui_DriveParamWidget.h"
 
 DriveParamWidget::DriveParamWidget(QWidget *parent)
     : MotionParamPopup(parent)
-    , ui(std::make_unique<Ui::DriveParamWidget>())
+    , ui(makeForm<Ui::DriveParamWidget>(this))
 {
     setAttribute(Qt::WA_TranslucentBackground);
-    ui->setupUi(this);
     setForm(ui->pushButton_confirm, ui->label_relativeUnit, ui->label_speedUnit, ui->label_accUnit);
 }
 

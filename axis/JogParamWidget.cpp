@@ -2,15 +2,15 @@
 #include "axis/JogParamWidget.h"
 
 #include "device/SerialComDev.h"
+#include "widgets/Form.h"
 
 #include "ui_JogParamWidget.h"
 
 JogParamWidget::JogParamWidget(QWidget *parent)
     : MotionParamPopup(parent)
-    , ui(std::make_unique<Ui::JogParamWidget>())
+    , ui(makeForm<Ui::JogParamWidget>(this))
 {
     setAttribute(Qt::WA_TranslucentBackground);
-    ui->setupUi(this);
     setForm(ui->pushButton_confirm, ui->label_stepUnit, nullptr, nullptr);
 }
 

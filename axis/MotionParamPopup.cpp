@@ -90,7 +90,7 @@ void MotionParamPopup::on_pushButton_confirm_clicked()
     if (!broken.isEmpty()) {
         const QPointer<MotionParamPopup> alive(this); // the panel may be closed under the box
         m_bAsking = true;
-        MessageBox::exec(this, broken, MessageBox::Kind::MotionPopup);
+        MessageBox::inform(this, broken, MessageBox::Kind::MotionPopup);
         if (!alive)
             return;
         m_bAsking = false;

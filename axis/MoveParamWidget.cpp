@@ -2,6 +2,7 @@
 #include "axis/MoveParamWidget.h"
 
 #include "device/SerialComDev.h"
+#include "widgets/Form.h"
 
 #include "ui_MoveParamWidget.h"
 
@@ -9,9 +10,8 @@
 
 MoveParamWidget::MoveParamWidget(QWidget *parent)
     : MotionParamPopup(parent)
-    , ui(std::make_unique<Ui::MoveParamWidget>())
+    , ui(makeForm<Ui::MoveParamWidget>(this))
 {
-    ui->setupUi(this);
     // This popup is not translucent: its window has the outline of its picture, arrow and all.
     setMask(QPixmap(QStringLiteral(":/image/settings/moveParam.png")).mask());
     setForm(ui->pushButton_confirm, ui->label_posUnit, ui->label_speedUnit, ui->label_accUnit);

@@ -9,6 +9,7 @@
 #include "device/SerialComDev.h"
 #include "models/DeviceParamWidget.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 
 #include "ui_MoverControlWidget.h"
 
@@ -59,9 +60,9 @@ constexpr Warning warnings[] = {
 
 MoverControlWidget::MoverControlWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(std::make_unique<Ui::MoverControlWidget>())
+    , ui(makeForm<Ui::MoverControlWidget>(this))
     , m_axis(QSharedPointer<ControlAxis>::create(AxisDescription()))
-    , m_log((ui->setupUi(this), ui->textBrowser_operatioInfo))
+    , m_log(ui->textBrowser_operatioInfo)
 {
     setDoingLight(doingLightGray, false);
     setOriginLight(false);
@@ -135,12 +136,25 @@ void MoverControlWidget::setAxis(const QSharedPointer<const ControlAxis> &axis)
     m_loopRun->setAxis(description);
 }
 
+void MoverControlWidget::listenToWorker()
+{
+    SerialComDev *worker = SerialComDev::instance().data();
+    connect(worker, SIGNAL(signal_positionChanged(int, double)), this, SLOT(slot_updateCurrentPos(int, double)));
+    connect(
+        worker, SIGNAL(signal_devStateChanged(int, MotorStageState)), this,
+        SLOT(slot_updateDevState(int, MotorStageState)));
+    connect(
+        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), this,
+        SLOT(slot_showOperationMsg(int, int, int, QString)));
+    worker->announceAnew(m_iIndex);
+}
+
 void MoverControlWidget::writeFirstLogLines(const QString &text)
 {
-    log(LOG_PLAIN, text, LOG_STATE_NONE);
+    log(OPERATION_TYPE_GENERAL, text, OPERATION_STATE_NONE);
     const QString serialNo = SerialComDev::instance()->getAxisSerialNo(m_iIndex);
     if (!serialNo.isEmpty())
-        log(LOG_PLAIN, tr("位移台序列号：") + serialNo, LOG_STATE_NONE);
+        log(OPERATION_TYPE_GENERAL, tr("位移台序列号：") + serialNo, OPERATION_STATE_NONE);
 }
 
 void MoverControlWidget::setMoveBtnEnabled(bool b)
@@ -259,9 +273,9 @@ void MoverControlWidget::slot_updateDevState(int ID, MotorStageState state)
 void MoverControlWidget::showRunCount(quint32 count)
 {
     if (count != 0)
-        log(LOG_RUN_COUNT, QString::number(count), LOG_STATE_RUNNING);
+        log(OPERATION_TYPE_RUN_COUNT, QString::number(count), OPERATION_STATE_RUNNING);
     else if (m_uRunCount != 0)
-        log(LOG_RUN_COUNT, QString::number(m_uRunCount), LOG_STATE_COMPLETED);
+        log(OPERATION_TYPE_RUN_COUNT, QString::number(m_uRunCount), OPERATION_STATE_COMPLETED);
     m_uRunCount = count;
 }
 
@@ -270,7 +284,7 @@ void MoverControlWidget::warnOfLimits(const MotorStageState &state)
     for (const Warning &warning : warnings) {
         const qint16 flag = state.*warning.flag;
         if (flag == 1 && flag != m_sState.*warning.flag)
-            log(LOG_WARNING, tr(warning.text), LOG_STATE_NONE);
+            log(OPERATION_TYPE_WARNING, tr(warning.text), OPERATION_STATE_NONE);
     }
 }
 

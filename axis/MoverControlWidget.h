@@ -41,6 +41,8 @@ public:
 
     /** The axis that the panel is for; its popups and its loop run take unit and limits from it. Once, before use. */
     void setAxis(const QSharedPointer<const ControlAxis> &axis);
+    /** From now on the worker's answers reach the panel, the next ones of its axis as news. */
+    void listenToWorker();
     /** Logs `text` and the stage's serial number. */
     void writeFirstLogLines(const QString &text);
     /** Asks for position and state no more. */

@@ -9,6 +9,7 @@
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/SmallFile.h"
 
 #include "ui_DebugWidget.h"
@@ -19,8 +20,8 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QMessageBox>
-#include <QSaveFile>
 #include <QStandardPaths>
+#include <QTabBar>
 #include <QWindow>
 
 #include <algorithm>
@@ -56,18 +57,22 @@ QString placeFile()
     return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + QStringLiteral("/consolePlace");
 }
 
-std::unique_ptr<Ui::DebugWidget> makeForm(QWidget *window)
-{
-    auto form = std::make_unique<Ui::DebugWidget>();
-    form->setupUi(window);
-    return form;
-}
+/** The buttons of the tab bar, and Qt's own names for them. */
+struct TabScroller {
+    const char *button;
+    const char *name;
+};
+
+constexpr TabScroller tabScrollers[] = {
+    {"ScrollLeftButton", "Scroll Left"},
+    {"ScrollRightButton", "Scroll Right"},
+};
 
 } // namespace
 
 DebugWidget::DebugWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::DebugWidget>(this))
     , m_motorParams(*ui)
     , m_compensation(new CompensationModel(this))
 {
@@ -322,7 +327,9 @@ void DebugWidget::on_pushButton_44_clicked()
         m_heart = QSharedPointer<Heart>::create();
         const auto worker = SerialComDev::instance();
         connect(m_heart.data(), &Heart::heartBreak, this, &DebugWidget::hertBreak);
-        connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_consoleHeartBeat);
+        connect(
+            m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::signal_requestConsoleHeartBeat,
+            Qt::DirectConnection);
         m_heart->listenTo(worker.data(), SIGNAL(signal_consoleHeartBeatInfo(CONTROLER_STATE, int)));
     }
     m_heart->startHeart();
@@ -344,6 +351,10 @@ void DebugWidget::hertBreak(int n)
 void DebugWidget::retranslate()
 {
     ui->retranslateUi(this);
+    // Qt gives them their names once.
+    for (const TabScroller &scroller : tabScrollers)
+        ui->tabWidget->findChild<QWidget *>(QLatin1String(scroller.button))
+            ->setAccessibleName(QTabBar::tr(scroller.name));
     m_compensation->retranslate();
     if (m_result)
         ui->lineEdit_result->setText(m_result());
@@ -371,11 +382,7 @@ void DebugWidget::savePlace() const
 {
     const QFileInfo info(placeFile());
     QDir().mkpath(info.path());
-    QSaveFile file(info.filePath());
-    const QByteArray place = saveGeometry();
-    // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
-    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(place) == place.size())
-        file.commit();
+    SmallFile::save(info.filePath(), saveGeometry());
 }
 
 void DebugWidget::showEvent(QShowEvent *event)

@@ -8,16 +8,17 @@
 #include <optional>
 
 /**
- * Polls on their way to the worker. Those that no command separates make a round, for which the worker is called once.
- * Polls that a slow link cannot keep up with do not pile up in front of a command: of each kind and axis at most Limit
- * wait, later ones are dropped until one has run. Thread-safe.
+ * Polls, beats among them, on their way to the worker. Those that no command separates make a round, for which the
+ * worker is called once. Polls that a slow link cannot keep up with do not pile up in front of a command: of each kind
+ * and axis at most Limit wait, later ones are dropped until one has run. Thread-safe.
  */
 class PollQueue final
 {
 public:
     static constexpr int Limit = 2;
 
-    enum Kind { Position, State };
+    enum Kind { Position, State, Beat, ConsoleBeat };
+    static constexpr int WholeController = -1; // the axis of a beat
 
     struct Poll {
         Kind kind;

@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr int GeneralMessage = 99;
-
 struct Singleton {
     QMutex creation; // guards only the creation
     QSharedPointer<SerialComDev> worker;
@@ -37,24 +35,24 @@ struct StartMode {
     int mode;
     int (*start)(Library library, int id, int axis);
     const char *text;
-    int type;
+    OperationType type;
 };
 
 constexpr StartMode startModes[] = {
     {MOVE_CODE_MOVE, [](Library library, int id, int axis) { return library.startMove(id, axis); },
-     QT_TRANSLATE_NOOP("SerialComDev", "Move"), 1},
+     QT_TRANSLATE_NOOP("SerialComDev", "Move"), OPERATION_TYPE_MOVE},
     {MOVE_CODE_DRIVE_POSITIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), 3},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), OPERATION_TYPE_DRIVE},
     {MOVE_CODE_DRIVE_NEGATIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), 3},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), OPERATION_TYPE_DRIVE},
     {MOVE_CODE_JOG_POSITIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), 5},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), OPERATION_TYPE_JOG},
     {MOVE_CODE_JOG_NEGATIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), 5},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), OPERATION_TYPE_JOG},
     {MOVE_CODE_CIRCLE_POSITIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), 10},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), OPERATION_TYPE_LOOP},
     {MOVE_CODE_CIRCLE_NEGATIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), 10},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), OPERATION_TYPE_LOOP},
 };
 
 /** Values as messages show them: no more digits than needed, none lost of what the number fields take. */
@@ -185,6 +183,18 @@ SerialComDev::SerialComDev()
             requestPoll({PollQueue::State, axis});
         },
         Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_requestHeartBeat, this,
+        [this] {
+            requestPoll({PollQueue::Beat, PollQueue::WholeController});
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_requestConsoleHeartBeat, this,
+        [this] {
+            requestPoll({PollQueue::ConsoleBeat, PollQueue::WholeController});
+        },
+        Qt::DirectConnection);
 
     // Answers are looked at in the thread that gives them: most repeat the last one, and every hop to the panels costs
     // more than the poll itself.
@@ -230,6 +240,7 @@ void SerialComDev::connectCommand(Signal signal, Slot slot)
 
 void SerialComDev::requestPoll(const PollQueue::Poll &poll)
 {
+    const QMutexLocker request(&m_requestMutex);
     if (const auto round = m_polls.add(poll))
         QMetaObject::invokeMethod(
             this, [this, round = *round] { runPolls(round); }, Qt::QueuedConnection);
@@ -238,10 +249,20 @@ void SerialComDev::requestPoll(const PollQueue::Poll &poll)
 void SerialComDev::runPolls(quint32 round)
 {
     while (const auto poll = m_polls.take(round)) {
-        if (poll->kind == PollQueue::Position)
+        switch (poll->kind) {
+        case PollQueue::Position:
             slot_getCurrentPos(poll->axis);
-        else
+            break;
+        case PollQueue::State:
             slot_getCurrentState(poll->axis);
+            break;
+        case PollQueue::Beat:
+            slot_heartBeat();
+            break;
+        case PollQueue::ConsoleBeat:
+            slot_consoleHeartBeat();
+            break;
+        }
     }
 }
 
@@ -530,7 +551,7 @@ void SerialComDev::updateAxisInfo(int axis, Change change)
 }
 
 /** Whether a sequence of calls goes on; if not, its failure is reported. */
-bool SerialComDev::accepted(int result, int axis, int failureType, const QString &failure)
+bool SerialComDev::accepted(int result, int axis, OperationType failureType, const QString &failure)
 {
     if (result >= 0)
         return true;
@@ -539,7 +560,7 @@ bool SerialComDev::accepted(int result, int axis, int failureType, const QString
 }
 
 /** Reports a single call whose text is the same whether it succeeded or failed. */
-void SerialComDev::report(int result, int axis, int type, const QString &text)
+void SerialComDev::report(int result, int axis, OperationType type, const QString &text)
 {
     emit signal_showOperationMsg(axis, result >= 0 ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, type, text);
 }
@@ -577,50 +598,56 @@ void SerialComDev::slot_getCurrentState(int Axis)
 void SerialComDev::reportFailedPoll(int axis, const QString &text)
 {
     m_feed.tell([axis](AnswerListener &listener, AnswerListener::Time at) { listener.pollFailed(axis, at); });
-    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, GeneralMessage, text);
+    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, OPERATION_TYPE_GENERAL, text);
 }
 
 void SerialComDev::slot_setSpeedParams(int Axis, double acc, double speed)
 {
     const LibraryLock library;
-    if (!accepted(library->setSpeed(m_iDeviceId, Axis, speed), Axis, GeneralMessage, tr("设置速度参数出错")))
+    if (!accepted(library->setSpeed(m_iDeviceId, Axis, speed), Axis, OPERATION_TYPE_GENERAL, tr("设置速度参数出错")))
         return;
     updateAxisInfo(Axis, [speed](MotorDevInfo &info) { info.speed = speed; });
-    if (!accepted(library->setAcceleration(m_iDeviceId, Axis, acc), Axis, GeneralMessage, tr("设置加速度参数出错")))
+    if (!accepted(
+            library->setAcceleration(m_iDeviceId, Axis, acc), Axis, OPERATION_TYPE_GENERAL, tr("设置加速度参数出错")))
         return;
     updateAxisInfo(Axis, [acc](MotorDevInfo &info) { info.acceleration = acc; });
     emit signal_showOperationMsg(
-        Axis, OPERATION_STATE_OK, GeneralMessage, tr("设置参数，速度：%1，加速度：%2").arg(shown(speed), shown(acc)));
+        Axis, OPERATION_STATE_OK, OPERATION_TYPE_GENERAL,
+        tr("设置参数，速度：%1，加速度：%2").arg(shown(speed), shown(acc)));
 }
 
 void SerialComDev::slot_setRelativeDispParams(int Axis, double disp, bool enable)
 {
     const LibraryLock library;
-    if (!accepted(library->setRelativeDisp(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置相对位移参数出错")))
+    if (!accepted(
+            library->setRelativeDisp(m_iDeviceId, Axis, disp), Axis, OPERATION_TYPE_GENERAL,
+            tr("设置相对位移参数出错")))
         return;
     updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.relativeDisp = disp; });
     if (!accepted(
-            library->setRelativeDispEnable(m_iDeviceId, Axis, enable), Axis, GeneralMessage,
+            library->setRelativeDispEnable(m_iDeviceId, Axis, enable), Axis, OPERATION_TYPE_GENERAL,
             tr("设置相对位移使能参数出错")))
         return;
     updateAxisInfo(Axis, [enable](MotorDevInfo &info) { info.relativeDispEnable = enable; });
     emit signal_showOperationMsg(
-        Axis, OPERATION_STATE_OK, 4,
+        Axis, OPERATION_STATE_OK, OPERATION_TYPE_DISPLACEMENT,
         tr("设置参数，相对位移：%1，使能：%2").arg(shown(disp), QString::number(int(enable))));
 }
 
 void SerialComDev::slot_setAbsoluteDispParams(int Axis, double disp)
 {
     const LibraryLock library;
-    if (!accepted(library->setTargetPos(m_iDeviceId, Axis, disp), Axis, GeneralMessage, tr("设置目标位置参数出错")))
+    if (!accepted(
+            library->setTargetPos(m_iDeviceId, Axis, disp), Axis, OPERATION_TYPE_GENERAL, tr("设置目标位置参数出错")))
         return;
     updateAxisInfo(Axis, [disp](MotorDevInfo &info) { info.targetPos = disp; });
-    emit signal_showOperationMsg(Axis, OPERATION_STATE_OK, 2, tr("设置参数，目标位置：%1").arg(shown(disp)));
+    emit signal_showOperationMsg(
+        Axis, OPERATION_STATE_OK, OPERATION_TYPE_TARGET, tr("设置参数，目标位置：%1").arg(shown(disp)));
 }
 
 void SerialComDev::slot_setJogParams(int Axis, double step, int count, int delay)
 {
-    constexpr int type = 6;
+    constexpr OperationType type = OPERATION_TYPE_JOG_PARAMS;
     const LibraryLock library;
     if (!accepted(library->setJogStep(m_iDeviceId, Axis, step), Axis, type, tr("设置JOG步长失败")))
         return;
@@ -638,7 +665,7 @@ void SerialComDev::slot_setJogParams(int Axis, double step, int count, int delay
 
 void SerialComDev::slot_setCircleParams(int Axis, int count, double disp, int delay)
 {
-    constexpr int type = 11;
+    constexpr OperationType type = OPERATION_TYPE_LOOP_PARAMS;
     const LibraryLock library;
     if (!accepted(library->setCircleCount(m_iDeviceId, Axis, count), Axis, type, tr("设置循环次数失败")))
         return;
@@ -655,7 +682,7 @@ void SerialComDev::slot_setCircleParams(int Axis, int count, double disp, int de
 
 void SerialComDev::slot_setTriggerParams(int Axis, int intput, int output)
 {
-    constexpr int type = 11;
+    constexpr OperationType type = OPERATION_TYPE_LOOP_PARAMS;
     const LibraryLock library;
     if (accepted(
             library->setTriggerInEnable(m_iDeviceId, Axis, intput), Axis, type,
@@ -668,7 +695,9 @@ void SerialComDev::slot_setTriggerParams(int Axis, int intput, int output)
 void SerialComDev::slot_setTriggerInDisp(int Axis, double disp)
 {
     const LibraryLock library;
-    accepted(library->setTriggerStep(m_iDeviceId, Axis, disp), Axis, 11, tr("设置触发输入位移量失败，轴:%1").arg(Axis));
+    accepted(
+        library->setTriggerStep(m_iDeviceId, Axis, disp), Axis, OPERATION_TYPE_LOOP_PARAMS,
+        tr("设置触发输入位移量失败，轴:%1").arg(Axis));
 }
 
 void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
@@ -683,7 +712,7 @@ void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
     const int result = library->stopRuning(m_iDeviceId, Axis); // before its text is looked up
-    report(result, Axis, 8, tr("停止运行"));
+    report(result, Axis, OPERATION_TYPE_STOP, tr("停止运行"));
 }
 
 void SerialComDev::slot_startMotor(int Axis, int mode)
@@ -699,7 +728,7 @@ void SerialComDev::slot_startMotor(int Axis, int mode)
 void SerialComDev::slot_homeMotor(int Axis)
 {
     const LibraryLock library;
-    report(library->home(m_iDeviceId, Axis), Axis, 13, tr("电机复位"));
+    report(library->home(m_iDeviceId, Axis), Axis, OPERATION_TYPE_HOME, tr("电机复位"));
 }
 
 void SerialComDev::slot_enableMotor(int Axis, bool enable)

@@ -13,10 +13,34 @@
 
 #include <atomic>
 
-/** States of an operation message, see SerialComDev::signal_showOperationMsg. */
+/** States of an operation message, see SerialComDev::signal_showOperationMsg. The worker sends FAIL and OK. */
 enum OperationState {
+    OPERATION_STATE_RUNNING = 0,
+    OPERATION_STATE_CANCELLED = 1,
     OPERATION_STATE_FAIL = 2, // the library reported failure
     OPERATION_STATE_OK = 3,   // the operation was accepted
+    OPERATION_STATE_COMPLETED = 4,
+    OPERATION_STATE_NONE = 99, // says nothing
+};
+
+/** What an operation message is about. Those marked so are only written by the panel, or by nobody. */
+enum OperationType {
+    OPERATION_TYPE_DEVICE_PARAMS = 0, // by nobody
+    OPERATION_TYPE_MOVE = 1,
+    OPERATION_TYPE_TARGET = 2, // the target position is set
+    OPERATION_TYPE_DRIVE = 3,
+    OPERATION_TYPE_DISPLACEMENT = 4, // the relative displacement is set
+    OPERATION_TYPE_JOG = 5,
+    OPERATION_TYPE_JOG_PARAMS = 6,
+    OPERATION_TYPE_RESTORE = 7, // by nobody
+    OPERATION_TYPE_STOP = 8,
+    OPERATION_TYPE_ENABLE = 9, // by nobody
+    OPERATION_TYPE_LOOP = 10,
+    OPERATION_TYPE_LOOP_PARAMS = 11, // and those of the trigger
+    OPERATION_TYPE_RUN_COUNT = 12,   // by the panel: live counter of a loop run
+    OPERATION_TYPE_HOME = 13,
+    OPERATION_TYPE_WARNING = 98, // by the panel: red
+    OPERATION_TYPE_GENERAL = 99, // no leading word
 };
 
 /** Start modes of SerialComDev::signal_startMotor. */
@@ -153,6 +177,9 @@ signals:
     void signal_setRockerEnabled(bool b);
     void signal_setTriggerInDisp(int Axis, double disp);
     void signal_setPosConpenEnable(int Axis, bool b);
+    // From whichever thread, while the worker is sure to live.
+    void signal_requestHeartBeat();
+    void signal_requestConsoleHeartBeat();
 
     // Answers, from the worker thread. Receivers that may go while the worker lives connect by signature, SIGNAL() and
     // SLOT(): Qt 5.15 leaks a connection by member functions whose receiver goes while another thread emits.
@@ -165,9 +192,7 @@ signals:
     /** As signal_heartBeatInfo, for the engineering console: neither counts the beats that the other one misses. */
     void signal_consoleHeartBeatInfo(CONTROLER_STATE state, int ret);
     /**
-     * Outcome of an operation on axis ID. state: OperationState. type: 1 move, 2 target set, 3 drive, 4 displacement
-     * set, 5 jog, 6 jog parameters, 8 stop, 10 loop run, 11 loop parameters and trigger, 13 homing, 99 general.
-     * msg: already translated.
+     * Outcome of an operation on axis ID. state: OperationState. type: OperationType. msg: already translated.
      */
     void signal_showOperationMsg(int ID, int state, int type, QString msg);
 
@@ -189,7 +214,7 @@ public slots:
     void slot_setRockerEnabled(bool b);
     void slot_setTriggerInDisp(int Axis, double disp);
     void slot_setPosConpenEnable(int Axis, bool b);
-    /** One sign of life: reads the joystick information. */
+    /** One sign of life: reads the joystick information. Called directly, it always does. */
     void slot_heartBeat();
     /** As slot_heartBeat, answered by signal_consoleHeartBeatInfo. */
     void slot_consoleHeartBeat();
@@ -197,8 +222,8 @@ public slots:
 private:
     SerialComDev();
 
-    bool accepted(int result, int axis, int failureType, const QString &failure);
-    void report(int result, int axis, int type, const QString &text);
+    bool accepted(int result, int axis, OperationType failureType, const QString &failure);
+    void report(int result, int axis, OperationType type, const QString &text);
     void reportFailedPoll(int axis, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeWithin(QDeadlineTimer deadline);
@@ -216,6 +241,7 @@ private:
     mutable QMutex m_registryMutex; // both registries are written by either thread
     QMap<int, MotorDevInfo> m_axisInfo;
     QMap<int, int> m_autoDetect;
+    QMutex m_requestMutex; // whatever another thread adds to a round follows the call for it
     PollQueue m_polls;
     AnswerFeed m_feed;
     AnswerFilter<double> m_positions;

@@ -6,6 +6,7 @@
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/MessageBox.h"
 
 #include "ui_AddControlsWidget.h"
@@ -15,13 +16,6 @@
 #include <QListView>
 
 namespace {
-
-std::unique_ptr<Ui::AddControlsWidget> makeForm(AddControlsWidget *dialog)
-{
-    auto form = std::make_unique<Ui::AddControlsWidget>();
-    form->setupUi(dialog);
-    return form;
-}
 
 /** A plain list view, so that the style sheet reaches the items of the pop-up. */
 QListView *popupView(QWidget *parent)
@@ -42,29 +36,29 @@ bool writeStage(int axis, const MoverDevParam &stage)
 
 AddControlsWidget::AddControlsWidget(QWidget *parent)
     : QWidget(parent)
-    , m_ui(makeForm(this))
-    , m_drag(this, m_ui->widget_title)
+    , ui(makeForm<Ui::AddControlsWidget>(this))
+    , m_drag(this, ui->widget_title)
 {
     qRegisterMetaType<MoverDevParam>("MoverDevParam");
-    Dialogs::makeFrameless(this, m_ui->widget_back);
+    Dialogs::makeFrameless(this, ui->widget_back);
     new DialogKeys(
-        this, [this] { close(); }, m_ui->pushButton_confirm);
-    m_ui->comboBox_models->setModel(&m_offered);
-    m_ui->comboBox_models->setView(popupView(this));
-    m_ui->comboBox_Axsi->setView(popupView(this));
-    m_ui->buttonGroup_types->setId(m_ui->pushButton_lineControl, STAGE_LINEAR);
-    m_ui->buttonGroup_types->setId(m_ui->pushButton_rotationControl, STAGE_ROTATION);
-    m_ui->buttonGroup_types->setId(m_ui->pushButton_angularControl, STAGE_ANGULAR);
-    m_ui->buttonGroup_types->setId(m_ui->pushButton_liftingControl, STAGE_LIFTING);
-    m_ui->comboBox_models->setFocus(); // ready for a name to be typed
+        this, [this] { close(); }, ui->pushButton_confirm);
+    ui->comboBox_models->setModel(&m_offered);
+    ui->comboBox_models->setView(popupView(this));
+    ui->comboBox_Axsi->setView(popupView(this));
+    ui->buttonGroup_types->setId(ui->pushButton_lineControl, STAGE_LINEAR);
+    ui->buttonGroup_types->setId(ui->pushButton_rotationControl, STAGE_ROTATION);
+    ui->buttonGroup_types->setId(ui->pushButton_angularControl, STAGE_ANGULAR);
+    ui->buttonGroup_types->setId(ui->pushButton_liftingControl, STAGE_LIFTING);
+    ui->comboBox_models->setFocus(); // ready for a name to be typed
 }
 
 AddControlsWidget::~AddControlsWidget() = default;
 
 void AddControlsWidget::setAxisNames(const QStringList &names)
 {
-    m_ui->comboBox_Axsi->clear();
-    m_ui->comboBox_Axsi->addItems(names);
+    ui->comboBox_Axsi->clear();
+    ui->comboBox_Axsi->addItems(names);
 }
 
 void AddControlsWidget::loadModelsData()
@@ -80,14 +74,14 @@ void AddControlsWidget::loadModelsJson(const QJsonDocument &document)
 
 int AddControlsWidget::moveType() const
 {
-    return m_ui->buttonGroup_types->checkedId();
+    return ui->buttonGroup_types->checkedId();
 }
 
 void AddControlsWidget::showModels()
 {
     m_offered.setStringList(m_catalogue.names(moveType()));
     // A combo box with a placeholder does not choose its first item by itself.
-    m_ui->comboBox_models->setCurrentIndex(0);
+    ui->comboBox_models->setCurrentIndex(0);
 }
 
 void AddControlsWidget::on_pushButton_close_clicked()
@@ -97,8 +91,8 @@ void AddControlsWidget::on_pushButton_close_clicked()
 
 void AddControlsWidget::on_pushButton_confirm_clicked()
 {
-    const QString axisName = m_ui->comboBox_Axsi->currentText();
-    const QString modelName = m_ui->comboBox_models->currentText();
+    const QString axisName = ui->comboBox_Axsi->currentText();
+    const QString modelName = ui->comboBox_models->currentText();
     qDebug() << "on_pushButton_confirm_clicked" << modelName;
     if (axisName.isEmpty() || modelName.isEmpty())
         return;
@@ -106,7 +100,7 @@ void AddControlsWidget::on_pushButton_confirm_clicked()
     const std::optional<MoverDevParam> stage = m_catalogue.find(modelName, moveType());
     const int axis = QString(axisName).remove(QLatin1String("Axis")).toInt() - 1;
     if (!stage || !writeStage(axis, *stage)) {
-        MessageBox::exec(this, tr("参数配置错误!请重试。"));
+        MessageBox::inform(this, tr("参数配置错误!请重试。"));
         return;
     }
     emit signal_addControl(modelName, axis, *stage, false);
@@ -136,6 +130,6 @@ void AddControlsWidget::on_pushButton_liftingControl_clicked()
 void AddControlsWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange)
-        m_ui->retranslateUi(this);
+        ui->retranslateUi(this);
     QWidget::changeEvent(event);
 }

@@ -55,7 +55,7 @@ private:
     int moveType() const;
     void showModels();
 
-    std::unique_ptr<Ui::AddControlsWidget> m_ui;
+    std::unique_ptr<Ui::AddControlsWidget> ui;
     TitleBarDrag m_drag;
     StageModelCatalogue m_catalogue;
     QStringListModel m_offered; // the combo box's own model makes an object of each of 20,000 names

@@ -4,6 +4,7 @@
 #include "device/SerialComDev.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 
 #include "ui_DeviceParamWidget.h"
 
@@ -13,34 +14,33 @@
 // pushButton_file has no slot, on purpose: the name of the configuration file is typed by hand.
 DeviceParamWidget::DeviceParamWidget(QWidget *parent)
     : QWidget(parent)
-    , m_ui(std::make_unique<Ui::DeviceParamWidget>())
+    , ui(makeForm<Ui::DeviceParamWidget>(this))
 {
-    m_ui->setupUi(this);
     new DialogKeys(this, [this] { hide(); });
     Dialogs::forgetMouseWhenHidden(this);
-    setFocusProxy(m_ui->checkBox_input);
+    setFocusProxy(ui->checkBox_input);
 }
 
 DeviceParamWidget::~DeviceParamWidget() = default;
 
 void DeviceParamWidget::setInputEnabled(bool enabled)
 {
-    m_ui->checkBox_input->setChecked(enabled);
+    ui->checkBox_input->setChecked(enabled);
 }
 
 bool DeviceParamWidget::isInputEnabled() const
 {
-    return m_ui->checkBox_input->isChecked();
+    return ui->checkBox_input->isChecked();
 }
 
 void DeviceParamWidget::setOutputEnabled(bool enabled)
 {
-    m_ui->checkBox_output->setChecked(enabled);
+    ui->checkBox_output->setChecked(enabled);
 }
 
 bool DeviceParamWidget::isOutputEnabled() const
 {
-    return m_ui->checkBox_output->isChecked();
+    return ui->checkBox_output->isChecked();
 }
 
 void DeviceParamWidget::on_pushButton_confirm_clicked()
@@ -51,8 +51,7 @@ void DeviceParamWidget::on_pushButton_confirm_clicked()
 void DeviceParamWidget::on_pushButton_writeConfig_clicked()
 {
     emit SerialComDev::instance()->signal_setMotorConfig(
-        m_ui->comboBox_motorID->currentText().toInt(), m_ui->lineEdit_motorModel->text(),
-        m_ui->lineEdit_fileName->text());
+        ui->comboBox_motorID->currentText().toInt(), ui->lineEdit_motorModel->text(), ui->lineEdit_fileName->text());
 }
 
 /** Tab does not lead to the panel underneath. */
@@ -64,13 +63,13 @@ bool DeviceParamWidget::focusNextPrevChild(bool next)
 void DeviceParamWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange)
-        m_ui->retranslateUi(this);
+        ui->retranslateUi(this);
     QWidget::changeEvent(event);
 }
 
 void DeviceParamWidget::mousePressEvent(QMouseEvent *event)
 {
-    if (!m_ui->widget_back->geometry().contains(event->localPos().toPoint()))
+    if (!ui->widget_back->geometry().contains(event->localPos().toPoint()))
         hide();
     QWidget::mousePressEvent(event);
 }

@@ -41,6 +41,6 @@ private slots:
     void on_pushButton_writeConfig_clicked();
 
 private:
-    std::unique_ptr<Ui::DeviceParamWidget> m_ui;
+    std::unique_ptr<Ui::DeviceParamWidget> ui;
     int m_iAxis = 0;
 };

@@ -113,5 +113,5 @@ void AxisSettings::switchPosConpenOff() const
 
 void AxisSettings::tip(const QString &text) const
 {
-    MessageBox::exec(m_controls.trigger->window(), text);
+    MessageBox::inform(m_controls.trigger->window(), text);
 }

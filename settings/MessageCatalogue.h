@@ -7,8 +7,9 @@
 namespace MessageCatalogue {
 
 /**
- * Whether every message of the catalogue lies within it. QTranslator only looks at how the file begins and follows the
- * lengths in it wherever they lead. Catalogues that refer to others are refused.
+ * Whether QTranslator (Qt 5.15) reads nothing beside the catalogue: it only looks at how the file begins and follows
+ * the lengths and places in it wherever they lead. Catalogues that refer to others are refused, because it maps those
+ * without a look at them.
  */
 bool isWhole(const QByteArray &qm);
 

@@ -6,6 +6,7 @@
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/SmallFile.h"
 
 #include "ui_OptionsWidget.h"
@@ -40,18 +41,11 @@ bool loadCatalogue(const QString &name, QTranslator *translator, QByteArray *byt
            translator->load(reinterpret_cast<const uchar *>(bytes->constData()), bytes->size());
 }
 
-std::unique_ptr<Ui::OptionsWidget> makeForm(QWidget *dialog)
-{
-    auto form = std::make_unique<Ui::OptionsWidget>();
-    form->setupUi(dialog);
-    return form;
-}
-
 } // namespace
 
 OptionsWidget::OptionsWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::OptionsWidget>(this))
     , m_drag(this, ui->widget_title)
     , m_store(
           QCoreApplication::applicationDirPath(), QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation))

@@ -5,6 +5,7 @@
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 
 #include "ui_ConnectionWidget.h"
 
@@ -14,18 +15,12 @@
 namespace {
 
 constexpr int hideMsgMs = 5000;
-std::unique_ptr<Ui::ConnectionWidget> makeForm(QWidget *window)
-{
-    auto form = std::make_unique<Ui::ConnectionWidget>();
-    form->setupUi(window);
-    return form;
-}
 
 } // namespace
 
 ConnectionWidget::ConnectionWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::ConnectionWidget>(this))
     , m_drag(this, ui->widget_title)
     , m_session(ControlSession::instance())
     , m_hideTimer(this)

@@ -4,6 +4,7 @@
 #include "device/MotionLibrary.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 
 #include "ui_HelpWidget.h"
 
@@ -31,33 +32,26 @@ constexpr Link links[] = {
 };
 // clang-format on
 
-std::unique_ptr<Ui::HelpWidget> makeForm(HelpWidget *popup)
-{
-    auto form = std::make_unique<Ui::HelpWidget>();
-    form->setupUi(popup);
-    return form;
-}
-
 } // namespace
 
 HelpWidget::HelpWidget(QWidget *parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
-    , m_ui(makeForm(this))
-    , m_drag(this, m_ui->widget_title, Qt::LeftButton)
+    , ui(makeForm<Ui::HelpWidget>(this))
+    , m_drag(this, ui->widget_title, Qt::LeftButton)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     Dialogs::forgetMouseWhenHidden(this);
     new DialogKeys(this, [this] { hide(); });
-    m_ui->label_softwareVersion->setText(QStringLiteral("V" MOVER_VERSION));
-    m_ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));
-    m_ui->label_learnMore->setOpenExternalLinks(true);
+    ui->label_softwareVersion->setText(QStringLiteral("V" MOVER_VERSION));
+    ui->label_copyright->setText(QString::fromUtf8(MOVER_COPYRIGHT));
+    ui->label_learnMore->setOpenExternalLinks(true);
     for (const Link &link : links) {
-        (m_ui.get()->*link.label)->setTarget(QString::fromUtf8(link.target));
+        (ui.get()->*link.label)->setTarget(QString::fromUtf8(link.target));
         if (link.label != &Ui::HelpWidget::label_learnMore)
-            connect(m_ui.get()->*link.label, &QLabel::linkActivated, this, &HelpWidget::slot_linkActivated);
+            connect(ui.get()->*link.label, &QLabel::linkActivated, this, &HelpWidget::slot_linkActivated);
     }
     showTexts();
-    m_ui->label_manual->setFocus();
+    ui->label_manual->setFocus();
 }
 
 HelpWidget::~HelpWidget() = default;
@@ -65,7 +59,7 @@ HelpWidget::~HelpWidget() = default;
 void HelpWidget::setFirmwareVersion(const QString &version)
 {
     m_sFirmwareVersion = version;
-    m_ui->label_firmwareVersion->setText(version);
+    ui->label_firmwareVersion->setText(version);
 }
 
 void HelpWidget::showTexts()
@@ -73,11 +67,11 @@ void HelpWidget::showTexts()
     // The target is not quoted: the blank ends it, so a label reports the target alone.
     const QString form = QStringLiteral("<a style='color: orange; text-decoration: none' href = %1 ?type=lately>%2");
     for (const Link &link : links)
-        (m_ui.get()->*link.label)->setText(form.arg(QString::fromUtf8(link.target), tr(link.text)));
-    m_ui->label_firmwareVersion->setText(m_sFirmwareVersion);
+        (ui.get()->*link.label)->setText(form.arg(QString::fromUtf8(link.target), tr(link.text)));
+    ui->label_firmwareVersion->setText(m_sFirmwareVersion);
     if (const MotionLibrary *library = MotionLibrary::loaded()) {
-        m_ui->label_library->setText(library->isSimulated() ? tr("模拟控制器") : QFileInfo(library->file()).fileName());
-        m_ui->label_library->setToolTip(QDir::toNativeSeparators(library->file()));
+        ui->label_library->setText(library->isSimulated() ? tr("模拟控制器") : QFileInfo(library->file()).fileName());
+        ui->label_library->setToolTip(QDir::toNativeSeparators(library->file()));
     }
 }
 
@@ -94,7 +88,7 @@ void HelpWidget::on_pushButton_close_clicked()
 void HelpWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange) {
-        m_ui->retranslateUi(this);
+        ui->retranslateUi(this);
         showTexts();
     }
     QWidget::changeEvent(event);

@@ -40,7 +40,7 @@ private slots:
 private:
     void showTexts();
 
-    std::unique_ptr<Ui::HelpWidget> m_ui;
+    std::unique_ptr<Ui::HelpWidget> ui;
     TitleBarDrag m_drag;
     QString m_sFirmwareVersion;
 };

@@ -17,6 +17,7 @@
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
+#include "widgets/Form.h"
 #include "widgets/MessageBox.h"
 
 #include "ui_MoverWidget.h"
@@ -51,18 +52,11 @@ QString connectSheet(const char *suffix)
         .arg(QLatin1String(suffix));
 }
 
-std::unique_ptr<Ui::MoverWidget> makeForm(QWidget *window)
-{
-    auto form = std::make_unique<Ui::MoverWidget>();
-    form->setupUi(window);
-    return form;
-}
-
 } // namespace
 
 MoverWidget::MoverWidget(QWidget *parent)
     : QWidget(parent)
-    , ui(makeForm(this))
+    , ui(makeForm<Ui::MoverWidget>(this))
     , m_session(ControlSession::instance())
     , m_drag(this, ui->widget_titleBar)
 {
@@ -105,7 +99,8 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(
         m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
-    connect(m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat, Qt::QueuedConnection);
+    connect(
+        m_heart.data(), &Heart::sendHeart, worker.data(), &SerialComDev::signal_requestHeartBeat, Qt::DirectConnection);
     m_heart->listenTo(worker.data(), SIGNAL(signal_heartBeatInfo(CONTROLER_STATE, int)));
 
     m_console = std::make_unique<DebugWidget>();
@@ -266,16 +261,7 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_closed, this, &MoverWidget::slot_controlWidgetClosed);
     connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
-
-    SerialComDev *worker = SerialComDev::instance().data();
-    connect(worker, SIGNAL(signal_positionChanged(int, double)), panel, SLOT(slot_updateCurrentPos(int, double)));
-    connect(
-        worker, SIGNAL(signal_devStateChanged(int, MotorStageState)), panel,
-        SLOT(slot_updateDevState(int, MotorStageState)));
-    connect(
-        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), panel,
-        SLOT(slot_showOperationMsg(int, int, int, QString)));
-    worker->announceAnew(panel->index());
+    panel->listenToWorker();
 }
 
 void MoverWidget::slot_AsixButtonClicked(bool)
@@ -310,7 +296,7 @@ void MoverWidget::slot_expandContorl(bool expand)
 void MoverWidget::slot_controlWidgetClosed(QString name)
 {
     const QPointer<MoverWidget> alive(this);
-    const bool consent = MessageBox::exec(this, tr("您确定要关闭控制轴窗口吗?")) != 0;
+    const bool consent = MessageBox::confirm(this, tr("您确定要关闭控制轴窗口吗?"));
     if (!alive || !consent)
         return;
     // Looked up after the question: the panel may be gone by then.
@@ -322,7 +308,7 @@ void MoverWidget::slot_controlWidgetClosed(QString name)
 
 void MoverWidget::slot_showTipMessage(QString msg)
 {
-    MessageBox::exec(this, msg);
+    MessageBox::inform(this, msg);
 }
 
 // ---- Joystick ------------------------------------------------------------------------------------------------------

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "shell/PlaceholderWidget.h"
 
+#include "widgets/Form.h"
+
 #include "ui_PlaceholderWidget.h"
 
 PlaceholderWidget::PlaceholderWidget(QWidget *parent)
     : QWidget(parent)
-    , m_ui(std::make_unique<Ui::PlaceholderWidget>())
+    , ui(makeForm<Ui::PlaceholderWidget>(this))
 {
-    m_ui->setupUi(this);
-    m_ui->label_link->setText(QString::fromUtf8(MOVER_WEB_ADDRESS));
+    ui->label_link->setText(QString::fromUtf8(MOVER_WEB_ADDRESS));
     hide(); // a child that was never hidden would appear with its parent
 }
 

@@ -19,5 +19,5 @@ public:
     ~PlaceholderWidget() override;
 
 private:
-    std::unique_ptr<Ui::PlaceholderWidget> m_ui;
+    std::unique_ptr<Ui::PlaceholderWidget> ui;
 };

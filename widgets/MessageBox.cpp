@@ -121,7 +121,7 @@ private:
 
 } // namespace
 
-int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
+bool MessageBox::confirm(QWidget *parent, const QString &text, Kind kind)
 {
     const Look look = lookOf(kind);
 
@@ -140,14 +140,19 @@ int MessageBox::exec(QWidget *parent, const QString &text, Kind kind)
     const QString cancelText = QCoreApplication::translate("MessageBox", "取消");
     if (look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
-    QPushButton *const confirm = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
+    QPushButton *const consent = addButton(QCoreApplication::translate("MessageBox", "确认"), QMessageBox::AcceptRole);
     if (!look.cancelFirst)
         addButton(cancelText, QMessageBox::RejectRole);
 
     box->setStyleSheet(boxSheet(look, widestLine(text) + 100));
     box->exec();
     // Not the result of exec(): a box whose event loop was ended from outside has neither consented nor refused.
-    const bool confirmed = box && box->clickedButton() == confirm;
+    const bool confirmed = box && box->clickedButton() == consent;
     delete box.data(); // null when it went with its parent
-    return confirmed == look.cancelFirst ? 1 : 0;
+    return confirmed;
+}
+
+void MessageBox::inform(QWidget *parent, const QString &text, Kind kind)
+{
+    confirm(parent, text, kind);
 }

@@ -4,8 +4,9 @@
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 
-/** Reading of the small files that the program has beside it, whatever stands there in their place. */
+/** The small files that the program keeps, whatever stands there in their place. */
 namespace SmallFile {
 
 /**
@@ -20,6 +21,15 @@ inline QByteArray read(const QString &path, qint64 limit)
     QByteArray bytes = file.read(limit + 1);
     bytes.squeeze(); // else the room for all of them would be kept
     return bytes.size() > limit ? QByteArray() : bytes;
+}
+
+/** Replaces the file as a whole, in a folder that is there. False when that fails: then it stays as it was. */
+inline bool save(const QString &path, const QByteArray &bytes)
+{
+    QSaveFile file(path);
+    // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(bytes) == bytes.size() &&
+           file.commit();
 }
 
 } // namespace SmallFile

@@ -1,6 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/TDoubleSpinBox.h"
 
+#include <algorithm>
+
+namespace {
+
+const QLatin1Char comma(',');
+
+/** Whether what has come in, and ends at `end`, could mean thousands. Shown texts have no comma, so any is new. */
+bool mayHaveGroups(const QString &input, int end)
+{
+    const int first = input.indexOf(comma);
+    if (first < 0)
+        return false;
+    const auto begin = input.begin() + first + 1;
+    const auto behind =
+        std::find_if(begin, input.begin() + std::max(first + 1, end), [](QChar each) { return !each.isDigit(); });
+    return behind - begin == 3 || input.count(comma) > 1;
+}
+
+} // namespace
+
 TDoubleSpinBox::TDoubleSpinBox(QWidget *parent)
     : QDoubleSpinBox(parent)
 {
@@ -21,6 +41,8 @@ QString TDoubleSpinBox::textFromValue(double value) const
 
 QValidator::State TDoubleSpinBox::validate(QString &input, int &pos) const
 {
-    input.replace(QLatin1Char(','), QLatin1Char('.'));
+    if (mayHaveGroups(input, pos))
+        return QValidator::Invalid;
+    input.replace(comma, QLatin1Char('.'));
     return QDoubleSpinBox::validate(input, pos);
 }

@@ -12,6 +12,7 @@
 #include "models/StageParams.h"
 #include "shell/MoverWidget.h"
 #include "simulator/SimulatorControl.h"
+#include "support/Robot.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -36,11 +37,11 @@ struct FilledLog {
         browser.resize(336, 300);
         browser.show();
         for (int k = 0; k < entries; ++k)
-            log.append(LOG_PLAIN, QString::number(k), LOG_STATE_NONE);
+            log.append(OPERATION_TYPE_GENERAL, QString::number(k), OPERATION_STATE_NONE);
         QCoreApplication::processEvents();
     }
-    void append() { log.append(1, QStringLiteral("10.000"), 3); }
-    void count() { log.append(LOG_RUN_COUNT, QString::number(++runs), LOG_STATE_RUNNING); }
+    void append() { log.append(OPERATION_TYPE_MOVE, QStringLiteral("10.000"), OPERATION_STATE_OK); }
+    void count() { log.append(OPERATION_TYPE_RUN_COUNT, QString::number(++runs), OPERATION_STATE_RUNNING); }
 
     QTextBrowser browser;
     OperationLog log{&browser};
@@ -99,14 +100,10 @@ long privateMemory()
 
 void answerBox()
 {
-    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-    if (!box)
+    QAbstractButton *confirm = Robot::boxButton(QMessageBox::AcceptRole);
+    if (!confirm)
         qFatal("no question before a panel is closed");
-    const QList<QAbstractButton *> buttons = box->buttons();
-    for (QAbstractButton *button : buttons) {
-        if (box->buttonRole(button) == QMessageBox::AcceptRole)
-            button->click();
-    }
+    confirm->click();
 }
 
 } // namespace

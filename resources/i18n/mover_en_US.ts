@@ -1074,6 +1074,11 @@ is correctly connected!</translation>
         <source>写入电机参数成功</source>
         <translation>Write motor parameters successfully</translation>
     </message>
+    <message>
+        <source>关闭</source>
+        <comment>the dialog</comment>
+        <translation>Close</translation>
+    </message>
 </context>
 <context>
     <name>SerialComDev</name>

@@ -211,7 +211,6 @@ private:
     }
     MotionParamPopup *popupOf(const QString &toggle) const;
     void click(const char *button) const { QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton); }
-    void wire() const;
     void setAxis(const AxisDescription &axis) { m_panel->setAxis(QSharedPointer<ControlAxis>::create(axis)); }
     void startLoopRun() const;
     void letPass(double seconds);
@@ -237,20 +236,6 @@ void tst_MoverControlWidget::cleanup()
 {
     m_panel.reset();
     end();
-}
-
-/** The answers reach the panel as in the main window. */
-void tst_MoverControlWidget::wire() const
-{
-    const SerialComDev *worker = SerialComDev::instance().data();
-    connect(
-        worker, SIGNAL(signal_updateCurrentPos(int, double)), m_panel.get(), SLOT(slot_updateCurrentPos(int, double)));
-    connect(
-        worker, SIGNAL(signal_updateDevState(int, MotorStageState)), m_panel.get(),
-        SLOT(slot_updateDevState(int, MotorStageState)));
-    connect(
-        worker, SIGNAL(signal_showOperationMsg(int, int, int, QString)), m_panel.get(),
-        SLOT(slot_showOperationMsg(int, int, int, QString)));
 }
 
 QStringList tst_MoverControlWidget::log() const
@@ -464,7 +449,7 @@ void tst_MoverControlWidget::pollsForAsLongAsItLives()
 
 void tst_MoverControlWidget::stopUpdateStateHasNoEffect()
 {
-    wire();
+    m_panel->listenToWorker();
     m_panel->slot_stopUpdateState();
     QVERIFY(timer()->isActive());
     simulator::setPosition(Device, Axis, 2.5);
@@ -551,7 +536,7 @@ void tst_MoverControlWidget::loopStartBeginsTheIntervalAnew()
 
 void tst_MoverControlWidget::showsWhatTheControllerAnswers()
 {
-    wire();
+    m_panel->listenToWorker();
     MotorStageState state = quiet();
     simulator::setState(Device, Axis, state);
     QTRY_VERIFY(find<QPushButton>("pushButton_enable")->isChecked());
@@ -606,7 +591,7 @@ void tst_MoverControlWidget::ignoresAnswersForAnotherAxis()
     state.runCount = 3;
     m_panel->slot_updateCurrentPos(OtherAxis, 4);
     m_panel->slot_updateDevState(OtherAxis, state);
-    m_panel->slot_showOperationMsg(OtherAxis, 3, 1, "Move");
+    m_panel->slot_showOperationMsg(OtherAxis, OPERATION_STATE_OK, OPERATION_TYPE_MOVE, "Move");
     QCOMPARE(find<QLabel>("label_currentPos")->text(), QString("3.000 °"));
     QCOMPARE(find<QLabel>("label_originLight")->styleSheet(), originGray);
     QVERIFY(!find<QPushButton>("pushButton_enable")->isChecked());
@@ -767,7 +752,7 @@ void tst_MoverControlWidget::countsTheRunsInOneLiveEntry()
         catalogue.emplace();
     const QString word = english ? "current run count " : "当前运行次数 ";
     MotorStageState state = quiet();
-    m_panel->slot_showOperationMsg(Axis, 99, 99, "before");
+    m_panel->slot_showOperationMsg(Axis, OPERATION_STATE_NONE, OPERATION_TYPE_GENERAL, "before");
     for (const quint32 count : {1U, 1U, 2U, 4000000000U}) {
         state.runCount = count;
         see(state);
@@ -789,7 +774,7 @@ void tst_MoverControlWidget::startsANewCountAfterACompletedOne()
         state.runCount = count;
         see(state);
     }
-    m_panel->slot_showOperationMsg(Axis, 3, 10, "正方向循环");
+    m_panel->slot_showOperationMsg(Axis, OPERATION_STATE_OK, OPERATION_TYPE_LOOP, "正方向循环");
     for (const quint32 count : {1U, 0U, 0U}) {
         state.runCount = count;
         see(state);
@@ -858,7 +843,7 @@ void tst_MoverControlWidget::loopRunCountsLiveOnTheController()
     const QString word = english ? "current run count " : "当前运行次数 ";
     const QString running = english ? " Doing " : " 运行中 ";
     const QString completed = word + '3' + (english ? " Operation completed " : " 运行完成 ");
-    wire();
+    m_panel->listenToWorker();
     startLoopRun();
     QStringList counts; // what the live entry showed, one after the other
     const double start = simulator::now();
@@ -881,7 +866,7 @@ void tst_MoverControlWidget::refusedCommandDuringALoopRunEndsItsLiveCount()
     if (english)
         catalogue.emplace();
     const QString word = english ? "current run count " : "当前运行次数 ";
-    wire();
+    m_panel->listenToWorker();
     startLoopRun();
     const double start = simulator::now();
     const auto passUntil = [&](const QString &entry) {
@@ -1224,7 +1209,7 @@ void tst_MoverControlWidget::removeButtonCarriesTheAxisName()
 
 void tst_MoverControlWidget::logsMessagesOfItsAxis()
 {
-    wire();
+    m_panel->listenToWorker();
     see(quiet());
     click("pushButton_stop");
     QTRY_COMPARE(log(), QStringList{"停止 停止运行 操作成功 "});
@@ -1395,7 +1380,7 @@ void tst_MoverControlWidget::changesLanguageAndKeepsRunTimeTexts()
 {
     m_panel->slot_updateCurrentPos(Axis, 12.5);
     m_panel->setRockerSpeed(10);
-    m_panel->slot_showOperationMsg(Axis, 3, 1, "Move");
+    m_panel->slot_showOperationMsg(Axis, OPERATION_STATE_OK, OPERATION_TYPE_MOVE, "Move");
     const QStringList logged = log();
     {
         const Prefixed prefixed;

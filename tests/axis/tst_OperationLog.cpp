@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "axis/OperationLog.h"
+#include "device/SerialComDev.h"
 
 #include "support/Catalogue.h"
 
@@ -32,16 +33,16 @@ private slots:
     void writesTheTimeAndBelowItTheEntry()
     {
         const QString before = QTime::currentTime().toString("hh:mm:ss");
-        m_log->append(1, "10.000", 3);
+        m_log->append(OPERATION_TYPE_MOVE, "10.000", OPERATION_STATE_OK);
         const QString after = QTime::currentTime().toString("hh:mm:ss");
         const QString entry = "\n移动 10.000 操作成功 ";
         QVERIFY(text() == before + entry || text() == after + entry);
     }
     void writesEntriesBelowEachOther()
     {
-        m_log->append(1, "a", 3);
-        m_log->append(8, "b", 2);
-        m_log->append(99, "c", 99);
+        m_log->append(OPERATION_TYPE_MOVE, "a", OPERATION_STATE_OK);
+        m_log->append(OPERATION_TYPE_STOP, "b", OPERATION_STATE_FAIL);
+        m_log->append(OPERATION_TYPE_GENERAL, "c", OPERATION_STATE_NONE);
         QCOMPARE(entries(), (QStringList{"移动 a 操作成功 ", "停止 b 操作失败 ", " c  "}));
     }
 
@@ -82,11 +83,11 @@ private slots:
         QFETCH(int, type);
         QFETCH(QString, chinese);
         QFETCH(QString, english);
-        m_log->append(type, "x", 99);
+        m_log->append(type, "x", OPERATION_STATE_NONE);
         QCOMPARE(entries(), QStringList{chinese + " x  "});
         const Catalogue catalogue;
-        m_log->append(99, "between", 99);
-        m_log->append(type, "x", 99);
+        m_log->append(OPERATION_TYPE_GENERAL, "between", OPERATION_STATE_NONE);
+        m_log->append(type, "x", OPERATION_STATE_NONE);
         QCOMPARE(entries().last(), english + " x  ");
     }
     void stateSelectsTheTrailingWord_data()
@@ -116,10 +117,10 @@ private slots:
         QFETCH(int, state);
         QFETCH(QString, chinese);
         QFETCH(QString, english);
-        m_log->append(99, "x", state);
+        m_log->append(OPERATION_TYPE_GENERAL, "x", state);
         QCOMPARE(entries(), QStringList{" x " + chinese + ' '});
         const Catalogue catalogue;
-        m_log->append(99, "x", state);
+        m_log->append(OPERATION_TYPE_GENERAL, "x", state);
         QCOMPARE(entries().last(), " x " + english + ' ');
     }
 
@@ -137,15 +138,15 @@ private slots:
         QFETCH(int, type);
         QFETCH(QColor, entry);
         QFETCH(QColor, trail);
-        m_log->append(98, "a warning before it", 99);
-        m_log->append(type, "text", 2);
+        m_log->append(OPERATION_TYPE_WARNING, "a warning before it", OPERATION_STATE_NONE);
+        m_log->append(type, "text", OPERATION_STATE_FAIL);
         const QTextBlock last = m_browser->document()->lastBlock();
         QCOMPARE(colours(last.previous()), (QVector<QColor>{entry}));
         QCOMPARE(colours(last), (QVector<QColor>{entry, trail}));
     }
     void keepsTheProgramsFont()
     {
-        m_log->append(1, "text", 3);
+        m_log->append(OPERATION_TYPE_MOVE, "text", OPERATION_STATE_OK);
         const QTextBlock last = m_browser->document()->lastBlock();
         QCOMPARE(last.begin().fragment().charFormat().font().family(), QGuiApplication::font().family());
     }
@@ -153,19 +154,19 @@ private slots:
     {
         m_browser->resize(300, 200);
         m_browser->show();
-        m_log->append(99, QString("a long text ").repeated(20), 99);
+        m_log->append(OPERATION_TYPE_GENERAL, QString("a long text ").repeated(20), OPERATION_STATE_NONE);
         QCOMPARE(m_browser->horizontalScrollBar()->maximum(), 0);
         QVERIFY(m_browser->document()->lastBlock().layout()->lineCount() > 1);
     }
     void showsMarkupCharactersAsTheyAre()
     {
         const QString text = "<b>1 < 2</b> &amp; \"q\" %1 </pre>";
-        m_log->append(99, text, 99);
+        m_log->append(OPERATION_TYPE_GENERAL, text, OPERATION_STATE_NONE);
         QCOMPARE(entries(), QStringList{' ' + text + "  "});
     }
     void keepsBlanksInATextAsTheyAre()
     {
-        m_log->append(98, "负限位光耦失效 ", 99);
+        m_log->append(OPERATION_TYPE_WARNING, "负限位光耦失效 ", OPERATION_STATE_NONE);
         QCOMPARE(entries(), QStringList{" 负限位光耦失效   "});
     }
 
@@ -180,16 +181,16 @@ private slots:
         const QString running = english ? "Doing" : "运行中";
         const QString completed = english ? "Operation completed" : "运行完成";
 
-        m_log->append(1, "first", 3);
-        m_log->append(98, "second", 99);
+        m_log->append(OPERATION_TYPE_MOVE, "first", OPERATION_STATE_OK);
+        m_log->append(OPERATION_TYPE_WARNING, "second", OPERATION_STATE_NONE);
         const QString before = text();
         for (const QString count : {"1", "2", "30"}) {
-            m_log->append(LOG_RUN_COUNT, count, LOG_STATE_RUNNING);
+            m_log->append(OPERATION_TYPE_RUN_COUNT, count, OPERATION_STATE_RUNNING);
             QVERIFY(text().startsWith(before + '\n'));
             QCOMPARE(lines().size(), 6);
             QCOMPARE(entries().last(), word + ' ' + count + ' ' + running + ' ');
         }
-        m_log->append(LOG_RUN_COUNT, "30", LOG_STATE_COMPLETED);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "30", OPERATION_STATE_COMPLETED);
         QVERIFY(text().startsWith(before + '\n'));
         QCOMPARE(lines().size(), 6);
         QCOMPARE(entries().last(), word + " 30 " + completed + ' ');
@@ -197,16 +198,16 @@ private slots:
     void replacesARunCountThatIsTheFirstEntry()
     {
         for (const QString count : {"1", "2", "3"}) {
-            m_log->append(LOG_RUN_COUNT, count, LOG_STATE_RUNNING);
+            m_log->append(OPERATION_TYPE_RUN_COUNT, count, OPERATION_STATE_RUNNING);
             QCOMPARE(entries(), QStringList{"当前运行次数 " + count + " 运行中 "});
         }
     }
     void keepsTheColoursWhenItReplaces()
     {
-        m_log->append(98, "warning", 99);
-        m_log->append(LOG_RUN_COUNT, "1", LOG_STATE_RUNNING);
-        m_log->append(LOG_RUN_COUNT, "2", LOG_STATE_RUNNING);
-        m_log->append(1, "after", 3);
+        m_log->append(OPERATION_TYPE_WARNING, "warning", OPERATION_STATE_NONE);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "1", OPERATION_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "2", OPERATION_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_MOVE, "after", OPERATION_STATE_OK);
         QVector<QVector<QColor>> all;
         for (QTextBlock block = m_browser->document()->begin(); block.isValid(); block = block.next())
             all.append(colours(block));
@@ -216,37 +217,37 @@ private slots:
     }
     void anotherEntryEndsTheReplacing()
     {
-        m_log->append(LOG_RUN_COUNT, "1", LOG_STATE_RUNNING);
-        m_log->append(98, "limit", 99);
-        m_log->append(LOG_RUN_COUNT, "2", LOG_STATE_RUNNING);
-        m_log->append(LOG_RUN_COUNT, "3", LOG_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "1", OPERATION_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_WARNING, "limit", OPERATION_STATE_NONE);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "2", OPERATION_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "3", OPERATION_STATE_RUNNING);
         QCOMPARE(entries(), (QStringList{"当前运行次数 1 运行中 ", " limit  ", "当前运行次数 3 运行中 "}));
     }
     void doesNotTakeATextForARunCount()
     {
-        m_log->append(99, "当前运行次数 7", 99);
-        m_log->append(LOG_RUN_COUNT, "1", LOG_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_GENERAL, "当前运行次数 7", OPERATION_STATE_NONE);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "1", OPERATION_STATE_RUNNING);
         QCOMPARE(entries(), (QStringList{" 当前运行次数 7  ", "当前运行次数 1 运行中 "}));
     }
     void replacesTheRunCountAcrossAChangeOfLanguage()
     {
-        m_log->append(LOG_RUN_COUNT, "1", LOG_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "1", OPERATION_STATE_RUNNING);
         const Catalogue catalogue;
-        m_log->append(LOG_RUN_COUNT, "2", LOG_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "2", OPERATION_STATE_RUNNING);
         QCOMPARE(entries(), QStringList{"current run count 2 Doing "});
     }
     void replacingTouchesOnlyTheEndOfALongLog()
     {
         for (int k = 0; k < 5000; ++k)
-            m_log->append(99, QString::number(k), 99);
-        m_log->append(LOG_RUN_COUNT, "1", LOG_STATE_RUNNING);
+            m_log->append(OPERATION_TYPE_GENERAL, QString::number(k), OPERATION_STATE_NONE);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "1", OPERATION_STATE_RUNNING);
         const QTextDocument *document = m_browser->document();
         const int end = document->lastBlock().previous().position() - 1;
         int firstTouched = document->characterCount();
         connect(document, &QTextDocument::contentsChange, this, [&](int position, int, int) {
             firstTouched = qMin(firstTouched, position);
         });
-        m_log->append(LOG_RUN_COUNT, "2", LOG_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "2", OPERATION_STATE_RUNNING);
         QVERIFY2(firstTouched >= end, qPrintable(QString::number(firstTouched)));
         QVERIFY(firstTouched < document->characterCount());
         QCOMPARE(document->blockCount(), 2 * 5001);
@@ -254,12 +255,12 @@ private slots:
     }
     void leavesTheReadersSelectionAlone()
     {
-        m_log->append(1, "kept", 3);
+        m_log->append(OPERATION_TYPE_MOVE, "kept", OPERATION_STATE_OK);
         m_browser->moveCursor(QTextCursor::Start);
         m_browser->moveCursor(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
         const QString selected = m_browser->textCursor().selectedText();
-        m_log->append(LOG_RUN_COUNT, "1", LOG_STATE_RUNNING);
-        m_log->append(LOG_RUN_COUNT, "2", LOG_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "1", OPERATION_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "2", OPERATION_STATE_RUNNING);
         QVERIFY(!selected.isEmpty());
         QCOMPARE(m_browser->textCursor().selectedText(), selected);
     }
@@ -268,16 +269,16 @@ private slots:
         m_browser->resize(300, 200);
         m_browser->show();
         for (int k = 0; k < 100; ++k)
-            m_log->append(LOG_PLAIN, "x", LOG_STATE_NONE);
+            m_log->append(OPERATION_TYPE_GENERAL, "x", OPERATION_STATE_NONE);
         QScrollBar *bar = m_browser->verticalScrollBar();
         QVERIFY(bar->maximum() > 0);
         QCOMPARE(bar->value(), bar->maximum());
         for (int k = 1; k < 10; ++k) {
-            m_log->append(LOG_RUN_COUNT, QString::number(k), LOG_STATE_RUNNING);
+            m_log->append(OPERATION_TYPE_RUN_COUNT, QString::number(k), OPERATION_STATE_RUNNING);
             QCOMPARE(bar->value(), bar->maximum());
         }
         bar->setValue(10);
-        m_log->append(LOG_RUN_COUNT, "10", LOG_STATE_RUNNING);
+        m_log->append(OPERATION_TYPE_RUN_COUNT, "10", OPERATION_STATE_RUNNING);
         QCOMPARE(bar->value(), 10);
     }
 

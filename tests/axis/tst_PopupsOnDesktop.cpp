@@ -223,7 +223,7 @@ private slots:
             QVERIFY(box.rect().contains(label->geometry()));
             QVERIFY(box.height() >= 400);
         });
-        MessageBox::exec(m_panel.get(), text);
+        MessageBox::inform(m_panel.get(), text);
         QCOMPARE(next.shown(), 1);
     }
 

@@ -818,7 +818,7 @@ private slots:
         emit worker->signal_home(0);
         settle(*worker);
         QCOMPARE(calls(), QStringList{"home(0, 0)"});
-        QCOMPARE(messages.first(), message(0, OPERATION_STATE_FAIL, 13, QStringLiteral("电机复位")));
+        QCOMPARE(messages.first(), message(0, OPERATION_STATE_FAIL, OPERATION_TYPE_HOME, QStringLiteral("电机复位")));
     }
 
     // ---- What the worker keeps follows what the controller accepted
@@ -925,7 +925,9 @@ private slots:
         settle(*worker);
         QCOMPARE(positions.count(), 0);
         QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.first(), message(0, OPERATION_STATE_FAIL, 99, QStringLiteral("读取当前位置出错")));
+        QCOMPARE(
+            messages.first(),
+            message(0, OPERATION_STATE_FAIL, OPERATION_TYPE_GENERAL, QStringLiteral("读取当前位置出错")));
     }
     void aStatePollAnswersWithTheWholeState()
     {
@@ -950,7 +952,9 @@ private slots:
         settle(*worker);
         QCOMPARE(states.count(), 0);
         QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.first(), message(2, OPERATION_STATE_FAIL, 99, QStringLiteral("获取设备状态出错")));
+        QCOMPARE(
+            messages.first(),
+            message(2, OPERATION_STATE_FAIL, OPERATION_TYPE_GENERAL, QStringLiteral("获取设备状态出错")));
     }
     void aHeartBeatAnswersWithStateAndResult()
     {
@@ -1010,6 +1014,27 @@ private slots:
         QVERIFY(polls.add({PollQueue::Position, 2}));
         QCOMPARE(*polls.take(*second), (PollQueue::Poll{PollQueue::State, 2}));
         QVERIFY(!polls.take(*second));
+    }
+    void beatsThatWaitForAHangingLibraryAreBounded()
+    {
+        const auto worker = openDevice();
+        QSignalSpy beats(worker.data(), &SerialComDev::signal_heartBeatInfo);
+        QSignalSpy consoleBeats(worker.data(), &SerialComDev::signal_consoleHeartBeatInfo);
+        simulator::hangCall("getCurrentPos");
+        emit worker->signal_getCurrentPos(0);
+        QVERIFY(simulator::waitUntilHanging(5000));
+        for (int k = 0; k < 50; ++k) {
+            emit worker->signal_requestHeartBeat();
+            emit worker->signal_requestConsoleHeartBeat();
+        }
+        simulator::releaseHung();
+        settle(*worker);
+        QCOMPARE(beats.count(), PollQueue::Limit);
+        QCOMPARE(consoleBeats.count(), PollQueue::Limit);
+        QCOMPARE(simulator::callCount("getRockerInfo"), 2 * PollQueue::Limit);
+        emit worker->signal_requestHeartBeat();
+        settle(*worker);
+        QCOMPARE(beats.count(), PollQueue::Limit + 1);
     }
     void pollsThatTheLinkCannotKeepUpWithDoNotPileUpBeforeACommand()
     {

@@ -114,6 +114,7 @@ public:
     }
     ~Installation()
     {
+        chmod(QFile::encodeName(path("program")), 0755);
         for (const ReadFile &file : readFiles)
             chmod(QFile::encodeName(path(file.name)), 0755);
     }
@@ -182,16 +183,17 @@ void tst_Files::isReadWholeOrNotAtAll()
     const ReadFile &row = readFiles[file];
     const Installation installation;
     const bool isUserFile = qstrcmp(row.name, "home/.qttest/config/mover/appConfig.ini") == 0;
-    if (isUserFile) { // it counts when the program's folder has none, or an older one
+    if (isUserFile) { // it counts when the program's folder cannot be written
         QFile::remove(installation.path("program/appConfig.ini"));
         write(installation.path(row.name), "[language]\ntype=1\n");
+        chmod(QFile::encodeName(installation.path("program")), 0555);
     }
     const bool whole = state == QLatin1String("whole");
     if (!whole && !spoil(installation.path(row.name), state))
         QSKIP("the file system here cannot make a file so: no rights, links, pipes or sparse files");
 
     Child child(installation.path("program/drivenProgram"), arguments);
-    installation.setUp(child, state == QLatin1String("unreadable") && geteuid() == 0);
+    installation.setUp(child, (isUserFile || state == QLatin1String("unreadable")) && geteuid() == 0);
     QElapsedTimer timer;
     timer.start();
     child.start();
@@ -328,6 +330,7 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting()
         if (child == 0) {
             if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
                 _exit(1);
+            qputenv("TMPDIR", QFile::encodeName(folder.path())); // for what it leaves behind
             raise(SIGSTOP);
             store.save(1);
             _exit(0);

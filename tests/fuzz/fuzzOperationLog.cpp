@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Entries of the operation log: their texts stand there as they are, and nothing in them is live.
 #include "axis/OperationLog.h"
+#include "device/SerialComDev.h"
 
 #include "Application.h"
 
@@ -60,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (int entry = 0; entry < 40 && !input.isEmpty(); ++entry) {
         const int type = input.take<uint8_t>() - '0'; // the codes of most entries are digits and what follows them
         const int state = input.take<uint8_t>() - '0';
-        const bool count = type == LOG_RUN_COUNT;
+        const bool count = type == OPERATION_TYPE_RUN_COUNT;
         const QByteArray line = input.takeLine();
         const QString text = count ? QString::number(qHash(line)) : QString::fromUtf8(line);
         log.append(type, text, state);

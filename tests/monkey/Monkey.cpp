@@ -12,6 +12,7 @@
 #include "shell/SerialPortChangeFilter.h"
 #include "simulator/SimulatorControl.h"
 #include "support/LiveObjects.h"
+#include "support/Robot.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -510,27 +511,19 @@ void Monkey::comeBack()
 void Monkey::connectAndMove()
 {
     // Buttons are clicked wherever they are: the window may be too small to show them.
-    const auto click = [](QWidget *in, const char *name) {
-        QTest::mouseClick(in->findChild<QPushButton *>(QLatin1String(name)), Qt::LeftButton);
-    };
-    auto *connection = m_window->findChild<ConnectionWidget *>();
-    auto *list = connection->findChild<QComboBox *>(QStringLiteral("comboBox_comList"));
-    click(m_window, "pushButton_connect");
-    if (connection->findChild<QPushButton *>(QStringLiteral("pushButton_disConnect"))->isEnabled()) {
-        click(connection, "pushButton_disConnect");
-        connection->hide();
+    const Robot robot(m_window, [](QAbstractButton *button) { QTest::mouseClick(button, Qt::LeftButton); });
+    robot.click(m_window, "pushButton_connect");
+    const bool connected =
+        robot.connection()->findChild<QPushButton *>(QStringLiteral("pushButton_disConnect"))->isEnabled();
+    robot.connection()->hide();
+    if (connected) {
+        robot.disconnect();
         settle();
-        startScenario();
-        click(m_window, "pushButton_connect");
-    } else {
-        connection->hide();
-        startScenario();
-        click(m_window, "pushButton_connect");
     }
-    list->setCurrentIndex(list->findData(1001));
-    if (list->currentData().toInt() != 1001)
+    startScenario();
+    if (!robot.choose(1001))
         fail(QStringLiteral("back to normal, and the controller is not offered"));
-    click(connection, "pushButton_connectSerial");
+    robot.connectChosen();
     settle();
     if (!SerialComDev::instance()->isOpened() || m_window->panelBoard().count() != 2)
         fail(QStringLiteral("back to normal, and %1 panels after connecting").arg(m_window->panelBoard().count()));
@@ -540,10 +533,10 @@ void Monkey::connectAndMove()
         if (setTargetPos(1001, 0, 12.5) < 0)
             fail(QStringLiteral("the target is refused"));
     }
-    MoverControlWidget *panel = m_window->panelBoard().find(QStringLiteral("Axis1"));
+    MoverControlWidget *panel = robot.panel(0);
     poll();
     settle();
-    click(panel, "pushButton_move");
+    robot.click(panel, "pushButton_move");
     settle();
     simulator::advance(60);
     poll();

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "settings/LanguageStore.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -73,7 +72,8 @@ private slots:
     void fullDiskLosesNothing();
     void killInTheMiddleLosesNothing();
     void usesTheUserFolderWhenTheProgramFolderCannotBeWritten();
-    void newerOfTheTwoFilesCounts();
+    void theProgramsFileCountsInAFolderThatCanBeWritten();
+    void decidesOnceWhichFileCounts();
     void failsSilentlyWhenNeitherFolderCanBeWritten();
 
 private:
@@ -81,6 +81,8 @@ private:
     QString programFile() const { return m_sProgram + "/appConfig.ini"; }
     QString userFile() const { return m_sUser + "/appConfig.ini"; }
 
+    const QString m_base = QDir::tempPath() + "/tst_LanguageStore-XXXXXX";
+    const QTemporaryDir m_copies;
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_sProgram;
     QString m_sUser;
@@ -88,8 +90,11 @@ private:
 
 void tst_LanguageStore::init()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
+    m_folder = std::make_unique<QTemporaryDir>(m_base);
     QVERIFY(m_folder->isValid());
+    QVERIFY(m_copies.isValid());
+    QFile::setPermissions(m_copies.path(), QFile::Permissions(0x7777));
+    qputenv("TMPDIR", QFile::encodeName(m_copies.path())); // killed ones leave their copies there
     m_sProgram = m_folder->filePath("program");
     m_sUser = m_folder->filePath("user/config");
     QVERIFY(QDir().mkpath(m_sProgram));
@@ -152,9 +157,6 @@ void tst_LanguageStore::damagedFileReadsAsChinese_data()
     QTest::newRow("cut off") << QByteArray("[language]\nty");
     QTest::newRow("no number") << QByteArray("[language]\ntype=english\n");
     QTest::newRow("number with rubbish") << QByteArray("[language]\ntype=1\x01\n");
-    QTest::newRow("open bracket") << QByteArray("[language\ntype=1\n");
-    QTest::newRow("rubbish in the group") << QByteArray("[language]\ntype=1\n\x80\xff\n");
-    QTest::newRow("open quotes") << QByteArray("[language]\ntype=\"1\n");
     QTest::newRow("nothing but a quote") << QByteArray("[language]\ntype=\"\n");
     QTest::newRow("mark inside") << QByteArray("\n\xEF\xBB\xBF[language]\ntype=1\n");
     QTest::newRow("other group") << QByteArray("[langage]\ntype=1\n");
@@ -169,7 +171,7 @@ void tst_LanguageStore::damagedFileReadsAsChinese()
 
 void tst_LanguageStore::savingRepairsADamagedFile()
 {
-    writeFile(programFile(), "[language]\n\x80\xff\ntype=1\n");
+    writeFile(programFile(), "[language]\n\x80\xff\ntype=english\n");
     store().save(1);
     QCOMPARE(readFile(programFile()), QByteArray("[language]\ntype=1\n"));
     QCOMPARE(store().load(), 1);
@@ -182,18 +184,17 @@ void tst_LanguageStore::savingKeepsTheOtherEntries_data()
     const auto row = [](const char *name, const char *before, const char *after) {
         QTest::newRow(name) << QByteArray(before) << QByteArray(after);
     };
-    row("of the group", "[language]\nx=3\ntype=0\ny=4\n", "[language]\nx=3\ntype=1\ny=4\n");
+    row("of the group", "[language]\nx=3\ntype=0\ny=4\n", "[language]\ntype=1\nx=3\ny=4\n");
     row("of other groups", "[a]\ntype=2\n[language]\ntype=0\n[b]\ntype=4\n",
-        "[a]\ntype=2\n[language]\ntype=1\n[b]\ntype=4\n");
-    row("without the entry", "[a]\nx=2\n[language]\nx=3\n", "[a]\nx=2\n[language]\ntype=1\nx=3\n");
-    row("without the group", "[a]\nx=2\n", "[a]\nx=2\n[language]\ntype=1\n");
-    row("without the last line end", "[a]\nx=2", "[a]\nx=2\n[language]\ntype=1\n");
-    row("entry in the last line", "[language]\ntype=0", "[language]\ntype=1");
-    row("comments and blanks", "; mine\n\n [language] \n type = 0 \n\n", "; mine\n\n [language] \ntype=1\n\n");
-    row("line ends", "[language]\r\ntype=0\r\nx=3\r\n", "[language]\r\ntype=1\r\nx=3\r\n");
-    row("line ends without the entry", "[language]\r\nx=3\r\n", "[language]\r\ntype=1\r\nx=3\r\n");
-    row("byte order mark", "\xEF\xBB\xBF[language]\ntype=0\n", "\xEF\xBB\xBF[language]\ntype=1\n");
-    row("entry twice", "[language]\ntype=7\ntype=0\n", "[language]\ntype=7\ntype=1\n");
+        "[a]\ntype=2\n\n[b]\ntype=4\n\n[language]\ntype=1\n");
+    row("without the entry", "[a]\nx=2\n[language]\nx=3\n", "[a]\nx=2\n\n[language]\ntype=1\nx=3\n");
+    row("without the group", "[a]\nx=2\n", "[a]\nx=2\n\n[language]\ntype=1\n");
+    row("without the last line end", "[a]\nx=2", "[a]\nx=2\n\n[language]\ntype=1\n");
+    row("line ends", "[language]\r\ntype=0\r\nx=3\r\n", "[language]\ntype=1\nx=3\n");
+    row("byte order mark", "\xEF\xBB\xBF[language]\ntype=0\n", "[language]\ntype=1\n");
+    row("entry twice", "[language]\ntype=7\ntype=0\n", "[language]\ntype=1\n");
+    row("line without an equals sign", "[a]\nx\ny=2\n[language]\ntype=0\nz\n", "[a]\ny=2\n\n[language]\ntype=1\n");
+    row("comments behind values", "[a]\nx=2 ; two\n[language]\ntype=0 ; Chinese\n", "[a]\nx=2\n\n[language]\ntype=1\n");
 }
 
 void tst_LanguageStore::savingKeepsTheOtherEntries()
@@ -227,21 +228,22 @@ void tst_LanguageStore::eachFileKeepsItsOwnEntries()
     writeFile(programFile(), "[program]\nx=2\n");
     writeFile(userFile(), "[user]\nx=3\n");
     store().save(1);
-    QCOMPARE(readFile(programFile()), QByteArray("[program]\nx=2\n[language]\ntype=1\n"));
+    QCOMPARE(readFile(programFile()), QByteArray("[language]\ntype=1\n\n[program]\nx=2\n"));
     QCOMPARE(readFile(userFile()), QByteArray("[user]\nx=3\n"));
 
     const LanguageStore userOnly(programFile(), m_sUser); // nothing can be written below a file
     userOnly.save(1);
-    QCOMPARE(readFile(userFile()), QByteArray("[user]\nx=3\n[language]\ntype=1\n"));
+    QCOMPARE(readFile(userFile()), QByteArray("[language]\ntype=1\n\n[user]\nx=3\n"));
 }
 
 void tst_LanguageStore::readsWhatAnEditorMakesOfIt_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("blanks") << QByteArray(" [language] \n\n type = 1 \n");
-    QTest::newRow("blanks in the brackets") << QByteArray("[ language ]\ntype=1\n");
     QTest::newRow("line ends") << QByteArray("[language]\r\ntype=1\r\n");
     QTest::newRow("no line end") << QByteArray("[language]\ntype=1");
+    QTest::newRow("comment behind the value") << QByteArray("[language]\ntype=1 ; English\n");
+    QTest::newRow("line without an equals sign") << QByteArray("[a]\nx\n[language]\ny\ntype=1\n\x80\xff\n");
     QTest::newRow("comment") << QByteArray("; English\n[language]\ntype=1\n");
     QTest::newRow("byte order mark") << QByteArray("\xEF\xBB\xBF[language]\ntype=1\n");
     QTest::newRow("quotes") << QByteArray("[language]\ntype=\"1\"\n");
@@ -319,9 +321,9 @@ void tst_LanguageStore::killInTheMiddleLosesNothing()
 
 void tst_LanguageStore::usesTheUserFolderWhenTheProgramFolderCannotBeWritten()
 {
-    writeFile(programFile(), "[language]\ntype=0\n");
-    QFile::setPermissions(m_sProgram, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
-    QFile::setPermissions(programFile(), QFile::ReadOwner | QFile::ReadOther);
+    writeFile(programFile(), "[language]\ntype=2\n"); // the default until the user has one
+    QFile::setPermissions(m_sProgram, QFile::Permissions(0x5555));
+    QFile::setPermissions(programFile(), QFile::Permissions(0x4444));
     QVERIFY(QDir().mkpath(m_sUser));
     for (const QString &folder : {m_folder->path(), m_folder->filePath("user"), m_sUser})
         QFile::setPermissions(folder, QFile::Permissions(0x7777));
@@ -329,33 +331,35 @@ void tst_LanguageStore::usesTheUserFolderWhenTheProgramFolderCannotBeWritten()
     const int exitCode = inOtherProcess([this] {
         if (geteuid() == 0 && seteuid(65534) != 0) // root may write everywhere
             return 10;
+        if (store().load() != 2)
+            return 11;
         store().save(1);
         return store().load();
     });
     QCOMPARE(exitCode, 1);
-    QCOMPARE(readFile(programFile()), QByteArray("[language]\ntype=0\n"));
+    QCOMPARE(readFile(programFile()), QByteArray("[language]\ntype=2\n"));
     QCOMPARE(readFile(userFile()), QByteArray("[language]\ntype=1\n"));
-    QCOMPARE(store().load(), 1); // at the next start
     QFile::setPermissions(m_sProgram, QFile::Permissions(0x7777));
 }
 
-void tst_LanguageStore::newerOfTheTwoFilesCounts()
+void tst_LanguageStore::theProgramsFileCountsInAFolderThatCanBeWritten()
 {
-    const auto setAge = [](const QString &name, int seconds) {
-        QFile file(name);
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-seconds), QFileDevice::FileModificationTime));
-    };
     QVERIFY(QDir().mkpath(m_sUser));
-    writeFile(programFile(), "[language]\ntype=0\n");
     writeFile(userFile(), "[language]\ntype=1\n");
-    setAge(programFile(), 100);
-    setAge(userFile(), 50);
-    QCOMPARE(store().load(), 1);
-    setAge(programFile(), 25);
-    QCOMPARE(store().load(), 0);
-    QVERIFY(QFile::remove(programFile()));
-    QCOMPARE(store().load(), 1);
+    QCOMPARE(store().load(), 0); // also when there is none
+    writeFile(programFile(), "[language]\ntype=3\n");
+    QCOMPARE(store().load(), 3);
+}
+
+void tst_LanguageStore::decidesOnceWhichFileCounts()
+{
+    const QString folder = m_folder->filePath("later");
+    const LanguageStore early(folder, m_sUser); // not there: cannot be written
+    QVERIFY(QDir().mkpath(folder));
+    early.save(1);
+    QVERIFY(QDir(folder).isEmpty());
+    QCOMPARE(readFile(userFile()), QByteArray("[language]\ntype=1\n"));
+    QCOMPARE(early.load(), 1);
 }
 
 void tst_LanguageStore::failsSilentlyWhenNeitherFolderCanBeWritten()

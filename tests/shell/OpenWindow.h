@@ -10,6 +10,7 @@
 #include "shell/MoverWidget.h"
 #include "shell/PlaceholderWidget.h"
 #include "support/DebugLog.h"
+#include "support/Robot.h"
 
 #include "Scenario.h"
 
@@ -54,29 +55,9 @@ public:
     QWidget *content() const { return find<QWidget>("widget_controls"); }
 
     /** Through the connection dialog, like the user. */
-    void connectTo(int id = 1001)
-    {
-        click(find("pushButton_connect"));
-        auto *list = dialog<ConnectionWidget>()->findChild<QComboBox *>();
-        list->setCurrentIndex(list->findData(id));
-        click(dialog<ConnectionWidget>()->findChild<QPushButton *>(QStringLiteral("pushButton_connectSerial")));
-    }
-    void disconnect()
-    {
-        click(find("pushButton_connect"));
-        click(dialog<ConnectionWidget>()->findChild<QPushButton *>(QStringLiteral("pushButton_disConnect")));
-        dialog<ConnectionWidget>()->hide();
-    }
-    /** Through the add-axis dialog: the axis index, and a model of its first stage type. */
-    void addAxis(int axis, const QString &model = QStringLiteral("LIN-100"))
-    {
-        click(find("pushButton_addAsix"));
-        auto *add = dialog<AddControlsWidget>();
-        add->findChild<QComboBox *>(QStringLiteral("comboBox_Axsi"))
-            ->setCurrentText(QStringLiteral("Axis%1").arg(axis + 1));
-        add->findChild<QComboBox *>(QStringLiteral("comboBox_models"))->setCurrentText(model);
-        click(add->findChild<QPushButton *>(QStringLiteral("pushButton_confirm")));
-    }
+    void connectTo(int id = 1001) { m_robot.connectTo(id); }
+    void disconnect() { m_robot.disconnect(); }
+    void addAxis(int axis, const QString &model = QStringLiteral("LIN-100")) { m_robot.addAxis(axis, model); }
 
     static void click(QAbstractButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
 
@@ -87,10 +68,7 @@ public:
             names.append(panel->axisName());
         return names;
     }
-    MoverControlWidget *panel(int axis) const
-    {
-        return m_window->panelBoard().find(QStringLiteral("Axis%1").arg(axis + 1));
-    }
+    MoverControlWidget *panel(int axis) const { return m_robot.panel(axis); }
     QPushButton *tab(int axis) const
     {
         return find<QWidget>("widget_menuBar")->findChild<QPushButton *>(QStringLiteral("Axis%1").arg(axis + 1));
@@ -113,6 +91,7 @@ public:
 
 private:
     std::unique_ptr<MoverWidget> m_window;
+    Robot m_robot{m_window.get(), &OpenWindow::click};
 };
 
 /** What Qt complains of, but for what the test platform says of itself. */

@@ -544,7 +544,8 @@ void tst_AxisWindows::panelHearsTheAnswersOfItsAxis()
     OpenWindow program;
     program.connectTo();
     const auto worker = SerialComDev::instance();
-    emit worker->signal_showOperationMsg(1, OPERATION_STATE_OK, 99, QStringLiteral("answer of axis 2"));
+    emit worker->signal_showOperationMsg(
+        1, OPERATION_STATE_OK, OPERATION_TYPE_GENERAL, QStringLiteral("answer of axis 2"));
     QVERIFY(logOf(program.panel(1)).contains(QStringLiteral("answer of axis 2")));
     QVERIFY(!logOf(program.panel(0)).contains(QStringLiteral("answer of axis 2")));
 

@@ -65,7 +65,7 @@ public:
             while (!m_enough) {
                 emit m_worker->signal_positionChanged(axisCount, 0);
                 emit m_worker->signal_devStateChanged(axisCount, {});
-                emit m_worker->signal_showOperationMsg(axisCount, OPERATION_STATE_OK, 1, QString());
+                emit m_worker->signal_showOperationMsg(axisCount, OPERATION_STATE_OK, OPERATION_TYPE_MOVE, QString());
                 emit m_worker->signal_heartBeatInfo({}, 0);
                 emit m_worker->signal_consoleHeartBeatInfo({}, 0);
             }

@@ -2,6 +2,7 @@
 #include "Measurements.h"
 
 #include "axis/OperationLog.h"
+#include "device/SerialComDev.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -65,7 +66,7 @@ double Measurements::bytesPerLogEntry()
     browser.show(); // or its lines are not laid out
     const auto append = [&log](int count) {
         for (int k = 0; k < count; ++k)
-            log.append(1, QStringLiteral("Move"), 3);
+            log.append(OPERATION_TYPE_MOVE, QStringLiteral("Move"), OPERATION_STATE_OK);
         QCoreApplication::processEvents();
     };
     append(100); // what comes with the first ones

@@ -45,6 +45,7 @@ double quantile(QVector<double> values, double part)
 
 Soak::Soak(MoverWidget *window, int minutes)
     : m_window(window)
+    , m_robot(window, [](QAbstractButton *button) { QTest::mouseClick(button, Qt::LeftButton); })
     , m_durationMs(qint64(minutes) * 60000)
     , m_bytesPerEntry(Measurements::bytesPerLogEntry())
     , m_series{
@@ -80,37 +81,15 @@ void Soak::hurryTimers()
     }
 }
 
-QPushButton *Soak::button(QObject *in, const char *name) const
-{
-    return in->findChild<QPushButton *>(QLatin1String(name));
-}
-
-void Soak::click(QObject *in, const char *name) const
-{
-    QTest::mouseClick(button(in, name), Qt::LeftButton);
-}
-
 MoverControlWidget *Soak::panel(int axis) const
 {
-    return m_window->panelBoard().find(QStringLiteral("Axis%1").arg(axis + 1));
+    return m_robot.panel(axis);
 }
 
 void Soak::connectController()
 {
-    auto *connection = m_window->findChild<ConnectionWidget *>();
-    click(m_window, "pushButton_connect");
-    auto *list = connection->findChild<QComboBox *>(QStringLiteral("comboBox_comList"));
-    list->setCurrentIndex(list->findData(1001));
-    click(connection, "pushButton_connectSerial");
+    m_robot.connectTo(1001);
     m_sinceLastPoll.invalidate();
-}
-
-void Soak::disconnectController()
-{
-    auto *connection = m_window->findChild<ConnectionWidget *>();
-    click(m_window, "pushButton_connect");
-    click(connection, "pushButton_disConnect");
-    connection->hide();
 }
 
 /** One thing after the other, of what a user does in a day. */
@@ -229,7 +208,7 @@ void Soak::endRound()
     if (m_running.elapsed() >= m_durationMs && round >= warmUpRounds + 3)
         m_window->close();
     else if (round % roundsPerConnection == 0)
-        disconnectController(); // takes the panels with it, and their logs
+        m_robot.disconnect(); // takes the panels with it, and their logs
 }
 
 bool Soak::report() const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Measurements.h"
+#include "support/Robot.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -37,13 +38,12 @@ private:
     void endRound();
     void notePoll(int axis);
     void connectController();
-    void disconnectController();
-    QPushButton *button(QObject *in, const char *name) const;
-    void click(QObject *in, const char *name) const;
+    void click(const QObject *in, const char *name) const { m_robot.click(in, name); }
     MoverControlWidget *panel(int axis) const;
     int logEntries() const;
 
     MoverWidget *m_window;
+    Robot m_robot;
     const qint64 m_durationMs;
     QTimer m_hand;
     int m_action = 0;

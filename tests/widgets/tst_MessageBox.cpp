@@ -87,7 +87,7 @@ private slots:
                 box.style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(32).toImage());
             QVERIFY(!box.windowIcon().isNull());
         });
-        MessageBox::exec(&parent, "first line\nsecond line", kind);
+        MessageBox::inform(&parent, "first line\nsecond line", kind);
         QVERIFY(looked);
     }
 
@@ -103,10 +103,23 @@ private slots:
     {
         QFETCH(Kind, kind);
         QFETCH(QStringList, order);
-        for (int index = 0; index < order.size(); ++index) {
-            const OnMessageBox next(
-                [&](QMessageBox &box) { QTest::mouseClick(button(box, order[index]), Qt::LeftButton); });
-            QCOMPARE(MessageBox::exec(nullptr, "?", kind), index);
+        QStringList shown;
+        const OnMessageBox next([&](QMessageBox &box) {
+            for (const QPushButton *each : box.findChildren<QPushButton *>()) // as they were added
+                shown.append(each->text());
+        });
+        MessageBox::inform(nullptr, "?", kind);
+        QCOMPARE(shown, order);
+    }
+    void consentIsTheConfirmingButtonAlone_data() { allKinds(); }
+    void consentIsTheConfirmingButtonAlone()
+    {
+        QFETCH(Kind, kind);
+        for (const bool consent : {true, false}) {
+            const OnMessageBox next([consent](QMessageBox &box) {
+                QTest::mouseClick(button(box, consent ? "确认" : "取消"), Qt::LeftButton);
+            });
+            QCOMPARE(MessageBox::confirm(nullptr, "?", kind), consent);
             QCOMPARE(next.shown(), 1);
         }
     }
@@ -119,27 +132,21 @@ private slots:
             QCOMPARE(box.buttonRole(button(box, "确认")), QMessageBox::AcceptRole);
             QCOMPARE(box.buttonRole(button(box, "取消")), QMessageBox::RejectRole);
         });
-        MessageBox::exec(nullptr, "?", kind);
+        MessageBox::inform(nullptr, "?", kind);
         QCOMPARE(next.shown(), 1);
     }
     void isATipUnlessToldOtherwise()
     {
-        const OnMessageBox next([](QMessageBox &box) { button(box, "确认")->click(); });
-        QCOMPARE(MessageBox::exec(nullptr, "?"), 1);
+        QString first;
+        const OnMessageBox next([&first](QMessageBox &box) { first = box.findChild<QPushButton *>()->text(); });
+        MessageBox::inform(nullptr, "?");
+        QCOMPARE(first, QString("取消"));
     }
 
-    void countsEveryOtherWayOutAsCancel_data()
-    {
-        QTest::addColumn<Kind>("kind");
-        QTest::addColumn<int>("cancel");
-        QTest::newRow("tip") << Kind::Tip << 0;
-        QTest::newRow("motion popup") << Kind::MotionPopup << 1;
-        QTest::newRow("loop run") << Kind::LoopRun << 1;
-    }
+    void countsEveryOtherWayOutAsCancel_data() { allKinds(); }
     void countsEveryOtherWayOutAsCancel()
     {
         QFETCH(Kind, kind);
-        QFETCH(int, cancel);
         const std::function<void(QMessageBox &)> waysOut[] = {
             [](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Escape); },
             [](QMessageBox &box) { box.close(); },
@@ -149,17 +156,16 @@ private slots:
                 leave(box);
                 QVERIFY(!box.isVisible());
             });
-            QCOMPARE(MessageBox::exec(nullptr, "?", kind), cancel);
+            QVERIFY(!MessageBox::confirm(nullptr, "?", kind));
             QCOMPARE(next.shown(), 1);
         }
     }
-    void countsTheEndOfTheProgramAsCancel_data() { countsEveryOtherWayOutAsCancel_data(); }
+    void countsTheEndOfTheProgramAsCancel_data() { allKinds(); }
     void countsTheEndOfTheProgramAsCancel()
     {
         QFETCH(Kind, kind);
-        QFETCH(int, cancel);
-        int result = -1;
-        QTimer::singleShot(0, this, [&] { result = MessageBox::exec(nullptr, "?", kind); });
+        std::optional<bool> consent;
+        QTimer::singleShot(0, this, [&] { consent = MessageBox::confirm(nullptr, "?", kind); });
         QTimer quit;
         quit.callOnTimeout([] {
             if (QApplication::activeModalWidget())
@@ -167,16 +173,15 @@ private slots:
         });
         quit.start(5);
         QApplication::exec();
-        QCOMPARE(result, cancel);
+        QCOMPARE(consent, std::optional<bool>(false));
     }
-    void countsTheEndOfItsParentAsCancel_data() { countsEveryOtherWayOutAsCancel_data(); }
+    void countsTheEndOfItsParentAsCancel_data() { allKinds(); }
     void countsTheEndOfItsParentAsCancel()
     {
         QFETCH(Kind, kind);
-        QFETCH(int, cancel);
         auto parent = std::make_unique<QWidget>();
         const OnMessageBox next([&](QMessageBox &) { parent.reset(); });
-        QCOMPARE(MessageBox::exec(parent.get(), "?", kind), cancel);
+        QVERIFY(!MessageBox::confirm(parent.get(), "?", kind));
         QCOMPARE(next.shown(), 1);
     }
     void goesBackToItsPlaceWhenItIsLaidOutAnew()
@@ -190,7 +195,7 @@ private slots:
             QCoreApplication::sendEvent(&box, &layout);
             QCOMPARE(box.pos(), place);
         });
-        MessageBox::exec(&parent, "?");
+        MessageBox::inform(&parent, "?");
         QCOMPARE(next.shown(), 1);
     }
     void leavesNothingBehind()
@@ -198,23 +203,22 @@ private slots:
         QWidget parent;
         QPointer<QMessageBox> seen;
         const OnMessageBox next([&](QMessageBox &box) { seen = &box; });
-        MessageBox::exec(&parent, "?");
+        MessageBox::inform(&parent, "?");
         QCOMPARE(next.shown(), 1);
         QVERIFY(!seen);
         QVERIFY(parent.children().isEmpty());
     }
-    void enterConfirms_data() { countsEveryOtherWayOutAsCancel_data(); }
+    void enterConfirms_data() { allKinds(); }
     void enterConfirms()
     {
         QFETCH(Kind, kind);
-        QFETCH(int, cancel);
         const OnMessageBox next([](QMessageBox &box) {
             // As the keyboard does it: to whatever has the focus.
             QTRY_VERIFY(box.focusWidget());
             QTest::keyClick(box.focusWidget(), Qt::Key_Return);
             QVERIFY(!box.isVisible());
         });
-        QCOMPARE(MessageBox::exec(nullptr, "?", kind), 1 - cancel);
+        QVERIFY(MessageBox::confirm(nullptr, "?", kind));
         QCOMPARE(next.shown(), 1);
     }
 
@@ -248,7 +252,7 @@ private slots:
             for (QAbstractButton *each : box.buttons())
                 QCOMPARE(each->styleSheet(), QString(buttonSheet));
         });
-        MessageBox::exec(nullptr, text, kind);
+        MessageBox::inform(nullptr, text, kind);
         QCOMPARE(next.shown(), 1);
     }
 
@@ -316,7 +320,7 @@ private slots:
             }
             QVERIFY(box.rect().contains(label(box)->geometry()));
         });
-        MessageBox::exec(nullptr, text, kind);
+        MessageBox::inform(nullptr, text, kind);
         qApp->setStyleSheet(QString());
         QCOMPARE(next.shown(), 1);
     }
@@ -332,7 +336,7 @@ private slots:
         parent.show();
         const OnMessageBox next(
             [&](QMessageBox &box) { QCOMPARE(box.geometry().center(), parent.geometry().center()); });
-        MessageBox::exec(&child, "!", kind);
+        MessageBox::inform(&child, "!", kind);
         QCOMPARE(next.shown(), 1);
     }
     void staysOnTheScreen_data()
@@ -355,7 +359,7 @@ private slots:
             QCOMPARE(frame.x(), corner.x() * (screen.width() - frame.width()));
             QCOMPARE(frame.y(), corner.y() * (screen.height() - frame.height()));
         });
-        MessageBox::exec(&parent, "!");
+        MessageBox::inform(&parent, "!");
         QCOMPARE(next.shown(), 1);
     }
 
@@ -371,7 +375,7 @@ private slots:
             QCOMPARE(box.buttonRole(button(box, "Cancel")), QMessageBox::RejectRole);
             button(box, "OK")->click();
         });
-        QCOMPARE(MessageBox::exec(nullptr, "?"), 1);
+        QVERIFY(MessageBox::confirm(nullptr, "?"));
         QCoreApplication::removeTranslator(&catalogue);
     }
 

@@ -12,6 +12,7 @@
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
 #include "simulator/SimulatorControl.h"
+#include "support/Robot.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -94,8 +95,7 @@ private:
     QWidget *own(const char *name) const { return in(m_window, name); }
     QWidget *panel(int axis) const
     {
-        return inGui(
-            [=]() -> QWidget * { return m_window->panelBoard().find(QStringLiteral("Axis%1").arg(axis + 1)); });
+        return inGui([=]() -> QWidget * { return m_window->panelBoard().find(Robot::nameOf(axis)); });
     }
     /** The popup of a panel: each panel has one of each class. */
     QWidget *popup(int axis, const char *className) const
@@ -108,19 +108,11 @@ private:
     {
         return in<QLabel>(panel(axis), "label_doingLight")->styleSheet().contains(QLatin1String("greenPot"));
     }
-    static QMessageBox *box() { return qobject_cast<QMessageBox *>(QApplication::activeModalWidget()); }
+    static QMessageBox *box() { return Robot::box(); }
     /** Clicks the button that confirms or cancels the open message box. */
     static void answer(QMessageBox::ButtonRole role)
     {
-        const QWidget *button = inGui([=]() -> QWidget * {
-            const QList<QAbstractButton *> buttons = box() ? box()->buttons() : QList<QAbstractButton *>();
-            for (QAbstractButton *candidate : buttons) {
-                if (box()->buttonRole(candidate) == role)
-                    return candidate;
-            }
-            return nullptr;
-        });
-        if (button)
+        if (const QWidget *button = inGui([=]() -> QWidget * { return Robot::boxButton(role); }))
             Guide::click(button);
     }
     static void confirm() { answer(QMessageBox::AcceptRole); }
