@@ -134,6 +134,21 @@ class Program:
         widget = wait(f"{window}.{name} is not to be clicked", settled)
         xdotool("mousemove", widget.x + (8 if left else widget.width // 2), widget.y + widget.height // 2, "click", 1)
 
+    def answer(self, text):
+        """Presses the button of a message box whose text begins so."""
+        def button():
+            return next((widget for widget in self.look()[1] if widget.window == "QMessageBox" and widget.active and
+                         widget.kind == "QPushButton" and re.match(text, widget.text)), None)
+
+        def settled():
+            first = button()
+            time.sleep(0.15)
+            return first if first and first == button() else None
+
+        widget = wait(f"no button {text}", settled)
+        xdotool("mousemove", widget.x + widget.width // 2, widget.y + widget.height // 2, "click", 1)
+        self.closed("QMessageBox")
+
     def type(self, window, name, value):
         self.click(window, name)
         xdotool("key", "ctrl+a")
@@ -231,13 +246,23 @@ def use_settings(program):
     """Writes a parameter of the motor, reads it back, and changes to English."""
     program.click("MoverWidget", "pushButton_settings")
     program.click("OptionsWidget", "pushButton_motorParam")
+    program.answer("确定|OK")
     program.click("OptionsWidget", "pushButton_ReadParam")
+    speed = "lineEdit_motor_restoreSpeed"
+    wait("the parameters are not read", lambda: program.text("OptionsWidget", speed))
+    program.type("OptionsWidget", speed, 7)
+    program.click("OptionsWidget", "pushButton_WriteParam")
+    program.answer("是")
+    program.see("OptionsWidget", "label_msg", "写入电机参数成功")
+    program.type("OptionsWidget", speed, 8)
+    program.click("OptionsWidget", "pushButton_ReadParam")
+    program.see("OptionsWidget", speed, "7")
     program.click("OptionsWidget", "pushButton_language")
     program.click("OptionsWidget", "radioButton_en", left=True)
     program.see("OptionsWidget", "label", "Settings")
     program.click("OptionsWidget", "pushButton_close")
     program.closed("OptionsWidget")
-    print("The parameters were read, and the language is English.")
+    print("A parameter was written and read back, and the language is English.")
 
 
 def unplug(program):
