@@ -139,8 +139,9 @@ lld-link /dll /noentry /nodefaultlib /out:"$trials/moverLibrary.dll" "$trials/li
 x86_64-w64-mingw32-gcc-posix -Wall -Wextra -Werror -static -I. "$trials/caller.c" -o "$trials/caller.exe"
 
 say "Installing $(basename "$setup") under Wine"
-in_wine wineboot --init
+in_wine wineboot --init 2>"$scratch/wineboot.log"
 in_wine wineserver --wait
+in_wine wine cmd /c exit # what Wine sets up at its first start only
 cp "$setup" "$scratch/setup.exe"
 folder="$prefix/drive_c/Program Files/mover"
 menu="$prefix/drive_c/ProgramData/Microsoft/Windows/Start Menu/Programs"
@@ -185,8 +186,18 @@ functions=$(in_wine wine "$trials/caller.exe" "$(in_wine winepath -w "$trials/mo
 
 say "Driving it"
 install
-in_wine wine "$folder/mover.exe" --version | tr -d '\r' >"$scratch/version"
-[ "$(cat "$scratch/version")" = "mover $version" ] || die "mover --version says $(cat "$scratch/version")"
+# says EXPECTED [ARGUMENT...]: what the program tells of itself and of the library that it takes
+says() {
+    local told
+    told=$(in_wine wine "$folder/mover.exe" "${@:2}" --version | tr -d '\r')
+    [ "$told" = "mover $version"$'\n'"$1" ] || die "mover ${*:2} --version says $told"
+}
+says 'C:\Program Files\mover\simulator\moverLibrary.dll (simulated)'
+makers=$(in_wine winepath -w "$trials/moverLibrary.dll")
+says "$makers" --library "$makers"
+cp "$trials/moverLibrary.dll" "$folder" # a maker's beside the program
+says 'C:\Program Files\mover\moverLibrary.dll'
+rm "$folder/moverLibrary.dll"
 cp -r "$tools" "$scratch/tools"
 cp -r "$place" "$home/place"
 own "$home/place"
