@@ -205,9 +205,10 @@ place=$home/place
 # As in Program Files on Windows, where users may not write.
 chmod -R a-w "$folder"
 drive() {
+    in_wine wineserver --wait # until Wine's session without a screen has ended, whose windows no screen would activate
     in_wine "$scratch/with-desktop.sh" "$scratch/drive.py" "$@" 2>"$scratch/drive.log" || {
         cat "$scratch/drive.log" >&2
-        die "The program in $1 cannot be driven."
+        die "The program in $1 does not do what it should."
     }
 }
 drive "$folder" "$scratch/tools"
@@ -224,6 +225,6 @@ cp "$tools/emptyWindow.exe" "$place"
 [ -e "$place/appConfig.ini" ] || die "The settings are not kept beside the program."
 
 say "Starting"
-in_wine "$scratch/with-desktop.sh" "$scratch/drive.py" "$place" "$scratch/tools" --start
+drive "$place" "$scratch/tools" --start
 
 say "Packages are in $out: $(du -m "$archive" | cut -f 1) MB and $(du -m "$setup" | cut -f 1) MB; the folder has $megabytes MB"

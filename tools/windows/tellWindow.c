@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* tellWindow PROCESS send|post COUNT MESSAGE WPARAM: what Windows tells a window, told to the main window of another process.
- * Prints how many were taken, each within a second, and ends with 1 when one was not. */
+/* tellWindow PROCESS send|post COUNT MESSAGE WPARAM: what Windows tells a window, told to the main window of another
+ * process. Prints how many were taken, each within a second, and ends with 1 when one was not. */
 #include <windows.h>
 
 #include <stdio.h>
