@@ -139,6 +139,7 @@ void StartUp::prepareApplication()
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     // 150 % is 150 %; rounded to 200 % the main window would not find room on most screens that have it.
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); // the stop keys would not reach them
     QCoreApplication::setApplicationName(QStringLiteral("mover"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MOVER_VERSION));
     // The program draws nothing by OpenGL; loading it costs a third of the start and half of the memory.
