@@ -91,7 +91,7 @@ void readFault(const JsonValue &value, CallFault *fault)
     const JsonValue &function = object.require("function");
     object.text("function", &fault->function, std::string::npos);
     if (!isLibraryFunction(fault->function))
-        throw JsonError(function.line, "the library has no function " + quoted(fault->function));
+        throw JsonError(function.line, "the library has no function " + inQuotes(fault->function));
     const bool fails = object.number("status", &fault->status, -maxInt, -1);
     const bool delays = object.number("delayMs", &fault->delayMs, 0, maxInt);
     if (!fails && !delays)
