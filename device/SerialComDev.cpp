@@ -313,8 +313,7 @@ SerialComDev::~SerialComDev()
 /** False when it hangs in a library call beyond the deadline. */
 bool SerialComDev::endStopThread(QDeadlineTimer deadline)
 {
-    m_stopThread.end();
-    if (!m_stopThread.wait(deadline))
+    if (!m_stopThread.end(deadline))
         return false;
     LibraryLock::retractAll(&m_stopThread); // for stops that nobody sends any more
     return true;
