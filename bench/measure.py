@@ -31,7 +31,7 @@ ROWS = [
     ("click busy", "click with three panels polling and calls of 5 ms: calls in front of it beyond those that waited", 0,
      ""),
     ("slow link", "stop with three panels and calls of 200 ms for ten minutes: calls in front of it", 1, ""),
-    ("slow link time", "the same: click to answer, median", 250, "ms"),
+    ("slow link time", "the same: click to library call, median", 250, "ms"),
     ("slow link growth", "the same at the end, against at the beginning", 0, ""),
     ("stop all idle", "key F12 to the last stop call of three axes with an idle worker", 1, "ms"),
     ("stop all busy", "the same with three panels polling and calls of 5 ms: calls in front of the first stop", 1, ""),

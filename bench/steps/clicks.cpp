@@ -125,7 +125,7 @@ public:
     }
 
     struct Click {
-        double ms;       // to the answer of the library
+        double ms;       // to the call of the library
         int callsBefore; // that the library answered in between
         int waiting;     // polls that were asked for and not yet answered at the time, the one in flight included
     };
@@ -134,9 +134,15 @@ public:
     {
         const int waiting = -m_answered + m_asked;
         simulator::clearJournal();
-        const qint64 from = m_stop.now();
+        Receiver called;
+        listenedAxis = axis;
+        stopListener = &called;
+        const qint64 from = called.now();
         m_panels[axis]->findChild<QPushButton *>(QStringLiteral("pushButton_stop"))->click();
-        const qint64 at = m_stop.told();
+        const qint64 at = called.told();
+        m_stop.told();
+        stopListener = nullptr;
+        listenedAxis = 0;
         const std::vector<simulator::Call> calls = simulator::journal();
         const auto stop = std::find_if(
             calls.begin(), calls.end(), [](const simulator::Call &call) { return call.function == "stopRuning"; });
