@@ -81,13 +81,14 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     m_heart = QSharedPointer<Heart>(new Heart);
 
-    connect(
-        m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this,
-        &MoverWidget::slot_usbDevPortChanged);
-
-    m_portCheckRetry.setSingleShot(true);
-    m_portCheckRetry.setInterval(portCheckRetryMs);
-    connect(&m_portCheckRetry, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
+    // Later, and one for many: Windows sends its notice in heaps and waits for the answer to each, which a box would
+    // hold up.
+    m_portCheck.setSingleShot(true);
+    connect(&m_portCheck, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
+    connect(m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this, [this] {
+        if (!m_portCheck.isActive() && !m_bPortLostShown)
+            m_portCheck.start(0);
+    });
 
     m_addControls = new AddControlsWidget(this);
     connect(
@@ -213,7 +214,7 @@ void MoverWidget::slot_usbDevPortChanged()
 {
     const std::optional<bool> lost = m_session->isPortLost();
     if (!lost) {
-        m_portCheckRetry.start();
+        m_portCheck.start(portCheckRetryMs);
         return;
     }
     if (!*lost || m_bPortLostShown)
@@ -273,7 +274,7 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_closed, this, &MoverWidget::slot_controlWidgetClosed);
     connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
-    connect(panel, &MoverControlWidget::signal_broadcastRunningState, this, &MoverWidget::showStopAll);
+    connect(panel, &MoverControlWidget::signal_movingChanged, this, &MoverWidget::showStopAll);
     panel->listenToWorker();
 }
 
@@ -382,7 +383,7 @@ void MoverWidget::showStopAll()
     ui->pushButton_stopAll->setText(pending ? tr("正在停止…") : tr("全部停止"));
     const QList<MoverControlWidget *> &panels = m_board->panels();
     const bool moving = pending || std::any_of(panels.begin(), panels.end(), [](const MoverControlWidget *panel) {
-                            return panel->axis().isMoving();
+                            return panel->isMoving();
                         });
     if (ui->pushButton_stopAll->property("moving").toBool() == moving)
         return;

@@ -4,11 +4,11 @@
 #include "steps/Rows.h"
 
 #include "axis/MoverControlWidget.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "device/PollQueue.h"
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "shell/StopKeys.h"
-#include "simulator/SimulatorControl.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

@@ -4,7 +4,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "device/moverLibrary.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
 #include "support/OnMessageBox.h"
 #include "support/English.h"
@@ -145,7 +145,7 @@ void addOperations(const std::function<bool(const Operation &)> &which = [](cons
 
 std::string functionOf(const Operation &operation)
 {
-    return std::string(operation.call, std::strchr(operation.call, '('));
+    return std::string(operation.call, std::strcspn(operation.call, "("));
 }
 
 bool isOnAxis(const Operation &operation)
