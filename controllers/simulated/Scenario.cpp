@@ -19,7 +19,7 @@ using controllers::JsonError;
 using controllers::JsonValue;
 using controllers::maxNumber;
 using controllers::ObjectReader;
-using controllers::quoted;
+using controllers::inQuotes;
 using controllers::readStage;
 
 namespace {
