@@ -30,8 +30,11 @@ ROWS = [
     ("click idle", "click to library call with an idle worker, against one queued signal between two threads", 1.5, "×"),
     ("click busy", "click with three panels polling and calls of 5 ms: calls in front of it beyond those that waited", 0,
      ""),
-    ("slow link", "stop with three panels and calls of 200 ms for ten minutes: calls in front of it", 13, ""),
+    ("slow link", "stop with three panels and calls of 200 ms for ten minutes: calls in front of it", 1, ""),
+    ("slow link time", "the same: click to library call, median", 250, "ms"),
     ("slow link growth", "the same at the end, against at the beginning", 0, ""),
+    ("stop all idle", "key F12 to the last stop call of three axes with an idle worker", 1, "ms"),
+    ("stop all busy", "the same with three panels polling and calls of 5 ms: calls in front of the first stop", 1, ""),
     ("poll", "one state poll without a change, handled by the panel, beyond the signal", 1, "µs"),
     ("poll touches", "the same: widgets touched", 0, ""),
     ("log entry", "one log entry at 100,000 entries, against at 1,000", 1.3, "×"),
@@ -46,6 +49,7 @@ SHORT_SLACK = 1.25  # the few rounds of a short run scatter by as much
 # Which step of benchSteps measures a row; the others need processes of their own.
 STEPS = {
     "click idle": "click idle", "click busy": "click busy", "slow link": "slow link", "slow link growth": "slow link",
+    "slow link time": "slow link", "stop all idle": "stop all idle", "stop all busy": "stop all busy",
     "poll": "poll", "poll touches": "poll", "log entry": "log", "run count": "log", "panels": "panels",
     "library call": "library call", "model file": "model file",
 }

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QSemaphore>
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <algorithm>
@@ -236,11 +237,15 @@ SerialComDev::SerialComDev()
         [this] {
             if (LibraryLock::heldFor() > slowCall)
                 m_polls.drop(); // the next timer asks again
+            ++m_iStopsWaiting;
             LibraryLock::announce(LibraryLock::Urgency::Stop, thread());
         },
         Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_stopMotor, &SerialComDev::slot_stopMotor);
-    connect(this, &SerialComDev::signal_stopMotor, this, [] { LibraryLock::retract(LibraryLock::Urgency::Stop); });
+    connect(this, &SerialComDev::signal_stopMotor, this, [this] {
+        LibraryLock::retract(LibraryLock::Urgency::Stop);
+        --m_iStopsWaiting;
+    });
 
     // A start remembers when it was asked for: one from before a stop of all is not made any more.
     connect(
@@ -284,6 +289,8 @@ void SerialComDev::requestPoll(const PollQueue::Poll &poll)
 void SerialComDev::runPolls(quint32 round)
 {
     while (const auto poll = m_polls.take(round)) {
+        QElapsedTimer timer;
+        timer.start();
         switch (poll->kind) {
         case PollQueue::Position:
             slot_getCurrentPos(poll->axis);
@@ -298,6 +305,9 @@ void SerialComDev::runPolls(quint32 round)
             slot_consoleHeartBeat();
             break;
         }
+        // When the stop was emitted the call in flight was too young to tell that it is a slow one.
+        if (m_iStopsWaiting > 0 && timer.elapsed() > slowCall.count())
+            m_polls.drop();
     }
 }
 

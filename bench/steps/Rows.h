@@ -13,6 +13,8 @@ constexpr int device = 1001; // the controller of every scenario here
 void clickIdle(int effort);
 void clickBusy(int effort);
 void slowLink(int effort);
+void stopAllIdle(int effort);
+void stopAllBusy(int effort);
 void poll(int effort);
 void operationLog(int effort);
 void panels(int effort);

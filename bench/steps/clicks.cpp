@@ -4,12 +4,16 @@
 #include "steps/Rows.h"
 
 #include "axis/MoverControlWidget.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "device/PollQueue.h"
 #include "device/SerialComDev.h"
-#include "controllers/simulated/SimulatorControl.h"
+#include "session/ControlSession.h"
+#include "shell/StopKeys.h"
 
+#include <QCoreApplication>
 #include <QEventLoop>
 #include <QFile>
+#include <QKeyEvent>
 #include <QPushButton>
 #include <QSemaphore>
 #include <QThread>
@@ -55,8 +59,19 @@ private:
     QSemaphore m_told;
 };
 
-/** Is told when the library is called to stop an axis. */
+/** Is told when the library is called to stop an axis, of several the last. */
 std::atomic<Receiver *> stopListener{nullptr};
+std::atomic<int> listenedAxis{0};
+
+constexpr int axisCount = 3;
+
+void pressStopKey(QObject *window)
+{
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_F12, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &press);
+    QKeyEvent release(QEvent::KeyRelease, Qt::Key_F12, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &release);
+}
 
 void runFor(int ms)
 {
@@ -90,11 +105,11 @@ public:
         QObject::connect(
             worker.data(), &SerialComDev::signal_updateCurrentPos, &m_context, answer, Qt::DirectConnection);
         QObject::connect(worker.data(), &SerialComDev::signal_updateDevState, &m_context, answer, Qt::DirectConnection);
-        // In the worker thread, as the first thing after the library has answered.
+        // In the thread that stops, as the first thing after the library has answered.
         QObject::connect(
             worker.data(), &SerialComDev::signal_showOperationMsg, &m_context, [this] { m_stop.note(); },
             Qt::DirectConnection);
-        for (int axis = 0; axis < 3; ++axis) {
+        for (int axis = 0; axis < axisCount; ++axis) {
             m_panels[axis] = std::make_unique<MoverControlWidget>();
             m_panels[axis]->setAxis(QSharedPointer<ControlAxis>::create(AxisDescription{axis}));
             m_panels[axis]->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->setInterval(pollMs);
@@ -110,7 +125,7 @@ public:
     }
 
     struct Click {
-        double ms;       // to the answer of the library
+        double ms;       // to the call of the library
         int callsBefore; // that the library answered in between
         int waiting;     // polls that were asked for and not yet answered at the time, the one in flight included
     };
@@ -119,13 +134,36 @@ public:
     {
         const int waiting = -m_answered + m_asked;
         simulator::clearJournal();
-        const qint64 from = m_stop.now();
+        Receiver called;
+        listenedAxis = axis;
+        stopListener = &called;
+        const qint64 from = called.now();
         m_panels[axis]->findChild<QPushButton *>(QStringLiteral("pushButton_stop"))->click();
-        const qint64 at = m_stop.told();
+        const qint64 at = called.told();
+        m_stop.told();
+        stopListener = nullptr;
+        listenedAxis = 0;
         const std::vector<simulator::Call> calls = simulator::journal();
         const auto stop = std::find_if(
             calls.begin(), calls.end(), [](const simulator::Call &call) { return call.function == "stopRuning"; });
         return {double(at - from) / 1e6, int(stop - calls.begin()), waiting};
+    }
+    struct StopAll {
+        double ms;       // to the answer of the library to the last stop
+        int callsBefore; // that the library answered before the first stop
+    };
+    StopAll stopAll()
+    {
+        simulator::clearJournal();
+        const qint64 from = m_stop.now();
+        pressStopKey(m_panels[0].get());
+        qint64 at = 0;
+        for (int axis = 0; axis < axisCount; ++axis)
+            at = m_stop.told();
+        const std::vector<simulator::Call> calls = simulator::journal();
+        const auto stop = std::find_if(
+            calls.begin(), calls.end(), [](const simulator::Call &call) { return call.function == "stopRuning"; });
+        return {double(at - from) / 1e6, int(stop - calls.begin())};
     }
 
 private:
@@ -133,7 +171,7 @@ private:
     std::atomic<int> m_answered{0};
     Receiver m_stop;
     QObject m_context;
-    std::unique_ptr<MoverControlWidget> m_panels[3];
+    std::unique_ptr<MoverControlWidget> m_panels[axisCount];
 };
 
 } // namespace
@@ -143,7 +181,8 @@ private:
 extern "C" int __real_stopRuning(int id, int axis); // NOLINT(bugprone-reserved-identifier)
 extern "C" int __wrap_stopRuning(int id, int axis)  // NOLINT(bugprone-reserved-identifier)
 {
-    if (Receiver *listener = stopListener)
+    Receiver *listener = stopListener;
+    if (listener && axis == listenedAxis)
         listener->note();
     return __real_stopRuning(id, axis);
 }
@@ -215,18 +254,17 @@ void Rows::clickBusy(int effort)
 
 void Rows::slowLink(int effort)
 {
-    // Twenty times as fast as it is: calls of 200 ms, polls every 100 ms, ten minutes.
-    constexpr int speedUp = 20;
-    SlowController controller(200 / speedUp, MoverControlWidget::PollIntervalMs / speedUp);
+    // As fast as it is: which polls a stop puts aside depends on how long the call in flight takes.
+    SlowController controller(200, MoverControlWidget::PollIntervalMs);
     QElapsedTimer clock;
     clock.start();
     std::vector<double> times;
     std::vector<double> before;
-    const qint64 endMs = 600000 / speedUp * effort / 100;
+    const qint64 endMs = 600000 * qint64(effort) / 100;
     while (clock.elapsed() < endMs) {
-        runFor(60);
+        runFor(1000 + int(times.size()) * 37 % 400); // at any moment of a call
         const SlowController::Click click = controller.click(int(times.size()) % 3);
-        times.push_back(click.ms * speedUp);
+        times.push_back(click.ms);
         before.push_back(click.callsBefore);
     }
     const auto quarter = std::ptrdiff_t(times.size() / 4);
@@ -237,13 +275,60 @@ void Rows::slowLink(int effort)
     const double most = Measure::quantile(before, 1);
     Measure::report(
         "slow link", most,
-        "%.0f simulated minutes, %zu stops after %.1f s (median), %.1f s (99th percentile), %.1f s (longest); calls in "
+        "%.1f minutes, %zu stops after %.1f s (median), %.1f s (99th percentile), %.1f s (longest); calls in "
         "front %.0f to %.0f",
-        double(endMs) * speedUp / 60000, times.size(), Measure::quantile(times, 0.5) / 1000,
+        double(endMs) / 60000, times.size(), Measure::quantile(times, 0.5) / 1000,
         Measure::quantile(times, 0.99) / 1000, Measure::quantile(times, 1) / 1000, Measure::quantile(before, 0), most);
+    Measure::report(
+        "slow link time", Measure::quantile(times, 0.5), "99th percentile %.0f ms, longest %.0f ms",
+        Measure::quantile(times, 0.99), Measure::quantile(times, 1));
     Measure::report(
         "slow link growth", std::round(atEnd - atStart),
         "calls in front of a stop: %.1f in the first quarter, %.1f in the last (means)", atStart, atEnd);
+}
+
+void Rows::stopAllIdle(int effort)
+{
+    SerialComDev::instance()->getDevAxisCount(); // as connecting does
+    QObject window;
+    const StopKeys keys([] { ControlSession::instance()->stopAll(); });
+    Receiver library;
+    listenedAxis = axisCount - 1;
+    stopListener = &library;
+    std::vector<double> times;
+    for (int k = 0; k < 30 * effort; ++k) {
+        QThread::msleep(1); // the threads sleep when the key comes
+        const qint64 from = library.now();
+        pressStopKey(&window);
+        times.push_back(double(library.told() - from) / 1e6);
+    }
+    SerialComDev::instance()->close(); // after the last call has returned
+    stopListener = nullptr;
+    listenedAxis = 0;
+    SerialComDev::instance()->open(device);
+    Measure::report(
+        "stop all idle", Measure::quantile(times, 0.5), "%zu presses: 99th percentile %.2f ms", times.size(),
+        Measure::quantile(times, 0.99));
+}
+
+void Rows::stopAllBusy(int effort)
+{
+    SlowController controller(5, MoverControlWidget::PollIntervalMs);
+    SerialComDev::instance()->getDevAxisCount();
+    const StopKeys keys([] { ControlSession::instance()->stopAll(); });
+    runFor(300);
+    std::vector<double> times;
+    std::vector<double> before;
+    for (int k = 0; k < effort; ++k) {
+        runFor(40 + k * 37 % 100); // at any moment between the polls
+        const SlowController::StopAll stop = controller.stopAll();
+        times.push_back(stop.ms);
+        before.push_back(stop.callsBefore);
+    }
+    Measure::report(
+        "stop all busy", Measure::quantile(before, 1),
+        "%d presses; to the last stop median %.1f ms, 99th percentile %.1f ms", effort, Measure::quantile(times, 0.5),
+        Measure::quantile(times, 0.99));
 }
 
 #include "clicks.moc"

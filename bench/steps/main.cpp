@@ -23,10 +23,11 @@ struct Row {
 };
 
 constexpr Row rows[] = {
-    {"click idle", Rows::clickIdle},     {"click busy", Rows::clickBusy},
-    {"slow link", Rows::slowLink},       {"poll", Rows::poll},
-    {"log", Rows::operationLog},         {"panels", Rows::panels},
-    {"library call", Rows::libraryCall}, {"model file", Rows::modelFile},
+    {"click idle", Rows::clickIdle},      {"click busy", Rows::clickBusy},
+    {"slow link", Rows::slowLink},        {"stop all idle", Rows::stopAllIdle},
+    {"stop all busy", Rows::stopAllBusy}, {"poll", Rows::poll},
+    {"log", Rows::operationLog},          {"panels", Rows::panels},
+    {"library call", Rows::libraryCall},  {"model file", Rows::modelFile},
 };
 
 } // namespace

@@ -368,6 +368,19 @@ Step pressing(const char *button, double thenSeconds)
     });
 }
 
+/** The key that stops all, in a window that the situation has open. */
+Step stoppingAll(std::function<QWidget *(Session &)> window)
+{
+    return {QStringLiteral("stops all"), [window = std::move(window)](Session &session) {
+                QTest::keyClick(window(session), Qt::Key_F12);
+                const auto through = [] { return !SerialComDev::instance()->isStoppingAll(); };
+                if (!QTest::qWaitFor(through, waitLimitMs))
+                    qFatal("the stop of all axes does not get through");
+                session.pass(10);
+                session.noteWindow();
+            }};
+}
+
 Situation moving()
 {
     return {
@@ -400,6 +413,8 @@ Situation moving()
          pressing("pushButton_stop", 10),
          pressing("pushButton_driveRight", 0.1),
          pressing("pushButton_stop", 10),
+         pressing("pushButton_driveLeft", 0.1),
+         stoppingAll([](Session &session) { return &session.program().window(); }),
          pressing("pushButton_jogLeft", 20),
          pressing("pushButton_home", 100),
          pressing("pushButton_enable", 0.1),
@@ -414,6 +429,18 @@ Situation moving()
                      QMetaObject::invokeMethod(&session.program().window(), "on_radioButton_Rocker_clicked");
                      session.settle();
                  }
+                 simulator::setJoystick(device, false);
+                 session.pass(0);
+             }),
+         onPanel(
+             "switches the joystick on and stops all",
+             [](Session &session, MoverControlWidget *) {
+                 simulator::setJoystick(device, true, 5);
+                 session.pass(0);
+                 session.program().rocker()->setChecked(true);
+                 QMetaObject::invokeMethod(&session.program().window(), "on_radioButton_Rocker_clicked");
+                 session.settle();
+                 stoppingAll([](Session &inMode) { return &inMode.program().window(); }).act(session);
                  simulator::setJoystick(device, false);
                  session.pass(0);
              }),
@@ -455,6 +482,7 @@ Situation loopRun()
          onPanel("waits", [](Session &session, MoverControlWidget *) { session.pass(2); }),
          inLoop("pushButton_stop", 10),
          inLoop("pushButton_left", 1),
+         stoppingAll([](Session &session) -> QWidget * { return session.dialog<CycleOperationWidget>(); }),
          inLoop("pushButton_close", 10),
          {QStringLiteral("looks"), [](Session &session) { session.noteWindow(); }}}};
 }
@@ -498,7 +526,8 @@ Situation settingsOpen()
          pressingThere("checkBox_posConpen_on1"),
          pressingThere("checkBox_posConpen_close1"),
          pressingThere("pushButton_ReadParam"),
-         pressingThere("pushButton_WriteParam")}};
+         pressingThere("pushButton_WriteParam"),
+         stoppingAll([](Session &session) -> QWidget * { return session.dialog<OptionsWidget>(); })}};
 }
 
 /** What the console's input field has to hold so that the axes go on as before. */
@@ -561,6 +590,7 @@ Situation consoleOpen()
                                        noteConsole(session);
                                    }});
     }
+    situation.steps.push_back(stoppingAll([](Session &session) -> QWidget * { return session.console(); }));
     situation.steps.push_back(
         {QStringLiteral("heartbeat"), [](Session &session) {
              Session::press(session.console(), "pushButton_44");
@@ -680,6 +710,7 @@ const Shown shownFailures[] = {
     // Settings: what cannot be read stays as it was
     {"settingsOpen", "getDevAxisCount", nullptr},
     {"settingsOpen", "getTriggerInEnable", nullptr},
+    {"settingsOpen", "stopRuning", "log: 停止 停止运行 操作失败"},
     {"settingsOpen", "getTriggerOutEnable", nullptr},
     {"settingsOpen", "getTriggerStep", nullptr},
     {"settingsOpen", "getPosConpenEnable", nullptr},

@@ -36,8 +36,9 @@ constexpr int comeBackEvery = 300;
 constexpr int deepest = 5;           // event loops within each other before only leaving is left
 constexpr int stepLimitSeconds = 60; // no step takes long, whatever hangs is released
 constexpr int hangMs = 40;
-constexpr int messageMs = 5000; // what a message is shown for at least
-constexpr int held = 100000000; // a timer's interval beyond every run
+constexpr int messageMs = 5000;         // what a message is shown for at least
+constexpr double brakingSeconds = 1000; // longer than any axis takes to come to rest
+constexpr int held = 100000000;         // a timer's interval beyond every run
 const int controllers[] = {1001, 1002};
 
 const char *const functions[] = {
@@ -104,6 +105,20 @@ void note(const QString &words)
         steps.lines[steps.count % Steps::Kept], sizeof steps.lines[0], "%d %s", steps.count,
         qPrintable(QString(words).replace(QLatin1Char('\n'), QLatin1Char('|'))));
     std::puts(steps.lines[steps.count % Steps::Kept]);
+}
+
+/** Where the axes of the open controller are; those are missing that cannot be read. */
+QMap<int, double> positions(const QSet<int> &axes)
+{
+    QMap<int, double> found;
+    const LibraryLock library;
+    for (const int axis : axes) {
+        int status = 0;
+        const double position = getCurrentPos(SerialComDev::instance()->deviceId(), axis, &status);
+        if (status >= 0)
+            found[axis] = position;
+    }
+    return found;
 }
 
 /** Waits until a thread has handled everything that was asked of it so far. */
@@ -336,7 +351,9 @@ void Monkey::act()
         window->activateWindow();
 
     const int choice = m_random.below(100);
-    if (choice < 45)
+    if (choice < 2)
+        stopAll();
+    else if (choice < 45)
         m_fingers.click(window);
     else if (choice < 50)
         m_fingers.doubleClick(window);
@@ -356,6 +373,50 @@ void Monkey::act()
         fault();
     else
         leave();
+}
+
+/** By key in whatever window is open, or by the button, which a window may cover. */
+void Monkey::stopAll()
+{
+    const int way = m_random.below(3);
+    QWidget *window = someWindow();
+    note(
+        way == 0 ? QStringLiteral("stop all by its button")
+                 : QStringLiteral("stop all by %1 in %2").arg(way == 1 ? "F12" : "Pause", Fingers::nameOf(window)));
+    simulator::clearJournal();
+    if (way == 0)
+        m_window->findChild<QPushButton *>(QStringLiteral("pushButton_stopAll"))->click();
+    else
+        Fingers::press(window, way == 1 ? Qt::Key_F12 : Qt::Key_Pause);
+    if (!QTest::qWaitFor([] { return !SerialComDev::instance()->isStoppingAll(); }, 20000))
+        fail(QStringLiteral("the stop of all axes does not get through"));
+    settle();
+
+    // Whoever has accepted it comes to rest and stays there: nobody has started anything since.
+    QSet<int> stopped;
+    for (const simulator::Call &call : simulator::journal()) {
+        const bool accepted = call.result.front() != '-';
+        if (call.function == "stopRuning" && accepted)
+            stopped.insert(QString::fromStdString(call.arguments).section(QStringLiteral(", "), 1, 1).toInt());
+        else if (call.function.rfind("start", 0) == 0 || call.function == "home")
+            stopped.clear(); // was on its way
+        else if (call.function == "setRockerEnable" && !accepted)
+            return; // the joystick keeps its axes
+    }
+    simulator::advance(brakingSeconds);
+    const QMap<int, double> atRest = positions(stopped);
+    for (const int axis : qAsConst(stopped))
+        emit SerialComDev::instance()->signal_getDevState(axis);
+    settle();
+    simulator::advance(brakingSeconds);
+    const QMap<int, double> later = positions(stopped);
+    for (const int axis : qAsConst(stopped)) {
+        if (atRest.contains(axis) && later.contains(axis) && later[axis] != atRest[axis])
+            fail(QStringLiteral("Axis%1 moves from %2 to %3 after a stop of all axes")
+                     .arg(axis + 1)
+                     .arg(atRest[axis])
+                     .arg(later[axis]));
+    }
 }
 
 void Monkey::passTime()

@@ -43,6 +43,7 @@ private:
     void settle();
     void act();
     void fault();
+    void stopAll();
     void passTime();
     void leave();
     QWidget *someWindow();

@@ -55,6 +55,7 @@ public:
         jog();
         drive();
         homeStopEnable();
+        stopAll();
         limits();
         loopRun();
         addAxis();
@@ -108,6 +109,9 @@ private:
     {
         return in<QLabel>(panel(axis), "label_doingLight")->styleSheet().contains(QLatin1String("greenPot"));
     }
+    /** What the mark under a position says. */
+    QString trust(int axis) const { return in<QLabel>(panel(axis), "label_trust")->text(); }
+    QString stopAllText() const { return in<QPushButton>(m_window, "pushButton_stopAll")->text(); }
     static QMessageBox *box() { return Robot::box(); }
     /** Clicks the button that confirms or cancels the open message box. */
     static void answer(QMessageBox::ButtonRole role)
@@ -157,7 +161,10 @@ private:
             [&] { return dialog->isVisible() && in<QComboBox>(dialog, "comboBox_comList")->count() == 1; });
         m_guide.step(
             "connected", [&] { Guide::click(in(dialog, "pushButton_connectSerial")); },
-            [&] { return !dialog->isVisible() && panel(0) && panel(1) && !panel(2) && position(0) == "0.000 mm"; });
+            [&] {
+                return !dialog->isVisible() && panel(0) && panel(1) && !panel(2) && position(0) == "0.000 mm" &&
+                       trust(0) == word("未回零", "not homed");
+            });
         m_guide.step(
             "connection-dialog-connected", [this] { Guide::click(own("pushButton_connect")); },
             [&] { return dialog->isVisible() && in(dialog, "pushButton_disConnect")->isEnabled(); });
@@ -266,6 +273,32 @@ private:
         m_guide.step(
             "power-on", [this] { Guide::click(in(panel(1), "pushButton_enable")); },
             [this] { return in(panel(1), "pushButton_move")->isEnabled(); });
+    }
+
+    void stopAll()
+    {
+        const QString ready = inGui([this] { return stopAllText(); });
+        m_guide.step(
+            "stop-all-bright", [this] { Guide::click(in(panel(1), "pushButton_driveLeft")); },
+            [this] { return isRunning(1) && own("pushButton_stopAll")->property("moving").toBool(); });
+        m_guide.step(
+            "stop-all-under-a-box", [this] { Guide::click(in(panel(1), "pushButton_remove")); },
+            [this] { return box() != nullptr && isRunning(1); });
+        m_guide.step(
+            "stop-all-by-key", [] { Guide::press("F12"); },
+            [this] { return box() != nullptr && !isRunning(1) && called("stopRuning"); });
+        m_guide.step(
+            "stop-all-dim", [] { cancel(); },
+            [this] { return !box() && !own("pushButton_stopAll")->property("moving").toBool(); });
+        m_guide.step(
+            "no-answer", [] { simulator::hangCall("getCurrentPos"); },
+            [this] { return trust(1).contains(word("秒无应答", "no answer for")); });
+        m_guide.step(
+            "stop-all-stopping", [this] { Guide::click(own("pushButton_stopAll")); },
+            [this] { return stopAllText() == word("正在停止…", "Stopping…"); });
+        m_guide.step(
+            "stop-all-through", [] { simulator::releaseHung(); },
+            [&] { return stopAllText() == ready && trust(1).startsWith(word("已回零", "homed")); });
     }
 
     void limits()
@@ -476,14 +509,17 @@ private:
     {
         m_guide.step(
             "link-lost", [] { simulator::loseLink(device); },
-            [this] { return log(0).contains(word("读取当前位置出错", "Error reading current location")); });
+            [this] {
+                return log(0).contains(word("读取当前位置出错", "Error reading current location")) &&
+                       trust(0).contains(word("起连接中断", "link lost since"));
+            });
         m_guide.step(
             "link-back",
             [] {
                 simulator::restoreLink(device);
                 simulator::setPosition(device, 0, 1.25);
             },
-            [this] { return position(0) == "1.250 mm"; });
+            [this] { return position(0) == "1.250 mm" && trust(0).contains(word("连接曾中断", "link was lost at")); });
     }
 
     void disconnectAndReconnect()
