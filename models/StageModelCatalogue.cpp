@@ -7,10 +7,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLoggingCategory>
 
 #include <variant>
 
 namespace {
+
+Q_LOGGING_CATEGORY(diagnostics, "mover.models")
 
 constexpr int maxLoggedFaults = 20; // a file of another kind would have one in every element
 
@@ -106,12 +109,12 @@ bool StageModelCatalogue::loadFile(const QString &path)
         return false;
     }
     if (file.size() > MaxFileSize) {
-        qDebug() << "loadModelsData file too large" << path << file.size() << "limit" << MaxFileSize;
+        qCDebug(diagnostics) << "loadModelsData file too large" << path << file.size() << "limit" << MaxFileSize;
         return true;
     }
     const QByteArray json = file.readAll();
     if (file.error() != QFile::NoError) {
-        qDebug() << "loadModelsData read file error" << path << file.errorString();
+        qCDebug(diagnostics) << "loadModelsData read file error" << path << file.errorString();
         return true;
     }
 
@@ -119,12 +122,12 @@ bool StageModelCatalogue::loadFile(const QString &path)
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     qDebug() << "loadModelsData" << __LINE__ << int(error.error);
     if (error.error != QJsonParseError::NoError) {
-        qDebug() << "loadModelsData" << path << "offset" << error.offset << error.errorString();
+        qCDebug(diagnostics) << "loadModelsData" << path << "offset" << error.offset << error.errorString();
         return true;
     }
     const QStringList faults = fill(document);
     for (const QString &fault : faults)
-        qDebug() << "loadModelsData" << path << fault;
+        qCDebug(diagnostics) << "loadModelsData" << path << fault;
     return true;
 }
 
@@ -132,7 +135,7 @@ void StageModelCatalogue::load(const QJsonDocument &document)
 {
     const QStringList faults = fill(document);
     for (const QString &fault : faults)
-        qDebug() << "loadModelsJson" << fault;
+        qCDebug(diagnostics) << "loadModelsJson" << fault;
 }
 
 QStringList StageModelCatalogue::fill(const QJsonDocument &document)
