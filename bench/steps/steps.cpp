@@ -66,7 +66,7 @@ private:
     int m_iSeen = 0;
 };
 
-/** Counts what makes a widget draw or lay itself out anew. */
+/** Counts what makes a widget draw or lay itself out again. */
 class Touches final : public QObject
 {
 public:
@@ -142,7 +142,7 @@ void Rows::operationLog(int effort)
 {
     FilledLog small(1000);
     FilledLog large(100000);
-    // Qt lays a text out anew from the last of the marks that it sets every 2,000 pixels. How far back that is depends
+    // Qt lays a text out again from the last of the marks that it sets every 2,000 pixels. How far back that is depends
     // on where the log ends, so each pair is measured at another place.
     const auto step = [](FilledLog &log, void (FilledLog::*step)()) {
         return Measure::Sample([&log, step] {

@@ -183,7 +183,7 @@ public:
                      : QStringLiteral("no panel");
     }
 
-    /** As a user would who finds the fault gone: connects anew and drives the first axis. What is wrong, or "". */
+    /** As a user would who finds the fault gone: connects again and drives the first axis. What is wrong, or "". */
     QString recover()
     {
         simulator::clearFaults();

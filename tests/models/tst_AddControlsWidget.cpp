@@ -157,7 +157,7 @@ private:
 
 void tst_AddControlsWidget::initTestCase()
 {
-    // A typed search begins anew after this pause, and a loaded machine pauses between two keys.
+    // A typed search begins again after this pause, and a loaded machine pauses between two keys.
     QApplication::setKeyboardInputInterval(60000);
 
     // The dialog registers the record as a meta-type. Only here: once it is registered it stays so.

@@ -938,7 +938,7 @@ void tst_AxisWindows::theTabOfAnAxisAddedByHandShowsItsPanelOnce()
     const QPointer<QLayout> formerGrid = program.content()->layout();
     OpenWindow::click(program.tab(1));
     QVERIFY(program.panel(1)->isVisible());
-    QVERIFY(!formerGrid); // laid anew
+    QVERIFY(!formerGrid); // laid out again
     QVERIFY(!m_log->contains(QStringLiteral("slot_AsixButtonClicked return")));
 
     program.panel(1)->hide();

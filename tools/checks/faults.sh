@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 #
 # faults.sh [--short]: lets down the program in every way that the tests know (tests/faults), under AddressSanitizer and
-# UndefinedBehaviorSanitizer: the library, the files, the machine. Prints the figures of docs/reliability.md. With --short
-# each function of the library has a quarter of its faults.
+# UndefinedBehaviorSanitizer: the library, the files, the machine. Prints the figures of
+# docs/reliability-figures.md. With --short each function of the library has a quarter of its faults.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
