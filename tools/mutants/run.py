@@ -14,7 +14,7 @@ The function is one that begins at the left edge of the file (or a table, by its
     words => others  puts others in place of the words
 
 White space counts for nothing; the words have to stand just once in the function. A mutant is tried against the tests of
-its folder, those of its own class first. It all happens in a copy of the tree with a build folder of its own
+its folder, those of its own class first; "FILE, tests of FOLDER" takes those of another folder. It all happens in a copy of the tree with a build folder of its own
 (build/mutants), so that nothing else is disturbed.
 
     run.py [REGEX...]     tries those whose file or title fits one of the expressions, or all
@@ -39,10 +39,11 @@ class Misfit(Exception):
 
 
 class Mutant:
-    def __init__(self, file, function, change, title, excuse=""):
-        self.file, self.function, self.change, self.title, self.excuse = file, function, change, title, excuse
-        self.folder = file.split("/")[0]
-        self.name = f"{file}: {title}"
+    def __init__(self, place, function, change, title, excuse=""):
+        self.file, _, folder = place.partition(", tests of ")
+        self.folder = folder or self.file.split("/")[0]
+        self.function, self.change, self.excuse = function, change, excuse
+        self.name = f"{self.file}: {title}"
 
     def applied(self, text):
         """The text of the file with this mutant in it."""
@@ -96,14 +97,14 @@ def read_tables():
     mutants = []
     folder = os.path.join(ROOT, "tools/mutants")
     for table in sorted(os.listdir(folder)):
-        file = ""
+        place = ""
         if table.endswith(".txt"):
             for line in open(os.path.join(folder, table), encoding="utf-8").read().splitlines():
                 columns = re.split(r"\s\|\s", line)
                 if len(columns) > 1:
-                    mutants.append(Mutant(file, *columns))
+                    mutants.append(Mutant(place, *columns))
                 elif line and not line.startswith("#"):
-                    file = line
+                    place = line
     return mutants
 
 
