@@ -111,6 +111,7 @@ void StartUp::prepareApplication()
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); // the stop keys would not reach them
     QCoreApplication::setApplicationName(QStringLiteral("mover"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MOVER_VERSION));
     // The program draws nothing by OpenGL; loading it costs a third of the start and half of the memory.

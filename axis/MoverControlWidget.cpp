@@ -227,6 +227,15 @@ void MoverControlWidget::slot_updateState()
     const auto worker = SerialComDev::instance();
     emit worker->signal_getCurrentPos(m_iIndex);
     emit worker->signal_getDevState(m_iIndex);
+    showTrust();
+}
+
+/** Ten times a second: silence is no event. */
+void MoverControlWidget::showTrust()
+{
+    const AxisTrust trust = m_axis->trust();
+    ui->label_trust->setTrust(trust);
+    ui->label_currentPos->setDimmed(trust.isStale());
 }
 
 void MoverControlWidget::slot_updateCurrentPos(int ID, double pos)

@@ -49,6 +49,7 @@ public:
     void stopPolling() { m_updateTimer.stop(); }
 
     int index() const { return m_iIndex; }
+    const ControlAxis &axis() const { return *m_axis; }
     QString axisName() const { return m_axis->description().name(); }
 
     /** b false: joystick mode goes on, the motion buttons give way to the joystick's speed; true: it goes off. */
@@ -112,6 +113,7 @@ private:
     void nameLights();
     void showRunCount(quint32 count);
     void warnOfLimits(const MotorStageState &state);
+    void showTrust();
     void log(int type, const QString &text, int state);
 
     std::unique_ptr<Ui::MoverControlWidget> ui;

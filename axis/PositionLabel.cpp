@@ -16,6 +16,14 @@ void PositionLabel::setUnitColor(const QColor &color)
     update();
 }
 
+void PositionLabel::setDimmed(bool dimmed)
+{
+    if (dimmed == m_bDimmed)
+        return;
+    m_bDimmed = dimmed;
+    update();
+}
+
 void PositionLabel::paintEvent(QPaintEvent *)
 {
     QStyleOption option;
@@ -53,7 +61,7 @@ void PositionLabel::paintEvent(QPaintEvent *)
     const QString shown = numberMetrics.elidedText(number, Qt::ElideRight, room);
 
     painter.setFont(numberFont);
-    painter.setPen(palette().color(foregroundRole()));
+    painter.setPen(m_bDimmed ? m_unitColor : palette().color(foregroundRole()));
     painter.drawText(QPointF(unitLeft - gap - numberMetrics.horizontalAdvance(shown), baseline), shown);
     painter.setFont(unitFont);
     painter.setPen(m_unitColor);

@@ -19,6 +19,9 @@ public:
     QColor unitColor() const { return m_unitColor; }
     void setUnitColor(const QColor &color);
 
+    /** Sets the number back: it is the last one heard, not the present one. */
+    void setDimmed(bool dimmed);
+
     /** No number widens its surroundings. */
     QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
 
@@ -27,4 +30,5 @@ protected:
 
 private:
     QColor m_unitColor = Qt::gray;
+    bool m_bDimmed = false;
 };

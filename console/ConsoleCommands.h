@@ -2,8 +2,10 @@
 #pragma once
 
 #include "device/MoverFunctions.h"
+#include "device/SerialComDev.h"
 #include "device/UnlockedCalls.h"
 
+#include <optional>
 #include <variant>
 
 /** One button of the command panel: it makes one library call and shows what comes back. */
@@ -39,20 +41,21 @@ struct ConsoleCommand {
         Call, Directed, IntegerSetter, RealSetter, TextSetter, RealGetter, PositionGetter, TargetGetter, TextGetter,
         StateGetter, UnlockedCall, DeviceGetter, DeviceSetter, DeviceTextSetter, DeviceTextGetter>
         operation;
+    std::optional<OperationType> motion = std::nullopt; // of those that make an axis move or stop
 };
 
 inline constexpr ConsoleCommand consoleCommands[] = {
     // Motion
-    {2, "Move", "startMove", &MoverFunctions::startMove},
+    {2, "Move", "startMove", &MoverFunctions::startMove, OPERATION_TYPE_MOVE},
     // Without the mutex on purpose: it does not wait for a call in flight.
-    {22, "home", "home", &UnlockedCalls::home},
-    {3, "Stop", "stopRuning", &MoverFunctions::stopRuning},
-    {4, "JogLeft", "startJog", ConsoleCommand::Directed{&MoverFunctions::startJog, 2}},
-    {24, "JogRight", "startJog", ConsoleCommand::Directed{&MoverFunctions::startJog, 1}},
-    {5, "DriveLeft", "startDrive", ConsoleCommand::Directed{&MoverFunctions::startDrive, 2}},
-    {25, "DriveRight", "startDrive", ConsoleCommand::Directed{&MoverFunctions::startDrive, 1}},
-    {6, "CircleLeft", "startCircle", ConsoleCommand::Directed{&MoverFunctions::startCircle, 2}},
-    {26, "CircleRight", "startCircle", ConsoleCommand::Directed{&MoverFunctions::startCircle, 1}},
+    {22, "home", "home", &UnlockedCalls::home, OPERATION_TYPE_HOME},
+    {3, "Stop", "stopRuning", &MoverFunctions::stopRuning, OPERATION_TYPE_STOP},
+    {4, "JogLeft", "startJog", ConsoleCommand::Directed{&MoverFunctions::startJog, 2}, OPERATION_TYPE_JOG},
+    {24, "JogRight", "startJog", ConsoleCommand::Directed{&MoverFunctions::startJog, 1}, OPERATION_TYPE_JOG},
+    {5, "DriveLeft", "startDrive", ConsoleCommand::Directed{&MoverFunctions::startDrive, 2}, OPERATION_TYPE_DRIVE},
+    {25, "DriveRight", "startDrive", ConsoleCommand::Directed{&MoverFunctions::startDrive, 1}, OPERATION_TYPE_DRIVE},
+    {6, "CircleLeft", "startCircle", ConsoleCommand::Directed{&MoverFunctions::startCircle, 2}, OPERATION_TYPE_LOOP},
+    {26, "CircleRight", "startCircle", ConsoleCommand::Directed{&MoverFunctions::startCircle, 1}, OPERATION_TYPE_LOOP},
     {10, "设置使能", "setMotorEnable", &MoverFunctions::setMotorEnable},
     {30, "运行状态", "getRuningState", &MoverFunctions::getRuningState},
     // Position

@@ -123,12 +123,17 @@ void DebugWidget::run(int button)
             readable = NumberInput::read(input, value);
             return value;
         };
+        const auto status = [&](int value) {
+            if (command.motion && value >= 0)
+                SerialComDev::instance()->noteCommand(axis, *command.motion);
+            return QString::number(value);
+        };
         const auto real = [](double value) { return QString::number(value, 'g', 8); };
         const QByteArray bytes = input.toLatin1();
         result = std::visit(
             Overloaded{
-                [&](ConsoleCommand::Call get) { return QString::number(call(get, axis)); },
-                [&](ConsoleCommand::Directed go) { return QString::number(call(go.start, axis, go.direction)); },
+                [&](ConsoleCommand::Call get) { return status(call(get, axis)); },
+                [&](ConsoleCommand::Directed go) { return status(call(go.start, axis, go.direction)); },
                 [&](ConsoleCommand::IntegerSetter set) { return QString::number(call(set, axis, number(int()))); },
                 [&](ConsoleCommand::RealSetter set) { return QString::number(call(set, axis, number(double()))); },
                 [&](ConsoleCommand::TextSetter set) {
@@ -152,9 +157,15 @@ void DebugWidget::run(int button)
                         .arg(flags.isLeftLimit)
                         .arg(flags.isRightLimit);
                 },
-                [&](ConsoleCommand::UnlockedCall go) { return QString::number(go(deviceId(), axis)); },
+                [&](ConsoleCommand::UnlockedCall go) { return status(go(deviceId(), axis)); },
                 [&](ConsoleCommand::DeviceGetter get) { return QString::number(call(get)); },
-                [&](ConsoleCommand::DeviceSetter set) { return QString::number(call(set.set, number(int()))); },
+                [&](ConsoleCommand::DeviceSetter set) {
+                    const int value = number(int());
+                    const int result = call(set.set, value);
+                    if (set.set == &MoverFunctions::setRockerEnable && result >= 0)
+                        SerialComDev::instance()->noteRockerOn(value != 0);
+                    return QString::number(result);
+                },
                 [&](ConsoleCommand::DeviceTextSetter set) {
                     return QString::number(call(set, bytes.constData(), bytes.size()));
                 },
@@ -367,11 +378,16 @@ void DebugWidget::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
 }
 
-/** Whoever closes the console, above all the program that quits, gets the library back at once. */
-void DebugWidget::closeEvent(QCloseEvent *event)
+void DebugWidget::acknowledgeWriting()
 {
     if (m_writingBox)
         m_writingBox->reject();
+}
+
+/** Whoever closes the console, above all the program that quits, gets the library back at once. */
+void DebugWidget::closeEvent(QCloseEvent *event)
+{
+    acknowledgeWriting();
     if (m_bShownBefore)
         savePlace();
     QWidget::closeEvent(event);

@@ -31,6 +31,9 @@ public:
     explicit DebugWidget(QWidget *parent = nullptr);
     ~DebugWidget() override;
 
+    /** Closes the box that says that the controller is still writing, if it is open; the library is then free. */
+    void acknowledgeWriting();
+
 public slots:
     /** Shows the number of missed beats. */
     void hertBreak(int n);

@@ -10,8 +10,9 @@
 #include <vector>
 
 /**
- * Hears every answer to the polls of the axes, also one that repeats the last, with the time at which the library gave
- * it. Called in the worker's thread while it holds the library lock: note the answer and return.
+ * Hears every answer to the polls of the axes, also one that repeats the last, and every command that was accepted,
+ * with the time at which the library gave its answer. Called by the thread that made the call, while it holds the
+ * library lock: note the answer and return.
  */
 class AnswerListener
 {
@@ -22,6 +23,8 @@ public:
     virtual void stateAnswered(int axis, const MotorStageState &state, Time at) = 0;
     /** A poll of either kind failed. */
     virtual void pollFailed(int axis, Time at) = 0;
+    /** The library accepted a motion command, a homing or a stop; `type` is an OperationType. */
+    virtual void commandAccepted(int axis, int type, Time at) = 0;
 
 protected:
     ~AnswerListener() = default;

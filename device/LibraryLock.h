@@ -5,12 +5,17 @@
 
 #include <QtGlobal>
 
+#include <chrono>
+
+class QThread;
+
 /**
  * Holds the one library mutex, and is the way to the motion library's functions: `library->getSpeed(id, axis)`. The
  * library is not thread-safe; a call without the lock does not compile.
  *
  * The mutex is not recursive: never take it twice in one thread. Threads get it in the order in which they asked,
- * so that a thread with a long row of calls (the worker, polling over a slow link) cannot keep another one out.
+ * so that a thread with a long row of calls (the worker, polling over a slow link) cannot keep another one out; but a
+ * thread for which a stop was announced gets it before every other.
  */
 class LibraryLock final
 {
@@ -27,6 +32,20 @@ public:
     /** The functions of the library in use; only while isLocked(). The first use of all may load it. */
     const MoverFunctions *operator->() const { return &**this; }
     const MoverFunctions &operator*() const;
+
+    /** Why a thread goes first; the later one before the earlier. */
+    enum class Urgency { Stop, StopAll };
+    /**
+     * Until as many retract() as announce(), no other thread but `thread` gets the mutex (whoever has it, keeps it): it
+     * is on its way with a stop. Any thread.
+     */
+    static void announce(Urgency urgency, QThread *thread);
+    static void retract(Urgency urgency);
+    /** The thread comes no more: takes back all that was announced for it. */
+    static void retractAll(QThread *thread);
+
+    /** How long the present holder has had the mutex; 0 when it is free. Any thread. */
+    static std::chrono::steady_clock::duration heldFor();
 
 private:
     Q_DISABLE_COPY(LibraryLock)

@@ -51,6 +51,14 @@ public:
         m_bOpen = false;
     }
 
+    /** All that wait are dropped. */
+    void drop()
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_waiting.clear();
+        m_bOpen = false;
+    }
+
     /** The next poll of the round, which the worker now runs: nothing is added to it any more. */
     std::optional<Poll> take(quint32 round)
     {

@@ -10,6 +10,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -28,6 +29,10 @@ Singleton &singleton()
     static auto *const instance = new Singleton;
     return *instance;
 }
+
+constexpr std::chrono::milliseconds slowCall(20);
+constexpr int maxAxes = 8;   // more than any controller has
+constexpr int usualAxes = 3; // of a controller that has not told
 
 using Library = const MoverFunctions &; // of a LibraryLock
 
@@ -155,10 +160,12 @@ bool SerialComDev::endThread(int limitMs)
     if (!single.worker)
         return true;
 
+    const QDeadlineTimer deadline(limitMs);
     QThread *thread = single.worker->thread();
     QCoreApplication::removePostedEvents(single.worker.data());
+    LibraryLock::retractAll(thread); // its stops are among them
     thread->quit();
-    if (!thread->wait(QDeadlineTimer(limitMs))) {
+    if (!thread->wait(deadline) || !single.worker->endStopThread(deadline)) {
         qDebug() << "SerialComDev: a library call still runs, its thread is left behind";
         return false;
     }
@@ -169,7 +176,10 @@ bool SerialComDev::endThread(int limitMs)
 }
 
 SerialComDev::SerialComDev()
+    : m_stopThread([this] { sendStops(); })
 {
+    m_stopThread.start();
+
     // Polls are gathered in the thread that requests them: calling the worker for each costs more than the poll itself.
     connect(
         this, &SerialComDev::signal_getCurrentPos, this,
@@ -220,9 +230,34 @@ SerialComDev::SerialComDev()
     connectCommand(&SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams);
     connectCommand(&SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams);
     connectCommand(&SerialComDev::signal_setMotorConfig, &SerialComDev::slot_setMotorConfig);
+    // A stop waits for nobody but the call in flight: on a slow link what is polled for would stand in front of it.
+    connect(
+        this, &SerialComDev::signal_stopMotor, this,
+        [this] {
+            if (LibraryLock::heldFor() > slowCall)
+                m_polls.drop(); // the next timer asks again
+            LibraryLock::announce(LibraryLock::Urgency::Stop, thread());
+        },
+        Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_stopMotor, &SerialComDev::slot_stopMotor);
-    connectCommand(&SerialComDev::signal_startMotor, &SerialComDev::slot_startMotor);
-    connectCommand(&SerialComDev::signal_home, &SerialComDev::slot_homeMotor);
+    connect(this, &SerialComDev::signal_stopMotor, this, [] { LibraryLock::retract(LibraryLock::Urgency::Stop); });
+
+    // A start remembers when it was asked for: one from before a stop of all is not made any more.
+    connect(
+        this, &SerialComDev::signal_startMotor, this,
+        [this](int axis, int mode) {
+            QMetaObject::invokeMethod(
+                this, [this, axis, mode, stops = m_uStopAlls.load()] { start(axis, mode, stops); });
+            m_polls.endRound();
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &SerialComDev::signal_home, this,
+        [this](int axis) {
+            QMetaObject::invokeMethod(this, [this, axis, stops = m_uStopAlls.load()] { home(axis, stops); });
+            m_polls.endRound();
+        },
+        Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_enableMotor, &SerialComDev::slot_enableMotor);
     connectCommand(&SerialComDev::signal_setRockerEnabled, &SerialComDev::slot_setRockerEnabled);
     connectCommand(&SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp);
@@ -268,10 +303,21 @@ void SerialComDev::runPolls(quint32 round)
 
 SerialComDev::~SerialComDev()
 {
+    endStopThread(QDeadlineTimer::Forever);
     if (!m_bOpened)
         return;
     qDebug() << "~SerialComDev";
     closeOpenDevice(QDeadlineTimer::Forever);
+}
+
+/** False when it hangs in a library call beyond the deadline. */
+bool SerialComDev::endStopThread(QDeadlineTimer deadline)
+{
+    m_stopThread.end();
+    if (!m_stopThread.wait(deadline))
+        return false;
+    LibraryLock::retractAll(&m_stopThread); // for stops that nobody sends any more
+    return true;
 }
 
 int SerialComDev::open(int id)
@@ -285,6 +331,8 @@ int SerialComDev::open(int id)
     }
     m_iDeviceId = id;
     m_bLeft = false;
+    m_iAxisCount = 0;
+    m_bRockerOn = false;
     return id;
 }
 
@@ -348,13 +396,19 @@ int SerialComDev::setMotorEnable(int axis, int enable)
 int SerialComDev::setRockerEnable(int enable)
 {
     const LibraryLock library;
-    return library->setRockerEnable(m_iDeviceId, enable);
+    const int result = library->setRockerEnable(m_iDeviceId, enable);
+    if (result >= 0)
+        m_bRockerOn = enable != 0;
+    return result;
 }
 
 int SerialComDev::getRockerEnable()
 {
     const LibraryLock library;
-    return library->getRockerEnable(m_iDeviceId);
+    const int enabled = library->getRockerEnable(m_iDeviceId);
+    if (enabled >= 0)
+        m_bRockerOn = enabled != 0;
+    return enabled;
 }
 
 int SerialComDev::setPosConpenEnable(int axis, int enable)
@@ -398,7 +452,9 @@ int SerialComDev::getRuningState(int axis, MotorStageState &state)
 int SerialComDev::getDevAxisCount()
 {
     const LibraryLock library;
-    return library->getDevAxisCount(m_iDeviceId);
+    const int count = library->getDevAxisCount(m_iDeviceId);
+    m_iAxisCount = std::max(0, count);
+    return count;
 }
 
 QString SerialComDev::getMotorModelName(int axis)
@@ -562,6 +618,8 @@ bool SerialComDev::accepted(int result, int axis, OperationType failureType, con
 /** Reports a single call whose text is the same whether it succeeded or failed. */
 void SerialComDev::report(int result, int axis, OperationType type, const QString &text)
 {
+    if (result >= 0)
+        noteCommand(axis, type);
     emit signal_showOperationMsg(axis, result >= 0 ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, type, text);
 }
 
@@ -708,6 +766,50 @@ void SerialComDev::slot_setMotorConfig(int ID, QString model, QString fileName)
     Q_UNUSED(fileName)
 }
 
+void SerialComDev::stopAll()
+{
+    if (m_iDeviceId == 0)
+        return;
+    ++m_uStopAlls;
+    ++m_iStoppingAll;
+    LibraryLock::announce(LibraryLock::Urgency::StopAll, &m_stopThread);
+    m_stopThread.press();
+}
+
+/** Runs in the thread that only stops. */
+void SerialComDev::sendStops()
+{
+    {
+        const LibraryLock library;
+        const int id = m_iDeviceId;
+        if (id != 0 && m_bRockerOn && library->setRockerEnable(id, 0) >= 0)
+            m_bRockerOn = false;
+        const int count = m_iAxisCount > 0 ? std::min(m_iAxisCount.load(), maxAxes) : usualAxes;
+        for (int axis = 0; id != 0 && axis < count; ++axis)
+            report(library->stopRuning(id, axis), axis, OPERATION_TYPE_STOP, tr("停止运行"));
+    }
+    LibraryLock::retract(LibraryLock::Urgency::StopAll);
+    --m_iStoppingAll;
+    emit signal_stopAllDone();
+}
+
+void SerialComDev::noteCommand(int axis, OperationType type)
+{
+    m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) { listener.commandAccepted(axis, type, at); });
+}
+
+/**
+ * Whether all was stopped since a start was asked for, of which `stopsBefore` tells how often that had happened by
+ * then; one that nobody asked for through a request always acts. The caller holds the lock.
+ */
+bool SerialComDev::isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text)
+{
+    if (!stopsBefore || *stopsBefore == m_uStopAlls)
+        return false;
+    emit signal_showOperationMsg(axis, OPERATION_STATE_CANCELLED, type, text);
+    return true;
+}
+
 void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
@@ -717,18 +819,30 @@ void SerialComDev::slot_stopMotor(int Axis)
 
 void SerialComDev::slot_startMotor(int Axis, int mode)
 {
+    start(Axis, mode, std::nullopt);
+}
+
+void SerialComDev::start(int Axis, int mode, std::optional<quint32> stopsBefore)
+{
     const auto *start = std::find_if(
         std::begin(startModes), std::end(startModes), [mode](const StartMode &row) { return row.mode == mode; });
     if (start == std::end(startModes))
         return;
     const LibraryLock library;
-    report(start->start(*library, m_iDeviceId, Axis), Axis, start->type, tr(start->text));
+    if (!isCancelled(stopsBefore, Axis, start->type, tr(start->text)))
+        report(start->start(*library, m_iDeviceId, Axis), Axis, start->type, tr(start->text));
 }
 
 void SerialComDev::slot_homeMotor(int Axis)
 {
+    home(Axis, std::nullopt);
+}
+
+void SerialComDev::home(int Axis, std::optional<quint32> stopsBefore)
+{
     const LibraryLock library;
-    report(library->home(m_iDeviceId, Axis), Axis, OPERATION_TYPE_HOME, tr("电机复位"));
+    if (!isCancelled(stopsBefore, Axis, OPERATION_TYPE_HOME, tr("电机复位")))
+        report(library->home(m_iDeviceId, Axis), Axis, OPERATION_TYPE_HOME, tr("电机复位"));
 }
 
 void SerialComDev::slot_enableMotor(int Axis, bool enable)

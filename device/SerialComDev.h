@@ -5,6 +5,7 @@
 #include "device/AnswerFilter.h"
 #include "device/DeviceRecords.h"
 #include "device/PollQueue.h"
+#include "device/StopThread.h"
 
 #include <QDeadlineTimer>
 #include <QMap>
@@ -12,6 +13,7 @@
 #include <QSharedPointer>
 
 #include <atomic>
+#include <optional>
 
 /** States of an operation message, see SerialComDev::signal_showOperationMsg. The worker sends FAIL and OK. */
 enum OperationState {
@@ -154,8 +156,22 @@ public:
     double getAxisCircleDisp(int axis) const;
     int getAxisCircleDelay(int axis) const;
 
+    /**
+     * Stops every axis of the open controller, ahead of whatever else waits for the library; joystick mode is switched
+     * off first. Starts and homings that were requested before and have not reached the library are cancelled. Each
+     * call sends the stops once more. Any thread; returns at once, signal_stopAllDone() tells the rest.
+     */
+    void stopAll();
+    /** Whether a stopAll() has not been through yet. Any thread. */
+    bool isStoppingAll() const { return m_iStoppingAll > 0; }
+    /** Whether the joystick drives the axes, as far as is known: read, or switched from here. Any thread. */
+    bool isRockerOn() const { return m_bRockerOn; }
+
     /** Every answer to a poll, for whoever wants more than the changes. Any thread. */
     AnswerFeed &answers() { return m_feed; }
+    /** For whoever makes library calls of its own: what the controller has accepted. Any thread. */
+    void noteCommand(int axis, OperationType type);
+    void noteRockerOn(bool on) { m_bRockerOn = on; }
     /** The next answers to polls of the axis count as changed: somebody new listens. */
     void announceAnew(int axis);
 
@@ -191,6 +207,8 @@ signals:
     void signal_heartBeatInfo(CONTROLER_STATE state, int ret);
     /** As signal_heartBeatInfo, for the engineering console: neither counts the beats that the other one misses. */
     void signal_consoleHeartBeatInfo(CONTROLER_STATE state, int ret);
+    /** The stops of a stopAll() have been sent. */
+    void signal_stopAllDone();
     /**
      * Outcome of an operation on axis ID. state: OperationState. type: OperationType. msg: already translated.
      */
@@ -224,6 +242,11 @@ private:
 
     bool accepted(int result, int axis, OperationType failureType, const QString &failure);
     void report(int result, int axis, OperationType type, const QString &text);
+    bool isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text);
+    void start(int axis, int mode, std::optional<quint32> stopsBefore);
+    void home(int axis, std::optional<quint32> stopsBefore);
+    void sendStops();
+    bool endStopThread(QDeadlineTimer deadline);
     void reportFailedPoll(int axis, const QString &text);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeWithin(QDeadlineTimer deadline);
@@ -237,6 +260,11 @@ private:
 
     std::atomic<int> m_iDeviceId{0};
     std::atomic<bool> m_bLeft{false};
+    std::atomic<int> m_iAxisCount{0}; // as read last; 0 when it is not known
+    std::atomic<bool> m_bRockerOn{false};
+    std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped: what was requested before does not start any more
+    std::atomic<int> m_iStoppingAll{0};
+    StopThread m_stopThread;
     bool m_bOpened = false;
     mutable QMutex m_registryMutex; // both registries are written by either thread
     QMap<int, MotorDevInfo> m_axisInfo;

@@ -1,6 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include "session/ControlAxis.h"
 
+#include <algorithm>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto lostAfter = 1s;
+constexpr auto silentAfter = 1s;
+constexpr double silentRounds = 2.5;
+
+} // namespace
+
+ControlAxis::ControlAxis(const AxisDescription &description)
+    : m_description(description)
+{
+    m_history.heardAt = std::chrono::steady_clock::now();
+}
+
+ControlAxis::ControlAxis(const AxisDescription &description, const ControlAxis &before)
+    : m_description(description)
+{
+    const QMutexLocker lock(&before.m_mutex);
+    m_history = before.m_history;
+    m_history.failingSince.reset(); // nobody has polled it meanwhile
+    m_history.heardAt = std::chrono::steady_clock::now();
+}
+
 std::optional<ControlAxis::Answer<double>> ControlAxis::lastPosition() const
 {
     const QMutexLocker lock(&m_mutex);
@@ -19,14 +46,71 @@ bool ControlAxis::isMoving() const
     return state && state->value.isStop == 0;
 }
 
+AxisTrust ControlAxis::trust(AnswerListener::Time now) const
+{
+    const QMutexLocker lock(&m_mutex);
+    if (m_history.failingSince && now - *m_history.failingSince >= lostAfter)
+        return {AxisTrust::LinkLost, m_history.failingSinceWall};
+    const auto silence = now - m_history.heardAt;
+    if (silence > silentAfter && silence > m_history.round * silentRounds)
+        return {AxisTrust::NoAnswer, {}, int(std::chrono::duration_cast<std::chrono::seconds>(silence).count())};
+    if (m_history.lostAt)
+        return {AxisTrust::LinkWasLost, *m_history.lostAt};
+    if (m_history.homedAt)
+        return {AxisTrust::Homed, *m_history.homedAt};
+    return {};
+}
+
 void ControlAxis::notePosition(double position, AnswerListener::Time at)
 {
     const QMutexLocker lock(&m_mutex);
+    if (m_position)
+        m_history.round = at - m_position->at;
     m_position = {position, at};
+    hearAnswer(at);
 }
 
 void ControlAxis::noteState(const MotorStageState &state, AnswerListener::Time at)
 {
     const QMutexLocker lock(&m_mutex);
     m_state = {state, at};
+    hearAnswer(at);
+    if (m_history.homing == History::None)
+        return;
+    if (state.isStop == 0) {
+        m_history.homing = History::Moving;
+    } else if (state.isHome != 0) {
+        m_history.homing = History::None;
+        m_history.homedAt = std::chrono::system_clock::now();
+        m_history.lostAt.reset();
+    } else if (m_history.homing == History::Moving) {
+        m_history.homing = History::None; // it came to rest elsewhere
+    }
+}
+
+/** The caller holds the mutex. */
+void ControlAxis::hearAnswer(AnswerListener::Time at)
+{
+    m_history.heardAt = at;
+    if (m_history.failingSince && at - *m_history.failingSince >= lostAfter) {
+        m_history.lostAt = m_history.failingSinceWall;
+        m_history.homedAt.reset();
+    }
+    m_history.failingSince.reset();
+}
+
+void ControlAxis::noteFailure(AnswerListener::Time at)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_history.heardAt = at;
+    if (m_history.failingSince)
+        return;
+    m_history.failingSince = at;
+    m_history.failingSinceWall = std::chrono::system_clock::now();
+}
+
+void ControlAxis::noteCommand(bool isHoming)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_history.homing = isHoming ? History::Accepted : History::None;
 }

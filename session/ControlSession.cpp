@@ -204,9 +204,10 @@ int ControlSession::readAxis(int index)
 
 QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription &description)
 {
-    const auto axis = QSharedPointer<ControlAxis>::create(description);
     const QMutexLocker lock(&m_mutex);
-    m_axes.insert(description.index, axis);
+    QSharedPointer<ControlAxis> &axis = m_axes[description.index];
+    axis = axis ? QSharedPointer<ControlAxis>::create(description, *axis)
+                : QSharedPointer<ControlAxis>::create(description);
     return axis;
 }
 
@@ -240,7 +241,22 @@ void ControlSession::stateAnswered(int axis, const MotorStageState &state, Time 
         known->noteState(state, at);
 }
 
-void ControlSession::pollFailed(int, Time)
+void ControlSession::pollFailed(int axis, Time at)
 {
-    // What was known last stays known, with its time.
+    if (const auto known = find(axis))
+        known->noteFailure(at);
+}
+
+void ControlSession::commandAccepted(int axis, int type, Time)
+{
+    if (const auto known = find(axis))
+        known->noteCommand(type == OPERATION_TYPE_HOME);
+}
+
+// ---- Stop ----------------------------------------------------------------------------------------------------------
+
+void ControlSession::stopAll()
+{
+    m_worker->stopAll();
+    emit stopAllRequested();
 }

@@ -101,14 +101,23 @@ public:
 
     /** Reads an axis that was chosen by hand. 0, or the negative step that failed. */
     int readAxis(int index);
-    /** Makes an axis known, in place of what was known of it. */
+    /** Makes an axis known, in place of how it was described before; how far its position can be trusted stays. */
     QSharedPointer<const ControlAxis> addAxis(const AxisDescription &description);
     /** Null for an axis that is not known. */
     QSharedPointer<const ControlAxis> axis(int index) const;
     void clearAxes();
 
+    /**
+     * Stops every axis of the controller, ahead of everything else, and takes the joystick's axes back. Returns at
+     * once; SerialComDev::signal_stopAllDone() tells that the stops have been sent. Without a controller nothing
+     * happens.
+     */
+    void stopAll();
+
 signals:
     void stateChanged();
+    /** Somebody stops everything: what would start something later ends, and never goes on by itself. */
+    void stopAllRequested();
 
 private:
     ControlSession();
@@ -118,6 +127,7 @@ private:
     void positionAnswered(int axis, double position, Time at) override;
     void stateAnswered(int axis, const MotorStageState &state, Time at) override;
     void pollFailed(int axis, Time at) override;
+    void commandAccepted(int axis, int type, Time at) override;
     QSharedPointer<ControlAxis> find(int index) const;
 
     const QSharedPointer<SerialComDev> m_worker;

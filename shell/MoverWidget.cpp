@@ -3,6 +3,7 @@
 
 #include "axis/MoverControlWidget.h"
 #include "console/DebugWidget.h"
+#include "device/LibraryLock.h"
 #include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 #include "models/AddControlsWidget.h"
@@ -14,6 +15,7 @@
 #include "shell/MyBorderContainer.h"
 #include "shell/PlaceholderWidget.h"
 #include "shell/SerialPortChangeFilter.h"
+#include "shell/StopKeys.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
@@ -26,10 +28,14 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QPointer>
+#include <QStyle>
+
+#include <algorithm>
 
 namespace {
 
 constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
+constexpr int stopAllPatienceMs = 20; // a stop that takes longer is not through yet
 constexpr int portCheckRetryMs = 100; // when the library was busy
 
 QString showMaxSheet(const char *image)
@@ -95,6 +101,12 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(m_connection, &ConnectionWidget::signal_devDisConnected, this, &MoverWidget::slot_devDisConnected);
 
     const auto worker = SerialComDev::instance();
+    connect(worker.data(), &SerialComDev::signal_stopAllDone, this, &MoverWidget::stopAllDone);
+    m_stopAllPatience.setSingleShot(true);
+    m_stopAllPatience.setInterval(stopAllPatienceMs);
+    connect(&m_stopAllPatience, &QTimer::timeout, this, &MoverWidget::showStopAll);
+    connect(ui->pushButton_stopAll, &QPushButton::clicked, this, &MoverWidget::stopAll);
+    new StopKeys([this] { stopAll(); }, this);
     connect(
         m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
         Qt::QueuedConnection);
@@ -192,6 +204,7 @@ void MoverWidget::slot_devDisConnected()
     m_tabs->clear();
     m_board->clear();
     m_session->clearAxes();
+    showStopAll();
     showHint();
     m_heart->stopHeart();
 }
@@ -260,6 +273,7 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_closed, this, &MoverWidget::slot_controlWidgetClosed);
     connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
+    connect(panel, &MoverControlWidget::signal_broadcastRunningState, this, &MoverWidget::showStopAll);
     panel->listenToWorker();
 }
 
@@ -302,6 +316,7 @@ void MoverWidget::slot_controlWidgetClosed(QString name)
     if (MoverControlWidget *panel = m_board->find(name)) {
         m_tabs->remove(name);
         m_board->remove(panel);
+        showStopAll();
     }
 }
 
@@ -346,6 +361,46 @@ void MoverWidget::slot_updateControlerState()
     ui->label_simulated->setVisible(MotionLibrary::inUse().isSimulated());
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
+}
+
+// ---- Stop all ------------------------------------------------------------------------------------------------------
+
+void MoverWidget::stopAll()
+{
+    m_session->stopAll();
+    m_console->acknowledgeWriting(); // it may hold the library: the key counts as what it waits for
+    if (LibraryLock::heldFor() > std::chrono::milliseconds(stopAllPatienceMs))
+        showStopAll(); // somebody is in a long call: it is said at once
+    else
+        m_stopAllPatience.start();
+}
+
+/** Bright while an axis with a panel moves, and in other words while a stop is not through. */
+void MoverWidget::showStopAll()
+{
+    const bool pending = SerialComDev::instance()->isStoppingAll();
+    ui->pushButton_stopAll->setText(pending ? tr("正在停止…") : tr("全部停止"));
+    const QList<MoverControlWidget *> &panels = m_board->panels();
+    const bool moving = pending || std::any_of(panels.begin(), panels.end(), [](const MoverControlWidget *panel) {
+                            return panel->axis().isMoving();
+                        });
+    if (ui->pushButton_stopAll->property("moving").toBool() == moving)
+        return;
+    ui->pushButton_stopAll->setProperty("moving", moving);
+    ui->pushButton_stopAll->style()->unpolish(ui->pushButton_stopAll);
+    ui->pushButton_stopAll->style()->polish(ui->pushButton_stopAll);
+}
+
+void MoverWidget::stopAllDone()
+{
+    m_stopAllPatience.stop();
+    showStopAll();
+    if (!ui->radioButton_Rocker->isChecked() || SerialComDev::instance()->isRockerOn())
+        return;
+    // The stop has taken the axes back from the joystick.
+    ui->radioButton_Rocker->setChecked(false);
+    for (MoverControlWidget *panel : m_board->panels())
+        panel->setMoveBtnEnabled(true);
 }
 
 // ---- Title bar and menu bar ----------------------------------------------------------------------------------------
@@ -436,6 +491,7 @@ void MoverWidget::changeEvent(QEvent *event)
     if (event->type() == QEvent::LanguageChange) {
         ui->retranslateUi(this);
         showHint();
+        showStopAll();
         const bool chinese = m_options && m_options->language() == 0;
         ui->pushButton_connect->setStyleSheet(connectSheet(chinese ? "" : "_english"));
     }

@@ -80,6 +80,9 @@ private:
     bool initialiseAxis(int axis);
     void wire(MoverControlWidget *panel);
     void refreshRockerSpeed();
+    void stopAll();
+    void showStopAll();
+    void stopAllDone();
     void showCentred(QWidget *popup);
     void showHint();
 
@@ -100,5 +103,6 @@ private:
     double m_dRockerSpeed = 0;
     TitleBarDrag m_drag;
     bool m_bPortLostShown = false; // its message box is open
+    QTimer m_stopAllPatience;      // how long a stop may take before it is said that it is not through
     bool m_bClosing = false;
 };

@@ -860,6 +860,18 @@ is correctly connected!</translation>
         <source>模拟控制器</source>
         <translation>Simulated controller</translation>
     </message>
+    <message>
+        <source>全部停止</source>
+        <translation>Stop all</translation>
+    </message>
+    <message>
+        <source>立即停止所有轴（F12）</source>
+        <translation>Stop all axes at once (F12)</translation>
+    </message>
+    <message>
+        <source>正在停止…</source>
+        <translation>Stopping…</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>
@@ -1201,6 +1213,33 @@ is correctly connected!</translation>
     <message>
         <source>电机复位</source>
         <translation>Motor reset</translation>
+    </message>
+</context>
+<context>
+    <name>TrustMark</name>
+    <message>
+        <source>位置：%1</source>
+        <translation>Position: %1</translation>
+    </message>
+    <message>
+        <source>已回零 %1</source>
+        <translation>homed %1</translation>
+    </message>
+    <message>
+        <source>%1 起连接中断</source>
+        <translation>link lost since %1</translation>
+    </message>
+    <message>
+        <source>%1 连接曾中断，请核对位置</source>
+        <translation>link was lost at %1, check position</translation>
+    </message>
+    <message>
+        <source>%1 秒无应答</source>
+        <translation>no answer for %1 s</translation>
+    </message>
+    <message>
+        <source>未回零</source>
+        <translation>not homed</translation>
     </message>
 </context>
 </TS>

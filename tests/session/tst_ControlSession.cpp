@@ -32,9 +32,11 @@ public:
         ++failures;
         note(axis, at);
     }
+    void commandAccepted(int, int, Time) override { ++commands; }
 
     std::atomic<int> answers{0};
     std::atomic<int> failures{0};
+    std::atomic<int> commands{0};
     std::atomic<double> lastPosition{-1};
     std::atomic<bool> inOtherThread{false};
     std::atomic<Time> last{Time()};

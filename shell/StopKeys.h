@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+
+/**
+ * The keys that stop everything, F12 and Pause, in every window of the application: dialogs, popups, message boxes.
+ * A key that is held counts once; the window that has the focus hears nothing of it. While it lives; GUI thread.
+ */
+class StopKeys final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit StopKeys(std::function<void()> stop, QObject *parent = nullptr);
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    std::function<void()> m_stop;
+};
