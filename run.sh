@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 #
 # run.sh [ARGUMENT...]     installs what is missing, builds the program and starts it; the arguments go to the program
+# run.sh --emulator grbl   starts it on an emulated Grbl board, for anyone without one; further arguments as above
 # run.sh --tour DIRECTORY  drives the program through everything it can do and saves pictures of every window
 set -euo pipefail
 started_in=$PWD # what the arguments name lies relative to this folder
@@ -20,6 +21,35 @@ if [ "${1:-}" = --tour ]; then
     [ $# -eq 2 ] || die "usage: run.sh --tour DIRECTORY"
     pictures=$(cd "$started_in" && mkdir -p -- "$2" && realpath -- "$2")
     tour "$pictures"
+fi
+
+# A board without a board: the emulated one at a port of its own, and the library for such boards in place of the others.
+# What is kept for it goes with it.
+if [ "${1:-}" = --emulator ]; then
+    [ "${2:-}" = grbl ] || die "usage: run.sh --emulator grbl [ARGUMENT...]"
+    shift 2
+    install_missing "${build_packages[@]}"
+    build release mover
+    build release mover_grbl_shared
+    build release grblEmulator
+    folder=$(mktemp -d)
+    sleep infinity | build/release/controllers/emulator/grblEmulator --link "$folder/board" \
+        --set 1=255 --set 22=1 --set 23=7 --set 24=300 --set 25=1800 --set 26=25 \
+        --set 110=1800 --set 111=1800 --set 112=1800 --set 120=500 --set 121=500 --set 122=500 >/dev/null &
+    emulator=$!
+    trap 'kill "$emulator" 2>/dev/null; pkill -P $$ sleep 2>/dev/null; rm -rf "$folder"' EXIT
+    axes=
+    for letter in X Y Z; do
+        axes+="${axes:+, }{\"letter\": \"$letter\", \"stage\": {\"modelName\": \"Emulated $letter\", \"pulseOneCircle\": 250,
+            \"dispOneCircle\": 1, \"maxSpeed\": 25, \"maxAcc\": 50, \"minPos\": 0, \"maxPos\": 200}}"
+    done
+    printf '{"controllers": [{"id": 2001, "kind": "grbl", "port": "%s/board", "axes": [%s]}]}\n' "$folder" "$axes" \
+        >"$folder/controllers.json"
+    export MOVER_CONTROLLERS=$folder/controllers.json MOVER_LIBRARY=$root/build/release/mover/grbl/libmoverLibrary.so
+    say "Starting, with an emulated board: home it, twice, before the first move"
+    cd "$started_in"
+    "$root/build/release/mover/mover" "$@"
+    exit
 fi
 
 asks_only=

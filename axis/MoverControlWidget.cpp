@@ -277,6 +277,11 @@ void MoverControlWidget::slot_updateDevState(int ID, MotorStageState state)
     warnOfLimits(state);
 
     m_sState = state;
+    const bool moving = state.isStop == 0;
+    if (moving != m_bMoving) {
+        m_bMoving = moving;
+        emit signal_movingChanged(moving);
+    }
 }
 
 void MoverControlWidget::showRunCount(quint32 count)

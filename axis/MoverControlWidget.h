@@ -50,6 +50,8 @@ public:
 
     int index() const { return m_iIndex; }
     const ControlAxis &axis() const { return *m_axis; }
+    /** Whether the last state says that the axis moves; not before the first. */
+    bool isMoving() const { return m_bMoving; }
     QString axisName() const { return m_axis->description().name(); }
 
     /** b false: joystick mode goes on, the motion buttons give way to the joystick's speed; true: it goes off. */
@@ -64,6 +66,8 @@ signals:
     void signal_expandControl(bool expand);
     /** b: the axis now stands still. */
     void signal_broadcastRunningState(bool b);
+    /** As isMoving(), which has changed. */
+    void signal_movingChanged(bool moving);
     // Declared for the main window's wiring; the panel emits neither.
     void signal_showTipMsg(QString msg);
     void signal_getSettingParams();
@@ -120,6 +124,7 @@ private:
     int m_iIndex = 0;
     QSharedPointer<const ControlAxis> m_axis;
     MotorStageState m_sState = {};
+    bool m_bMoving = false;
     bool m_bDoingLit = false; // as the lights look
     bool m_bOriginLit = false;
     QTimer m_updateTimer{this};

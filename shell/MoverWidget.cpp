@@ -273,7 +273,7 @@ void MoverWidget::wire(MoverControlWidget *panel)
     connect(panel, &MoverControlWidget::signal_closed, this, &MoverWidget::slot_controlWidgetClosed);
     connect(panel, &MoverControlWidget::signal_showTipMsg, this, &MoverWidget::slot_showTipMessage);
     connect(panel, &MoverControlWidget::signal_expandControl, this, &MoverWidget::slot_expandContorl);
-    connect(panel, &MoverControlWidget::signal_broadcastRunningState, this, &MoverWidget::showStopAll);
+    connect(panel, &MoverControlWidget::signal_movingChanged, this, &MoverWidget::showStopAll);
     panel->listenToWorker();
 }
 
@@ -382,7 +382,7 @@ void MoverWidget::showStopAll()
     ui->pushButton_stopAll->setText(pending ? tr("正在停止…") : tr("全部停止"));
     const QList<MoverControlWidget *> &panels = m_board->panels();
     const bool moving = pending || std::any_of(panels.begin(), panels.end(), [](const MoverControlWidget *panel) {
-                            return panel->axis().isMoving();
+                            return panel->isMoving();
                         });
     if (ui->pushButton_stopAll->property("moving").toBool() == moving)
         return;

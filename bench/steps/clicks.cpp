@@ -6,7 +6,7 @@
 #include "axis/MoverControlWidget.h"
 #include "device/PollQueue.h"
 #include "device/SerialComDev.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include <QEventLoop>
 #include <QFile>

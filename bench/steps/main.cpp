@@ -7,7 +7,7 @@
 
 #include "app/StartUp.h"
 #include "device/SerialComDev.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include <QApplication>
 #include <QLoggingCategory>

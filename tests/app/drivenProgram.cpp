@@ -20,7 +20,7 @@
 #include "shell/ConnectionWidget.h"
 #include "shell/HelpWidget.h"
 #include "shell/MoverWidget.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include <QApplication>
 #include <QComboBox>

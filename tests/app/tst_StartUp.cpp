@@ -4,7 +4,7 @@
 #include "device/SerialComDev.h"
 #include "models/StageModelCatalogue.h"
 #include "shell/MoverWidget.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
 
 #include <QApplication>

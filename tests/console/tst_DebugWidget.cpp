@@ -4,7 +4,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "device/moverLibrary.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
 #include "support/OnMessageBox.h"
 #include "support/English.h"

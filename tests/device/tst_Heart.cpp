@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device/Heart.h"
 #include "device/SerialComDev.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
 #include "support/SignalCounter.h"
 

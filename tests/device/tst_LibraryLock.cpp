@@ -2,6 +2,7 @@
 #include "device/LibraryLock.h"
 
 #include <QElapsedTimer>
+#include <QThread>
 #include <QtTest>
 
 #include <atomic>
@@ -82,6 +83,43 @@ private slots:
         greedy.join();
         // The round in flight, and at most one that began before this thread had queued up.
         QVERIFY2(roundsBetween <= 2, qPrintable(QString::number(roundsBetween)));
+    }
+
+    void keepsOutAllButTheThreadThatAStopIsAnnouncedFor()
+    {
+        LibraryLock::announce(LibraryLock::Urgency::Stop, QThread::currentThread());
+        QVERIFY(!triesInAnotherThread(0));
+        QVERIFY(!triesInAnotherThread(10));
+        QVERIFY(LibraryLock(0).isLocked());
+        LibraryLock::retract(LibraryLock::Urgency::Stop);
+        QVERIFY(triesInAnotherThread(0));
+    }
+    void aStopOfAllGoesBeforeAStop()
+    {
+        QThread another; // which never comes
+        LibraryLock::announce(LibraryLock::Urgency::StopAll, QThread::currentThread());
+        LibraryLock::announce(LibraryLock::Urgency::Stop, &another);
+        QVERIFY(LibraryLock(0).isLocked());
+        LibraryLock::retract(LibraryLock::Urgency::StopAll);
+        QVERIFY(!LibraryLock(0).isLocked());
+        LibraryLock::retractAll(&another);
+        QVERIFY(LibraryLock(0).isLocked());
+    }
+    void countsWhatWasAnnounced()
+    {
+        LibraryLock::announce(LibraryLock::Urgency::Stop, QThread::currentThread());
+        LibraryLock::announce(LibraryLock::Urgency::Stop, QThread::currentThread());
+        LibraryLock::retract(LibraryLock::Urgency::Stop);
+        QVERIFY(!triesInAnotherThread(0));
+        LibraryLock::retract(LibraryLock::Urgency::Stop);
+        QVERIFY(triesInAnotherThread(0));
+    }
+    void tellsHowLongItIsHeld()
+    {
+        QVERIFY(LibraryLock::heldFor() == LibraryLock::heldFor().zero());
+        const LibraryLock held;
+        const auto first = LibraryLock::heldFor();
+        QTRY_VERIFY(LibraryLock::heldFor() > first);
     }
 
 private:

@@ -2,8 +2,8 @@
 // Bytes as a scenario file of the simulated controller: a complaint names a line of the file, whatever is accepted is
 // in its range, and can be played without a position that the stage does not have.
 #include "device/moverLibrary.h"
-#include "simulator/Scenario.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/Scenario.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include "Fuzz.h"
 

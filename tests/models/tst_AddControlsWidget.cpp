@@ -4,7 +4,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "models/StageParams.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/Catalogue.h"
 #include "support/FailOnDeadSlot.h"
 #include "support/MessageBoxes.h"

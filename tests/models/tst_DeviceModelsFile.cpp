@@ -177,7 +177,7 @@ void tst_DeviceModelsFile::hasTheStagesOfTheSimulatedController()
         models.insert(model.toObject()["name"].toString(), model.toObject());
 
     QStringList compared;
-    const QString scenario = QFINDTESTDATA("../../simulator/scenarios/default.json");
+    const QString scenario = QFINDTESTDATA("../../controllers/simulated/scenarios/default.json");
     for (const QJsonValue &controller : QJsonDocument::fromJson(contentsOf(scenario))["controllers"].toArray()) {
         for (const QJsonValue &axis : controller["axes"].toArray()) {
             QJsonObject stage = axis["stage"].toObject();

@@ -2,7 +2,7 @@
 #include "models/DeviceParamWidget.h"
 
 #include "device/SerialComDev.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/Catalogue.h"
 #include "support/FailOnDeadSlot.h"
 

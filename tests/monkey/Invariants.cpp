@@ -7,7 +7,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/LiveObjects.h"
 
 #include "Fingers.h"

@@ -10,7 +10,7 @@
 #include "shell/ConnectionWidget.h"
 #include "shell/MoverWidget.h"
 #include "shell/SerialPortChangeFilter.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/LiveObjects.h"
 #include "support/Robot.h"
 

@@ -5,7 +5,7 @@
 #include "device/SerialComDev.h"
 #include "device/moverLibrary.h"
 #include "settings/OptionsWidget.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
 
 #include <QAbstractButton>

@@ -3,7 +3,7 @@
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "shell/ConnectionWidget.h"
-#include "simulator/SimulatorStatus.h"
+#include "device/moverStatus.h"
 #include "support/DebugLog.h"
 #include "support/English.h"
 #include "support/FailOnDeadSlot.h"

@@ -7,7 +7,7 @@
 #include "device/SerialComDev.h"
 #include "shell/ConnectionWidget.h"
 #include "shell/MoverWidget.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/LiveObjects.h"
 
 #include <QApplication>

@@ -3,7 +3,7 @@
 #include "app/StartUp.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/LiveObjects.h"
 #include "support/MessageBoxes.h"
 

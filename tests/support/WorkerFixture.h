@@ -3,7 +3,7 @@
 
 #include "device/DeviceRecords.h"
 #include "device/SerialComDev.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
 
 #include <QtTest>

@@ -42,7 +42,7 @@ run() {
         *) cp "$file" "$seeds" ;;
         esac
     done
-    [ "$target" != fuzzScenario ] || cp simulator/scenarios/*.json "$seeds"
+    [ "$target" != fuzzScenario ] || cp controllers/simulated/scenarios/*.json "$seeds"
     [ ! -f "tests/fuzz/$target.dict" ] || options+=("-dict=tests/fuzz/$target.dict")
     # Qt's JSON reader does not free an object that ends in the middle, and most do here.
     [ "$target" != fuzzModelFile ] || ASAN_OPTIONS=${ASAN_OPTIONS/detect_leaks=1/detect_leaks=0}

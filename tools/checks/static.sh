@@ -27,7 +27,7 @@ EOF
 
 # Slots are connected by name on purpose, so that connect-by-name has nothing to say here.
 check() {
-    local ours='(app|device|shell|axis|models|settings|console|widgets|simulator|tools|bench|resources)'
+    local ours='(app|device|shell|axis|models|settings|console|widgets|controllers|tools|bench|resources)'
     local tool=(clang-tidy --quiet)
     [ "$1" = clazy ] && tool=(clazy-standalone --checks=level1,no-connect-by-name --extra-arg=-Werror
         "--header-filter=$PWD/$ours/.*")

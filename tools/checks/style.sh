@@ -50,7 +50,7 @@ for test in $(git grep -lE '^QTEST_' -- tests); do
 done
 
 say "Includes"
-# folder: what it may include from, beside itself
+# folder: what it may include, files or whole folders, beside its own
 allowed='
 app: shell session widgets device
 shell: console settings axis models session widgets device
@@ -61,15 +61,18 @@ models: session widgets device
 session: device
 widgets:
 device:
-simulator: device
+controllers/core: device/moverLibrary.h device/moverRecords.h device/moverStatus.h
+controllers/simulated: controllers/core device/moverRecords.h device/moverStatus.h
+controllers/grbl: controllers/core device/moverRecords.h device/moverStatus.h
+controllers/emulator:
 '
 while IFS=: read -r folder folders; do
     [ -n "$folder" ] || continue
     while IFS=: read -r file included; do
-        target=${included%%/*}
+        target=${included%/*}
         [ "$target" = "$folder" ] && continue
         case " $folders " in
-        *" $target "*) ;;
+        *" $target "* | *" $included "*) ;;
         *) complain "$file: includes $included" ;;
         esac
     done < <(git grep -E '^#include "[a-z]+/' -- "$folder" | sed 's:\(.*\)\:#include "\(.*\)".*:\1\:\2:')

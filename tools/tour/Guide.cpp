@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tour/Guide.h"
 
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 
 #include <QApplication>
 #include <QColor>

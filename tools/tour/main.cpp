@@ -11,7 +11,7 @@
 #include "axis/MoverControlWidget.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
-#include "simulator/SimulatorControl.h"
+#include "controllers/simulated/SimulatorControl.h"
 #include "support/Robot.h"
 
 #include <QApplication>

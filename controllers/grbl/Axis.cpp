@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+#include "controllers/grbl/Axis.h"
+
+#include "controllers/grbl/Board.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace grbl {
+
+namespace {
+
+// Numbers of the board's settings, for the first axis.
+constexpr int homingOn = 22;
+constexpr int homingDirection = 23;
+constexpr int slowHoming = 24;
+constexpr int stepsPerUnit = 100;
+constexpr int highestSpeed = 110;
+constexpr int ramp = 120;
+constexpr int travel = 130;
+
+// The board's ramp is to be this much steeper than the one it is sent, and is at least so much.
+constexpr double rampRatio = 10;
+constexpr double leastRampRatio = 2;
+
+constexpr double fastestFeed = 1.02; ///< factor of the streamed feed
+
+} // namespace
+
+Axis::Axis(Board &board, const AxisSetup &setup)
+    : controllers::Axis(setup.stage, std::clamp(0.0, setup.stage.minPos, setup.stage.maxPos))
+    , m_board(board)
+    , m_setup(setup)
+{
+}
+
+double Axis::toBoard(double position) const
+{
+    const double sign = stage().phaseDirction == 1 ? -1 : 1;
+    return sign * (position - toStage(0));
+}
+
+double Axis::toStage(double mm) const
+{
+    const double sign = stage().phaseDirction == 1 ? -1 : 1;
+    double zero = m_setup.offset; // position of the stage at machine position 0
+    if (!m_setup.hasOffset && m_board.setting(homingOn, 0) != 0) {
+        // The board's machine space is [-travel, 0], and its homing switch is at one end of the stage.
+        const bool atMinus = (static_cast<unsigned>(m_board.setting(homingDirection, 0)) >> boardAxis() & 1U) != 0;
+        const double length = m_board.setting(travel + boardAxis(), stage().maxPos - stage().minPos);
+        const double boardEnd = atMinus ? -length : 0;
+        const double stageEnd = atMinus == (sign > 0) ? stage().minPos : stage().maxPos;
+        zero = stageEnd - sign * boardEnd;
+    }
+    return zero + sign * mm;
+}
+
+double Axis::speedLimit() const
+{
+    const double board = m_board.setting(highestSpeed + boardAxis(), stage().maxSpeed * 60) / 60;
+    const double braking = m_board.setting(ramp + boardAxis(), stage().maxAcc) * Board::brakingTime;
+    const double all = std::min({stage().maxSpeed, board / fastestFeed, braking});
+    const double slow = m_board.setting(slowHoming, 25) / 60;
+    return m_board.switchDirection(boardAxis()) == 0 ? all : std::min(all, slow);
+}
+
+double Axis::accelerationLimit() const
+{
+    return std::min(stage().maxAcc, m_board.setting(ramp + boardAxis(), stage().maxAcc) / leastRampRatio);
+}
+
+int Axis::refusal(Run run, double displacement) const
+{
+    if (!m_enabled)
+        return PowerOff;
+    if (const int status = m_board.refusal(); status != Ok)
+        return status;
+    if (running() || state().isStop == 0)
+        return AxisRunning;
+    if (run == Run::Move && !m_homed && m_board.setting(homingOn, 0) != 0)
+        return ReferenceFirst;
+    // On a limit switch there is only the way off it.
+    if (m_board.switchDirection(boardAxis()) * (toBoard(displacement) - toBoard(0)) > 0)
+        return OptoFault;
+    return Ok;
+}
+
+int Axis::home()
+{
+    if (!m_enabled)
+        return PowerOff;
+    return m_board.home(*this);
+}
+
+int Axis::stop()
+{
+    return m_board.stop(*this);
+}
+
+int Axis::setEnabled(bool enabled)
+{
+    if (!enabled)
+        m_board.stop(*this);
+    m_enabled = enabled;
+    return enabled && m_board.locked() ? m_board.unlock() : Ok;
+}
+
+void Axis::finishFrom(double position, double now)
+{
+    const double end = this->position();
+    standAt(position);
+    settle(now);
+    if (end != position)
+        driveTo(end, std::min(settings.speed, speedLimit()));
+}
+
+void Axis::leaves()
+{
+    m_board.hurry();
+}
+
+double Axis::stagePosition() const
+{
+    return toStage(m_board.report().position[boardAxis()]);
+}
+
+MotorStageState Axis::state() const
+{
+    MotorStageState state{};
+    const double resolution = 1 / m_board.setting(stepsPerUnit + boardAxis(), 250);
+    const bool arrived = m_board.still() || std::abs(stagePosition() - position()) <= resolution;
+    const bool busy = m_board.phase() == Board::Phase::Homing || m_board.phase() == Board::Phase::Cancelling;
+    state.isStop = !running() && arrived && !busy;
+    state.isCanRun = m_enabled && state.isStop && m_board.refusal() == Ok;
+    state.isEnable = m_enabled;
+    state.isHome = m_homed;
+    const double where = stagePosition();
+    state.isLeftLimit = atLowerEnd(where - resolution / 2);
+    state.isRightLimit = atUpperEnd(where + resolution / 2);
+    state.runCount = static_cast<uint32_t>(loopIndex());
+    return state;
+}
+
+int Axis::setStage(const MotorParams &params, std::unique_lock<std::mutex> &lock)
+{
+    if (running())
+        return AxisRunning;
+    if (const int status = fault(params); status != Ok)
+        return status;
+    if (params.pulseOneCircle == 0 || params.dispOneCircle <= 0)
+        return OutOfRange;
+    const int number = boardAxis();
+    std::map<int, double> settings{
+        {stepsPerUnit + number, params.pulseOneCircle / params.dispOneCircle},
+        {highestSpeed + number, params.maxSpeed * 60},
+        {ramp + number, params.maxAcc * rampRatio},
+        {travel + number, params.maxPos - params.minPos},
+    };
+    if (const int status = m_board.write(settings); status != Ok)
+        return status;
+    waitForBoard(lock);
+    if (const int status = m_board.written(); status != Ok)
+        return status;
+    if (params.phaseDirction != stage().phaseDirction)
+        m_homed = false;
+    setStored(params);
+    m_setup.hasStage = true;
+    standAt(stagePosition());
+    stored();
+    return Ok;
+}
+
+void Axis::stored()
+{
+    if (changed)
+        changed();
+}
+
+} // namespace grbl

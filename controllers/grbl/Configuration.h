@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "controllers/grbl/Axis.h"
+
+#include <string>
+#include <vector>
+
+namespace controllers {
+class Controller;
+}
+
+namespace grbl {
+
+/** One board that has been set up; docs/controllers.md has the format of the file. */
+struct BoardSetup {
+    int id = 0;
+    std::string port;
+    std::vector<AxisSetup> axes; ///< 1 to 3, by the axis of the library
+};
+
+/** Which boards there are, and what the library keeps for them, in the user's configuration folder. */
+class Configuration
+{
+public:
+    /** The file that MOVER_CONTROLLERS names, or controllers.json in the user's configuration folder. */
+    static std::string file();
+
+    /** No boards if there is no file. False, with "FILE:LINE: what is wrong", if it is faulty. */
+    static bool read(const std::string &file, std::vector<BoardSetup> *boards, std::string *error);
+
+    /** Where what is kept for a board lies, beside the file. */
+    static std::string keptFile(const std::string &file, int id);
+    /** Gives `controller` back what was kept for it; a file that is faulty or not there changes nothing. */
+    static void restore(const std::string &keptFile, controllers::Controller *controller);
+    /** The text to be written to the file. */
+    static std::string kept(controllers::Controller &controller);
+    /** Replaces a file as a whole. */
+    static bool write(const std::string &file, const std::string &text);
+};
+
+} // namespace grbl

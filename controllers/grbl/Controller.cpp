@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "controllers/grbl/Controller.h"
+
+#include <chrono>
+#include <cstdio>
+
+namespace grbl {
+
+namespace {
+
+constexpr double openTimeout = 10; // banner, reset, settings
+constexpr double writeTimeout = 10;
+constexpr double keepAfter = 0.5;
+constexpr std::size_t mostUnwritten = 4096;
+
+} // namespace
+
+Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::string &configuration)
+    : controllers::Controller(setup.id, static_cast<int>(setup.axes.size()))
+    , m_port(setup.port)
+    , m_mutex(mutex)
+    , m_keptFile(Configuration::keptFile(configuration, setup.id))
+    , m_board(setup.axes, [this](const std::string &text) {
+        std::fprintf(stderr, "%s: %s\n", m_port.c_str(), text.c_str());
+    })
+{
+    serialNumber = "GRBL-" + std::to_string(setup.id);
+    modelName = "Grbl";
+    Configuration::restore(m_keptFile, this);
+    for (auto &axis : m_board.axes()) {
+        axis->changed = [this] { stored(); };
+        axis->waitForBoard = [this](std::unique_lock<std::mutex> &lock) {
+            m_serial.wake();
+            waitFor(lock, &Controller::hasWritten, writeTimeout);
+        };
+    }
+}
+
+double Controller::now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void Controller::waitFor(std::unique_lock<std::mutex> &lock, bool (Controller::*over)() const, double atMost)
+{
+    m_changed.wait_for(lock, std::chrono::duration<double>(atMost), [&] { return (this->*over)(); });
+}
+
+int Controller::openLink(std::unique_lock<std::mutex> &lock)
+{
+    if (!m_serves) {
+        if (const int status = m_serial.open(m_port); status != Ok) {
+            if (status == PortInUse)
+                std::fprintf(stderr, "%s: the port is in use by another program\n", m_port.c_str());
+            return status;
+        }
+        m_board.opened(now());
+        m_serves = true;
+        // Nobody waits for its end: a controller is there as long as the process.
+        std::thread([this] { serve(); }).detach();
+    }
+    waitFor(lock, &Controller::isOpened, openTimeout);
+    if (!m_board.answers())
+        return LinkLost;
+    softVersion = m_board.version().substr(0, MOVER_TEXT_LENGTH);
+    return Ok;
+}
+
+void Controller::closeLink()
+{
+    m_board.stopAll(); // nobody is left who could
+    m_serial.wake();
+}
+
+void Controller::stored()
+{
+    if (m_keepAt < 0)
+        m_keepAt = now() + keepAfter;
+}
+
+void Controller::wakeIfUrgent()
+{
+    if (m_board.isUrgent())
+        m_serial.wake();
+}
+
+void Controller::keep(std::unique_lock<std::mutex> &lock)
+{
+    if (m_keepAt < 0 || now() < m_keepAt)
+        return;
+    m_keepAt = -1;
+    const std::string text = Configuration::kept(*this);
+    lock.unlock();
+    if (!Configuration::write(m_keptFile, text))
+        std::fprintf(stderr, "%s cannot be written\n", m_keptFile.c_str());
+    lock.lock();
+}
+
+void Controller::serve()
+{
+    std::string in;
+    std::string out;
+    bool there = true;
+    std::unique_lock lock(m_mutex);
+    while (there) {
+        m_board.received(in, now());
+        in.clear();
+        const double wait = m_board.run(now());
+        out += m_board.takeOutput();
+        if (m_board.phase() == Board::Phase::Closed)
+            break;        // nothing of this family at the port
+        if (wait >= 0.02) // nothing moves
+            keep(lock);
+        lock.unlock();
+        m_changed.notify_all();
+        there = m_serial.write(&out) && out.size() < mostUnwritten && m_serial.read(&in, wait, !out.empty());
+        lock.lock();
+    }
+    m_board.closed();
+    m_serial.close();
+    open = false;
+    m_serves = false;
+    m_changed.notify_all();
+}
+
+} // namespace grbl

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "controllers/core/Controller.h"
+#include "controllers/grbl/Board.h"
+#include "controllers/grbl/Configuration.h"
+#include "controllers/grbl/SerialPort.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace grbl {
+
+/**
+ * A board at its port. A thread of its own speaks with the board, from the first opening on and for as long as the port
+ * is there: opening and closing by the library's user leaves it open, as opening it resets the board.
+ *
+ * Everything but the thread's reading and writing happens with the library's mutex locked.
+ */
+class Controller : public controllers::Controller
+{
+public:
+    /** `mutex`: of the library. `configuration`: the file beside which values are kept. */
+    Controller(const BoardSetup &setup, std::mutex &mutex, const std::string &configuration);
+
+    bool plugged() const override { return SerialPort::exists(m_port); }
+    bool answers() const override { return m_board.answers(); }
+    int openLink(std::unique_lock<std::mutex> &lock) override;
+    void closeLink() override;
+    int mostAxes() const override { return static_cast<int>(m_board.axes().size()); }
+    controllers::Axis &axis(int number) override { return *m_board.axes()[number]; }
+    void stored() override;
+
+    /** Brings the plan up to now. */
+    void settle() { m_board.settle(now()); }
+    /** Has the thread send at once what a call has brought about. */
+    void wakeIfUrgent();
+
+    Board &board() { return m_board; }
+
+private:
+    static double now();
+    void serve();
+    void waitFor(std::unique_lock<std::mutex> &lock, bool (Controller::*over)() const, double atMost);
+    bool isOpened() const { return !m_board.opening(); }
+    bool hasWritten() const { return m_board.phase() != Board::Phase::Writing && !m_board.opening(); }
+    /** Writes what is kept when something has changed and a moment has passed. */
+    void keep(std::unique_lock<std::mutex> &lock);
+
+    std::string m_port;
+    std::mutex &m_mutex;
+    std::string m_keptFile;
+    Board m_board;
+    SerialPort m_serial;
+    bool m_serves = false; ///< the thread runs
+    std::condition_variable m_changed;
+    double m_keepAt = -1;
+};
+
+} // namespace grbl

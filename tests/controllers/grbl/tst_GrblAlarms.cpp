@@ -1,0 +1,332 @@
+// SPDX-License-Identifier: MIT
+#include "controllers/grbl/Bench.h"
+
+#include <QTest>
+
+using namespace moverStatus;
+
+/** Homing, limits, locks, and what the board says that is not expected. */
+class tst_GrblAlarms : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void homingMovesAllAxesAtTheSecondCall();
+    void homingTellsWhereTheTravelBegins_data();
+    void homingTellsWhereTheTravelBegins();
+    void homesOneAxisWhereTheBoardCan();
+    void aStopEndsHoming();
+    void aFailedHomingIsNotHomed();
+    void moveNeedsAReference();
+    void aHardLimitNamesItsAxisAndIsLeftSlowly();
+    void aHoldIsLeftAtRest();
+    void enableIsAPermission();
+    void settingsAreReadBackAndUndone();
+    void anotherProtocolIsNoBoard();
+    void lateRepliesAreALostLink();
+};
+
+namespace {
+
+emulator::Options homingBoard()
+{
+    emulator::Options options = Bench::options();
+    for (int i = 0; i < 3; ++i) {
+        options.settings[130 + i] = 40;
+        options.stages.push_back({-40, 0, -20});
+    }
+    options.settings[22] = 1;
+    options.settings[23] = 7;
+    options.settings[24] = 300;
+    options.settings[25] = 1800;
+    options.settings[26] = 25;
+    return options;
+}
+
+MotorParams stage40()
+{
+    MotorParams stage = Bench::stage();
+    stage.minPos = 0;
+    stage.maxPos = 40;
+    return stage;
+}
+
+void setStages(Bench &bench)
+{
+    for (int i = 0; i < 3; ++i)
+        bench.axis(i).restore(stage40());
+}
+
+int home(Bench &bench, int axis)
+{
+    return bench.call([&] { return bench.axis(axis).home(); });
+}
+
+bool stands(Bench &bench)
+{
+    return bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready && bench.isStill(); }, 60);
+}
+
+bool hasSaid(const Bench &bench, const std::string &what)
+{
+    for (const std::string &line : bench.log) {
+        if (line.find(what) != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+void tst_GrblAlarms::homingMovesAllAxesAtTheSecondCall()
+{
+    Bench bench(homingBoard());
+    setStages(bench);
+    QVERIFY(bench.board.locked()); // so it is after power-on
+    QCOMPARE(bench.moveTo(0, 1, 5, 50), int(Locked));
+    QCOMPARE(home(bench, 0), int(OthersWouldMove));
+    bench.run(10.5);
+    QCOMPARE(home(bench, 0), int(OthersWouldMove)); // too late
+    bench.run(1);
+    QCOMPARE(home(bench, 1), 0);
+    QCOMPARE(bench.moveTo(0, 1, 5, 50), int(bench.board.refusal()));
+    QCOMPARE(int(bench.axis(2).state().isStop), 0);
+    QVERIFY(stands(bench));
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY(bench.axis(i).isHomed());
+        QCOMPARE(bench.axis(i).reportedPosition(), 1.0); // the pull-off
+    }
+    QCOMPARE(bench.moveTo(0, 12.5, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.axis(0).reportedPosition(), 12.5);
+    QCOMPARE(bench.firmware.positionMm(0), 12.5 - 40);
+    QVERIFY(bench.axis(0).isHomed());
+}
+
+void tst_GrblAlarms::homingTellsWhereTheTravelBegins_data()
+{
+    QTest::addColumn<int>("toMinus"); // the board's homing direction
+    QTest::addColumn<int>("reversed");
+    QTest::addColumn<double>("position"); // 1 mm off the end with the switch
+    QTest::addColumn<double>("board");    // at stage position 10
+    QTest::newRow("minus end") << 7 << 0 << 1.0 << -30.0;
+    QTest::newRow("plus end") << 0 << 0 << 39.0 << -30.0;
+    QTest::newRow("minus end, reversed") << 7 << 1 << 39.0 << -10.0;
+    QTest::newRow("plus end, reversed") << 0 << 1 << 1.0 << -10.0;
+}
+
+void tst_GrblAlarms::homingTellsWhereTheTravelBegins()
+{
+    QFETCH(int, toMinus);
+    QFETCH(int, reversed);
+    QFETCH(double, position);
+    QFETCH(double, board);
+    emulator::Options options = homingBoard();
+    options.settings[23] = toMinus;
+    Bench bench(options);
+    MotorParams stage = stage40();
+    stage.phaseDirction = uint16_t(reversed);
+    for (int i = 0; i < 3; ++i)
+        bench.axis(i).restore(stage);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.axis(0).reportedPosition(), position);
+    QCOMPARE(bench.moveTo(0, 10, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.positionMm(0), board);
+    QVERIFY(bench.firmware.violations().empty());
+}
+
+void tst_GrblAlarms::homesOneAxisWhereTheBoardCan()
+{
+    // Stock firmware gets stuck by "$HX": it is sent to boards that say what they are.
+    emulator::Options options = homingBoard();
+    options.homesSingleAxes = true;
+    Bench bench(options);
+    setStages(bench);
+    bench.firmware.garble("[FIRMWARE:grblHAL]\r\n");
+    bench.run(0.1);
+    QCOMPARE(home(bench, 1), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(bench.axis(1).isHomed());
+    QVERIFY(!bench.axis(0).isHomed());
+    QCOMPARE(bench.axis(1).reportedPosition(), 1.0);
+    QCOMPARE(bench.firmware.steps(0), 0LL);
+}
+
+void tst_GrblAlarms::aStopEndsHoming()
+{
+    Bench bench(homingBoard());
+    setStages(bench);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    bench.run(0.5);
+    QCOMPARE(bench.stop(2), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(hasSaid(bench, "the position is lost"));
+    QVERIFY(bench.board.locked());
+    QVERIFY(!bench.axis(0).isHomed());
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(bench.axis(0).isHomed());
+}
+
+void tst_GrblAlarms::aFailedHomingIsNotHomed()
+{
+    Bench bench(homingBoard());
+    setStages(bench);
+    for (int i = 0; i < 3; ++i)
+        bench.firmware.forceSwitch(i, 0); // never found
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(hasSaid(bench, "alarm 9"));
+    QVERIFY(bench.board.locked());
+    QVERIFY(!bench.axis(0).isHomed());
+}
+
+void tst_GrblAlarms::moveNeedsAReference()
+{
+    Bench bench(homingBoard());
+    setStages(bench);
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0); // unlocks
+    QVERIFY(bench.runUntil([&] { return !bench.board.locked(); }, 2));
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.moveTo(0, 10, 5, 50), int(ReferenceFirst));
+    bench.axis(0).settings.relativeDisp = 1;
+    QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(-1); }), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.steps(0), -250LL);
+}
+
+void tst_GrblAlarms::aHardLimitNamesItsAxisAndIsLeftSlowly()
+{
+    emulator::Options options = homingBoard();
+    options.settings[21] = 1;
+    Bench bench(options);
+    setStages(bench);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(bench.axis(0).isHomed());
+    bench.axis(0).settings.relativeDispEnable = 0;
+    bench.axis(0).settings.speed = 10;
+    QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(-1); }), 0);
+    QVERIFY(bench.runUntil([&] { return bench.board.locked(); }, 5));
+    QVERIFY(stands(bench));
+    QVERIFY(hasSaid(bench, "alarm 1"));
+    QVERIFY(hasSaid(bench, "switch of axis X"));
+    QVERIFY(!bench.axis(0).isHomed());
+    const long long at = bench.firmware.steps(0);
+    bench.run(5);
+    QCOMPARE(bench.firmware.steps(0), at); // nothing by itself
+    QVERIFY(bench.board.locked());
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+    QVERIFY(bench.runUntil([&] { return !bench.board.locked() && bench.isStill(); }, 5));
+    QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(-1); }), int(OptoFault));
+    bench.axis(0).settings.relativeDispEnable = 1;
+    bench.axis(0).settings.relativeDisp = 3;
+    const double from = bench.now();
+    QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(1); }), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 10));
+    QVERIFY(bench.now() - from > 0.55); // 5 mm/s
+    QCOMPARE(bench.firmware.steps(0), at + 750);
+    QVERIFY(bench.runUntil([&] { return bench.firmware.settings()[21] == 1; }, 2));
+    QVERIFY(stands(bench));
+    QVERIFY(!bench.board.locked());
+}
+
+void tst_GrblAlarms::aHoldIsLeftAtRest()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.send("!"); // somebody's button
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    bench.firmware.send("!");
+    bench.run(1);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(5));
+}
+
+void tst_GrblAlarms::enableIsAPermission()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
+    bench.run(1);
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(false); }), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(bench.firmware.steps(0) < Bench::steps(15));
+    QCOMPARE(int(bench.axis(0).state().isEnable), 0);
+    QCOMPARE(bench.moveTo(0, 3, 10, 50), int(PowerOff));
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+    QCOMPARE(bench.moveTo(0, 3, 10, 50), 0);
+    QVERIFY(stands(bench));
+}
+
+void tst_GrblAlarms::settingsAreReadBackAndUndone()
+{
+    Bench bench;
+    QCOMPARE(bench.board.write({{110, 1200}, {120, 400}}), 0);
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready; }, 5));
+    QCOMPARE(bench.board.written(), 0);
+    QCOMPARE(bench.firmware.settings()[110], 1200.0);
+    QCOMPARE(bench.board.setting(120, 0), 400.0);
+    // The second one is refused: the first is put back.
+    QCOMPARE(bench.board.write({{110, 900}, {120, -1}}), 0);
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready; }, 5));
+    QCOMPARE(bench.board.written(), int(WriteFailed));
+    QCOMPARE(bench.firmware.settings()[110], 1200.0);
+    QCOMPARE(bench.firmware.settings()[120], 400.0);
+    // Not in motion.
+    QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
+    bench.run(0.5);
+    QCOMPARE(bench.board.write({{110, 900}}), int(AxisRunning));
+    QVERIFY(bench.firmware.violations().empty());
+}
+
+void tst_GrblAlarms::anotherProtocolIsNoBoard()
+{
+    std::vector<std::string> log;
+    grbl::AxisSetup setup;
+    setup.stage = Bench::stage();
+    std::vector<grbl::AxisSetup> setups{setup};
+    grbl::Board board(setups, [&log](const std::string &text) { log.push_back(text); });
+    board.opened(0);
+    std::string sent;
+    double now = 0;
+    while (board.opening() && now < 10) {
+        board.received(std::string("\x02\x55login: ok?\r\n$GPGGA,1,2*47\r\n\x80\xff"), now);
+        board.run(now);
+        sent += board.takeOutput();
+        now += 0.05;
+    }
+    QCOMPARE(board.phase(), grbl::Board::Phase::Closed);
+    QVERIFY(now < 5);
+    QCOMPARE(sent, std::string(1, '\x18')); // nothing else goes to what is no board
+    QVERIFY(!log.empty());
+}
+
+void tst_GrblAlarms::lateRepliesAreALostLink()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.toHost().setDelay(1.2);
+    QVERIFY(bench.runUntil([&] { return !bench.log.empty(); }, 3));
+    bench.run(5);
+    bench.firmware.toHost().setDelay(0);
+    QVERIFY(bench.runUntil([&] { return bench.board.answers() && stands(bench); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(5));
+}
+
+QTEST_GUILESS_MAIN(tst_GrblAlarms)
+#include "tst_GrblAlarms.moc"

@@ -1,0 +1,575 @@
+// SPDX-License-Identifier: MIT
+#include "controllers/grbl/Bench.h"
+
+#include <QTest>
+
+#include <numeric>
+
+using emulator::Violation;
+using emulator::WireFault;
+
+/** What a stage may count on, whatever befalls the computer, the wire and the board: against counted steps. */
+class tst_GrblGuarantees : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void randomRunsEndExactlyAndWithinTheirLimits_data();
+    void randomRunsEndExactlyAndWithinTheirLimits();
+    void aLongMoveIsEven_data();
+    void aLongMoveIsEven();
+    void otherAxesAreNotDisturbed();
+    void oneAxisStopsInTime();
+    void theLastAxisIsStoppedByOneCancel();
+    void aDeadComputerStopsAllAxes();
+    void aStallEndsExactly_data();
+    void aStallEndsExactly();
+    void aFaultOfOneByteNeverRunsAway_data();
+    void aFaultOfOneByteNeverRunsAway();
+    void randomFaultsNeverLoseThePosition_data();
+    void randomFaultsNeverLoseThePosition();
+    void aLostLineIsNoticed();
+    void aStopInTroubleIsAStop();
+    void aLostReportByteStopsNothing();
+    void aLostCancelStillEnds();
+    void aDeafBoardIsFreed();
+    void aResetInMotionIsSeen();
+    void aLostLinkIsSaid();
+    void rubbishIsNotBelieved();
+    void speedIsCappedByTheBoardsRamp();
+};
+
+namespace {
+
+void verifyClean(const Bench &bench)
+{
+    for (const Violation &one : bench.firmware.violations())
+        qWarning("%.3f %s: %s", one.time, nameOf(one.kind), one.line.c_str());
+    QVERIFY(bench.firmware.violations().empty());
+}
+
+QByteArray said(const Bench &bench)
+{
+    QByteArray text;
+    for (const std::string &line : bench.log)
+        text += QByteArray::fromStdString(line) + '\n';
+    return text;
+}
+
+/** Speeds over windows of `window` seconds between `from` and `to`, mm/s. */
+std::vector<double> speeds(const std::vector<emulator::Step> &steps, double from, double to, double window)
+{
+    // Between whole steps, so that where a window falls does not count: the time of n steps around each window.
+    std::vector<double> result;
+    std::size_t first = 0;
+    for (double begin = from; begin + window <= to; begin += window) {
+        while (first < steps.size() && steps[first].time < begin)
+            ++first;
+        std::size_t last = first;
+        while (last < steps.size() && steps[last].time < begin + window)
+            ++last;
+        if (last >= steps.size() || last == first)
+            return result;
+        result.push_back((last - first) / Bench::stepsPerMm / (steps[last].time - steps[first].time));
+    }
+    return result;
+}
+
+} // namespace
+
+void tst_GrblGuarantees::randomRunsEndExactlyAndWithinTheirLimits_data()
+{
+    QTest::addColumn<unsigned>("seed");
+    const int seeds = qEnvironmentVariableIntValue("GRBL_SEEDS");
+    for (unsigned seed = 1; seed <= unsigned(seeds > 0 ? seeds : 8); ++seed)
+        QTest::addRow("seed %u", seed) << seed;
+}
+
+void tst_GrblGuarantees::randomRunsEndExactlyAndWithinTheirLimits()
+{
+    QFETCH(unsigned, seed);
+    std::mt19937 random(seed);
+    const auto between = [&random](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    Bench bench(Bench::options(between(-0.005, 0.005)), seed);
+    const double end = bench.now() + 120;
+    while (bench.now() < end) {
+        bench.run(between(0.02, 1.5));
+        const int number = int(between(0, 3));
+        grbl::Axis &axis = bench.axis(number);
+        axis.settings.jogStep = between(0.01, 2);
+        axis.settings.jogCount = int(between(1, 6));
+        axis.settings.jogDelay = int(between(0, 300));
+        axis.settings.circleDisp = between(0.5, 8);
+        axis.settings.circleCount = int(between(1, 4));
+        axis.settings.circleDelay = int(between(0, 200));
+        axis.settings.relativeDisp = between(0, 10);
+        const int direction = between(0, 2) < 1 ? -1 : 1;
+        switch (int(between(0, 6))) {
+        case 0:
+        case 1:
+            bench.moveTo(number, between(-40, 40), between(0.5, 18), between(20, 100));
+            break;
+        case 2:
+            bench.call([&] { return axis.startDrive(direction); });
+            break;
+        case 3:
+            bench.call([&] { return axis.startJog(direction); });
+            break;
+        case 4:
+            bench.call([&] { return axis.startLoop(direction); });
+            break;
+        default:
+            bench.stop(number);
+            break;
+        }
+    }
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 200));
+    for (int i = 0; i < 3; ++i) {
+        QCOMPARE(bench.firmware.steps(i), Bench::steps(bench.axis(i).position()));
+        // A speed taken over 50 ms, with a step more or less; the board's clock and the factor are in it.
+        const std::vector<emulator::Step> steps = bench.firmware.takeSteps(i);
+        std::size_t first = 0;
+        double fastest = 0;
+        for (std::size_t last = 0; last < steps.size(); ++last) {
+            while (steps[last].time - steps[first].time > 0.05)
+                ++first;
+            fastest = std::max(fastest, double(last - first) / Bench::stepsPerMm / 0.05);
+        }
+        QVERIFY2(fastest <= 18 * 1.06, qPrintable(QString::number(fastest)));
+        // In 20 s each axis ends where a move sends it.
+        QCOMPARE(bench.moveTo(i, 1.5 * i, 15, 80), 0);
+    }
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 60));
+    for (int i = 0; i < 3; ++i)
+        QCOMPARE(bench.firmware.steps(i), Bench::steps(1.5 * i));
+    QVERIFY2(bench.log.empty(), said(bench));
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aLongMoveIsEven_data()
+{
+    QTest::addColumn<double>("clockError");
+    QTest::newRow("0.5 % slow") << -0.005;
+    QTest::newRow("true") << 0.0;
+    QTest::newRow("0.5 % fast") << 0.005;
+}
+
+void tst_GrblGuarantees::aLongMoveIsEven()
+{
+    QFETCH(double, clockError);
+    emulator::Options options = Bench::options(clockError);
+    Bench bench(options, 3);
+    MotorParams stage = Bench::stage();
+    stage.maxPos = 7000;
+    bench.axis(0).restore(stage);
+    bench.axis(1).restore(stage);
+    QCOMPARE(bench.moveTo(0, 6000, 10, 50), 0);
+    QCOMPARE(bench.moveTo(1, 2400, 4, 50), 0);
+    const double begin = bench.now();
+    int fewest = 15;
+    int most = 0;
+    QVERIFY(!bench.runUntil(
+        [&] {
+            if (bench.now() > begin + 2) {
+                fewest = std::min(fewest, bench.firmware.planner().free());
+                most = std::max(most, bench.firmware.planner().free());
+            }
+            return false;
+        },
+        590));
+    const std::vector<double> all = speeds(bench.firmware.takeSteps(0), begin + 2, begin + 588, 0.02);
+    QVERIFY(all.size() > 25000);
+    const double mean = std::accumulate(all.begin(), all.end(), 0.0) / double(all.size());
+    const auto [slowest, fastest] = std::minmax_element(all.begin(), all.end());
+    const double ripple = std::max(mean - *slowest, *fastest - mean) / mean;
+    qInfo("mean %.4f, ripple %.1f %%, blocks free %d to %d", mean, ripple * 100, fewest, most);
+    QVERIFY2(ripple <= 0.05, qPrintable(QString::number(ripple)));
+    QVERIFY2(bench.log.empty(), said(bench));
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::otherAxesAreNotDisturbed()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    QCOMPARE(bench.moveTo(1, 20, 8, 50), 0);
+    bench.run(1.5);
+    const double from = bench.now() - 0.5;
+    QCOMPARE(bench.stop(1), 0);
+    bench.run(1);
+    QCOMPARE(bench.moveTo(1, 0, 12, 80), 0);
+    bench.run(1.5);
+    const std::vector<double> all = speeds(bench.firmware.takeSteps(0), from, bench.now() - 0.2, 0.02);
+    QVERIFY(all.size() > 100);
+    for (const double speed : all)
+        QVERIFY2(std::abs(speed - 10) <= 0.5, qPrintable(QString::number(speed)));
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::oneAxisStopsInTime()
+{
+    double latest = 0;
+    for (unsigned phase = 0; phase < 100; ++phase) {
+        Bench bench(Bench::options(), phase);
+        QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+        QCOMPARE(bench.moveTo(1, 60, 8, 50), 0);
+        bench.run(1 + phase * 0.0013);
+        const double called = bench.now();
+        QCOMPARE(bench.stop(1), 0);
+        bench.run(1);
+        const double last = bench.firmware.takeSteps(1).back().time;
+        latest = std::max(latest, last - called - 8.0 / 50);
+        verifyClean(bench);
+    }
+    qInfo("all still %.0f ms and the ramp after the call", latest * 1000);
+    QVERIFY(latest <= grbl::Board::lead + grbl::Board::slice);
+}
+
+void tst_GrblGuarantees::theLastAxisIsStoppedByOneCancel()
+{
+    std::vector<double> delays;
+    for (unsigned phase = 0; phase < 100; ++phase) {
+        Bench bench(Bench::options(), phase);
+        QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+        QCOMPARE(bench.moveTo(1, 60, 6, 50), 0);
+        bench.run(1 + phase * 0.0013);
+        QCOMPARE(bench.stop(1), 0); // X goes on
+        bench.run(0.05);
+        const std::size_t before = bench.firmware.sentLines().size();
+        bench.longestWait = 0.0002;
+        bench.jitter = 0;
+        const double called = bench.now();
+        QCOMPARE(bench.stop(0), 0);
+        const auto cancels = [&] {
+            const auto &lines = bench.firmware.sentLines();
+            return std::count(lines.begin() + long(before), lines.end(), std::string(1, '\x85'));
+        };
+        QVERIFY(bench.runUntil([&] { return cancels() > 0; }, 0.1));
+        delays.push_back(bench.now() - called);
+        QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 2));
+        QCOMPARE(cancels(), 1L);
+        QVERIFY(bench.firmware.lastStep() - called < 0.12);
+        QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+        QCOMPARE(bench.firmware.steps(1), Bench::steps(bench.axis(1).position()));
+        verifyClean(bench);
+    }
+    std::sort(delays.begin(), delays.end());
+    qInfo("call to byte: median %.1f ms, most %.1f ms", delays[50] * 1000, delays.back() * 1000);
+    QVERIFY(delays[50] <= 0.002);
+    QVERIFY(delays[98] <= 0.010);
+}
+
+void tst_GrblGuarantees::aDeadComputerStopsAllAxes()
+{
+    double latest = 0;
+    for (unsigned phase = 0; phase < 50; ++phase) {
+        Bench bench(Bench::options(), phase);
+        QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+        QCOMPARE(bench.moveTo(1, -60, 15, 50), 0);
+        bench.run(1 + phase * 0.0013);
+        const double died = bench.now();
+        bench.stall(5);
+        const double last = bench.firmware.lastStep() - died;
+        latest = std::max(latest, last);
+    }
+    qInfo("all still after %.0f ms", latest * 1000);
+    QVERIFY(latest <= grbl::Board::lead + grbl::Board::slice + 0.01);
+}
+
+void tst_GrblGuarantees::aStallEndsExactly_data()
+{
+    QTest::addColumn<double>("seconds");
+    for (const double seconds : {0.05, 0.08, 0.1, 0.2, 0.3, 0.5, 2.0})
+        QTest::addRow("%.2f s", seconds) << seconds;
+}
+
+void tst_GrblGuarantees::aStallEndsExactly()
+{
+    QFETCH(double, seconds);
+    for (unsigned phase = 0; phase < 10; ++phase) {
+        Bench bench(Bench::options(), phase);
+        QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
+        QCOMPARE(bench.moveTo(1, -12, 6, 50), 0);
+        bench.run(1 + phase * 0.007);
+        const double from = bench.now();
+        bench.stall(seconds);
+        QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+        QCOMPARE(bench.firmware.steps(0), Bench::steps(30));
+        QCOMPARE(bench.firmware.steps(1), Bench::steps(-12));
+        verifyClean(bench);
+        QVERIFY(seconds < 0.2 || !bench.log.empty());
+        if (seconds <= 0.08) {
+            for (const double speed : speeds(bench.firmware.takeSteps(0), from, from + 0.5, 0.02))
+                QVERIFY2(std::abs(speed - 10) <= 0.5, qPrintable(QString::number(speed)));
+        }
+    }
+}
+
+void tst_GrblGuarantees::aFaultOfOneByteNeverRunsAway_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<char>("with");
+    QTest::newRow("dropped") << int(WireFault::Kind::Drop) << '\0';
+    QTest::newRow("doubled") << int(WireFault::Kind::Double) << '\0';
+    QTest::newRow("made a letter") << int(WireFault::Kind::Replace) << 'o';
+    QTest::newRow("made a digit") << int(WireFault::Kind::Replace) << '7';
+    QTest::newRow("made a hold") << int(WireFault::Kind::Replace) << '!';
+    QTest::newRow("made a question") << int(WireFault::Kind::Replace) << '?';
+    QTest::newRow("made a line end") << int(WireFault::Kind::Replace) << '\n';
+}
+
+void tst_GrblGuarantees::aFaultOfOneByteNeverRunsAway()
+{
+    QFETCH(int, kind);
+    QFETCH(char, with);
+    for (int byte = WireFault::lineEnd; byte < 38; ++byte) {
+        Bench bench;
+        QCOMPARE(bench.moveTo(0, 60, 15, 80), 0);
+        QCOMPARE(bench.moveTo(1, -60, 15, 80), 0);
+        QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+        QCOMPARE(bench.moveTo(0, 72, 10, 50), 0);
+        QCOMPARE(bench.moveTo(1, -65, 6, 50), 0);
+        bench.run(0.73);
+        bench.firmware.toBoard().add({WireFault::Kind(kind), 2, byte, with});
+        double farthest = 0;
+        bench.runUntil(
+            [&] {
+                farthest = std::max(
+                    {farthest, bench.firmware.positionMm(0) - 72, 60 - bench.firmware.positionMm(0),
+                     bench.firmware.positionMm(1) + 60, -65 - bench.firmware.positionMm(1),
+                     std::abs(bench.firmware.positionMm(2))});
+                return bench.isStill();
+            },
+            20);
+        const QByteArray what =
+            "byte " + QByteArray::number(byte) + ", " + QByteArray::number(farthest) + " mm\n" + said(bench);
+        QVERIFY2(bench.isStill(), what);
+        // 10 mm/s for the time to two reports, and the board's own ramp.
+        QVERIFY2(farthest < 3, what);
+        // Either it went on to its end, or it was stopped and says so; the position is true in both.
+        const bool ended = bench.firmware.steps(0) == Bench::steps(72) && bench.firmware.steps(1) == Bench::steps(-65);
+        QVERIFY2(ended || !bench.log.empty(), what);
+        for (int i = 0; i < 3; ++i)
+            QVERIFY2(bench.firmware.steps(i) == Bench::steps(bench.axis(i).position()), what);
+        for (const Violation &one : bench.firmware.violations())
+            QVERIFY2(
+                one.kind != Violation::Kind::WhileCancelling && one.kind != Violation::Kind::SecondCancel,
+                what + nameOf(one.kind));
+        // And it moves again.
+        QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+        QVERIFY2(bench.runUntil([&] { return bench.isStill(); }, 20), what);
+        QVERIFY2(bench.firmware.steps(0) == Bench::steps(60), what);
+    }
+}
+
+void tst_GrblGuarantees::randomFaultsNeverLoseThePosition_data()
+{
+    randomRunsEndExactlyAndWithinTheirLimits_data();
+}
+
+void tst_GrblGuarantees::randomFaultsNeverLoseThePosition()
+{
+    QFETCH(unsigned, seed);
+    std::mt19937 random(1000 + seed);
+    const auto between = [&random](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    Bench bench(Bench::options(between(-0.005, 0.005)), seed);
+    double farthest = 0;
+    const auto rests = [&] {
+        for (int i = 0; i < 3; ++i)
+            farthest = std::max(farthest, std::abs(bench.firmware.positionMm(i)) - 40);
+        return bench.board.phase() == grbl::Board::Phase::Ready && bench.isStill();
+    };
+    const double end = bench.now() + 120;
+    while (bench.now() < end) {
+        const int number = int(between(0, 3));
+        if (bench.board.locked())
+            bench.call([&] { return bench.axis(number).setEnabled(true); });
+        else if (between(0, 4) < 3)
+            bench.moveTo(number, between(-40, 40), between(0.5, 18), between(20, 100));
+        else
+            bench.stop(number);
+        if (between(0, 3) < 1) {
+            emulator::Wire &wire = between(0, 2) < 1 ? bench.firmware.toBoard() : bench.firmware.toHost();
+            const WireFault::Kind kinds[] = {
+                WireFault::Kind::Drop, WireFault::Kind::Double, WireFault::Kind::Replace, WireFault::Kind::DropLine};
+            wire.add(
+                {kinds[int(between(0, 4))], int(between(0, 4)), int(between(-1, 40)), "o7!?\n-.X"[int(between(0, 8))]});
+        }
+        const double until = bench.now() + between(0.1, 2);
+        bench.runUntil([&] { return rests(), bench.now() >= until; }, 3);
+    }
+    bench.runUntil([] { return false; }, 2);
+    QVERIFY2(bench.runUntil(rests, 300), said(bench));
+    QVERIFY2(farthest < 4, qPrintable(QString::number(farthest)));
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY2(bench.firmware.position()[i] == Bench::steps(bench.axis(i).position()), said(bench));
+        QCOMPARE(bench.axis(i).reportedPosition(), bench.firmware.positionMm(i));
+    }
+    for (const Violation &one : bench.firmware.violations())
+        QVERIFY2(
+            one.kind != Violation::Kind::WhileCancelling && one.kind != Violation::Kind::FullPlanner,
+            nameOf(one.kind) + QByteArray(": ") + one.line.c_str());
+    if (bench.board.locked()) {
+        bench.call([&] { return bench.axis(0).setEnabled(true); });
+        QVERIFY(bench.runUntil([&] { return rests() && !bench.board.locked(); }, 5));
+    }
+    QCOMPARE(bench.moveTo(0, 3, 10, 50), 0);
+    QVERIFY2(bench.runUntil(rests, 300), said(bench));
+    QCOMPARE(bench.axis(0).reportedPosition(), 3.0);
+}
+
+void tst_GrblGuarantees::aLostLineIsNoticed()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 40, 10, 50), 0);
+    bench.run(0.73);
+    bench.firmware.toBoard().add({WireFault::Kind::DropLine, 1, 0, 0});
+    const double from = bench.now();
+    QVERIFY(bench.runUntil([&] { return !bench.log.empty(); }, 1.2));
+    QVERIFY(bench.now() - from < 1.1);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(40)); // it stops and goes on
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aStopInTroubleIsAStop()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 40, 10, 50), 0);
+    QCOMPARE(bench.moveTo(1, -4, 6, 50), 0);
+    bench.run(0.73);
+    bench.firmware.toBoard().add({WireFault::Kind::Drop, 0, 0, 0});
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Cancelling; }, 1));
+    QCOMPARE(bench.stop(0), 0);
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready; }, 2));
+    const long long at = bench.firmware.steps(0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), at);
+    QCOMPARE(bench.firmware.steps(1), Bench::steps(-4)); // goes on
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aLostReportByteStopsNothing()
+{
+    for (int byte = 0; byte < 60; byte += 1) {
+        Bench bench;
+        QCOMPARE(bench.moveTo(0, 14, 10, 50), 0);
+        QCOMPARE(bench.moveTo(1, -12.5, 8, 50), 0);
+        bench.run(0.9);
+        bench.firmware.toHost().add({WireFault::Kind::Drop, 2, byte, 0});
+        QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+        QCOMPARE(bench.firmware.steps(0), Bench::steps(14));
+        QCOMPARE(bench.firmware.steps(1), Bench::steps(-12.5));
+        verifyClean(bench);
+    }
+}
+
+void tst_GrblGuarantees::aLostCancelStillEnds()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.toBoard().cut(true);
+    const double called = bench.now();
+    QCOMPARE(bench.stop(0), 0);
+    bench.run(0.012);
+    bench.firmware.toBoard().cut(false);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 5));
+    QVERIFY(bench.firmware.lastStep() - called < 0.25);
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    QCOMPARE(bench.moveTo(0, 2, 10, 50), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(2));
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aDeafBoardIsFreed()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    bench.run(1);
+    QCOMPARE(bench.stop(0), 0);
+    // Somebody else's second cancel, late in the first.
+    QVERIFY(bench.runUntil(
+        [&] {
+            return bench.firmware.isDeaf() || bench.isStill() || (bench.firmware.send(std::string(1, '\x85')), false);
+        },
+        2));
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 5));
+    QVERIFY(!bench.firmware.isDeaf());
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    QCOMPARE(bench.moveTo(0, 2, 10, 50), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(2));
+}
+
+void tst_GrblGuarantees::aResetInMotionIsSeen()
+{
+    Bench bench;
+    bench.axis(0).setHomed(true);
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.pressReset();
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready && bench.isStill(); }, 5));
+    QVERIFY(!bench.log.empty());
+    QVERIFY(!bench.axis(0).isHomed());
+    QCOMPARE(bench.moveTo(0, 0, 10, 50), bench.board.locked() ? int(moverStatus::Locked) : 0);
+    if (bench.board.locked())
+        QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+    QVERIFY(bench.runUntil([&] { return !bench.board.locked() && bench.isStill(); }, 20));
+    QCOMPARE(bench.moveTo(0, 3, 10, 50), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.axis(0).reportedPosition(), 3.0);
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aLostLinkIsSaid()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.toHost().cut(true);
+    const double from = bench.now();
+    QVERIFY(bench.runUntil([&] { return !bench.board.answers(); }, 2));
+    QVERIFY(bench.now() - from < 1.3);
+    QCOMPARE(bench.moveTo(1, 1, 1, 50), int(moverStatus::LinkLost));
+    bench.run(2);
+    bench.firmware.toHost().cut(false);
+    QVERIFY(bench.runUntil([&] { return bench.board.answers() && bench.isStill(); }, 10));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    QCOMPARE(bench.moveTo(0, 2, 10, 50), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(2));
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::rubbishIsNotBelieved()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 14, 10, 50), 0);
+    bench.run(0.6);
+    bench.firmware.garble("\r\nerror:\r\nALARM\r\n<Jog|MPos:1,2|Bf:x>\r\n\xff\xfe\x00[MSG:what]\r\n");
+    bench.firmware.garble(std::string(5000, 'x') + "\r\n");
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+}
+
+void tst_GrblGuarantees::speedIsCappedByTheBoardsRamp()
+{
+    emulator::Options options = Bench::options();
+    options.settings[120] = 50;
+    Bench bench(options);
+    QCOMPARE(bench.axis(0).speedLimit(), 4.0); // it brakes from that within the lead
+    QCOMPARE(bench.moveTo(0, 20, 20, 20), 0);
+    bench.run(2);
+    const double died = bench.now();
+    bench.stall(5);
+    QVERIFY2(bench.firmware.lastStep() - died <= 0.21, qPrintable(QString::number(bench.firmware.lastStep() - died)));
+}
+
+QTEST_GUILESS_MAIN(tst_GrblGuarantees)
+#include "tst_GrblGuarantees.moc"

@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+#
+# grbl.sh [--short]: the library for Grbl boards against the emulated board: what a stage may count on, against counted
+# steps; ports, faults, alarms; figures of wire, processor time, stop and ripple. At length it plays 200 random sessions
+# of two minutes and more on three axes; with --short, for CI, 8 of them.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+# shellcheck source=tools/setup.sh
+. tools/setup.sh
+
+install_missing "${build_packages[@]}"
+build dev grbl_tests
+build release benchGrbl
+say "Testing (Grbl)"
+[ "${1:-}" = --short ] || export GRBL_SEEDS=200
+ctest --preset dev -L grbl -j "$(nproc)"
+say "Figures"
+build/release/bench/benchGrbl build/release/controllers/emulator/grblEmulator
