@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/StartUp.h"
 
+#include "app/CallingConsole.h"
 #include "app/ScreenFit.h"
 #include "app/TerminationSignals.h"
 #include "device/LibraryLock.h"
@@ -41,6 +42,24 @@ struct Options {
         parser.addOption(scenario);
     }
 
+    /**
+     * Ends the program where the arguments ask for help or are wrong. The parser's own way would open a box on Windows,
+     * which waits for somebody.
+     */
+    void process()
+    {
+        const bool understood = parser.parse(QCoreApplication::arguments());
+        if (understood && !parser.isSet(QStringLiteral("help")) && !parser.isSet(QStringLiteral("help-all")))
+            return;
+        CallingConsole::join();
+        if (understood)
+            std::printf("%s", qUtf8Printable(parser.helpText()));
+        else
+            std::fprintf(stderr, "mover: %s\n", qUtf8Printable(parser.errorText()));
+        std::fflush(nullptr);
+        std::exit(understood ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+
     /** Loads the library that the options name, or that is found. */
     std::optional<MotionLibrary::Fault> loadLibrary() const { return MotionLibrary::load(parser.value(library)); }
 
@@ -58,6 +77,15 @@ struct Options {
         QStringLiteral("FILE")};
 };
 
+void nameScenario(const QString &path)
+{
+#ifdef Q_OS_WIN // qputenv() would write it in the code page, which does not have every character
+    _wputenv_s(L"MOVER_SCENARIO", path.toStdWString().c_str());
+#else
+    qputenv("MOVER_SCENARIO", QFile::encodeName(path));
+#endif
+}
+
 void complain(const MotionLibrary::Fault &fault)
 {
     std::fprintf(stderr, "%s\n", qUtf8Printable(fault.message()));
@@ -74,9 +102,8 @@ void answerQuestions(int argc, char *argv[])
         return;
     const QCoreApplication application(argc, argv);
     Options options;
-    const bool understood = options.parser.parse(QCoreApplication::arguments());
-    if (!understood || options.parser.isSet(QStringLiteral("help")))
-        options.parser.process(application); // does not come back
+    options.process();
+    CallingConsole::join();
     std::printf("%s %s\n", qPrintable(QCoreApplication::applicationName()), MOVER_VERSION);
     std::fflush(stdout);
     if (const auto fault = options.loadLibrary()) {
@@ -98,8 +125,7 @@ bool loadLibrary(const Options &options)
     if (!options.parser.isSet(options.scenario))
         return true;
     if (MotionLibrary::inUse().isSimulated())
-        qputenv(
-            "MOVER_SCENARIO", QFile::encodeName(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath()));
+        nameScenario(QFileInfo(options.parser.value(options.scenario)).absoluteFilePath());
     else
         std::fprintf(stderr, "--scenario is ignored: the library in use is no simulated controller.\n");
     return true;
@@ -111,6 +137,8 @@ void StartUp::prepareApplication()
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    // 150 % is 150 %; rounded to 200 % the main window would not find room on most screens that have it.
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); // the stop keys would not reach them
     QCoreApplication::setApplicationName(QStringLiteral("mover"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MOVER_VERSION));
@@ -149,7 +177,10 @@ void StartUp::setNumberFormat()
 void StartUp::installFont(const QString &path)
 {
     // Not mapped: a font that is overwritten while the program runs must not take it along.
-    const int id = QFontDatabase::addApplicationFontFromData(SmallFile::read(path, maxFontSize));
+    const QByteArray bytes = SmallFile::read(path, maxFontSize);
+    if (bytes.isEmpty())
+        return; // Qt would complain of it on Windows
+    const int id = QFontDatabase::addApplicationFontFromData(bytes);
     const QStringList families = QFontDatabase::applicationFontFamilies(id);
     if (families.isEmpty())
         return;
@@ -168,6 +199,8 @@ void StartUp::installStyleSheet(const QString &path)
     }
     const QByteArray bytes = file.readAll();
     qApp->setStyleSheet(QString::fromUtf8(bytes.constData(), int(qstrnlen(bytes.constData(), uint(bytes.size())))));
+    // With a style sheet, Qt takes the desktop's own fonts for message boxes, menus and tool tips anew.
+    QApplication::setFont(QApplication::font());
 }
 
 void StartUp::registerStageModel()
@@ -184,7 +217,7 @@ int StartUp::run(int argc, char *argv[])
 
     const auto application = makeApplication(argc, argv);
     Options options;
-    options.parser.process(*application);
+    options.process();
     if (!loadLibrary(options))
         return MotionLibrary::FaultExitCode;
 

@@ -10,7 +10,7 @@ class QApplication;
 /** The program's start-up, step by step. GUI thread. */
 namespace StartUp {
 
-/** What must be set before the application object: high-DPI scaling, no OpenGL. */
+/** What must be set before the application object: high-DPI scaling to any factor, no OpenGL. */
 void prepareApplication();
 /**
  * The application object. On a screen too small for the main window everything is drawn at a smaller scale, unless the
@@ -21,7 +21,8 @@ std::unique_ptr<QApplication> makeApplication(int &argc, char *argv[]);
 void setNumberFormat();
 /** Makes the first family of the font file the application's font, 16 pixels high; without one nothing changes. */
 void installFont(const QString &path);
-/** Installs a style sheet (UTF-8, up to the first zero byte) on the application. */
+/** Installs a style sheet (UTF-8, up to the first zero byte) on the application, whose font is then that of every
+ * class. */
 void installStyleSheet(const QString &path);
 /** Registers a stage model with the motion library. */
 void registerStageModel();

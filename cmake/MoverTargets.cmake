@@ -33,6 +33,20 @@ if(MOVER_COVERAGE)
     target_link_options(mover_options INTERFACE --coverage)
 endif()
 
+# mover_build_tool(NAME SOURCE ... LIBRARIES ...): a program that runs during the build, so that it is never built with the
+# sanitizers of the program. A cross build takes it from a build tree for the machine that builds (MOVER_HOST_BUILD).
+function(mover_build_tool name)
+    cmake_parse_arguments(arg "" "SOURCE" "LIBRARIES" ${ARGN})
+    if(CMAKE_CROSSCOMPILING)
+        file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+        add_executable(${name} IMPORTED GLOBAL)
+        set_target_properties(${name} PROPERTIES IMPORTED_LOCATION ${MOVER_HOST_BUILD}/${folder}/${name})
+    else()
+        add_executable(${name} ${arg_SOURCE})
+        target_link_libraries(${name} PRIVATE ${arg_LIBRARIES})
+    endif()
+endfunction()
+
 # mover_library(NAME SOURCES ... [DEPENDS ...]): the static library of one folder, reached as mover::NAME.
 # A folder's forms are found beside the class of the same name.
 function(mover_library name)

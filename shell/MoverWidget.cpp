@@ -81,13 +81,14 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     m_heart = QSharedPointer<Heart>(new Heart);
 
-    connect(
-        m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this,
-        &MoverWidget::slot_usbDevPortChanged);
-
-    m_portCheckRetry.setSingleShot(true);
-    m_portCheckRetry.setInterval(portCheckRetryMs);
-    connect(&m_portCheckRetry, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
+    // Later, and one for many: Windows sends its notice in heaps and waits for the answer to each, which a box would
+    // hold up.
+    m_portCheck.setSingleShot(true);
+    connect(&m_portCheck, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
+    connect(m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this, [this] {
+        if (!m_portCheck.isActive() && !m_bPortLostShown)
+            m_portCheck.start(0);
+    });
 
     m_addControls = new AddControlsWidget(this);
     connect(
@@ -213,7 +214,7 @@ void MoverWidget::slot_usbDevPortChanged()
 {
     const std::optional<bool> lost = m_session->isPortLost();
     if (!lost) {
-        m_portCheckRetry.start();
+        m_portCheck.start(portCheckRetryMs);
         return;
     }
     if (!*lost || m_bPortLostShown)

@@ -93,7 +93,7 @@ private:
     ConnectionWidget *m_connection = nullptr;
     std::unique_ptr<DebugWidget> m_console; // a window of its own, without a parent
     std::unique_ptr<SerialPortChangeFilter> m_portWatcher;
-    QTimer m_portCheckRetry;
+    QTimer m_portCheck; // runs while a look for the port is pending
     OptionsWidget *m_options = nullptr;
     MyBorderContainer *m_border = nullptr;
     PlaceholderWidget *m_placeholder = nullptr;

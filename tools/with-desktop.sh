@@ -32,7 +32,7 @@ trap end EXIT
 start_screen() {
     local number
     mkfifo "$scratch/display"
-    Xvfb -displayfd 3 -screen 0 "${screen}x24" -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
+    Xvfb -displayfd 3 -screen 0 "${screen}x24" -dpi 96 -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
     children+=($!)
     read -r -t 20 number <"$scratch/display" || return 1
     rm "$scratch/display"

@@ -5,7 +5,7 @@
 
 namespace controllers {
 
-std::string quoted(const std::string &text)
+std::string inQuotes(const std::string &text)
 {
     return "\"" + text + "\"";
 }

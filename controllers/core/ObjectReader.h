@@ -18,7 +18,7 @@ namespace controllers {
 constexpr double maxNumber = std::numeric_limits<double>::max();
 
 /** `text` between quotes. */
-std::string quoted(const std::string &text);
+std::string inQuotes(const std::string &text);
 /** `number` as a reader of the file would write it. */
 std::string numberText(double number);
 
@@ -48,7 +48,7 @@ public:
     {
         const JsonValue *value = find(name);
         if (!value)
-            throw JsonError(m_value.line, m_what + " lacks " + quoted(name));
+            throw JsonError(m_value.line, m_what + " lacks " + inQuotes(name));
         return *value;
     }
 
@@ -66,13 +66,13 @@ public:
             read = *real;
         else
             throw JsonError(
-                value->line, quoted(name) + (std::is_floating_point_v<Number> ? " has to be a number"
-                                                                              : " has to be a whole number"));
+                value->line, inQuotes(name) + (std::is_floating_point_v<Number> ? " has to be a number"
+                                                                                : " has to be a whole number"));
         if (read < lowest || read > highest) {
             const bool open = highest == maxNumber;
             const std::string range =
                 open ? "at least " + numberText(lowest) : numberText(lowest) + " to " + numberText(highest);
-            throw JsonError(value->line, quoted(name) + " has to be " + range + ", not " + numberText(read));
+            throw JsonError(value->line, inQuotes(name) + " has to be " + range + ", not " + numberText(read));
         }
         *target = static_cast<Number>(read);
         return true;
@@ -81,7 +81,7 @@ public:
     void positive(const std::string &name, double *target)
     {
         if (number(name, target, -maxNumber, maxNumber) && *target <= 0)
-            throw JsonError(find(name)->line, quoted(name) + " has to be above 0, not " + numberText(*target));
+            throw JsonError(find(name)->line, inQuotes(name) + " has to be above 0, not " + numberText(*target));
     }
     bool flag(const std::string &name, bool *target)
     {
@@ -90,7 +90,7 @@ public:
             return false;
         const auto *read = std::get_if<bool>(&value->content);
         if (!read)
-            throw JsonError(value->line, quoted(name) + " has to be true or false");
+            throw JsonError(value->line, inQuotes(name) + " has to be true or false");
         *target = *read;
         return true;
     }
@@ -102,9 +102,9 @@ public:
             return false;
         const auto *read = std::get_if<std::string>(&value->content);
         if (!read)
-            throw JsonError(value->line, quoted(name) + " has to be a text");
+            throw JsonError(value->line, inQuotes(name) + " has to be a text");
         if (read->size() > longest)
-            throw JsonError(value->line, quoted(name) + " has more than " + std::to_string(longest) + " bytes");
+            throw JsonError(value->line, inQuotes(name) + " has more than " + std::to_string(longest) + " bytes");
         *target = *read;
         return true;
     }
@@ -131,9 +131,9 @@ public:
                 *target = value;
                 return true;
             }
-            allowed += (allowed.empty() ? "" : ", ") + quoted(word);
+            allowed += (allowed.empty() ? "" : ", ") + inQuotes(word);
         }
-        throw JsonError(find(name)->line, quoted(name) + " has to be one of " + allowed);
+        throw JsonError(find(name)->line, inQuotes(name) + " has to be one of " + allowed);
     }
     /** The elements of a list; none if the member is not there. */
     const JsonValue::Array &list(const std::string &name)
@@ -144,7 +144,7 @@ public:
             return none;
         const auto *read = std::get_if<JsonValue::Array>(&value->content);
         if (!read)
-            throw JsonError(value->line, quoted(name) + " has to be a list […]");
+            throw JsonError(value->line, inQuotes(name) + " has to be a list […]");
         return *read;
     }
 
@@ -153,7 +153,7 @@ public:
     {
         for (const JsonValue::Member &member : members()) {
             if (std::find(m_asked.begin(), m_asked.end(), member.first) == m_asked.end())
-                throw JsonError(member.second.line, m_what + " has no " + quoted(member.first));
+                throw JsonError(member.second.line, m_what + " has no " + inQuotes(member.first));
         }
     }
 

@@ -91,7 +91,7 @@ void readFault(const JsonValue &value, CallFault *fault)
     const JsonValue &function = object.require("function");
     object.text("function", &fault->function, std::string::npos);
     if (!isLibraryFunction(fault->function))
-        throw JsonError(function.line, "the library has no function " + quoted(fault->function));
+        throw JsonError(function.line, "the library has no function " + inQuotes(fault->function));
     const bool fails = object.number("status", &fault->status, -maxInt, -1);
     const bool delays = object.number("delayMs", &fault->delayMs, 0, maxInt);
     if (!fails && !delays)
@@ -205,17 +205,18 @@ bool Scenario::read(const std::string &json, const std::string &name, Scenario *
     }
 }
 
-bool Scenario::readFile(const std::string &path, Scenario *scenario, std::string *error)
+bool Scenario::readFile(const std::filesystem::path &path, Scenario *scenario, std::string *error)
 {
+    const std::string name = path.u8string();
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     text << file.rdbuf();
     // A folder can be opened, but not read; neither is distinguished from a file that is not there.
     if (!file.is_open() || text.str().empty()) {
-        *error = path + ":1: the scenario file cannot be read or is empty";
+        *error = name + ":1: the scenario file cannot be read or is empty";
         return false;
     }
-    return read(text.str(), path, scenario, error);
+    return read(text.str(), name, scenario, error);
 }
 
 Scenario Scenario::embedded()

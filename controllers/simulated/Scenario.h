@@ -5,6 +5,7 @@
 #include "controllers/simulated/SimulatorControl.h"
 
 #include <array>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -72,7 +73,7 @@ struct Scenario {
      */
     static bool read(const std::string &json, const std::string &name, Scenario *scenario, std::string *error);
     /** As read(), from a file. One that cannot be read is reported at line 1. */
-    static bool readFile(const std::string &path, Scenario *scenario, std::string *error);
+    static bool readFile(const std::filesystem::path &path, Scenario *scenario, std::string *error);
     /** The scenario that scenarios/default.json had when the simulator was built. */
     static Scenario embedded();
 };

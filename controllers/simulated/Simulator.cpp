@@ -31,7 +31,11 @@ Simulator &Simulator::instance()
 Simulator::Simulator()
 {
     Scenario scenario = Scenario::embedded();
+#ifdef _WIN32 // the other one answers in the code page, which does not have every character
+    const wchar_t *path = _wgetenv(L"MOVER_SCENARIO");
+#else
     const char *path = std::getenv("MOVER_SCENARIO");
+#endif
     std::string error;
     if (path && *path && !Scenario::readFile(path, &scenario, &error)) {
         std::fprintf(stderr, "%s\n", error.c_str());

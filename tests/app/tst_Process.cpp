@@ -28,6 +28,7 @@ private slots:
     void refusesABadScenario();
     void playsEveryShippedScenario_data();
     void playsEveryShippedScenario();
+    void takesARelativeScenarioPath_data();
     void takesARelativeScenarioPath();
     void isSetUpBeforeItsWindowIsShown();
     void aTypedCommaIsADecimalPointInEveryLocale_data();
@@ -147,19 +148,27 @@ void tst_Process::playsEveryShippedScenario()
     QCOMPARE(child.complaints(), QStringList());
 }
 
+void tst_Process::takesARelativeScenarioPath_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << QStringLiteral("here.json");
+    QTest::newRow("of several languages") << QStringLiteral("位移台 – Prüfstand.json");
+}
+
 void tst_Process::takesARelativeScenarioPath()
 {
+    QFETCH(QString, name);
     const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("here.json")));
+    QFile file(folder.filePath(name));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("{");
     file.close();
-    Child child(program, {QStringLiteral("--scenario"), QStringLiteral("here.json")});
+    Child child(program, {QStringLiteral("--scenario"), name});
     child.process.setWorkingDirectory(folder.path());
     child.start();
     QVERIFY(child.process.waitForFinished(startLimitMs));
     QCOMPARE(child.process.exitCode(), 2);
-    QVERIFY(child.complaints().first().startsWith(folder.filePath(QStringLiteral("here.json:1: "))));
+    QVERIFY(child.complaints().first().startsWith(folder.filePath(name + QStringLiteral(":1: "))));
 }
 
 void tst_Process::isSetUpBeforeItsWindowIsShown()

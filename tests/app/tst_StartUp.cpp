@@ -48,6 +48,7 @@ private slots:
     void readsTheSheetUpToItsFirstZero();
     void installsAnEmptySheet();
     void runsWithoutASheetAndSaysSo();
+    void everyClassHasTheProgramsFontAfterTheSheet();
 
     void registersOneLinearStageModel();
     void ignoresWhatTheRegistrationAnswers();
@@ -80,6 +81,7 @@ void tst_StartUp::preparesForHighResolutionScreens()
 {
     QVERIFY(QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling));
     QVERIFY(QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps));
+    QCOMPARE(QGuiApplication::highDpiScaleFactorRoundingPolicy(), Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
 }
 
 void tst_StartUp::loadsNoOpenGlUnlessAsked()
@@ -190,6 +192,17 @@ void tst_StartUp::runsWithoutASheetAndSaysSo()
     StartUp::installStyleSheet(folder.filePath(QStringLiteral("missing.qss")));
     QCOMPARE(log.lines(), QStringList{QStringLiteral("loadFile ERROR")});
     QCOMPARE(qApp->styleSheet(), QStringLiteral("QLabel{}"));
+}
+
+void tst_StartUp::everyClassHasTheProgramsFontAfterTheSheet()
+{
+    QFont font = m_font;
+    font.setPixelSize(31);
+    QApplication::setFont(font);
+    font.setPixelSize(7);
+    QApplication::setFont(font, "QMessageBox"); // as a desktop has one for it
+    StartUp::installStyleSheet(QStringLiteral(":/style.qss"));
+    QCOMPARE(QApplication::font("QMessageBox").pixelSize(), 31);
 }
 
 // ---- Stage model ---------------------------------------------------------------------------------------------------

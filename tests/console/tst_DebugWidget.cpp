@@ -145,7 +145,7 @@ void addOperations(const std::function<bool(const Operation &)> &which = [](cons
 
 std::string functionOf(const Operation &operation)
 {
-    return std::string(operation.call, std::strchr(operation.call, '('));
+    return std::string(operation.call, std::strcspn(operation.call, "("));
 }
 
 bool isOnAxis(const Operation &operation)

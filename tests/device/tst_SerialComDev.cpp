@@ -44,7 +44,7 @@ QStringList calls()
 
 std::string functionOf(const char *call)
 {
-    return std::string(call, std::strchr(call, '('));
+    return std::string(call, std::strcspn(call, "("));
 }
 
 /** Starts a thread that asks for the mutex, which somebody else holds; returns when it sleeps there. */

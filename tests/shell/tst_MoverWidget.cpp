@@ -148,6 +148,8 @@ private slots:
     void saysNothingOfAPort();
     void aLostPortClosesNothing();
     void aStormOfNoticesShowsOneBox();
+    void aNoticeIsAnsweredBeforeItsBox();
+    void noticesAreJoinedIntoOneCheck();
     void theNextLossIsToldAgain();
     void aBusyLibraryPutsThePortCheckOff();
 
@@ -768,11 +770,11 @@ void tst_MoverWidget::saysNothingOfAPort()
     if (plugged)
         simulator::plug(plugged);
     const MessageBoxes boxes;
-    announceDeviceChange(program.window());
+    program.window().slot_usbDevPortChanged();
     simulator::unplug(device); // then nobody is listed
     simulator::unplug(other);
     simulator::unplug(1003);
-    announceDeviceChange(program.window());
+    program.window().slot_usbDevPortChanged();
     QCOMPARE(boxes.count(), 0);
 }
 
@@ -807,6 +809,33 @@ void tst_MoverWidget::aStormOfNoticesShowsOneBox()
     announceDeviceChange(program.window());
     QTRY_COMPARE(boxes.count(), 1);
     QCOMPARE(boxesAtOnce, 1);
+}
+
+void tst_MoverWidget::aNoticeIsAnsweredBeforeItsBox()
+{
+    play({{device, "MC3-A"}, {other, "MC3-B"}});
+    OpenWindow program;
+    program.connectTo(device);
+    simulator::unplug(device);
+    const MessageBoxes boxes;
+    for (int k = 0; k < 20; ++k)
+        announceDeviceChange(program.window());
+    QCOMPARE(boxes.count(), 0);
+    QTRY_COMPARE(boxes.count(), 1);
+}
+
+void tst_MoverWidget::noticesAreJoinedIntoOneCheck()
+{
+    play({{device, "MC3-A"}, {other, "MC3-B"}});
+    OpenWindow program;
+    program.connectTo(device);
+    const auto checks = [] { return simulator::callCount("listTSMotorControlerDevices"); };
+    const int before = checks();
+    for (int k = 0; k < 20; ++k)
+        announceDeviceChange(program.window());
+    QTRY_COMPARE(checks(), before + 1);
+    announceDeviceChange(program.window()); // the first 20 leave nothing behind
+    QTRY_COMPARE(checks(), before + 2);
 }
 
 void tst_MoverWidget::theNextLossIsToldAgain()

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 #
-# run.sh TOUR DIRECTORY [PASS...]: takes the tour in both languages at 1x and 2x, or those passes of them (zh, en, zh@2x,
-# en@2x); pictures go to DIRECTORY/<pass>.
+# run.sh TOUR DIRECTORY [PASS...]: takes the tour in both languages at 1x and 2x, or those passes (zh, en, zh@2x, en@1.5x,
+# …); pictures go to DIRECTORY/<pass>.
 set -euo pipefail
 tour=$(realpath "$1")
 directory=$(realpath "$2")
@@ -12,9 +12,10 @@ passes=("${@:3}")
 [ ${#passes[@]} -gt 0 ] || passes=(zh en zh@2x en@2x)
 
 for name in "${passes[@]}"; do
-    language=${name%@2x}
-    scale=1 screen=1920x1200
-    [ "$name" = "$language" ] || scale=2 screen=3840x2400
+    language=${name%@*}
+    scale=1
+    [ "$name" = "$language" ] || scale=${name#*@} scale=${scale%x}
+    screen=$(awk -v scale="$scale" 'BEGIN { print 1920 * scale "x" 1200 * scale }')
     mkdir -p "$directory/$name"
     rm -f "$directory/$name"/*.png
     printf -- '-- %s\n' "$name"
