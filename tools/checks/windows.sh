@@ -98,7 +98,7 @@ program_files() {
         LICENSES.txt README.md GPL-3.txt deviceModelsParam font-LICENSE.txt font.ttf mover_en_US.qm qtbase_zh_CN.qm
     printf 'licenses/%s.txt\n' README Qt LGPL-3 GPL-3 GCC MinGW-w64
     (cd "$program" && find . -name moverLibrary.dll -printf '%P\n')
-    git ls-files controllers/simulated/scenarios
+    git ls-files controllers/simulated/scenarios | sed 's:^controllers/simulated:simulator:'
     (cd "$program" && find help -type f -not -path '*/__pycache__/*')
 }
 place="$scratch/位移台 – Prüfstand 1"
