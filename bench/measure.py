@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Measures every row of the performance table and exits with 1 when one is beyond its limit (see KNOWN).
+"""Measures every row of the performance table and exits with 1 when one is 30 % beyond its goal.
 
 measure.py BUILD-FOLDER [--short] [--row NAME]... [--output FILE]
 
-With --row it measures those rows only. A row that is beyond its limit is measured once more, at length, before it counts. Needs a desktop (with-desktop.sh).
+With --row it measures those rows only. Needs a desktop (with-desktop.sh).
 """
 import argparse
 import datetime
@@ -19,7 +19,7 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 
-# name, what the report says, limit, unit
+# name, what the report says, goal, unit
 ROWS = [
     ("start", "start to mapped and painted window, against the bare window", 1.3, "×"),
     ("start, Qt's defaults", "the same, against the bare window left at Qt's own defaults", 1.0, "×"),
@@ -41,11 +41,9 @@ ROWS = [
     ("run count", "one run-count replacement at 100,000 entries, against at 1,000", 1.3, "×"),
     ("panels", "adding and closing a panel 1,000 times: growth of memory", 1, "MiB"),
     ("library call", "one simulated library call", 1, "µs"),
-    ("model file", "a model file of 20,000 models, against parsing it with QJsonDocument alone", 1.5, "×"),
+    ("model file", "a model file of 1,000 models, read, offered and listed in the add-axis dialog", 100, "ms"),
 ]
-# Rows at their limit, now below it and now above, why performance.md tells; more than this much is a failure.
-KNOWN = {"model file": 1.8}
-SHORT_SLACK = 1.25  # the few rounds of a short run scatter by as much
+ROOM = 1.3  # figures scatter; what is this much beyond its goal fails
 # Which step of benchSteps measures a row; the others need processes of their own.
 STEPS = {
     "click idle": "click idle", "click busy": "click busy", "slow link": "slow link", "slow link growth": "slow link",
@@ -204,24 +202,20 @@ def main():
     figures = {}
     failed = []
     lines = []
-    for name, text, limit, unit in ROWS:
+    for name, text, goal, unit in ROWS:
         if options.row and name not in options.row:
             continue
         if name not in figures:
             figures.update(bench.row(name, options.short))
-        again = ""
-        if round(figures[name][0], 2) > limit:
-            figures.update(bench.row(name, False))
-            again = " (second measurement)"
         figure, remark = figures[name]
-        beyond = round(figure, 2) > limit
-        if round(figure, 2) > KNOWN.get(name, limit) * (SHORT_SLACK if options.short else 1):
+        beyond = round(figure, 2) > goal
+        if round(figure, 2) > goal * ROOM:
             failed.append(name)
         # A difference of nothing is a whole number; ratios and times are not.
         shown = f"{figure:.2f} {unit}" if unit else f"{figure:.0f}"
-        lines.append(f"| {text} | {limit} {unit} | {'**' + shown + '**' if beyond else shown} | {remark}{again} |")
-        state = "BEYOND" if name in failed else "known" if beyond else "ok"
-        print(f"{state:7}{name}: {shown} (at most {limit} {unit}) {remark}{again}", flush=True)
+        lines.append(f"| {text} | {goal} {unit} | {'**' + shown + '**' if beyond else shown} | {remark} |")
+        state = "FAILED" if name in failed else "beyond" if beyond else "ok"
+        print(f"{state:7}{name}: {shown} (goal {goal} {unit}) {remark}", flush=True)
 
     if options.output:
         with open(f"{HERE}/performance.md.in", encoding="utf-8") as template:
@@ -232,7 +226,7 @@ def main():
         with open(options.output, "w", encoding="utf-8") as output:
             output.write(document)
     if failed:
-        sys.exit(f"Beyond the limit: {', '.join(failed)}")
+        sys.exit(f"30 % beyond the goal: {', '.join(failed)}")
 
 
 if __name__ == "__main__":

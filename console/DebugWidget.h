@@ -129,6 +129,6 @@ private:
     CompensationModel *m_compensation;
     QSharedPointer<Heart> m_heart;
     QPointer<QMessageBox> m_writingBox; // the library is held while it is open
-    std::function<QString()> m_result;  // asked anew when the language changes
+    std::function<QString()> m_result;  // asked again when the language changes
     bool m_bShownBefore = false;
 };

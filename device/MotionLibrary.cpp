@@ -2,11 +2,11 @@
 #include "device/MotionLibrary.h"
 
 #include <QCoreApplication>
-#include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLibrary>
+#include <QLoggingCategory>
 #include <QMutex>
 
 #include <atomic>
@@ -15,6 +15,8 @@
 #include <type_traits>
 
 namespace {
+
+Q_LOGGING_CATEGORY(diagnostics, "mover.device")
 
 #ifdef Q_OS_WIN
 constexpr char libraryName[] = "moverLibrary.dll";
@@ -99,7 +101,7 @@ std::optional<MotionLibrary::Fault> MotionLibrary::loadFile(const QString &file)
     if (const auto *mark = reinterpret_cast<const char *>(shared.resolve(markSymbol)))
         found->m_sMark = QString::fromLatin1(mark);
     library = found;
-    qDebug() << "motion library:" << qUtf8Printable(found->description());
+    qCDebug(diagnostics) << "motion library:" << qUtf8Printable(found->description());
     return std::nullopt;
 }
 

@@ -17,14 +17,6 @@
 
 namespace {
 
-/** A plain list view, so that the style sheet reaches the items of the pop-up. */
-QListView *popupView(QWidget *parent)
-{
-    auto *view = new QListView(parent);
-    view->setUniformItemSizes(true); // measures one of 20,000 models, not each
-    return view;
-}
-
 /** Writes to the controller; waits for its answer. */
 bool writeStage(int axis, const MoverDevParam &stage)
 {
@@ -43,9 +35,9 @@ AddControlsWidget::AddControlsWidget(QWidget *parent)
     Dialogs::makeFrameless(this, ui->widget_back);
     new DialogKeys(
         this, [this] { close(); }, ui->pushButton_confirm);
-    ui->comboBox_models->setModel(&m_offered);
-    ui->comboBox_models->setView(popupView(this));
-    ui->comboBox_Axsi->setView(popupView(this));
+    // A plain list view, so that the style sheet reaches the items of the list.
+    ui->comboBox_models->setView(new QListView(this));
+    ui->comboBox_Axsi->setView(new QListView(this));
     ui->buttonGroup_types->setId(ui->pushButton_lineControl, STAGE_LINEAR);
     ui->buttonGroup_types->setId(ui->pushButton_rotationControl, STAGE_ROTATION);
     ui->buttonGroup_types->setId(ui->pushButton_angularControl, STAGE_ANGULAR);
@@ -79,7 +71,8 @@ int AddControlsWidget::moveType() const
 
 void AddControlsWidget::showModels()
 {
-    m_offered.setStringList(m_catalogue.names(moveType()));
+    ui->comboBox_models->clear();
+    ui->comboBox_models->addItems(m_catalogue.names(moveType()));
     // A combo box with a placeholder does not choose its first item by itself.
     ui->comboBox_models->setCurrentIndex(0);
 }

@@ -4,7 +4,6 @@
 #include "models/StageModelCatalogue.h"
 #include "widgets/TitleBarDrag.h"
 
-#include <QStringListModel>
 #include <QWidget>
 
 #include <memory>
@@ -30,7 +29,7 @@ public:
     /** The free axes, "Axis1", "Axis2", …, in the order in which they are offered. */
     void setAxisNames(const QStringList &names);
 
-    /** Reads the model file beside the program anew and offers its models. A bad file changes nothing. */
+    /** Reads the model file beside the program again and offers its models. A bad file changes nothing. */
     void loadModelsData();
 
     /** Takes the models from a parsed model file; they are offered from the next choice of a stage type on. */
@@ -58,5 +57,4 @@ private:
     std::unique_ptr<Ui::AddControlsWidget> ui;
     TitleBarDrag m_drag;
     StageModelCatalogue m_catalogue;
-    QStringListModel m_offered; // the combo box's own model makes an object of each of 20,000 names
 };

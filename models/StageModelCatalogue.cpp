@@ -7,13 +7,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QVector>
+#include <QLoggingCategory>
 
-#include <algorithm>
-#include <iterator>
 #include <variant>
 
 namespace {
+
+Q_LOGGING_CATEGORY(diagnostics, "mover.models")
 
 constexpr int maxLoggedFaults = 20; // a file of another kind would have one in every element
 
@@ -27,7 +27,6 @@ struct Key {
     std::variant<QString Stage::*, int Stage::*, float Stage::*, double Stage::*> field;
 };
 
-// In the order in which QJsonObject gives them, so that the next key is nearly always the next row.
 const Key keys[] = {
     {QLatin1String("AxisType"), &Stage::AxisType},
     {QLatin1String("dispOneCircle"), &Stage::dispOneCircle},
@@ -78,59 +77,14 @@ Stage fromJson(const QJsonObject &model, QStringList *mistyped)
 {
     Stage stage;
     stage.auxText = QLatin1String("");
-    const Key *next = std::begin(keys);
-    for (auto member = model.begin(); member != model.end(); ++member) {
-        const QString name = member.key();
-        const Key *key =
-            next != std::end(keys) && name == next->name
-                ? next
-                : std::find_if(std::begin(keys), std::end(keys), [&](const Key &k) { return name == k.name; });
-        if (key == std::end(keys))
-            continue;
-        next = key + 1;
-        const QJsonValue value = member.value();
-        const bool fits = std::visit([&](auto field) { return store(value, stage.*field); }, key->field);
+    for (const Key &key : keys) {
+        const QJsonValue value = model.value(key.name);
+        const bool fits =
+            value.isUndefined() || std::visit([&](auto field) { return store(value, stage.*field); }, key.field);
         if (!fits)
-            mistyped->append(name);
+            mistyped->append(key.name);
     }
     return stage;
-}
-
-/** Where the elements of the array of models begin, in bytes. `json` is a text that has been parsed without a fault. */
-QVector<int> elementOffsets(const QByteArray &json)
-{
-    QVector<int> offsets;
-    QByteArray key; // the last text of the top level
-    int depth = 0;
-    bool inModels = false;
-    bool expectsElement = false;
-    for (int at = 0; at < json.size(); ++at) {
-        const char c = json.at(at);
-        if (c == ' ' || c == '\t' || c == '\n' || c == '\r')
-            continue;
-        if (expectsElement && c != ']')
-            offsets.append(at);
-        expectsElement = false;
-        if (c == '"') {
-            const int begin = ++at;
-            while (json.at(at) != '"')
-                at += json.at(at) == '\\' ? 2 : 1;
-            if (depth == 1)
-                key = json.mid(begin, at - begin);
-        } else if (c == '{' || c == '[') {
-            ++depth;
-            if (depth == 2 && key == modelsKey) {
-                offsets.clear(); // of two such members the later one counts
-                inModels = expectsElement = c == '[';
-            }
-        } else if (c == '}' || c == ']') {
-            --depth;
-            inModels = inModels && depth > 1;
-        } else if (c == ',') {
-            expectsElement = inModels && depth == 2;
-        }
-    }
-    return offsets;
 }
 
 bool isStageType(int moveType)
@@ -155,12 +109,12 @@ bool StageModelCatalogue::loadFile(const QString &path)
         return false;
     }
     if (file.size() > MaxFileSize) {
-        qDebug() << "loadModelsData file too large" << path << file.size() << "limit" << MaxFileSize;
+        qCDebug(diagnostics) << "loadModelsData file too large" << path << file.size() << "limit" << MaxFileSize;
         return true;
     }
     const QByteArray json = file.readAll();
     if (file.error() != QFile::NoError) {
-        qDebug() << "loadModelsData read file error" << path << file.errorString();
+        qCDebug(diagnostics) << "loadModelsData read file error" << path << file.errorString();
         return true;
     }
 
@@ -168,48 +122,44 @@ bool StageModelCatalogue::loadFile(const QString &path)
     const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     qDebug() << "loadModelsData" << __LINE__ << int(error.error);
     if (error.error != QJsonParseError::NoError) {
-        qDebug() << "loadModelsData" << path << "offset" << error.offset << error.errorString();
+        qCDebug(diagnostics) << "loadModelsData" << path << "offset" << error.offset << error.errorString();
         return true;
     }
-    const QVector<Fault> faults = fill(document);
-    if (faults.isEmpty())
-        return true;
-    const QVector<int> offsets = elementOffsets(json);
-    for (const Fault &fault : faults)
-        qDebug() << "loadModelsData" << path << "offset" << offsets.value(fault.element, 0) << fault.what;
+    const QStringList faults = fill(document);
+    for (const QString &fault : faults)
+        qCDebug(diagnostics) << "loadModelsData" << path << fault;
     return true;
 }
 
 void StageModelCatalogue::load(const QJsonDocument &document)
 {
-    const QVector<Fault> faults = fill(document);
-    for (const Fault &fault : faults)
-        qDebug() << "loadModelsJson" << fault.what;
+    const QStringList faults = fill(document);
+    for (const QString &fault : faults)
+        qCDebug(diagnostics) << "loadModelsJson" << fault;
 }
 
-QVector<StageModelCatalogue::Fault> StageModelCatalogue::fill(const QJsonDocument &document)
+QStringList StageModelCatalogue::fill(const QJsonDocument &document)
 {
     const QJsonObject top = document.object();
     if (top.isEmpty()) {
         qDebug() << "loadModelsJson" << __LINE__;
-        return {{-1, QStringLiteral("no object with models, the former ones stay")}};
+        return {QStringLiteral("no object with models, the former ones stay")};
     }
 
     for (QStringList &names : m_names)
         names.clear();
     m_models.clear();
 
-    QVector<Fault> faults;
+    QStringList faults;
     int faultCount = 0;
     const auto note = [&](int element, const QString &what) {
         if (++faultCount <= maxLoggedFaults)
-            faults.append({element, QStringLiteral("model %1: %2").arg(element + 1).arg(what)});
+            faults.append(QStringLiteral("model %1: %2").arg(element + 1).arg(what));
     };
     const QJsonValue value = top.value(QLatin1String(modelsKey));
     if (!value.isArray())
-        return {{-1, QStringLiteral("%1 is no array").arg(QLatin1String(modelsKey))}};
+        return {QStringLiteral("%1 is no array").arg(QLatin1String(modelsKey))};
     const QJsonArray models = value.toArray();
-    MoverDevParam last;
     for (int element = 0; element < models.size(); ++element) {
         const QJsonObject model = models.at(element).toObject();
         if (model.isEmpty()) {
@@ -217,15 +167,9 @@ QVector<StageModelCatalogue::Fault> StageModelCatalogue::fill(const QJsonDocumen
             continue;
         }
         QStringList mistyped;
-        MoverDevParam stage = fromJson(model, &mistyped);
+        const MoverDevParam stage = fromJson(model, &mistyped);
         if (!mistyped.isEmpty())
             note(element, QStringLiteral("wrong type of ") + mistyped.join(QStringLiteral(", ")));
-        // Nearly all models have the same few texts here: kept once, they need not be freed 20,000 times.
-        if (stage.unitString == last.unitString)
-            stage.unitString = last.unitString;
-        if (stage.optOrder == last.optOrder)
-            stage.optOrder = last.optOrder;
-        last = stage;
         const int before = m_models.size();
         m_models.insert(stage.name, stage);
         if (m_models.size() == before)
@@ -237,7 +181,7 @@ QVector<StageModelCatalogue::Fault> StageModelCatalogue::fill(const QJsonDocumen
             note(element, QStringLiteral("moveType %1 is offered nowhere").arg(stage.moveType));
     }
     if (faultCount > maxLoggedFaults)
-        faults.append({-1, QStringLiteral("and %1 more").arg(faultCount - maxLoggedFaults)});
+        faults.append(QStringLiteral("and %1 more").arg(faultCount - maxLoggedFaults));
     return faults;
 }
 

@@ -40,12 +40,8 @@ public:
     std::optional<MoverDevParam> find(const QString &name, int moveType) const;
 
 private:
-    /** A mistake in a file that is JSON; element -1: none of the models, but the file. */
-    struct Fault {
-        int element;
-        QString what;
-    };
-    QVector<Fault> fill(const QJsonDocument &document);
+    /** The mistakes in the document. */
+    QStringList fill(const QJsonDocument &document);
 
     QMap<QString, MoverDevParam> m_models;
     std::array<QStringList, StageTypeCount> m_names;

@@ -88,7 +88,7 @@ OptionsWidget::~OptionsWidget() = default;
 void OptionsWidget::setLanguage(int code)
 {
     m_iLanguage = code;
-    // Every change of translators makes all windows translate themselves anew, so nothing is done twice.
+    // Every change of translators makes all windows translate themselves again, so nothing is done twice.
     if (code == Chinese && m_english) {
         QCoreApplication::removeTranslator(m_english.get());
         m_english.reset();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "settings/AxisSettings.h"
+#include "settings/AxisOptions.h"
 #include "settings/LanguageStore.h"
 #include "settings/MotorParamEdits.h"
 #include "widgets/TitleBarDrag.h"
@@ -91,7 +91,7 @@ private:
     QByteArray m_qtCatalogue;
     QTranslator m_qtChinese; // Qt's own texts, which are in English without it
     int m_iLanguage = 0;
-    std::array<AxisSettings, 3> m_axes;
+    std::array<AxisOptions, 3> m_axes;
     MotorParamEdits m_motorParams;
     std::function<QString()> m_message; // what label_msg shows, in the current language
     QTimer *m_messageTimer;

@@ -29,8 +29,8 @@ public:
     ~ConnectionWidget() override;
 
     /**
-     * Lists the controllers anew. Each one but the connected is opened for a moment to read its serial number. The list
-     * stays as it was when another thread is in a library call and does not come back from it within 5 s.
+     * Lists the controllers again. Each one but the connected is opened for a moment to read its serial number. The
+     * list stays as it was when another thread is in a library call and does not come back from it within 5 s.
      */
     void refreshDevices();
 

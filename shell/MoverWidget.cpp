@@ -212,7 +212,11 @@ void MoverWidget::slot_devDisConnected()
 
 void MoverWidget::slot_usbDevPortChanged()
 {
-    const std::optional<bool> lost = m_session->isPortLost();
+    std::optional<bool> lost;
+    {
+        const BusyCursor busy;
+        lost = m_session->isPortLost();
+    }
     if (!lost) {
         m_portCheck.start(portCheckRetryMs);
         return;

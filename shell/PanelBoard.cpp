@@ -2,7 +2,6 @@
 #include "shell/PanelBoard.h"
 
 #include "axis/MoverControlWidget.h"
-#include "widgets/Dialogs.h"
 
 #include <QGridLayout>
 #include <QSpacerItem>
@@ -15,7 +14,6 @@ void retire(MoverControlWidget *panel)
 {
     panel->hide();
     panel->stopPolling(); // the controller may be closed, and it lives on until control returns to the event loop
-    Dialogs::forgetFields(panel);
     panel->deleteLater(); // it may be the one whose button is being handled
 }
 

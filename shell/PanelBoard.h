@@ -14,9 +14,9 @@ public:
     /** `content` holds the panels as children. */
     explicit PanelBoard(QWidget *content);
 
-    /** Adds a child of the content area at the end and lays the grid anew. */
+    /** Adds a child of the content area at the end and lays out the grid again. */
     void add(MoverControlWidget *panel);
-    /** Deletes the panel once control returns to the event loop, and lays the grid anew. */
+    /** Deletes the panel once control returns to the event loop, and lays out the grid again. */
     void remove(MoverControlWidget *panel);
     void clear();
 

@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "shell/PortEventMonitor.h"
 
-#include <QDebug>
+#include <QLoggingCategory>
 #include <QSocketNotifier>
 
 #ifdef Q_OS_LINUX
 #include <libudev.h>
 
 #include <cstring>
+
+namespace {
+
+Q_LOGGING_CATEGORY(diagnostics, "mover.shell")
+
+} // namespace
 #endif
 
 PortEventMonitor::PortEventMonitor(QObject *parent)
@@ -23,7 +29,7 @@ PortEventMonitor::PortEventMonitor(QObject *parent)
 
 #ifdef Q_OS_LINUX
     if (!openMonitor())
-        qDebug() << "PortEventMonitor: no udev, serial ports are not watched";
+        qCDebug(diagnostics) << "PortEventMonitor: no udev, serial ports are not watched";
 #endif
 }
 

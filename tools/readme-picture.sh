@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 #
-# Makes the picture in README.md anew from the tour. A page that shows the README needs it in the repository; it is the
+# Makes the picture in README.md from the tour. A page that shows the README needs it in the repository; it is the
 # only picture there.
 set -euo pipefail
 cd "$(dirname "$0")/.."

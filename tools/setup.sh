@@ -28,7 +28,7 @@ die() {
     exit 1
 }
 
-# A machine that has just started looks for updates by itself, and a download may have to be begun anew.
+# A machine that has just started looks for updates by itself, and a download may have to be started again.
 apt=(
     env DEBIAN_FRONTEND=noninteractive
     apt-get -q -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=600 -o Acquire::Retries=3 --yes --no-install-recommends

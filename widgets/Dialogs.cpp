@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/Dialogs.h"
 
-#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QEvent>
 #include <QGraphicsDropShadowEffect>
 #include <QGuiApplication>
-#include <QLineEdit>
 #include <QPainter>
 #include <QScreen>
 #include <QStyle>
@@ -98,13 +96,6 @@ void Dialogs::keepOnScreen(QWidget *popup, const QMargins &frame)
 void Dialogs::polishWhenShown()
 {
     QCoreApplication::removePostedEvents(nullptr, QEvent::PolishRequest);
-}
-
-void Dialogs::forgetFields(QWidget *window)
-{
-    const QList<QAbstractSpinBox *> boxes = window->findChildren<QAbstractSpinBox *>();
-    for (const QAbstractSpinBox *box : boxes)
-        box->findChild<QLineEdit *>()->setParent(window); // looks up its style anew
 }
 
 void Dialogs::paintBackground(QWidget *widget)

@@ -27,7 +27,7 @@ Look lookOf(MessageBox::Kind kind)
 {
     switch (kind) {
     case MessageBox::Kind::MotionPopup:
-        // Asking for 60000 pixels is how these popups have always done it; it has no effect.
+        // Asks for 60000 pixels, which has no effect.
         return {false, "min-width: 60000px;min-height: 400px;", "100px", {600, 400}};
     case MessageBox::Kind::LoopRun:
         return {false, "min-width: 600px;min-height: 500px;", "120px", {600, 500}};
@@ -66,7 +66,7 @@ int widestLine(const QString &text)
 }
 
 /**
- * QMessageBox gives itself a fixed size whenever it is shown or laid out anew: less than its style sheet asks for,
+ * QMessageBox gives itself a fixed size whenever it is shown or laid out again: less than its style sheet asks for,
  * never wider than 1000 pixels and no higher than the text's minimum height, which cuts long texts. This one then grows
  * to what it is given and its contents need.
  */

@@ -49,7 +49,7 @@
     </message>
 </context>
 <context>
-    <name>AxisSettings</name>
+    <name>AxisOptions</name>
     <message>
         <source>请匹配位移台实际行程进行设置！</source>
         <translation>Please set according to the 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/StartUp.h"
+#include "axis/PositionLabel.h"
 #include "axis/CycleOperationWidget.h"
 #include "axis/DriveParamWidget.h"
 #include "axis/JogParamWidget.h"
@@ -311,6 +312,11 @@ QRect drawnRect(const QWidget *widget)
     const auto *label = qobject_cast<const QLabel *>(widget);
     if (!label)
         return widget->geometry();
+    if (qobject_cast<const PositionLabel *>(label)) { // digits alone, in the middle, and something small below them
+        const int height = label->fontMetrics().capHeight();
+        const QRect area = label->contentsRect();
+        return QRect(area.left(), area.center().y() - height / 2, area.width(), height).translated(label->pos());
+    }
     return label->style()
         ->itemTextRect(label->fontMetrics(), label->contentsRect(), int(label->alignment()), true, label->text())
         .intersected(label->rect())

@@ -261,7 +261,7 @@ private:
 int main(int argc, char *argv[])
 {
     StartUp::prepareApplication();
-    // The argument wins, also when the application object is made anew.
+    // The argument wins, also when the application object is made again.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QVector<char *> given(argv, argv + argc);
     char option[] = "-platform";

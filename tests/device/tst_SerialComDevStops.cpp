@@ -72,6 +72,7 @@ private slots:
     void cleanup();
 
     void aStopWaitsForTheCallInFlightOnly();
+    void aStopThatComesEarlyInASlowCallWaitsForThatCallOnly();
     void aStopKeepsItsOrderOnAQuickLink();
     void commandsBeforeAStopStillRunBeforeIt();
     void pollsCalledDirectlyAlwaysAct();
@@ -150,6 +151,17 @@ void tst_SerialComDevStops::aStopWaitsForTheCallInFlightOnly()
     emit m_worker->signal_stopMotor(1);
     emit m_worker->signal_getDevState(2); // the next timer asks again
     QCOMPARE(callsAfterTheHang(2), (QStringList{"stopRuning(1001, 1)", "getRuningState(1001, 2)"}));
+}
+
+void tst_SerialComDevStops::aStopThatComesEarlyInASlowCallWaitsForThatCallOnly()
+{
+    simulator::hangCall("getCurrentPos");
+    emit m_worker->signal_getCurrentPos(0);
+    QVERIFY(simulator::waitUntilHanging(5000));
+    emit m_worker->signal_getDevState(0);
+    emit m_worker->signal_stopMotor(1); // nobody can tell yet that the call is a slow one
+    QTRY_VERIFY(LibraryLock::heldFor() > std::chrono::milliseconds(25));
+    QCOMPARE(callsAfterTheHang(1), QStringList("stopRuning(1001, 1)"));
 }
 
 void tst_SerialComDevStops::aStopKeepsItsOrderOnAQuickLink()

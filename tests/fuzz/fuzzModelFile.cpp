@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Bytes as the model file: what is offered is in the file, in its order and with its values; a file of no use changes
-// nothing; the debug log points into the file.
+// nothing.
 #include "models/StageModelCatalogue.h"
 
 #include "Fuzz.h"
@@ -13,19 +13,9 @@
 
 namespace {
 
-QByteArray file;
-
-/** A fault of a model has to be placed where a JSON value begins. */
-void checkPlace(QtMsgType type, const QMessageLogContext &, const QString &message)
+void refuseWarnings(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
     Fuzz::require(type == QtDebugMsg, "Qt warns:", message);
-    const int at = message.indexOf(QLatin1String(" offset "));
-    if (at < 0 || !message.contains(QLatin1String(" \"model ")))
-        return;
-    bool ok = false;
-    const int offset = message.mid(at + 8).section(QLatin1Char(' '), 0, 0).toInt(&ok);
-    Fuzz::require(ok && offset >= 0 && offset < file.size(), "place outside the file:", message);
-    Fuzz::require(offset == 0 || std::strchr("{[\"-0123456789tfn", file[offset]), "no value there:", message);
 }
 
 QByteArray modelFile(const StageModelCatalogue &catalogue)
@@ -80,12 +70,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     static const QTemporaryDir folder;
     static const QString path = folder.filePath(QStringLiteral("deviceModelsParam"));
-    qInstallMessageHandler(&checkPlace);
+    qInstallMessageHandler(&refuseWarnings);
 
     StageModelCatalogue catalogue;
     catalogue.load(QJsonDocument::fromJson(R"({"MoverModels": [{"name": "before", "moveType": 3}]})"));
 
-    file = QByteArray(reinterpret_cast<const char *>(data), int(size));
+    const QByteArray file(reinterpret_cast<const char *>(data), int(size));
     write(path, file);
     Fuzz::require(catalogue.loadFile(path), "an existing file counts as none");
 
@@ -123,7 +113,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     // What was read can be written and read again.
     const QByteArray again = modelFile(catalogue);
-    file = again;
     write(path, again);
     StageModelCatalogue second;
     second.loadFile(path);

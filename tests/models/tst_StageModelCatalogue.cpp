@@ -79,9 +79,8 @@ private slots:
     void keepsModelsWhenFileCannotBeOpened();
     void keepsModelsWhenFileIsBroken_data();
     void keepsModelsWhenFileIsBroken();
-    void saysWhereAFileHasAMistake_data();
-    void saysWhereAFileHasAMistake();
-    void saysNothingAboutAGoodFile();
+    void saysWhichModelHasAMistake_data();
+    void saysWhichModelHasAMistake();
     void saysNoMoreThanTwentyMistakes();
     void keepsModelsWhereverTheFileIsCut();
     void readsFileOfTheLargestSize();
@@ -410,52 +409,44 @@ void tst_StageModelCatalogue::keepsModelsWhenFileIsBroken()
     QVERIFY(hasOnlyTheOldModel(catalogue));
 }
 
-void tst_StageModelCatalogue::saysWhereAFileHasAMistake_data()
+void tst_StageModelCatalogue::saysWhichModelHasAMistake_data()
 {
-    QTest::addColumn<QByteArray>("before"); // the offset is that of `after`
-    QTest::addColumn<QByteArray>("after");
-    QTest::addColumn<QString>("mistake");
-    const QByteArray begin = R"({"a": ["MoverModels", [{}]], "MoverModels" : [ )";
-    const QByteArray good = R"({"name": "[A\\\"],{", "x": [{}, []]} , )";
-    QTest::newRow("no models") << QByteArray() << QByteArray(R"({"Models": []})") << "MoverModels is no array";
-    QTest::newRow("no array") << QByteArray() << QByteArray(R"({"MoverModels": {"name": "M"}})")
-                              << "MoverModels is no array";
-    QTest::newRow("empty object") << QByteArray() << QByteArray("{}") << "no object with models, the former ones stay";
-    QTest::newRow("array") << QByteArray() << QByteArray(R"([{"name": "M"}])")
-                           << "no object with models, the former ones stay";
-    QTest::newRow("first is no object") << begin << QByteArray("7]}") << "model 1: no object, or an empty one";
-    QTest::newRow("later one is empty") << begin + good << QByteArray("{}]}") << "model 2: no object, or an empty one";
-    QTest::newRow("wrong types") << begin + good + good.toLower()
-                                 << QByteArray(R"({"name": "M", "unitString": 1, "maxAcc": "2", "modifyDate": 2.5}],
-                                                "b": [1]})")
-                                 << "model 3: wrong type of maxAcc, modifyDate, unitString";
-    QTest::newRow("name again") << begin + good << QByteArray(R"({"name": "[A\\\"],{"}]})")
-                                << R"(model 2: one more with the name \"[A\\\"],{\")";
-    QTest::newRow("stage type") << begin + good << QByteArray(R"({"name": "M", "moveType": 4}]})")
-                                << "model 2: moveType 4 is offered nowhere";
-    QTest::newRow("of two lists the later") << R"({"MoverModels": [1, 2], "MoverModels": [)" + good
-                                            << QByteArray("[]]}") << "model 2: no object, or an empty one";
+    QTest::addColumn<QByteArray>("contents");
+    QTest::addColumn<QStringList>("mistakes");
+    const auto afterAGoodOne = [](const char *model) {
+        return QByteArray(R"({"MoverModels": [{"name": "A", "x": [{}]}, )") + model + "]}";
+    };
+    QTest::newRow("none") << newModel << QStringList();
+    QTest::newRow("no models") << QByteArray(R"({"Models": []})") << QStringList{"MoverModels is no array"};
+    QTest::newRow("no array") << QByteArray(R"({"MoverModels": {"name": "M"}})")
+                              << QStringList{"MoverModels is no array"};
+    QTest::newRow("empty object") << QByteArray("{}") << QStringList{"no object with models, the former ones stay"};
+    QTest::newRow("array") << QByteArray(R"([{"name": "M"}])")
+                           << QStringList{"no object with models, the former ones stay"};
+    QTest::newRow("no object") << afterAGoodOne("7") << QStringList{"model 2: no object, or an empty one"};
+    QTest::newRow("empty model") << afterAGoodOne("{}") << QStringList{"model 2: no object, or an empty one"};
+    QTest::newRow("wrong types") << afterAGoodOne(R"({"name": "M", "unitString": 1, "maxAcc": "2", "modifyDate": 2.5})")
+                                 << QStringList{"model 2: wrong type of maxAcc, modifyDate, unitString"};
+    QTest::newRow("name again") << afterAGoodOne(R"({"name": "A"})")
+                                << QStringList{R"(model 2: one more with the name \"A\")"};
+    QTest::newRow("stage type") << afterAGoodOne(R"({"name": "M", "moveType": 4})")
+                                << QStringList{"model 2: moveType 4 is offered nowhere"};
+    QTest::newRow("two of them") << afterAGoodOne(R"([], {"name": "M", "maxPos": "1"})")
+                                 << QStringList{"model 2: no object, or an empty one", "model 3: wrong type of maxPos"};
 }
 
-void tst_StageModelCatalogue::saysWhereAFileHasAMistake()
+void tst_StageModelCatalogue::saysWhichModelHasAMistake()
 {
-    QFETCH(QByteArray, before);
-    QFETCH(QByteArray, after);
-    QFETCH(QString, mistake);
-    const QString path = writeFile(before + after);
+    QFETCH(QByteArray, contents);
+    QFETCH(QStringList, mistakes);
+    const QString path = writeFile(contents);
     const DebugLog log;
     StageModelCatalogue().loadFile(path);
-    QCOMPARE(
-        log.lines().filter("offset"),
-        QStringList{QString("loadModelsData \"%1\" offset %2 \"%3\"").arg(path).arg(before.size()).arg(mistake)});
-}
-
-void tst_StageModelCatalogue::saysNothingAboutAGoodFile()
-{
-    const QString path = writeFile(newModel);
-    const DebugLog log;
-    StageModelCatalogue().loadFile(path);
-    QCOMPARE(log.lines().filter("offset"), QStringList());
+    const QString begin = QString("loadModelsData \"%1\" ").arg(path);
+    QStringList said;
+    for (const QString &line : log.lines().filter(QRegularExpression("^" + QRegularExpression::escape(begin))))
+        said << line.mid(begin.size() + 1).chopped(1); // without its quotation marks
+    QCOMPARE(said, mistakes);
 }
 
 void tst_StageModelCatalogue::saysNoMoreThanTwentyMistakes()

@@ -17,7 +17,7 @@ class MoverWidget;
 /**
  * Uses the program at random: input in every window, faults of the simulated controller, passing time. After each step
  * everything that holds in a quiet program is looked at; every few hundred steps the faults are taken back and the
- * program has to connect and move as ever. The first thing that is wrong ends the process.
+ * program has to connect and move as before. The first thing that is wrong ends the process.
  *
  * A seed stands for its steps. The panels' and the heart's timers are held and their polls made by the steps, the
  * simulated clock moves with the steps only, and each step waits until the threads have nothing left to do. What may

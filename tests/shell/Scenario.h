@@ -22,7 +22,7 @@ struct ControllerOf {
     bool plugged = true;
 };
 
-/** Starts the simulation anew with these controllers, their clock standing still. */
+/** Starts the simulation again with these controllers, their clock standing still. */
 inline void play(const std::vector<ControllerOf> &controllers)
 {
     std::string json;

@@ -135,7 +135,7 @@ void tst_ConnectionWidget::listsTheControllersThatAnswerInTheLibrarysOrder()
     play({{other, "MC3-B"}, {device, "MC3-A"}});
     Dialog dialog;
     dialog.widget.refreshDevices();
-    dialog.widget.refreshDevices(); // anew, not in addition
+    dialog.widget.refreshDevices(); // in place of the list, not in addition
     QCOMPARE(dialog.entries(), (QStringList{QStringLiteral("SIM-MC3-B"), QStringLiteral("SIM-MC3-A")}));
     QCOMPARE(dialog.list->itemData(0).toInt(), other);
     QCOMPARE(dialog.list->itemData(1).toInt(), device);

@@ -418,7 +418,7 @@ void tst_MoverWidget::dialogsAreCentredOnTheWindow()
         popup->hide();
     };
     centre({137, 61}, {1620, 910});
-    centre({-20, 33}, {1755, 1001}); // anew each time
+    centre({-20, 33}, {1755, 1001}); // again each time
 }
 
 void tst_MoverWidget::connectButtonRefreshesTheListFirst()

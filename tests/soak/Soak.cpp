@@ -26,10 +26,10 @@ namespace {
 
 constexpr int axes = 3;
 constexpr int handMs = 100;          // between two things that the user does
-constexpr int actionsPerRound = 200; // after which they begin anew: 20 s, or more on a busy machine
+constexpr int actionsPerRound = 200; // after which they begin again: 20 s, or more on a busy machine
 constexpr int actionsPerSample = 25;
 constexpr int warmUpRounds = 2;        // not judged: every window has to be opened once
-constexpr int roundsPerConnection = 4; // the next one then connects anew
+constexpr int roundsPerConnection = 4; // the next one then connects again
 constexpr double kilobyte = 1024;
 
 double quantile(QVector<double> values, double part)

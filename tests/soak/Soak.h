@@ -16,7 +16,7 @@ class QPushButton;
 
 /**
  * A working day of polls in a fraction of the time: the panels and the heart poll 20 times as often, while every axis
- * loops, popups and dialogs open and close, the link drops and returns, and the controller is connected anew now and
+ * loops, popups and dialogs open and close, the link drops and returns, and the controller is connected again now and
  * then. Looks all the while at what must not grow.
  */
 class Soak final : public QObject

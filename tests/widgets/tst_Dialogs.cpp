@@ -158,27 +158,6 @@ private slots:
         only.setEnabled(false);
         QVERIFY(!Dialogs::focusWithin(&overlay, true));
     }
-    void fieldsOfNumberBoxesAreLeftToTheStyleToForget()
-    {
-        // The style cleans up after widgets that it has marked as its own; a field in its box is not.
-        qApp->setStyleSheet("QWidget{color: #123456;}");
-        {
-            QWidget window;
-            auto *overlay = new QWidget(&window);
-            QVector<QLineEdit *> fields;
-            for (QAbstractSpinBox *box :
-                 std::initializer_list<QAbstractSpinBox *>{new QSpinBox(&window), new QDoubleSpinBox(overlay)}) {
-                fields.append(box->findChild<QLineEdit *>());
-                QVERIFY(!fields.last()->testAttribute(Qt::WA_StyleSheet));
-            }
-            Dialogs::forgetFields(&window);
-            for (const QLineEdit *field : qAsConst(fields)) {
-                QVERIFY(field->testAttribute(Qt::WA_StyleSheet));
-                QCOMPARE(field->parentWidget(), &window);
-            }
-        }
-        qApp->setStyleSheet(QString());
-    }
     void paintsTheBackgroundOfTheStyleSheet()
     {
         Painted widget;

@@ -25,7 +25,7 @@ json.dump(list(own.values()), open("build/static/compile_commands.json", "w"))
 open("build/static/files", "w").writelines(name + "\n" for name in own)
 EOF
 
-# The style prescribes auto-connected slots, so that connect-by-name has nothing to say here.
+# Slots are connected by name on purpose, so that connect-by-name has nothing to say here.
 check() {
     local ours='(app|device|shell|axis|models|settings|console|widgets|controllers|tools|bench|resources)'
     local tool=(clang-tidy --quiet)

@@ -9,7 +9,7 @@ cd "$(dirname "$0")/../.."
 . tools/setup.sh
 
 install_missing "${build_packages[@]}" "${desktop_packages[@]}" python3-pil
-rm -f build/dev/tour-pictures/*.taken # taken anew, also when nothing has changed
+rm -f build/dev/tour-pictures/*.taken # taken again, also when nothing has changed
 build dev tour_pictures
 say "The pictures"
 /usr/bin/python3 tools/checks/tour.py build/dev/tour-pictures

@@ -2,21 +2,25 @@
 # SPDX-License-Identifier: MIT
 """Breaks the program on purpose, one place after the other, and tells which of these mutants the tests miss.
 
-The tables stand beside this file, one for each folder; in them each mutant is
+The tables stand beside this file, one for each folder of the program. Below the name of a file, a line is a mutant:
 
-    ## what it breaks
-    file
-    -the exact text, on one line or more, that stands in the file just once
-    +what stands there instead
-    ? test executable and the functions of it that should fail, or none for all
-    ! why it may survive, if it may
+    function | change | what it breaks
+    function | change | what it breaks | why it may survive, if it may
 
-It works on a copy of the tree with a build folder of its own (build/mutants), so that nothing else is disturbed.
+The function is one that begins at the left edge of the file (or a table, by its name); * is the whole file. The change is
 
-    run.py [REGEX...]   tries those whose file or title fits one of the expressions, or all
-    run.py --fit        tells which ones no longer fit the tree, without trying any
+    - words          leaves out the statement that begins with the words, or has them in it
+    words <> others  exchanges the two statements
+    words => others  puts others in place of the words
+
+White space counts for nothing; the words have to stand just once in the function. A mutant is tried against the tests of
+its folder, those of its own class first; "FILE, tests of FOLDER" takes those of another folder. It all happens in a copy of the tree with a build folder of its own
+(build/mutants), so that nothing else is disturbed.
+
+    run.py [REGEX...]     tries those whose file or title fits one of the expressions, or all
+    run.py --sample N     tries N of them, spread over all
+    run.py --fit          tells which ones no longer fit the tree, without trying any
 """
-import json
 import os
 import re
 import shutil
@@ -30,36 +34,93 @@ BUILD = os.path.join(COPY, "build/dev")
 TIME_LIMIT = 120  # seconds for one test executable: a mutant may hang
 
 
+class Misfit(Exception):
+    pass
+
+
 class Mutant:
-    def __init__(self, table, title):
-        self.name = f"{table}: {title}"
-        self.file = ""
-        self.old = []
-        self.new = []
-        self.tests = []  # each one the executable and its functions
-        self.excuse = ""
+    def __init__(self, place, function, change, title, excuse=""):
+        self.file, _, folder = place.partition(", tests of ")
+        self.folder = folder or self.file.split("/")[0]
+        self.function, self.change, self.excuse = function, change, excuse
+        self.name = f"{self.file}: {title}"
+
+    def applied(self, text):
+        """The text of the file with this mutant in it."""
+        parts = function_parts(text, self.function)
+        if self.change.startswith("- "):
+            begin, end = statement(text, *find(text, parts, self.change[2:]))
+            return text[:begin] + ";" + text[end:]
+        if " <> " in self.change:
+            (a, b), (c, d) = sorted(statement(text, *find(text, parts, words)) for words in self.change.split(" <> "))
+            return text[:a] + text[c:d] + text[b:c] + text[a:b] + text[d:]
+        old, new = self.change.split("=>", 1)
+        begin, end = find(text, parts, old.strip())
+        return text[:begin] + new.strip() + text[end:]
+
+
+def function_parts(text, name):
+    """Where the functions of this name begin and end."""
+    if name == "*":
+        return [(0, len(text))]
+    parts = []
+    for head in re.finditer(rf"^[A-Za-z_~][^;{{}}\n]*(?:\n[^;{{}}\n]+)*?(?<!\w){re.escape(name)}\b", text, re.M):
+        # The body ends with the first brace at the left edge; what ends before there is one is a declaration.
+        end = re.compile(r"^\}|^[^\s{}][^{\n]*;$", re.M).search(text, text.find("\n", head.start()) + 1)
+        if end and text[end.start()] == "}":
+            parts.append((head.start(), end.end()))
+    if not parts:
+        raise Misfit(f"there is no {name}")
+    return parts
+
+
+def find(text, parts, words):
+    expression = r"\s+".join(map(re.escape, words.split()))
+    expression = (r"\b" if re.match(r"\w", words) else "") + expression + (r"\b" if re.search(r"\w$", words) else "")
+    found = [place.span() for begin, end in parts for place in re.compile(expression).finditer(text, begin, end)]
+    if len(set(found)) != 1:
+        raise Misfit(f'"{words}" stands {len(found)} times')
+    return found[0]
+
+
+def statement(text, begin, end):
+    """The statement around a place: from behind the last ; { } or : at the end of a line to its own ;."""
+    begin = max(place.end() for place in re.compile(r"[;{}:][^\n;]*\n|\)\n(?=\s)|;(?= \S)").finditer(text, 0, begin))
+    depth = 0
+    while text[end] != ";" or depth > 0:
+        depth += {"{": 1, "}": -1}.get(text[end], 0)
+        end += 1
+    return begin, end + 1
 
 
 def read_tables():
     mutants = []
     folder = os.path.join(ROOT, "tools/mutants")
     for table in sorted(os.listdir(folder)):
-        if not table.endswith(".txt"):
-            continue
-        for line in open(os.path.join(folder, table), encoding="utf-8").read().split("\n"):
-            if line.startswith("## "):
-                mutants.append(Mutant(table[:-4], line[3:]))
-            elif line.startswith("-"):
-                mutants[-1].old.append(line[1:])
-            elif line.startswith("+"):
-                mutants[-1].new.append(line[1:])
-            elif line.startswith("? "):
-                mutants[-1].tests.append(line[2:].split())
-            elif line.startswith("! "):
-                mutants[-1].excuse = line[2:]
-            elif line and not line.startswith("#"):
-                mutants[-1].file = line
+        place = ""
+        if table.endswith(".txt"):
+            for line in open(os.path.join(folder, table), encoding="utf-8").read().splitlines():
+                columns = re.split(r"\s\|\s", line)
+                if len(columns) > 1:
+                    mutants.append(Mutant(place, *columns))
+                elif line and not line.startswith("#"):
+                    place = line
     return mutants
+
+
+def fitting(mutants):
+    """Those that fit the tree, and what is wrong with the others."""
+    fit = []
+    problems = []
+    for mutant in mutants:
+        try:
+            text = open(os.path.join(ROOT, mutant.file), encoding="utf-8").read()
+            if mutant.applied(text) == text:
+                raise Misfit("it changes nothing")
+            fit.append(mutant)
+        except (Misfit, OSError) as problem:
+            problems.append(f"{mutant.name}\n    {mutant.function}: {problem}")
+    return fit, problems
 
 
 def copy_tree():
@@ -84,71 +145,23 @@ def copy_tree():
                 os.remove(os.path.join(folder, name))
 
 
-def run(command, **more):
-    return subprocess.run(command, cwd=COPY, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **more)
+def run(command):
+    return subprocess.run(command, cwd=COPY, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
 
 
-def build(targets):
+def build(folder):
     """The text of a failure, or nothing."""
-    result = run(["cmake", "--build", "--preset", "dev", "--target", *sorted(targets)])
+    result = run(["cmake", "--build", "--preset", "dev", "--target", f"tests/{folder}/all"])
     return result.stdout.decode(errors="replace") if result.returncode else ""
 
 
-def known_tests():
-    """Each test executable with its source."""
-    sources = {}
-    for folder, _, names in os.walk(os.path.join(ROOT, "tests")):
-        for name in names:
-            if name.startswith("tst_") and name.endswith(".cpp"):
-                sources[name[:-4]] = open(os.path.join(folder, name), encoding="utf-8").read()
-    return sources
-
-
-def test_commands():
-    """How ctest runs each test executable: command, folder, environment."""
-    listed = subprocess.run(["ctest", "--show-only=json-v1"], cwd=BUILD, stdout=subprocess.PIPE, check=True).stdout
-    commands = {}
-    for test in json.loads(listed)["tests"]:
-        properties = {entry["name"]: entry["value"] for entry in test["properties"]}
-        environment = dict(entry.split("=", 1) for entry in properties.get("ENVIRONMENT", []))
-        commands[test["name"]] = (test.get("command"), properties.get("WORKING_DIRECTORY", BUILD), environment)
-    return commands
-
-
-def passes(test, functions):
-    """Whether the test passes. It is ended at its first failure."""
-    command, folder, environment = test
-    process = subprocess.Popen(
-        ["timeout", str(TIME_LIMIT), *command, *functions], cwd=folder, env=dict(os.environ, **environment),
-        stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-    failed = False
-    for line in process.stdout:
-        if line.startswith((b"FAIL!", b"QFATAL")):
-            failed = True
-            process.terminate()
-            break
-    process.stdout.close()
-    return process.wait() == 0 and not failed
-
-
-def fitting(mutants):
-    """Those that fit the tree, and what is wrong with the others."""
-    sources = known_tests()
-    fit = []
-    problems = []
-    for mutant in mutants:
-        before = len(problems)
-        text = open(os.path.join(ROOT, mutant.file), encoding="utf-8").read()
-        found = text.count("\n".join(mutant.old))
-        if found != 1:
-            problems.append(f"{mutant.name}\n    its text stands {found} times in {mutant.file}")
-        for executable, *functions in mutant.tests:
-            for function in functions or ["QTEST"]:
-                if function not in sources.get(executable, ""):
-                    problems.append(f"{mutant.name}\n    there is no {executable} {function}")
-        if len(problems) == before:
-            fit.append(mutant)
-    return fit, problems
+def tests_pass(folder, first=""):
+    """Whether the folder's tests pass: those whose name begins with `first`, then the others, up to a failure."""
+    command = ["ctest", "--test-dir", f"{BUILD}/tests/{folder}", "--timeout", str(TIME_LIMIT), "--stop-on-failure",
+               "--label-exclude", "faults"]
+    if first and run([*command, "--no-tests=ignore", "-R", f"^tst_{first}"]).returncode:
+        return False
+    return run([*command, "--no-tests=error", "-j2", *(["-E", f"^tst_{first}"] if first else [])]).returncode == 0
 
 
 def main():
@@ -158,24 +171,23 @@ def main():
         return 1 if problems else 0
 
     started = time.time()
-    wanted = sys.argv[1:]
+    mutants = read_tables()
+    if sys.argv[1:2] == ["--sample"]:
+        mutants = mutants[::max(1, len(mutants) // int(sys.argv[2]))]
+    elif sys.argv[1:]:
+        mutants = [m for m in mutants if any(re.search(wanted, m.name) for wanted in sys.argv[1:])]
     # Those that do not fit are told at the end, the others are tried all the same.
-    mutants, problems = fitting(
-        [m for m in read_tables() if not wanted or any(re.search(w, f"{m.file} {m.name}") for w in wanted)])
+    mutants, problems = fitting(mutants)
     copy_tree()
 
     if not os.path.isfile(os.path.join(BUILD, "build.ninja")) and run(["cmake", "--preset", "dev"]).returncode:
         print("Configuring failed.")
         return 1
-    print("Building without a mutant", flush=True)
-    failure = build({test[0] for mutant in mutants for test in mutant.tests})
-    if failure:
-        print(failure)
-        return 1
-    tests = test_commands()
-    for executable, *functions in sorted({tuple(test) for mutant in mutants for test in mutant.tests}):
-        if not passes(tests[executable], functions):
-            print(f"Without any mutant {executable} {' '.join(functions)} fails.")
+    for folder in sorted({mutant.folder for mutant in mutants}):
+        print(f"{folder} without a mutant", flush=True)
+        failure = build(folder)
+        if failure or not tests_pass(folder):
+            print(failure or f"Without any mutant a test of tests/{folder} fails.")
             return 1
 
     killed = 0
@@ -185,13 +197,13 @@ def main():
         file = os.path.join(COPY, mutant.file)
         text = open(file, encoding="utf-8").read()
         with open(file, "w", encoding="utf-8") as out:
-            out.write(text.replace("\n".join(mutant.old), "\n".join(mutant.new)))
-        failure = build({test[0] for test in mutant.tests})
+            out.write(mutant.applied(text))
+        failure = build(mutant.folder)
         outcome = "killed"
         if failure:
             outcome = "DOES NOT COMPILE"
             problems.append(f"{mutant.name}\n{failure[-2000:]}")
-        elif all(passes(tests[executable], functions) for executable, *functions in mutant.tests):
+        elif tests_pass(mutant.folder, os.path.splitext(os.path.basename(mutant.file))[0]):
             outcome = "survives, explained" if mutant.excuse else "SURVIVES"
             (explained if mutant.excuse else survivors).append(mutant)
         else:
@@ -205,7 +217,7 @@ def main():
     for mutant in explained:
         print(f"  explained: {mutant.name}\n    {mutant.excuse}")
     for mutant in survivors:
-        print(f"  NOT NOTICED: {mutant.name} ({mutant.file})")
+        print(f"  NOT NOTICED: {mutant.name}")
     if problems:
         print("\n".join(problems))
     return 1 if survivors or problems else 0

@@ -35,7 +35,7 @@ MotorParams stageParams(int axis)
 } // namespace
 
 /** The trigger page and the compensation page, of the three axes. */
-class tst_AxisSettings : public QObject
+class tst_AxisOptions : public QObject
 {
     Q_OBJECT
 
@@ -114,7 +114,7 @@ private:
     std::unique_ptr<OptionsDialog> m_dialog;
 };
 
-QString tst_AxisSettings::shownAxes()
+QString tst_AxisOptions::shownAxes()
 {
     QString shown;
     for (const char *page : {"trigger", "posConpen"}) {
@@ -128,7 +128,7 @@ QString tst_AxisSettings::shownAxes()
     return shown.trimmed();
 }
 
-void tst_AxisSettings::openPage(const QString &page)
+void tst_AxisOptions::openPage(const QString &page)
 {
     m_dialog->connectController();
     m_dialog->get()->loadDeviceSettings();
@@ -136,7 +136,7 @@ void tst_AxisSettings::openPage(const QString &page)
     m_dialog->clearCalls();
 }
 
-void tst_AxisSettings::setTravel(double minPos, double maxPos)
+void tst_AxisOptions::setTravel(double minPos, double maxPos)
 {
     MotorParams params = stageParams(0);
     params.minPos = minPos;
@@ -144,7 +144,7 @@ void tst_AxisSettings::setTravel(double minPos, double maxPos)
     onController([&] { return setMotorParams(controllerId, 0, params); });
 }
 
-void tst_AxisSettings::showsTheAxesOfTheController_data()
+void tst_AxisOptions::showsTheAxesOfTheController_data()
 {
     QTest::addColumn<int>("count");
     QTest::addColumn<QString>("shown");
@@ -153,7 +153,7 @@ void tst_AxisSettings::showsTheAxesOfTheController_data()
     QTest::newRow("3") << 3 << "123 123";
 }
 
-void tst_AxisSettings::showsTheAxesOfTheController()
+void tst_AxisOptions::showsTheAxesOfTheController()
 {
     QFETCH(int, count);
     QFETCH(QString, shown);
@@ -163,14 +163,14 @@ void tst_AxisSettings::showsTheAxesOfTheController()
     QCOMPARE(shownAxes(), shown);
 }
 
-void tst_AxisSettings::unknownAxisCountShowsNone_data()
+void tst_AxisOptions::unknownAxisCountShowsNone_data()
 {
     QTest::addColumn<int>("count");
     QTest::newRow("failed") << -9;
     QTest::newRow("none") << 0;
 }
 
-void tst_AxisSettings::unknownAxisCountShowsNone()
+void tst_AxisOptions::unknownAxisCountShowsNone()
 {
     QFETCH(int, count);
     m_dialog->connectController();
@@ -183,7 +183,7 @@ void tst_AxisSettings::unknownAxisCountShowsNone()
     QCOMPARE(m_dialog->calls(), QStringList("getDevAxisCount(1001)")); // nothing else is read
 }
 
-void tst_AxisSettings::withoutControllerShowsNoAxisAndSaysNothing()
+void tst_AxisOptions::withoutControllerShowsNoAxisAndSaysNothing()
 {
     MessageBoxes boxes("确认");
     m_dialog->get()->loadDeviceSettings();
@@ -193,7 +193,7 @@ void tst_AxisSettings::withoutControllerShowsNoAxisAndSaysNothing()
     QCOMPARE(boxes.texts(), QStringList());
 }
 
-void tst_AxisSettings::axesComeBackWithTheNextController()
+void tst_AxisOptions::axesComeBackWithTheNextController()
 {
     m_dialog->get()->loadDeviceSettings();
     QCOMPARE(shownAxes(), QString());
@@ -202,7 +202,7 @@ void tst_AxisSettings::axesComeBackWithTheNextController()
     QCOMPARE(shownAxes(), QString("123 123"));
 }
 
-void tst_AxisSettings::loadsFromTheHighestAxisDown()
+void tst_AxisOptions::loadsFromTheHighestAxisDown()
 {
     m_dialog->connectController();
     onController([] { return setDevAxisCount(controllerId, 2); });
@@ -215,7 +215,7 @@ void tst_AxisSettings::loadsFromTheHighestAxisDown()
              "getTriggerOutEnable(1001, 0)", "getTriggerStep(1001, 0)", "getPosConpenEnable(1001, 0)"}));
 }
 
-void tst_AxisSettings::showsTheTriggerState_data()
+void tst_AxisOptions::showsTheTriggerState_data()
 {
     QTest::addColumn<int>("axis");
     QTest::addColumn<bool>("inEnabled");
@@ -229,7 +229,7 @@ void tst_AxisSettings::showsTheTriggerState_data()
     }
 }
 
-void tst_AxisSettings::showsTheTriggerState()
+void tst_AxisOptions::showsTheTriggerState()
 {
     QFETCH(int, axis);
     QFETCH(bool, inEnabled);
@@ -250,7 +250,7 @@ void tst_AxisSettings::showsTheTriggerState()
     QCOMPARE(displacement(n)->isEnabledTo(m_dialog->get()), !inEnabled);
 }
 
-void tst_AxisSettings::showsStepsInTheNegativeDirection_data()
+void tst_AxisOptions::showsStepsInTheNegativeDirection_data()
 {
     QTest::addColumn<double>("step");
     QTest::addColumn<int>("reads");
@@ -260,7 +260,7 @@ void tst_AxisSettings::showsStepsInTheNegativeDirection_data()
         QTest::addRow("%g", step) << step << 2; // could be a failure
 }
 
-void tst_AxisSettings::showsStepsInTheNegativeDirection()
+void tst_AxisOptions::showsStepsInTheNegativeDirection()
 {
     QFETCH(double, step);
     QFETCH(int, reads);
@@ -271,14 +271,14 @@ void tst_AxisSettings::showsStepsInTheNegativeDirection()
     QCOMPARE(m_dialog->calls().count("getTriggerStep(1001, 1)"), reads);
 }
 
-void tst_AxisSettings::failedTriggerReadChangesNothing_data()
+void tst_AxisOptions::failedTriggerReadChangesNothing_data()
 {
     QTest::addColumn<QString>("function");
     for (const char *function : {"getTriggerInEnable", "getTriggerOutEnable", "getTriggerStep"})
         QTest::newRow(function) << function;
 }
 
-void tst_AxisSettings::failedTriggerReadChangesNothing()
+void tst_AxisOptions::failedTriggerReadChangesNothing()
 {
     QFETCH(QString, function);
     MessageBoxes boxes("确认");
@@ -299,7 +299,7 @@ void tst_AxisSettings::failedTriggerReadChangesNothing()
     QCOMPARE(boxes.texts(), QStringList());
 }
 
-void tst_AxisSettings::loadingDisablesTheDisplacementButNeverEnablesIt()
+void tst_AxisOptions::loadingDisablesTheDisplacementButNeverEnablesIt()
 {
     m_dialog->connectController();
     onController([] { return setTriggerInEnable(controllerId, 0, 1); });
@@ -312,7 +312,7 @@ void tst_AxisSettings::loadingDisablesTheDisplacementButNeverEnablesIt()
     QVERIFY(!displacement(1)->isEnabledTo(m_dialog->get()));
 }
 
-void tst_AxisSettings::loadingSendsNothingBack()
+void tst_AxisOptions::loadingSendsNothingBack()
 {
     openPage("trigger");
     displacement(1)->setFocus();
@@ -328,7 +328,7 @@ void tst_AxisSettings::loadingSendsNothingBack()
     QCOMPARE(calls.filter(QRegularExpression("^set")), QStringList());
 }
 
-void tst_AxisSettings::cursorIsBusyWhileLoading()
+void tst_AxisOptions::cursorIsBusyWhileLoading()
 {
     m_dialog->connectController();
     simulator::hangCall("getTriggerStep");
@@ -347,7 +347,7 @@ void tst_AxisSettings::cursorIsBusyWhileLoading()
     QVERIFY(!QGuiApplication::overrideCursor());
 }
 
-void tst_AxisSettings::opensOverASlowLink()
+void tst_AxisOptions::opensOverASlowLink()
 {
     m_dialog->connectController();
     for (const char *function : {"getTriggerInEnable", "getTriggerOutEnable", "getTriggerStep", "getPosConpenEnable"})
@@ -360,7 +360,7 @@ void tst_AxisSettings::opensOverASlowLink()
     QVERIFY(m_dialog->calls().contains("setTriggerOutEnable(1001, 2, 0)"));
 }
 
-void tst_AxisSettings::displacementTakesThreeDecimalsInItsRange()
+void tst_AxisOptions::displacementTakesThreeDecimalsInItsRange()
 {
     for (int n = 1; n <= 3; ++n) {
         QCOMPARE(displacement(n)->decimals(), 3);
@@ -370,7 +370,7 @@ void tst_AxisSettings::displacementTakesThreeDecimalsInItsRange()
     }
 }
 
-void tst_AxisSettings::triggerInputGoesToTheController_data()
+void tst_AxisOptions::triggerInputGoesToTheController_data()
 {
     QTest::addColumn<int>("axis");
     QTest::addColumn<bool>("output");
@@ -380,7 +380,7 @@ void tst_AxisSettings::triggerInputGoesToTheController_data()
     }
 }
 
-void tst_AxisSettings::triggerInputGoesToTheController()
+void tst_AxisOptions::triggerInputGoesToTheController()
 {
     QFETCH(int, axis);
     QFETCH(bool, output);
@@ -403,7 +403,7 @@ void tst_AxisSettings::triggerInputGoesToTheController()
     QCOMPARE(boxes.texts(), QStringList());
 }
 
-void tst_AxisSettings::switchingTheInputOffEnablesTheDisplacement()
+void tst_AxisOptions::switchingTheInputOffEnablesTheDisplacement()
 {
     m_dialog->connectController();
     onController([] { return setTriggerInEnable(controllerId, 0, 1); });
@@ -420,7 +420,7 @@ void tst_AxisSettings::switchingTheInputOffEnablesTheDisplacement()
             {"getMotorModelName(1001, 0)", "setTriggerInEnable(1001, 0, 0)", "setTriggerOutEnable(1001, 0, 0)"}));
 }
 
-void tst_AxisSettings::refusesADisplacementBeyondTheTravel_data()
+void tst_AxisOptions::refusesADisplacementBeyondTheTravel_data()
 {
     QTest::addColumn<double>("value");
     QTest::addColumn<bool>("accepted");
@@ -431,7 +431,7 @@ void tst_AxisSettings::refusesADisplacementBeyondTheTravel_data()
     QTest::newRow("beyond back") << -50.001 << false;
 }
 
-void tst_AxisSettings::refusesADisplacementBeyondTheTravel()
+void tst_AxisOptions::refusesADisplacementBeyondTheTravel()
 {
     QFETCH(double, value);
     QFETCH(bool, accepted);
@@ -454,7 +454,7 @@ void tst_AxisSettings::refusesADisplacementBeyondTheTravel()
     }
 }
 
-void tst_AxisSettings::unchecksTheInputBeforeItSaysWhy()
+void tst_AxisOptions::unchecksTheInputBeforeItSaysWhy()
 {
     m_dialog->connectController();
     setTravel(0, 50);
@@ -470,7 +470,7 @@ void tst_AxisSettings::unchecksTheInputBeforeItSaysWhy()
     QVERIFY(!checkedMeanwhile);
 }
 
-void tst_AxisSettings::showsTheBoundsWithSixDigits_data()
+void tst_AxisOptions::showsTheBoundsWithSixDigits_data()
 {
     QTest::addColumn<double>("minPos");
     QTest::addColumn<double>("maxPos");
@@ -480,7 +480,7 @@ void tst_AxisSettings::showsTheBoundsWithSixDigits_data()
     QTest::newRow("trailing zeros") << 0.0 << 12.5 << "位移量超出范围！[-12.5,12.5]";
 }
 
-void tst_AxisSettings::showsTheBoundsWithSixDigits()
+void tst_AxisOptions::showsTheBoundsWithSixDigits()
 {
     QFETCH(double, minPos);
     QFETCH(double, maxPos);
@@ -494,7 +494,7 @@ void tst_AxisSettings::showsTheBoundsWithSixDigits()
     QCOMPARE(boxes.texts(), QStringList(text));
 }
 
-void tst_AxisSettings::boundsOfAStageWithoutTravelHaveNoSign()
+void tst_AxisOptions::boundsOfAStageWithoutTravelHaveNoSign()
 {
     m_dialog->connectController();
     MotorParams params = stageParams(0);
@@ -507,7 +507,7 @@ void tst_AxisSettings::boundsOfAStageWithoutTravelHaveNoSign()
     QCOMPARE(boxes.texts(), QStringList("位移量超出范围！[0,0]"));
 }
 
-void tst_AxisSettings::stageWithoutNameIsARemindedChange_data()
+void tst_AxisOptions::stageWithoutNameIsARemindedChange_data()
 {
     QTest::addColumn<QString>("failing"); // empty: the name is
     QTest::newRow("empty name") << "";
@@ -515,7 +515,7 @@ void tst_AxisSettings::stageWithoutNameIsARemindedChange_data()
     QTest::newRow("failed parameter read") << "getMotorParams";
 }
 
-void tst_AxisSettings::stageWithoutNameIsARemindedChange()
+void tst_AxisOptions::stageWithoutNameIsARemindedChange()
 {
     QFETCH(QString, failing);
     openPage("trigger");
@@ -533,7 +533,7 @@ void tst_AxisSettings::stageWithoutNameIsARemindedChange()
     QVERIFY(m_dialog->calls().contains("setTriggerInEnable(1001, 0, 1)"));
 }
 
-void tst_AxisSettings::remindsBeforeItSends()
+void tst_AxisOptions::remindsBeforeItSends()
 {
     openPage("trigger");
     onController([] { return setMotorModelName(controllerId, 0, "", 0); });
@@ -547,7 +547,7 @@ void tst_AxisSettings::remindsBeforeItSends()
     QVERIFY(m_dialog->calls().contains("setTriggerInEnable(1001, 0, 1)"));
 }
 
-void tst_AxisSettings::cursorIsFreeWhileABoxIsUp()
+void tst_AxisOptions::cursorIsFreeWhileABoxIsUp()
 {
     openPage("trigger");
     displacement(1)->setValue(5000);
@@ -561,7 +561,7 @@ void tst_AxisSettings::cursorIsFreeWhileABoxIsUp()
     QVERIFY(!busy);
 }
 
-void tst_AxisSettings::triggerOutputGoesToTheController_data()
+void tst_AxisOptions::triggerOutputGoesToTheController_data()
 {
     QTest::addColumn<int>("axis");
     QTest::addColumn<bool>("input");
@@ -571,7 +571,7 @@ void tst_AxisSettings::triggerOutputGoesToTheController_data()
     }
 }
 
-void tst_AxisSettings::triggerOutputGoesToTheController()
+void tst_AxisOptions::triggerOutputGoesToTheController()
 {
     QFETCH(int, axis);
     QFETCH(bool, input);
@@ -590,14 +590,14 @@ void tst_AxisSettings::triggerOutputGoesToTheController()
     QCOMPARE(m_dialog->calls(), QStringList({sendsInput, QString("setTriggerOutEnable(1001, %1, 0)").arg(axis)}));
 }
 
-void tst_AxisSettings::displacementIsSentWhenEditingIsFinished_data()
+void tst_AxisOptions::displacementIsSentWhenEditingIsFinished_data()
 {
     QTest::addColumn<int>("axis");
     for (int axis = 0; axis < 3; ++axis)
         QTest::addRow("axis %d", axis) << axis;
 }
 
-void tst_AxisSettings::displacementIsSentWhenEditingIsFinished()
+void tst_AxisOptions::displacementIsSentWhenEditingIsFinished()
 {
     QFETCH(int, axis);
     openPage("trigger");
@@ -610,7 +610,7 @@ void tst_AxisSettings::displacementIsSentWhenEditingIsFinished()
     QCOMPARE(m_dialog->calls(), QStringList(QString("setTriggerStep(1001, %1, -12.125)").arg(axis)));
 }
 
-void tst_AxisSettings::displacementCannotBeEditedWhileTheInputIsOn()
+void tst_AxisOptions::displacementCannotBeEditedWhileTheInputIsOn()
 {
     m_dialog->connectController();
     onController([] { return setTriggerInEnable(controllerId, 0, 1); });
@@ -622,7 +622,7 @@ void tst_AxisSettings::displacementCannotBeEditedWhileTheInputIsOn()
     QCOMPARE(m_dialog->calls(), QStringList());
 }
 
-void tst_AxisSettings::typedCommaIsAPoint()
+void tst_AxisOptions::typedCommaIsAPoint()
 {
     openPage("trigger");
     displacement(1)->setFocus();
@@ -632,7 +632,7 @@ void tst_AxisSettings::typedCommaIsAPoint()
     QCOMPARE(displacement(1)->value(), 2.25);
 }
 
-void tst_AxisSettings::onlyAxis3WritesADebugLine()
+void tst_AxisOptions::onlyAxis3WritesADebugLine()
 {
     openPage("trigger");
     for (int n = 1; n <= 3; ++n) {
@@ -643,7 +643,7 @@ void tst_AxisSettings::onlyAxis3WritesADebugLine()
         m_dialog->log().lines().filter("editingFinished"), QStringList("on_doubleSpinBox_Axis3_editingFinished 3.5"));
 }
 
-void tst_AxisSettings::compensationIsAPairThatStartsClosed()
+void tst_AxisOptions::compensationIsAPairThatStartsClosed()
 {
     for (int n = 1; n <= 3; ++n) {
         QVERIFY(!on(n)->isChecked());
@@ -655,12 +655,12 @@ void tst_AxisSettings::compensationIsAPairThatStartsClosed()
     QVERIFY(close(3)->isChecked());
 }
 
-void tst_AxisSettings::compensationGoesToTheController_data()
+void tst_AxisOptions::compensationGoesToTheController_data()
 {
     displacementIsSentWhenEditingIsFinished_data();
 }
 
-void tst_AxisSettings::compensationGoesToTheController()
+void tst_AxisOptions::compensationGoesToTheController()
 {
     QFETCH(int, axis);
     openPage("posConpen");
@@ -671,7 +671,7 @@ void tst_AxisSettings::compensationGoesToTheController()
     QCOMPARE(m_dialog->calls(), QStringList(QString("setPosConpenEnable(1001, %1, 0)").arg(axis)));
 }
 
-void tst_AxisSettings::anotherClickSendsAgain()
+void tst_AxisOptions::anotherClickSendsAgain()
 {
     openPage("posConpen");
     m_dialog->click("checkBox_posConpen_on1");
@@ -686,7 +686,7 @@ void tst_AxisSettings::anotherClickSendsAgain()
                                 "setPosConpenEnable(1001, 0, 0)", "setPosConpenEnable(1001, 0, 0)"}));
 }
 
-void tst_AxisSettings::boxThatIsNotCheckedSendsNothing()
+void tst_AxisOptions::boxThatIsNotCheckedSendsNothing()
 {
     openPage("posConpen");
     QVERIFY(QMetaObject::invokeMethod(m_dialog->get(), "on_checkBox_posConpen_on1_clicked"));
@@ -695,7 +695,7 @@ void tst_AxisSettings::boxThatIsNotCheckedSendsNothing()
     QCOMPARE(m_dialog->calls(), QStringList());
 }
 
-void tst_AxisSettings::showsCompensationThatIsOn()
+void tst_AxisOptions::showsCompensationThatIsOn()
 {
     m_dialog->connectController();
     onController([] { return setPosConpenEnable(controllerId, 0, 1); });
@@ -706,7 +706,7 @@ void tst_AxisSettings::showsCompensationThatIsOn()
     QVERIFY(close(3)->isChecked());
 }
 
-void tst_AxisSettings::loadingCannotSwitchCompensationOff()
+void tst_AxisOptions::loadingCannotSwitchCompensationOff()
 {
     m_dialog->connectController();
     onController([] { return setPosConpenEnable(controllerId, 0, 1); });
@@ -717,7 +717,7 @@ void tst_AxisSettings::loadingCannotSwitchCompensationOff()
     QVERIFY(!close(1)->isChecked());
 }
 
-void tst_AxisSettings::failedCompensationReadChangesNothing()
+void tst_AxisOptions::failedCompensationReadChangesNothing()
 {
     m_dialog->connectController();
     onController([] { return setDevAxisCount(controllerId, 1); });
@@ -728,5 +728,5 @@ void tst_AxisSettings::failedCompensationReadChangesNothing()
     QVERIFY(close(1)->isChecked());
 }
 
-QTEST_MAIN(tst_AxisSettings)
-#include "tst_AxisSettings.moc"
+QTEST_MAIN(tst_AxisOptions)
+#include "tst_AxisOptions.moc"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "settings/AxisSettings.h"
+#include "settings/AxisOptions.h"
 
 #include "device/SerialComDev.h"
 #include "widgets/BusyCursor.h"
@@ -33,19 +33,19 @@ std::optional<double> readTravel(int axis)
 
 } // namespace
 
-AxisSettings::AxisSettings(int axis, const Controls &controls)
+AxisOptions::AxisOptions(int axis, const Controls &controls)
     : m_iAxis(axis)
     , m_controls(controls)
 {
 }
 
-void AxisSettings::hide() const
+void AxisOptions::hide() const
 {
     m_controls.trigger->hide();
     m_controls.posConpen->hide();
 }
 
-void AxisSettings::load() const
+void AxisOptions::load() const
 {
     const auto worker = SerialComDev::instance();
 
@@ -69,7 +69,7 @@ void AxisSettings::load() const
         m_controls.posConpenOn->setChecked(enabled != 0);
 }
 
-void AxisSettings::changeTriggerIn() const
+void AxisOptions::changeTriggerIn() const
 {
     const QString model = readModelName(m_iAxis);
     const bool in = m_controls.triggerIn->isChecked();
@@ -88,30 +88,30 @@ void AxisSettings::changeTriggerIn() const
     m_controls.displacement->setEnabled(!in);
 }
 
-void AxisSettings::changeTriggerOut() const
+void AxisOptions::changeTriggerOut() const
 {
     emit SerialComDev::instance()->signal_setTriggerParams(
         m_iAxis, int(m_controls.triggerIn->isChecked()), int(m_controls.triggerOut->isChecked()));
 }
 
-void AxisSettings::changeDisplacement() const
+void AxisOptions::changeDisplacement() const
 {
     emit SerialComDev::instance()->signal_setTriggerInDisp(m_iAxis, m_controls.displacement->value());
 }
 
-void AxisSettings::switchPosConpenOn() const
+void AxisOptions::switchPosConpenOn() const
 {
     if (m_controls.posConpenOn->isChecked())
         emit SerialComDev::instance()->signal_setPosConpenEnable(m_iAxis, true);
 }
 
-void AxisSettings::switchPosConpenOff() const
+void AxisOptions::switchPosConpenOff() const
 {
     if (m_controls.posConpenClose->isChecked())
         emit SerialComDev::instance()->signal_setPosConpenEnable(m_iAxis, false);
 }
 
-void AxisSettings::tip(const QString &text) const
+void AxisOptions::tip(const QString &text) const
 {
     MessageBox::inform(m_controls.trigger->window(), text);
 }

@@ -11,9 +11,9 @@ class QGroupBox;
  * What the settings dialog has of one axis: its group on the trigger page and its group on the compensation page.
  * GUI thread. Reads wait for the controller; changes are queued requests to the worker.
  */
-class AxisSettings final
+class AxisOptions final
 {
-    Q_DECLARE_TR_FUNCTIONS(AxisSettings)
+    Q_DECLARE_TR_FUNCTIONS(AxisOptions)
 
 public:
     struct Controls {
@@ -27,7 +27,7 @@ public:
     };
 
     /** axis counts from 0. */
-    AxisSettings(int axis, const Controls &controls);
+    AxisOptions(int axis, const Controls &controls);
 
     /** For an axis that the controller does not have. */
     void hide() const;
