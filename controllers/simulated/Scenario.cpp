@@ -15,11 +15,11 @@
 
 namespace simulator {
 
+using controllers::inQuotes;
 using controllers::JsonError;
 using controllers::JsonValue;
 using controllers::maxNumber;
 using controllers::ObjectReader;
-using controllers::inQuotes;
 using controllers::readStage;
 
 namespace {

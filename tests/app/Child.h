@@ -98,7 +98,7 @@ public:
             std::remove_if(
                 lines.begin(), lines.end(),
                 [](const QString &line) {
-                    return line.startsWith(QLatin1String("debug|default|")) ||
+                    return line.startsWith(QLatin1String("debug|")) ||
                            line.endsWith(QLatin1String("This plugin does not support propagateSizeHints()"));
                 }),
             lines.end());
