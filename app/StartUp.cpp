@@ -22,6 +22,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -154,16 +155,21 @@ std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])
 {
     const std::vector<char *> given(argv, argv + argc);
     auto application = std::make_unique<QApplication>(argc, argv);
-    const double scale = ScreenFit::scaleFor(QGuiApplication::primaryScreen()->availableSize());
+    // A screen that tells its size in whole millimetres has 96.1 dots per inch, and everything would be a thousandth
+    // larger, and blurred: only quarters are meant.
+    const double told = QGuiApplication::primaryScreen()->devicePixelRatio();
+    const double quarters = std::max(1.0, std::round(told * 4) / 4);
+    const QSize room = QGuiApplication::primaryScreen()->availableSize() * (told / quarters);
+    const double scale = ScreenFit::scaleFor(room) * quarters / told;
     constexpr char factor[] = "QT_SCALE_FACTOR";
-    if (scale == 1 || qEnvironmentVariableIsSet(factor))
+    if (qFuzzyCompare(scale, 1) || qEnvironmentVariableIsSet(factor))
         return application;
 
     // Only an application object knows the screen, and only a new one takes a scale.
     application.reset();
     argc = int(given.size());
     std::copy(given.begin(), given.end(), argv); // the first one has taken out what it understood
-    qputenv(factor, QByteArray::number(scale));
+    qputenv(factor, QByteArray::number(scale, 'g', 12));
     application = std::make_unique<QApplication>(argc, argv);
     qunsetenv(factor); // nothing for the programs that are started from here
     return application;

@@ -51,12 +51,19 @@ public:
         m_bOpen = false;
     }
 
-    /** All that wait are dropped. */
-    void drop()
+    /** The last round so far. */
+    quint32 lastRound()
     {
         const QMutexLocker lock(&m_mutex);
-        m_waiting.clear();
-        m_bOpen = false;
+        return m_uRound;
+    }
+    /** Those that wait in rounds up to this one are dropped. */
+    void drop(quint32 lastRound)
+    {
+        const QMutexLocker lock(&m_mutex);
+        const auto isDropped = [lastRound](const Waiting &each) { return qint32(each.round - lastRound) <= 0; };
+        m_waiting.erase(std::remove_if(m_waiting.begin(), m_waiting.end(), isDropped), m_waiting.end());
+        m_bOpen = m_bOpen && m_uRound != lastRound;
     }
 
     /** The next poll of the round, which the worker now runs: nothing is added to it any more. */

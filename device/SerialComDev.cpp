@@ -235,8 +235,9 @@ SerialComDev::SerialComDev()
     connect(
         this, &SerialComDev::signal_stopMotor, this,
         [this] {
+            m_uStopRound = m_polls.lastRound();
             if (LibraryLock::heldFor() > slowCall)
-                m_polls.drop(); // the next timer asks again
+                m_polls.drop(m_uStopRound); // the next timer asks again
             ++m_iStopsWaiting;
             LibraryLock::announce(LibraryLock::Urgency::Stop, thread());
         },
@@ -307,7 +308,7 @@ void SerialComDev::runPolls(quint32 round)
         }
         // When the stop was emitted the call in flight was too young to tell that it is a slow one.
         if (m_iStopsWaiting > 0 && timer.elapsed() > slowCall.count())
-            m_polls.drop();
+            m_polls.drop(m_uStopRound);
     }
 }
 

@@ -264,7 +264,8 @@ private:
     std::atomic<bool> m_bRockerOn{false};
     std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped: what was requested before does not start any more
     std::atomic<int> m_iStoppingAll{0};
-    std::atomic<int> m_iStopsWaiting{0}; // on their way to the worker
+    std::atomic<int> m_iStopsWaiting{0};  // on their way to the worker
+    std::atomic<quint32> m_uStopRound{0}; // the last round of polls before the last of them
     StopThread m_stopThread;
     bool m_bOpened = false;
     mutable QMutex m_registryMutex; // both registries are written by either thread
