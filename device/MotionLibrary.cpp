@@ -7,11 +7,11 @@
 #include <QFileInfo>
 #include <QLibrary>
 #include <QLoggingCategory>
-#include <QMutex>
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <type_traits>
 
 namespace {
@@ -27,7 +27,7 @@ constexpr char libraryName[] = "libmoverLibrary.so";
 /** The data symbol by which a library of ours says what it is. */
 constexpr char markSymbol[] = "moverLibraryMark";
 
-QMutex loading;
+std::mutex loading;
 // Never destroyed: at exit a thread may still hang in one of its functions.
 std::atomic<const MotionLibrary *> library{nullptr};
 
@@ -65,7 +65,7 @@ QString MotionLibrary::Fault::message() const
 
 std::optional<MotionLibrary::Fault> MotionLibrary::load(const QString &chosen)
 {
-    const QMutexLocker lock(&loading);
+    const std::lock_guard lock(loading);
     const QString named = namedFile(chosen);
     if (!named.isEmpty())
         return loadFile(named);
@@ -117,7 +117,7 @@ const MotionLibrary &MotionLibrary::inUse()
 {
     if (const MotionLibrary *used = library)
         return *used;
-    const QMutexLocker lock(&loading);
+    const std::lock_guard lock(loading);
     if (!library) {
         const QString named = namedFile(QString());
         if (const auto fault = loadFile(named.isEmpty() ? foundFile() : named)) {

@@ -361,7 +361,7 @@ void Board::run(const Command &command)
     case 30:
         return waitFor(
             [this] { return !isMoving(); },
-            [this, done] {
+            [this] {
                 const bool isInch = m_modes.isInch;
                 m_modes = {};
                 m_modes.isInch = isInch;
