@@ -42,7 +42,7 @@ QString probe(int id)
 {
     LibraryLock()->addDev(id);
     const bool opened = LibraryLock()->openTSDevice(id) >= 0;
-    const QString serialNumber = opened ? readSerialNumber(id) : QString();
+    QString serialNumber = opened ? readSerialNumber(id) : QString();
     LibraryLock()->removeDev(id);
     return serialNumber;
 }
