@@ -193,7 +193,7 @@ private:
     void run(const Command &command);
     void store(Then then);
     bool isInside(const Vector &target) const;
-    void move(const Vector &target, double feed, Block::Kind kind, Then then);
+    void move(const Vector &target, double feed, Block::Kind kind, const Then &then);
     void probe(const Command &command);
     std::string vectorText(const Vector &vector) const;
     Vector machinePosition() const;
@@ -223,7 +223,7 @@ private:
     void homeLine(const std::string &tail);
     void homeNext();
     void approach(bool isSlow);
-    void homeMove(double distance, double feed, Then then);
+    void homeMove(double distance, double feed, const Then &then);
     void homed();
     void failHoming(int number);
 

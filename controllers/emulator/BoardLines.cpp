@@ -108,7 +108,7 @@ void Board::command(const std::string &line)
         char tool[32];
         const bool isInch = m_settings.isOn(13);
         std::snprintf(tool, sizeof tool, "[TLO:%.*f]", isInch ? 4 : 3, m_offsets.toolLength / (isInch ? 25.4 : 1));
-        lines.push_back(tool);
+        lines.emplace_back(tool);
         lines.push_back("[PRB:" + vectorText(m_probed) + (m_hasProbed ? ":1]" : ":0]"));
         return list(lines);
     }
@@ -269,7 +269,7 @@ void Board::jog(const std::string &line)
     });
 }
 
-void Board::move(const Vector &target, double feed, Block::Kind kind, Then then)
+void Board::move(const Vector &target, double feed, Block::Kind kind, const Then &then)
 {
     waitFor(
         [this] { return m_planner.free() > 0; },

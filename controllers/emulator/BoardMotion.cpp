@@ -516,7 +516,7 @@ void Board::homeNext()
     approach(false);
 }
 
-void Board::homeMove(double distance, double feed, Then then)
+void Board::homeMove(double distance, double feed, const Then &then)
 {
     // All axes of the cycle go `distance` mm each, towards their switches when it is above 0, with `feed` mm/min each.
     Steps target = position();

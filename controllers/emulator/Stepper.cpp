@@ -123,7 +123,7 @@ Stepper::Piece Stepper::preparePiece()
     const auto whole = [](double ticks) { return static_cast<long long>(std::ceil(ticks - 1e-6)); };
     // A piece has at least one step, but for the end of a hold.
     double duration = 0;
-    double after = before;
+    double after = 0; // set in the loop. NOLINT(clang-analyzer-deadcode.DeadStores)
     bool ends = false;
     do {
         double used = 0;

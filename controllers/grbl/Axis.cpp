@@ -141,29 +141,29 @@ MotorStageState Axis::state() const
     return state;
 }
 
-int Axis::setStage(const MotorParams &params, std::unique_lock<std::mutex> &lock)
+int Axis::setStage(const MotorParams &given, std::unique_lock<std::mutex> &lock)
 {
     if (running())
         return AxisRunning;
-    if (const int status = fault(params); status != Ok)
+    if (const int status = fault(given); status != Ok)
         return status;
-    if (params.pulseOneCircle == 0 || params.dispOneCircle <= 0)
+    if (given.pulseOneCircle == 0 || given.dispOneCircle <= 0)
         return OutOfRange;
     const int number = boardAxis();
     std::map<int, double> settings{
-        {stepsPerUnit + number, params.pulseOneCircle / params.dispOneCircle},
-        {highestSpeed + number, params.maxSpeed * 60},
-        {ramp + number, params.maxAcc * rampRatio},
-        {travel + number, params.maxPos - params.minPos},
+        {stepsPerUnit + number, given.pulseOneCircle / given.dispOneCircle},
+        {highestSpeed + number, given.maxSpeed * 60},
+        {ramp + number, given.maxAcc * rampRatio},
+        {travel + number, given.maxPos - given.minPos},
     };
     if (const int status = m_board.write(settings); status != Ok)
         return status;
     waitForBoard(lock);
     if (const int status = m_board.written(); status != Ok)
         return status;
-    if (params.phaseDirction != stage().phaseDirction)
+    if (given.phaseDirction != stage().phaseDirction)
         m_homed = false;
-    setStored(params);
+    setStored(given);
     m_setup.hasStage = true;
     standAt(stagePosition());
     stored();

@@ -31,7 +31,7 @@ public:
     /** A permission: the firmware has no switch per axis. Switching on takes a locked board out of its lock. */
     int setEnabled(bool enabled) override;
     MotorStageState state() const override;
-    int setStage(const MotorParams &stage, std::unique_lock<std::mutex> &lock) override;
+    int setStage(const MotorParams &given, std::unique_lock<std::mutex> &lock) override;
     int chipCode() const override { return m_setup.hasStage ? 2 : 0; }
     int eraseChip() override { return NotAvailable; }
     bool hasTriggers() const override { return false; }

@@ -20,6 +20,7 @@
 #include "shell/ConnectionWidget.h"
 #include "shell/HelpWidget.h"
 #include "shell/MoverWidget.h"
+#include "support/Robot.h"
 #include "controllers/simulated/SimulatorControl.h"
 
 #include <QApplication>
@@ -83,8 +84,7 @@ void leave(MoverWidget *window)
 
 void connectController(MoverWidget *window)
 {
-    click(button(window, "pushButton_connect"));
-    click(button(window->findChild<ConnectionWidget *>(), "pushButton_connectSerial"));
+    Robot(window, [](QAbstractButton *each) { QTest::mouseClick(each, Qt::LeftButton); }).connectTo(1001);
 }
 
 QMessageBox *openBox()
