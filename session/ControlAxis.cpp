@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "session/ControlAxis.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -13,14 +13,14 @@ constexpr double silentRounds = 2.5;
 
 } // namespace
 
-ControlAxis::ControlAxis(const AxisDescription &description)
-    : m_description(description)
+ControlAxis::ControlAxis(AxisDescription description)
+    : m_description(std::move(description))
 {
     m_history.heardAt = std::chrono::steady_clock::now();
 }
 
-ControlAxis::ControlAxis(const AxisDescription &description, const ControlAxis &before)
-    : m_description(description)
+ControlAxis::ControlAxis(AxisDescription description, const ControlAxis &before)
+    : m_description(std::move(description))
 {
     const QMutexLocker lock(&before.m_mutex);
     m_history = before.m_history;

@@ -39,9 +39,9 @@ public:
         AnswerListener::Time at;
     };
 
-    explicit ControlAxis(const AxisDescription &description);
+    explicit ControlAxis(AxisDescription description);
     /** The same axis of the same controller, described in another way: what is known of its position stays. */
-    ControlAxis(const AxisDescription &description, const ControlAxis &before);
+    ControlAxis(AxisDescription description, const ControlAxis &before);
 
     const AxisDescription &description() const { return m_description; }
 

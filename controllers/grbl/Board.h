@@ -118,7 +118,7 @@ private:
     void sendByte(char byte) { m_output += byte; }
     void take(const Reply &reply);
     void takeAnswer(const Reply &reply);
-    void takeReport(const Report &report);
+    void takeReport(const Report &told);
     void takeBanner(const std::string &text);
     void takeAlarm(int number);
 
