@@ -265,7 +265,17 @@ SerialComDev::SerialComDev()
         },
         Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_enableMotor, &SerialComDev::slot_enableMotor);
-    connectCommand(&SerialComDev::signal_setRockerEnabled, &SerialComDev::slot_setRockerEnabled);
+    // Handing the axes to the joystick is a start, too; nobody waits for a message of it.
+    connect(
+        this, &SerialComDev::signal_setRockerEnabled, this,
+        [this](bool on) {
+            QMetaObject::invokeMethod(this, [this, on, stops = m_uStopAlls.load()] {
+                if (!on || stops == m_uStopAlls)
+                    slot_setRockerEnabled(on);
+            });
+            m_polls.endRound();
+        },
+        Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp);
     connectCommand(&SerialComDev::signal_setPosConpenEnable, &SerialComDev::slot_setPosConpenEnable);
 }

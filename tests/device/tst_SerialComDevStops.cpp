@@ -286,6 +286,7 @@ void tst_SerialComDevStops::stopAllCancelsTheStartsBeforeIt()
     hangInAPoll();
     emit m_worker->signal_startMotor(0, MOVE_CODE_JOG_POSITIVE);
     emit m_worker->signal_home(1);
+    emit m_worker->signal_setRockerEnabled(true);
     emit m_worker->signal_setSpeedParams(2, 50, 5);
     m_worker->stopAll();
     const QStringList after = callsAfterTheHang(5);
