@@ -36,7 +36,7 @@ QString shown(double limit)
 
 QString lineOf(MotionRule rule, const AxisDescription &axis)
 {
-    const QString text = textOf(rule);
+    QString text = textOf(rule);
     switch (rule) {
     case MotionRule::Position:
         return text.arg(shown(axis.minPos), shown(axis.maxPos));

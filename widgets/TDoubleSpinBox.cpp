@@ -13,7 +13,7 @@ bool mayHaveGroups(const QString &input, int end)
     const int first = input.indexOf(comma);
     if (first < 0)
         return false;
-    const auto begin = input.begin() + first + 1;
+    const auto *const begin = input.begin() + first + 1;
     const auto *const behind =
         std::find_if(begin, input.begin() + std::max(first + 1, end), [](QChar each) { return !each.isDigit(); });
     return behind - begin == 3 || input.count(comma) > 1;
