@@ -2,8 +2,8 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "controllers/simulated/SimulatorControl.h"
+#include "support/SignalCounter.h"
 
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <mutex>
@@ -225,7 +225,7 @@ void tst_SerialComDevStops::otherThreadsGoOnAfterTheStop()
 
 void tst_SerialComDevStops::stopAllStopsEveryAxis()
 {
-    QSignalSpy done(m_worker.data(), &SerialComDev::signal_stopAllDone);
+    const SignalCounter done(m_worker.data(), &SerialComDev::signal_stopAllDone);
     m_worker->stopAll();
     QTRY_COMPARE(done.count(), 1);
     QCOMPARE(calls(), (QStringList{"stopRuning(1001, 0)", "stopRuning(1001, 1)", "stopRuning(1001, 2)"}));

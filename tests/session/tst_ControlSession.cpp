@@ -3,8 +3,7 @@
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "shell/Scenario.h"
-
-#include <QSignalSpy>
+#include "support/SignalCounter.h"
 
 #include <atomic>
 #include <future>
@@ -332,7 +331,7 @@ void tst_ControlSession::everyAnswerCanBeHeardInTheWorkersThread()
 {
     m_session->connectTo({device, "SIM-A"});
     const auto worker = SerialComDev::instance();
-    QSignalSpy changes(worker.data(), &SerialComDev::signal_positionChanged);
+    const SignalCounter changes(worker.data(), &SerialComDev::signal_positionChanged);
     Ear ear;
     worker->answers().add(&ear);
     for (int k = 0; k < 3; ++k)
