@@ -127,7 +127,7 @@ list_files() { "${root[@]}" find /opt /usr /etc /lib/udev -xdev -printf '%p %l\n
 list_files >"$scratch/before"
 installed=1
 "${root[@]}" "${apt[@]}" install "$deb"
-[ "$(mover --version)" = "mover $(dpkg-deb --field "$deb" Version)" ] || die "mover --version says $(mover --version)."
+[ "$(mover --version | head -n 1)" = "mover $(dpkg-deb --field "$deb" Version)" ] || die "mover --version says $(mover --version)."
 
 say "Driving what the menu entry starts"
 drive /usr/share/applications/mover.desktop
