@@ -28,7 +28,7 @@ public:
     SerialPort(const SerialPort &) = delete;
     SerialPort &operator=(const SerialPort &) = delete;
 
-    /** The port's file, for now; the link where there is one. */
+    /** The file that the port has at present; the link where there is one. */
     std::string path() const;
 
     /** Whether a host has it open; a host that closes and opens it within 20 ms is not noticed. */
