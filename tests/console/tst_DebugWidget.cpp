@@ -675,8 +675,8 @@ private slots:
         QStringList atClosing;
         const OnMessageBox watch([&](QMessageBox &) {
             atOpening = journal();
-            emit worker->signal_getCurrentPos(0);
             emit worker->signal_stopMotor(axis);
+            emit worker->signal_getCurrentPos(0); // one that waited longer than the stop might be dropped
             Heart heart; // asks for a second and more
             connect(&heart, &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat);
             const SignalCounter beats(&heart, &Heart::sendHeart);

@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QMetaMethod>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QThread>
 #include <QtTest>
@@ -975,9 +976,8 @@ private slots:
     void pollsAndCommandsKeepTheirOrder()
     {
         const auto worker = openDevice();
-        simulator::hangCall("getRockerInfo");
-        QMetaObject::invokeMethod(worker.data(), "slot_heartBeat", Qt::QueuedConnection);
-        QVERIFY(simulator::waitUntilHanging(5000));
+        QSemaphore emitted;
+        occupy(*worker, emitted);
         emit worker->signal_getCurrentPos(0);
         emit worker->signal_getDevState(1);
         emit worker->signal_stopMotor(0);
@@ -985,14 +985,14 @@ private slots:
         emit worker->signal_getCurrentPos(1);
         emit worker->signal_stopMotor(1);
         emit worker->signal_getCurrentPos(0);
-        simulator::releaseHung();
+        emitted.release();
         settle(*worker);
         QCOMPARE(
-            calls().mid(1), (QStringList{
-                                QStringLiteral("getCurrentPos(1001, 0)"), QStringLiteral("getRuningState(1001, 1)"),
-                                QStringLiteral("stopRuning(1001, 0)"), QStringLiteral("getRuningState(1001, 1)"),
-                                QStringLiteral("getCurrentPos(1001, 1)"), QStringLiteral("stopRuning(1001, 1)"),
-                                QStringLiteral("getCurrentPos(1001, 0)")}));
+            calls(), (QStringList{
+                         QStringLiteral("getCurrentPos(1001, 0)"), QStringLiteral("getRuningState(1001, 1)"),
+                         QStringLiteral("stopRuning(1001, 0)"), QStringLiteral("getRuningState(1001, 1)"),
+                         QStringLiteral("getCurrentPos(1001, 1)"), QStringLiteral("stopRuning(1001, 1)"),
+                         QStringLiteral("getCurrentPos(1001, 0)")}));
     }
     void pollsThatNoCommandSeparatesCallTheWorkerOnce()
     {
@@ -1039,18 +1039,17 @@ private slots:
     void pollsThatTheLinkCannotKeepUpWithDoNotPileUpBeforeACommand()
     {
         const auto worker = openDevice();
-        simulator::hangCall("getCurrentPos");
-        emit worker->signal_getCurrentPos(0);
-        QVERIFY(simulator::waitUntilHanging(5000));
+        QSemaphore emitted;
+        occupy(*worker, emitted);
         for (int k = 0; k < 50; ++k) {
             emit worker->signal_getCurrentPos(0);
             emit worker->signal_getDevState(0);
             emit worker->signal_getDevState(1);
         }
         emit worker->signal_stopMotor(0);
-        simulator::releaseHung();
+        emitted.release();
         settle(*worker);
-        QCOMPARE(simulator::callCount("getCurrentPos"), 1 + PollQueue::Limit);
+        QCOMPARE(simulator::callCount("getCurrentPos"), int(PollQueue::Limit));
         QCOMPARE(simulator::callCount("getRuningState"), 2 * PollQueue::Limit);
         QCOMPARE(calls().last(), QStringLiteral("stopRuning(1001, 0)"));
         // Nothing is lost for good: the next poll is made.
@@ -1094,6 +1093,13 @@ private:
         QMetaObject::invokeMethod(
             &worker, [] {}, Qt::BlockingQueuedConnection);
         QCoreApplication::processEvents();
+    }
+
+    /** Keeps the worker's thread from its requests until `released`, without a library call in flight. */
+    static void occupy(SerialComDev &worker, QSemaphore &released)
+    {
+        QMetaObject::invokeMethod(
+            &worker, [&released] { released.acquire(); }, Qt::QueuedConnection);
     }
 
     static QList<QVariant> message(int axis, int state, int type, const QString &text)

@@ -118,8 +118,8 @@ private:
                  [status](const std::string &function) { simulator::failAlways(function, status); }, status});
         }
         faults.push_back(
-            {QStringLiteral("takes 50 ms"), [](const std::string &function) { simulator::delayCall(function, 50, -1); },
-             0, 50, false});
+            {QStringLiteral("takes 200 ms"),
+             [](const std::string &function) { simulator::delayCall(function, 200, -1); }, 0, 200, false});
         faults.push_back(
             {QStringLiteral("takes 2 s"), [](const std::string &function) { simulator::delayCall(function, 2000); }, 0,
              2000});

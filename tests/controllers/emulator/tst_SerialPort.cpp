@@ -92,9 +92,11 @@ void tst_SerialPort::runsFasterThanTheComputer()
     emulator::Options options;
     options.settings = {{110, 600}, {120, 50}};
     emulator::SerialPort port(options, 100);
-    const Line line(port.path());
     QElapsedTimer timer;
     timer.start();
+    // Who opens the port before the board has started hears the banner of that, and takes it for that of the reset.
+    QTRY_VERIFY(port.use([](emulator::Board &board) { return board.now(); }) > 0.1);
+    const Line line(port.path());
     QVERIFY(line.begin());
     QVERIFY(line.say("$J=G53X100Y0Z0F600\n"));
     QTRY_COMPARE(port.use([](emulator::Board &board) { return board.steps(0); }), 25000LL);
