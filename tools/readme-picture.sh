@@ -9,6 +9,6 @@ cd "$(dirname "$0")/.."
 . tools/setup.sh
 
 install_missing "${build_packages[@]}" "${desktop_packages[@]}" python3-pil
-build dev tour-pictures/zh.taken
-/usr/bin/python3 tools/tour/cutPicture.py build/dev/tour-pictures/zh driving \
+build release tour-pictures/zh.taken
+/usr/bin/python3 tools/tour/cutPicture.py build/release/tour-pictures/zh driving \
     "widget_titleBar MoverControlWidget MoverControlWidget-2" docs/pictures/main-window.png

@@ -38,6 +38,7 @@ qint64 Measurements::heapBytes()
 
 qint64 Measurements::anonymousBytes()
 {
+    malloc_trim(0); // the pages of logs that are gone are not in use
     QFile file(QStringLiteral("/proc/self/smaps_rollup"));
     if (!file.open(QIODevice::ReadOnly))
         return 0;

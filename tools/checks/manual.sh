@@ -14,6 +14,6 @@ python3 tools/checks/manual.py texts
 [ "${1:-}" = --texts ] && exit
 
 install_missing "${build_packages[@]}" "${desktop_packages[@]}" "${manual_packages[@]}"
-build dev manual
+build release manual
 say "The PDF"
-python3 tools/checks/manual.py pdf build/dev/mover/help/台式步进电机驱动控制器用户手册.pdf
+python3 tools/checks/manual.py pdf build/release/mover/help/台式步进电机驱动控制器用户手册.pdf

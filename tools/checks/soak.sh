@@ -15,6 +15,6 @@ minutes=${1:-20}
 [[ $minutes =~ ^[1-9][0-9]*$ ]] || die "usage: soak.sh [MINUTES]"
 
 install_missing "${build_packages[@]}"
-build dev soak
+build release soak
 say "Soaking, $minutes minutes"
-LC_ALL=C.UTF-8 build/dev/tests/soak/soak "$minutes"
+LC_ALL=C.UTF-8 build/release/tests/soak/soak "$minutes"

@@ -9,7 +9,7 @@ cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
 install_missing "${build_packages[@]}" "${static_packages[@]}"
-build dev mover tour bench # forms and meta objects are generated
+build release mover tour bench # forms and meta objects are generated
 
 say "Static checks"
 # Each source once, also where two libraries are made of it, and none that is generated.
@@ -17,7 +17,7 @@ mkdir -p build/static
 python3 - "$@" <<'EOF'
 import json, os, sys
 own = {}
-for entry in json.load(open("build/dev/compile_commands.json")):
+for entry in json.load(open("build/release/compile_commands.json")):
     name = os.path.relpath(entry["file"])
     if name.endswith(".cpp") and not name.startswith(("build/", "tests/")) and (len(sys.argv) == 1 or name in sys.argv):
         own.setdefault(name, entry)
