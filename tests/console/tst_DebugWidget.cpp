@@ -677,7 +677,7 @@ private slots:
             atOpening = journal();
             emit worker->signal_stopMotor(axis);
             emit worker->signal_getCurrentPos(0); // one that waited longer than the stop might be dropped
-            Heart heart; // asks for a second and more
+            Heart heart;                          // asks for a second and more
             connect(&heart, &Heart::sendHeart, worker.data(), &SerialComDev::slot_heartBeat);
             const SignalCounter beats(&heart, &Heart::sendHeart);
             heart.startHeart();
