@@ -68,6 +68,15 @@ constexpr TabScroller tabScrollers[] = {
     {"ScrollRightButton", "Scroll Right"},
 };
 
+/** What of the controller's values the worker has to know: it stops all axes, and joystick mode first. */
+void noteDeviceValue(const QString &function, int value)
+{
+    if (function.endsWith(QLatin1String("RockerEnable")))
+        SerialComDev::instance()->noteRockerOn(value != 0);
+    else if (function.endsWith(QLatin1String("DevAxisCount")))
+        SerialComDev::instance()->noteAxisCount(value);
+}
+
 } // namespace
 
 DebugWidget::DebugWidget(QWidget *parent)
@@ -158,12 +167,17 @@ void DebugWidget::run(int button)
                         .arg(flags.isRightLimit);
                 },
                 [&](ConsoleCommand::UnlockedCall go) { return status(go(deviceId(), axis)); },
-                [&](ConsoleCommand::DeviceGetter get) { return QString::number(call(get)); },
+                [&](ConsoleCommand::DeviceGetter get) {
+                    const int value = call(get);
+                    if (value >= 0)
+                        noteDeviceValue(QLatin1String(command.function), value);
+                    return QString::number(value);
+                },
                 [&](ConsoleCommand::DeviceSetter set) {
                     const int value = number(int());
                     const int result = call(set.set, value);
-                    if (set.set == &MoverFunctions::setRockerEnable && result >= 0)
-                        SerialComDev::instance()->noteRockerOn(value != 0);
+                    if (result >= 0)
+                        noteDeviceValue(QLatin1String(command.function), value);
                     return QString::number(result);
                 },
                 [&](ConsoleCommand::DeviceTextSetter set) {

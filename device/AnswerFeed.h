@@ -11,8 +11,8 @@
 
 /**
  * Hears every answer to the polls of the axes, also one that repeats the last, and every command that was accepted,
- * with the time at which the library gave its answer. Called by the thread that made the call, while it holds the
- * library lock: note the answer and return.
+ * with the time at which the library gave its answer. Called by the thread that made the call, mostly while it holds
+ * the library lock: note the answer and return.
  */
 class AnswerListener
 {

@@ -352,7 +352,7 @@ int SerialComDev::open(int id)
     m_iDeviceId = id;
     m_bLeft = false;
     m_iAxisCount = 0;
-    m_bRockerOn = false;
+    m_bRockerOn = true; // for all that is known: a stop switches it off until it has been read
     return id;
 }
 
@@ -473,7 +473,7 @@ int SerialComDev::getDevAxisCount()
 {
     const LibraryLock library;
     const int count = library->getDevAxisCount(m_iDeviceId);
-    m_iAxisCount = std::max(0, count);
+    noteAxisCount(count);
     return count;
 }
 

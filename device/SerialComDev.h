@@ -164,7 +164,7 @@ public:
     void stopAll();
     /** Whether a stopAll() has not been through yet. Any thread. */
     bool isStoppingAll() const { return m_iStoppingAll > 0; }
-    /** Whether the joystick drives the axes, as far as is known: read, or switched from here. Any thread. */
+    /** Whether the joystick may drive the axes: not once it was read or switched as off. Any thread. */
     bool isRockerOn() const { return m_bRockerOn; }
 
     /** Every answer to a poll, for whoever wants more than the changes. Any thread. */
@@ -172,6 +172,12 @@ public:
     /** For whoever makes library calls of its own: what the controller has accepted. Any thread. */
     void noteCommand(int axis, OperationType type);
     void noteRockerOn(bool on) { m_bRockerOn = on; }
+    /** 0 or below says nothing: what was known before stays. */
+    void noteAxisCount(int count)
+    {
+        if (count > 0)
+            m_iAxisCount = count;
+    }
     /** The next answers to polls of the axis count as changed: somebody new listens. */
     void announceAnew(int axis);
 
@@ -260,7 +266,7 @@ private:
 
     std::atomic<int> m_iDeviceId{0};
     std::atomic<bool> m_bLeft{false};
-    std::atomic<int> m_iAxisCount{0}; // as read last; 0 when it is not known
+    std::atomic<int> m_iAxisCount{0}; // 0 when it is not known
     std::atomic<bool> m_bRockerOn{false};
     std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped: what was requested before does not start any more
     std::atomic<int> m_iStoppingAll{0};

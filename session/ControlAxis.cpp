@@ -49,7 +49,7 @@ bool ControlAxis::isMoving() const
 AxisTrust ControlAxis::trust(AnswerListener::Time now) const
 {
     const QMutexLocker lock(&m_mutex);
-    if (m_history.failingSince && now - *m_history.failingSince >= lostAfter)
+    if (hasFailedForLong())
         return {AxisTrust::LinkLost, m_history.failingSinceWall};
     const auto silence = now - m_history.heardAt;
     if (silence > silentAfter && silence > m_history.round * silentRounds)
@@ -88,14 +88,20 @@ void ControlAxis::noteState(const MotorStageState &state, AnswerListener::Time a
     }
 }
 
+/** From the first failure to the last: one alone, with nothing heard behind it, is no lost link. With the mutex. */
+bool ControlAxis::hasFailedForLong() const
+{
+    return m_history.failingSince && m_history.heardAt - *m_history.failingSince >= lostAfter;
+}
+
 /** The caller holds the mutex. */
 void ControlAxis::hearAnswer(AnswerListener::Time at)
 {
-    m_history.heardAt = at;
-    if (m_history.failingSince && at - *m_history.failingSince >= lostAfter) {
+    if (hasFailedForLong()) {
         m_history.lostAt = m_history.failingSinceWall;
         m_history.homedAt.reset();
     }
+    m_history.heardAt = at;
     m_history.failingSince.reset();
 }
 

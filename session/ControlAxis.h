@@ -53,8 +53,8 @@ public:
 
     /**
      * A homing has ended when the axis stands at its origin after an accepted `home`; the origin flag alone says only
-     * where it is. A link counts as lost when the polls of the axis fail for a second. An answer is missing when it is
-     * older than a second and than 2.5 times the last round of polls, so that a slow link is none.
+     * where it is. A link counts as lost when the polls of the axis have failed for a second. An answer is missing when
+     * it is older than a second and than 2.5 times the last round of polls, so that a slow link is none.
      */
     AxisTrust trust(AnswerListener::Time now = std::chrono::steady_clock::now()) const;
 
@@ -75,11 +75,13 @@ private:
         std::optional<WallTime> lostAt; // a lost link since the last homing
         std::optional<AnswerListener::Time> failingSince;
         WallTime failingSinceWall{};
-        AnswerListener::Time heardAt{};         // the last answer, be it a failure
-        AnswerListener::Time::duration round{}; // between the last two positions
+        AnswerListener::Time heardAt{}; // the last answer, be it a failure
+        // Between the last two positions; as slow as a slow link's until there are two.
+        AnswerListener::Time::duration round = std::chrono::seconds(1);
         enum { None, Accepted, Moving } homing = None;
     };
 
+    bool hasFailedForLong() const;
     void hearAnswer(AnswerListener::Time at);
 
     const AxisDescription m_description;

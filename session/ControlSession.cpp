@@ -54,6 +54,7 @@ QSharedPointer<ControlSession> ControlSession::instance()
     static QWeakPointer<ControlSession> inUse;
     QSharedPointer<ControlSession> session = inUse.toStrongRef();
     if (!session) {
+        registerDeviceRecords(); // before the first connection that carries them
         session.reset(new ControlSession);
         inUse = session;
     }
@@ -62,6 +63,8 @@ QSharedPointer<ControlSession> ControlSession::instance()
 
 ControlSession::ControlSession()
     : m_worker(SerialComDev::instance())
+    , m_told(state())
+    , m_iDeviceId(m_worker->isOpened() ? m_worker->deviceId() : 0)
 {
     m_worker->answers().add(this);
 }
@@ -71,11 +74,20 @@ ControlSession::~ControlSession()
     m_worker->answers().remove(this);
 }
 
-void ControlSession::setState(State state)
+ControlSession::State ControlSession::state() const
 {
-    if (m_state == state)
+    if (m_bConnecting)
+        return State::Connecting;
+    return m_worker->isOpened() ? State::Connected : State::Disconnected;
+}
+
+void ControlSession::change(bool connecting, bool opened)
+{
+    m_bConnecting = connecting;
+    m_worker->setOpened(opened);
+    if (state() == m_told)
         return;
-    m_state = state;
+    m_told = state();
     emit stateChanged();
 }
 
@@ -101,17 +113,16 @@ std::optional<QVector<ControlSession::Controller>> ControlSession::findControlle
 
 int ControlSession::connectTo(const Controller &controller)
 {
-    const State before = m_state;
-    setState(State::Connecting);
+    const bool wasOpened = m_worker->isOpened();
+    change(true, wasOpened);
     const int result = m_worker->open(controller.id);
     if (result < 0) {
-        setState(before);
+        change(false, wasOpened);
         return result;
     }
     m_iDeviceId = controller.id;
     m_sSerialNumber = controller.serialNumber;
-    m_worker->setOpened(true);
-    setState(State::Connected);
+    change(false, true);
     return result;
 }
 
@@ -120,9 +131,8 @@ bool ControlSession::disconnectController()
     if (!m_worker->tryClose(disconnectLimitMs))
         return false;
     m_iDeviceId = 0;
-    m_worker->setOpened(false);
     clearAxes();
-    setState(State::Disconnected);
+    change(false, false);
     return true;
 }
 
@@ -150,15 +160,14 @@ bool ControlSession::reconnect(int limitMs)
 {
     if (m_iDeviceId == 0 || !m_worker->tryClose(limitMs))
         return false;
-    setState(State::Connecting);
+    change(true, m_worker->isOpened());
     if (m_worker->open(m_iDeviceId) < 0)
         return false;
     if (readSerialNumber(m_iDeviceId) != m_sSerialNumber) { // another one has its place
         m_worker->close();
         return false;
     }
-    m_worker->setOpened(true);
-    setState(State::Connected);
+    change(false, true);
     return true;
 }
 
@@ -191,9 +200,13 @@ ControlSession::AxisSetUp ControlSession::setUpAxis(int index)
     return axis;
 }
 
-bool ControlSession::finishSetUp()
+QString ControlSession::readFirmwareVersion()
 {
-    m_sFirmwareVersion = m_worker->getDevSoftVersion();
+    return m_worker->getDevSoftVersion();
+}
+
+bool ControlSession::readJoystick()
+{
     return m_worker->getRockerEnable() > 0;
 }
 

@@ -56,14 +56,12 @@ public:
     static QSharedPointer<ControlSession> instance();
     ~ControlSession() override;
 
-    State state() const { return m_state; }
-    bool isConnected() const { return m_state == State::Connected; }
+    State state() const;
+    bool isConnected() const { return state() == State::Connected; }
     /** The library's identifier of the controller; 0 when none is connected. */
     int deviceId() const { return m_iDeviceId; }
     /** Of the controller that is connected or was so last. */
     QString serialNumber() const { return m_sSerialNumber; }
-    /** As read by finishSetUp(); null when it could not be. */
-    QString firmwareVersion() const { return m_sFirmwareVersion; }
     /** As the controller reported it; 0 when none is connected, negative when it could not be read. */
     int axisCount() const { return m_iAxisCount; }
 
@@ -92,12 +90,14 @@ public:
 
     /**
      * Setting up a controller that has just been opened: beginSetUp(), setUpAxis() for each axis from 0 until one is
-     * the last, finishSetUp(). Between two of them the caller may let the event loop run.
+     * the last, readFirmwareVersion(), readJoystick(). Between two of them the caller may let the event loop run.
      */
     void beginSetUp();
     AxisSetUp setUpAxis(int index);
+    /** Null when it cannot be read. */
+    QString readFirmwareVersion();
     /** Whether the joystick drives the axes. */
-    bool finishSetUp();
+    bool readJoystick();
 
     /** Reads an axis that was chosen by hand. 0, or the negative step that failed. */
     int readAxis(int index);
@@ -121,9 +121,9 @@ signals:
 
 private:
     ControlSession();
-    void setState(State state);
+    void change(bool connecting, bool opened);
 
-    // In the worker's thread.
+    // In the thread that made the call.
     void positionAnswered(int axis, double position, Time at) override;
     void stateAnswered(int axis, const MotorStageState &state, Time at) override;
     void pollFailed(int axis, Time at) override;
@@ -131,10 +131,10 @@ private:
     QSharedPointer<ControlAxis> find(int index) const;
 
     const QSharedPointer<SerialComDev> m_worker;
-    State m_state = State::Disconnected;
+    bool m_bConnecting = false; // the worker knows whether a controller is open
+    State m_told;
     int m_iDeviceId = 0;
     QString m_sSerialNumber;
-    QString m_sFirmwareVersion;
     int m_iAxisCount = 0;
     mutable QMutex m_mutex; // of the axes, which answers look up
     QHash<int, QSharedPointer<ControlAxis>> m_axes;

@@ -66,7 +66,6 @@ MoverWidget::MoverWidget(QWidget *parent)
     , m_session(ControlSession::instance())
     , m_drag(this, ui->widget_titleBar)
 {
-    registerDeviceRecords();
     m_board = std::make_unique<PanelBoard>(ui->widget_controls);
     m_tabs = std::make_unique<AxisTabs>(ui->widget_menuBar);
 
@@ -166,10 +165,9 @@ void MoverWidget::slot_devConnected()
     }
 
     const BusyCursor busy;
-    const bool joystick = m_session->finishSetUp();
-    m_help->setFirmwareVersion(m_session->firmwareVersion());
+    m_help->setFirmwareVersion(m_session->readFirmwareVersion());
     m_heart->startHeart();
-    if (joystick) {
+    if (m_session->readJoystick()) {
         ui->radioButton_Rocker->setChecked(true);
         on_radioButton_Rocker_clicked();
     }
@@ -337,6 +335,7 @@ void MoverWidget::on_radioButton_Rocker_clicked()
     const bool on = ui->radioButton_Rocker->isChecked();
     qDebug() << "on_radioButton_Rocker_clicked" << on;
     emit SerialComDev::instance()->signal_setRockerEnabled(on);
+    m_bStopTakesRocker = false; // a stop that is not through yet was asked for before this
     refreshRockerSpeed();
     for (MoverControlWidget *panel : m_board->panels())
         panel->setMoveBtnEnabled(!on);
@@ -363,7 +362,6 @@ void MoverWidget::slot_updateControlerState()
         return;
     ui->radioButton_Rocker->setChecked(false);
     on_radioButton_Rocker_clicked();
-    ui->label_simulated->setVisible(MotionLibrary::inUse().isSimulated());
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
 }
@@ -372,6 +370,7 @@ void MoverWidget::slot_updateControlerState()
 
 void MoverWidget::stopAll()
 {
+    m_bStopTakesRocker = ui->radioButton_Rocker->isChecked();
     m_session->stopAll();
     m_console->acknowledgeWriting(); // it may hold the library: the key counts as what it waits for
     if (LibraryLock::heldFor() > std::chrono::milliseconds(stopAllPatienceMs))
@@ -400,9 +399,10 @@ void MoverWidget::stopAllDone()
 {
     m_stopAllPatience.stop();
     showStopAll();
-    if (!ui->radioButton_Rocker->isChecked() || SerialComDev::instance()->isRockerOn())
+    if (!m_bStopTakesRocker || SerialComDev::instance()->isRockerOn())
         return;
     // The stop has taken the axes back from the joystick.
+    m_bStopTakesRocker = false;
     ui->radioButton_Rocker->setChecked(false);
     for (MoverControlWidget *panel : m_board->panels())
         panel->setMoveBtnEnabled(true);

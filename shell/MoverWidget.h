@@ -105,4 +105,5 @@ private:
     bool m_bPortLostShown = false; // its message box is open
     QTimer m_stopAllPatience;      // how long a stop may take before it is said that it is not through
     bool m_bClosing = false;
+    bool m_bStopTakesRocker = false; // a stop of all is under way that ends joystick mode
 };

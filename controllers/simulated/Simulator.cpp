@@ -124,15 +124,6 @@ std::vector<controllers::Controller *> Simulator::controllers()
 
 // ---- Calls
 
-bool Simulator::keepsJournal() const
-{
-#if defined(MOVER_LIBRARY_STATIC)
-    return true;
-#else
-    return false;
-#endif
-}
-
 void Simulator::setObserver(std::function<void(const std::string &)> observer)
 {
     const std::lock_guard<std::mutex> observing(m_observerMutex);

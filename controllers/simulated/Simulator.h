@@ -38,8 +38,9 @@ public:
     /** Waits as long as faults and latency want, and lets the time pass up to now. */
     Fate enter(const char *function, std::unique_lock<std::mutex> *lock) override;
     void leave(const char *function, const std::string &arguments, const std::string &result) override;
-    /** Only for tests, which can read it. */
-    bool keepsJournal() const override;
+    bool keepsJournal() const override { return s_keepsJournal; }
+    /** From now on. Only for tests, which can read it; true. */
+    static bool keepJournal() { return s_keepsJournal = true; }
 
     std::vector<controllers::Controller *> controllers() override;
     /** Null if there is none. */
@@ -73,6 +74,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
+    static inline bool s_keepsJournal = false;
     struct Fault {
         CallFault what;
         int seen = 0; ///< calls of the function since the fault was set

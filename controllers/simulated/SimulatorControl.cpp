@@ -11,6 +11,9 @@ namespace simulator {
 
 namespace {
 
+// An executable with this interface can read the journal; it is kept from the first call on.
+const bool keepsJournal = Simulator::keepJournal();
+
 /** The simulator, locked, with everything that is due done. */
 class LockedSimulator
 {

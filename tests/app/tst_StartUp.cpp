@@ -36,6 +36,7 @@ private slots:
 
     void preparesForHighResolutionScreens();
     void loadsNoOpenGlUnlessAsked();
+    void drawsItsFileDialogsItself();
     void knowsNameAndVersion();
 
     void takesTheFontOfTheFile();
@@ -92,6 +93,12 @@ void tst_StartUp::loadsNoOpenGlUnlessAsked()
     const QByteArray kept = qgetenv("QT_XCB_GL_INTEGRATION");
     qputenv("QT_XCB_GL_INTEGRATION", "none");
     QCOMPARE(kept, QByteArray("xcb_glx"));
+}
+
+/** The stop keys would not reach a dialog of the system. */
+void tst_StartUp::drawsItsFileDialogsItself()
+{
+    QVERIFY(QCoreApplication::testAttribute(Qt::AA_DontUseNativeDialogs));
 }
 
 void tst_StartUp::knowsNameAndVersion()

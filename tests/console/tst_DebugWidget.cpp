@@ -326,6 +326,41 @@ private slots:
         QCOMPARE(journal(), QStringList("home(1001, 1) = 0"));
         QCOMPARE(shown(), QString("0"));
     }
+    void whatItDoesIsKnownToTheStopOfAll()
+    {
+        const auto worker = SerialComDev::instance();
+        QCOMPARE(worker->getRockerEnable(), 0);
+        simulator::setJoystick(device, true, 0);
+        setInput("1");
+        click("pushButton_49");
+        QVERIFY(worker->isRockerOn());
+        setInput("0");
+        click("pushButton_49");
+        QVERIFY(!worker->isRockerOn());
+        setRockerEnable(device, 1); // by another program
+        click("pushButton_59");
+        QVERIFY(worker->isRockerOn());
+    }
+    void anAcceptedMotionIsHeard()
+    {
+        class Ear final : public AnswerListener
+        {
+        public:
+            void positionAnswered(int, double, Time) override {}
+            void stateAnswered(int, const MotorStageState &, Time) override {}
+            void pollFailed(int, Time) override {}
+            void commandAccepted(int axis, int type, Time) override { heard.append({axis, type}); }
+            QVector<QPair<int, int>> heard;
+        } ear;
+        SerialComDev::instance()->answers().add(&ear);
+        simulator::failCall("home", -9);
+        click("pushButton_22");
+        click("pushButton_22");
+        click("pushButton_3");
+        SerialComDev::instance()->answers().remove(&ear);
+        const QVector<QPair<int, int>> wanted{{axis, OPERATION_TYPE_HOME}, {axis, OPERATION_TYPE_STOP}};
+        QCOMPARE(ear.heard, wanted);
+    }
     void neverOverlapsTheWorker()
     {
         simulator::delayCall("getRuningState", 1, 200);

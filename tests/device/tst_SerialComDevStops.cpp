@@ -81,6 +81,7 @@ private slots:
 
     void stopAllStopsEveryAxis();
     void stopAllTakesTheAxesBackFromTheJoystickFirst();
+    void stopAllTakesTheAxesBackWhereNobodyHasAsked();
     void stopAllGoesBeforeEverythingThatWaits();
     void eachStopAllSendsAgain();
     void stopAllCancelsTheStartsBeforeIt();
@@ -105,6 +106,7 @@ void tst_SerialComDevStops::init()
     m_worker = SerialComDev::instance();
     QCOMPARE(m_worker->open(device), device);
     QCOMPARE(m_worker->getDevAxisCount(), 3);
+    QCOMPARE(m_worker->getRockerEnable(), 0);
     simulator::clearJournal();
 }
 
@@ -250,6 +252,16 @@ void tst_SerialComDevStops::stopAllTakesTheAxesBackFromTheJoystickFirst()
     QCOMPARE(simulator::callCount("setRockerEnable"), 0);
 }
 
+void tst_SerialComDevStops::stopAllTakesTheAxesBackWhereNobodyHasAsked()
+{
+    m_worker->close();
+    QCOMPARE(m_worker->open(device), device); // and another program has left it in joystick mode
+    simulator::clearJournal();
+    m_worker->stopAll();
+    QTRY_VERIFY(!m_worker->isStoppingAll());
+    QCOMPARE(calls().first(), QStringLiteral("setRockerEnable(1001, 0)"));
+}
+
 void tst_SerialComDevStops::stopAllGoesBeforeEverythingThatWaits()
 {
     hangInAPoll();
@@ -332,6 +344,13 @@ void tst_SerialComDevStops::stopAllOfAControllerThatHasNotToldItsAxesStopsThree(
     m_worker->stopAll();
     QTRY_VERIFY(!m_worker->isStoppingAll());
     QCOMPARE(simulator::callCount("stopRuning"), 8); // more has no controller
+
+    simulator::failCall("getDevAxisCount", -9);
+    QVERIFY(m_worker->getDevAxisCount() < 0); // which does not take away what is known
+    simulator::clearJournal();
+    m_worker->stopAll();
+    QTRY_VERIFY(!m_worker->isStoppingAll());
+    QCOMPARE(simulator::callCount("stopRuning"), 8);
 }
 
 void tst_SerialComDevStops::stopAllWithoutAControllerDoesNothing()

@@ -37,9 +37,11 @@ private slots:
     void staysHomedWhileItMovesOn();
     void theLinkIsLostAfterASecondOfFailures();
     void aFailureInBetweenIsNoLostLink();
+    void aFailureThatNothingFollowsIsNoLostLink();
     void aLinkThatWasLostIsRememberedUntilTheNextHoming();
     void silenceIsNoAnswer();
     void aSlowLinkIsNoSilence();
+    void theFirstAnswerOfASlowLinkIsWaitedFor();
     void theSameAxisDescribedAnewKeepsItsTrust();
 
 private:
@@ -162,6 +164,16 @@ void tst_ControlAxis::aFailureInBetweenIsNoLostLink()
     QCOMPARE(kind(), AxisTrust::Homed);
 }
 
+void tst_ControlAxis::aFailureThatNothingFollowsIsNoLostLink()
+{
+    home();
+    failFor(0.1);
+    m_now += 3s; // somebody holds the library
+    QCOMPARE(kind(), AxisTrust::NoAnswer);
+    answerFor(0.1);
+    QCOMPARE(kind(), AxisTrust::Homed);
+}
+
 void tst_ControlAxis::aLinkThatWasLostIsRememberedUntilTheNextHoming()
 {
     home();
@@ -199,6 +211,14 @@ void tst_ControlAxis::aSlowLinkIsNoSilence()
     }
     m_now += 4700ms; // 5.8 s of 2.3 s a round
     QCOMPARE(kind(), AxisTrust::NoAnswer);
+}
+
+void tst_ControlAxis::theFirstAnswerOfASlowLinkIsWaitedFor()
+{
+    const ControlAxis axis({});
+    const auto now = std::chrono::steady_clock::now();
+    QCOMPARE(axis.trust(now + 2s).kind, AxisTrust::NotHomed);
+    QCOMPARE(axis.trust(now + 3s).kind, AxisTrust::NoAnswer);
 }
 
 void tst_ControlAxis::theSameAxisDescribedAnewKeepsItsTrust()

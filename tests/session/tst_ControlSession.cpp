@@ -77,6 +77,8 @@ private slots:
 
     void keepsTheLastAnswersOfAnAxisWithTheirTimes();
     void everyAnswerCanBeHeardInTheWorkersThread();
+    void anAxisIsHomedWhenAnAcceptedHomingHasEnded();
+    void tellsWhenEverythingIsStopped();
 
     void reconnectsWithoutMovingAnything();
     void doesNotReconnectToAnotherController();
@@ -109,7 +111,8 @@ void tst_ControlSession::isOneForAllThatHoldIt()
     QCOMPARE(m_session->connectTo({device, "SIM-A"}), device);
     QVERIFY(ControlSession::instance()->isConnected());
     m_session.reset();
-    QVERIFY(!ControlSession::instance()->isConnected()); // the next one knows nothing
+    QVERIFY(ControlSession::instance()->isConnected()); // the next one asks the worker
+    QCOMPARE(ControlSession::instance()->deviceId(), device);
 }
 
 // ---- Controller
@@ -234,8 +237,8 @@ void tst_ControlSession::setsUpTheAxesThatIdentifyThemselves()
     QCOMPARE(m_session->setUpAxis(1).outcome, Outcome::NoStage);
     const auto last = m_session->setUpAxis(2);
     QVERIFY(last.isLast);
-    QVERIFY(!m_session->finishSetUp()); // no joystick
-    QCOMPARE(m_session->firmwareVersion(), QStringLiteral("2.4.1 simulated"));
+    QCOMPARE(m_session->readFirmwareVersion(), QStringLiteral("2.4.1 simulated"));
+    QVERIFY(!m_session->readJoystick());
 
     QVERIFY(!m_session->axis(1));
     const AxisDescription axis = m_session->axis(2)->description();
@@ -349,6 +352,35 @@ void tst_ControlSession::everyAnswerCanBeHeardInTheWorkersThread()
 }
 
 // ---- Connecting again
+
+void tst_ControlSession::anAxisIsHomedWhenAnAcceptedHomingHasEnded()
+{
+    m_session->connectTo({device, "SIM-A"});
+    m_session->beginSetUp();
+    m_session->setUpAxis(0);
+    const auto axis = m_session->axis(0);
+    simulator::setPosition(device, 0, 5);
+    for (const bool refused : {true, false}) {
+        if (refused)
+            simulator::failCall("home", -9);
+        emit SerialComDev::instance()->signal_home(0);
+        poll(0);
+        simulator::advance(1000);
+        if (refused)
+            simulator::setPosition(device, 0, 0); // at the origin, but not by homing
+        poll(0);
+        QCOMPARE(axis->trust().kind, refused ? AxisTrust::NotHomed : AxisTrust::Homed);
+    }
+}
+
+void tst_ControlSession::tellsWhenEverythingIsStopped()
+{
+    m_session->connectTo({device, "SIM-A"});
+    const QSignalSpy requests(m_session.data(), &ControlSession::stopAllRequested);
+    m_session->stopAll();
+    QCOMPARE(requests.count(), 1);
+    QTRY_VERIFY(!SerialComDev::instance()->isStoppingAll());
+}
 
 void tst_ControlSession::reconnectsWithoutMovingAnything()
 {

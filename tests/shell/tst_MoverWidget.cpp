@@ -104,6 +104,7 @@ private slots:
     void controlsHaveTheirTexts();
     void picturesStandInTheTitleBar();
     void theDebugButtonIsAlwaysShown();
+    void titleBarAndHelpSayThatTheControllerIsSimulated();
     void theJoystickSwitchIsDisabledAndHidden();
     void theConnectButtonHasTheFocus();
     void itsSlotsKeepTheirNamesAndOrder();
@@ -278,6 +279,16 @@ void tst_MoverWidget::theDebugButtonIsAlwaysShown()
     QVERIFY(program.find("pushButton_debug")->isVisible());
     program.connectTo();
     QVERIFY(program.find("pushButton_debug")->isVisible());
+}
+
+void tst_MoverWidget::titleBarAndHelpSayThatTheControllerIsSimulated()
+{
+    const OpenWindow program;
+    const auto *quiet = program.find<QLabel>("label_simulated");
+    QVERIFY(quiet->isVisible());
+    QCOMPARE(quiet->text(), QStringLiteral("模拟控制器"));
+    const auto *inHelp = program.dialog<HelpWidget>()->findChild<QLabel *>(QStringLiteral("label_library"));
+    QCOMPARE(inHelp->text(), QStringLiteral("模拟控制器"));
 }
 
 void tst_MoverWidget::theJoystickSwitchIsDisabledAndHidden()

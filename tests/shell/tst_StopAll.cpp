@@ -52,12 +52,15 @@ private slots:
     void theButtonStopsEveryAxisWithOrWithoutAPanel();
     void theButtonIsBrightWhileAnAxisWithAPanelMoves();
     void theButtonSaysThatTheStopIsNotThroughYet();
+    void theButtonSaysSoAlsoWhenTheStopItselfHangs();
     void theKeysStopInEveryWindow_data();
     void theKeysStopInEveryWindow();
     void aHeldKeyCountsOnce();
     void otherKeysDoNothing();
+    void theKeyAcknowledgesTheConsolesBox_data();
     void theKeyAcknowledgesTheConsolesBox();
     void takesTheAxesBackFromTheJoystick();
+    void aJoystickThatIsSwitchedOnBehindTheStopStaysOn();
     void aLoopRunEndsAndItsDialogStays();
     void isEnglishToo();
 
@@ -149,6 +152,15 @@ void tst_StopAll::theButtonSaysThatTheStopIsNotThroughYet()
     QVERIFY(!isBright());
 }
 
+void tst_StopAll::theButtonSaysSoAlsoWhenTheStopItselfHangs()
+{
+    simulator::hangCall("stopRuning");
+    OpenWindow::click(button());
+    QTRY_COMPARE(button()->text(), QStringLiteral("正在停止…"));
+    simulator::releaseHung();
+    QTRY_COMPARE(button()->text(), QStringLiteral("全部停止"));
+}
+
 void tst_StopAll::theKeysStopInEveryWindow_data()
 {
     QTest::addColumn<QString>("window");
@@ -222,15 +234,23 @@ void tst_StopAll::otherKeysDoNothing()
     QCOMPARE(stops(), 0);
 }
 
+void tst_StopAll::theKeyAcknowledgesTheConsolesBox_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("F12") << int(Qt::Key_F12);
+    QTest::newRow("Pause") << int(Qt::Key_Pause);
+}
+
 void tst_StopAll::theKeyAcknowledgesTheConsolesBox()
 {
+    QFETCH(int, key);
     OpenWindow::click(m_program->find("pushButton_debug"));
     OpenWindow::click(console()->findChild<QPushButton *>(QStringLiteral("pushButton_readMorotParams")));
     bool held = false;
     QTimer::singleShot(0, this, [&] {
         held = !LibraryLock(0).isLocked();
         simulator::clearJournal();
-        pressKey(QApplication::activeModalWidget(), Qt::Key_F12);
+        pressKey(QApplication::activeModalWidget(), key);
     });
     OpenWindow::click(console()->findChild<QPushButton *>(QStringLiteral("pushButton_writeMotorParams")));
     QVERIFY(held); // the box was open, and nobody could reach the library
@@ -253,6 +273,21 @@ void tst_StopAll::takesTheAxesBackFromTheJoystick()
     QVERIFY(!move->isHidden());
     QCOMPARE(calls().first(), QStringLiteral("setRockerEnable(1001, 0)"));
     QCOMPARE(simulator::callCount("setRockerEnable"), 1);
+}
+
+void tst_StopAll::aJoystickThatIsSwitchedOnBehindTheStopStaysOn()
+{
+    simulator::setJoystick(device, true, 0);
+    QTRY_VERIFY(m_program->rocker()->isVisible());
+    simulator::hangCall("stopRuning");
+    OpenWindow::click(button());
+    QTRY_COMPARE(button()->text(), QStringLiteral("正在停止…"));
+    OpenWindow::click(m_program->rocker());
+    simulator::releaseHung();
+    QTRY_COMPARE(button()->text(), QStringLiteral("全部停止"));
+    QTRY_COMPARE(simulator::callCount("setRockerEnable"), 1);
+    QVERIFY(m_program->rocker()->isChecked());
+    QVERIFY(SerialComDev::instance()->isRockerOn());
 }
 
 void tst_StopAll::aLoopRunEndsAndItsDialogStays()
