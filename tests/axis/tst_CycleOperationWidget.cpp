@@ -61,7 +61,6 @@ private slots:
     void cleanup()
     {
         m_dialog.reset();
-        QLocale::setDefault(QLocale::c());
         end();
     }
 
@@ -147,29 +146,6 @@ private slots:
         QCOMPARE(find<QDoubleSpinBox>("doubleSpinBox_acc")->value(), 44.);
         QCOMPARE(find<QSpinBox>("spinBox_time")->value(), 9);
         QCOMPARE(find<QSpinBox>("spinBox_delay")->value(), 1500);
-    }
-    void readsAPointAndACommaInEveryLocale_data()
-    {
-        QTest::addColumn<QLocale>("locale");
-        QTest::addColumn<QString>("typed");
-        for (const QLocale &locale : {QLocale(QLocale::German), QLocale(QLocale::French)}) {
-            for (const char *typed : {"2.25", "2,25"})
-                QTest::addRow("%s, %s", qPrintable(locale.name()), typed) << locale << typed;
-        }
-    }
-    void readsAPointAndACommaInEveryLocale()
-    {
-        QFETCH(QLocale, locale);
-        QFETCH(QString, typed);
-        QLocale::setDefault(locale);
-        const CycleOperationWidget dialog;
-        const auto fields = dialog.findChildren<QDoubleSpinBox *>();
-        QCOMPARE(fields.size(), 3);
-        for (QDoubleSpinBox *field : fields) {
-            field->selectAll();
-            QTest::keyClicks(field, typed);
-            QCOMPARE(field->value(), 2.25);
-        }
     }
     void changesLanguageAndKeepsUnitAndValues()
     {
@@ -343,12 +319,6 @@ private slots:
         QCOMPARE(next.text(), closeQuestion);
         QCOMPARE(takeRequests(), (QStringList{"stopMotor(1)", "stopDoing"}));
         QVERIFY(!m_dialog->isVisible());
-    }
-    void asksUntilItWasToldThatTheAxisIsIdle()
-    {
-        const OnMessageBox box; // nothing was broadcast yet
-        click("pushButton_close");
-        QCOMPARE(box.shown(), 1);
     }
     void followsTheLastRunningState()
     {
