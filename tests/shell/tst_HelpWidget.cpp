@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "shell/HelpWidget.h"
 
+#include "support/Mouse.h"
+#include "support/Prefixed.h"
+
 #include <QDesktopServices>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPushButton>
-#include <QTranslator>
 #include <QUrl>
 #include <QtTest>
 
@@ -35,17 +36,6 @@ QString linkText(const QString &target, const QString &text)
     return QStringLiteral("<a style='color: orange; text-decoration: none' href = ") + target +
            QStringLiteral(" ?type=lately>") + text;
 }
-
-/** Marks every text of the popup instead of translating it. */
-class MarkingTranslator final : public QTranslator
-{
-public:
-    bool isEmpty() const override { return false; }
-    QString translate(const char *context, const char *text, const char *, int) const override
-    {
-        return qstrcmp(context, "HelpWidget") == 0 ? QStringLiteral("en:") + QString::fromUtf8(text) : QString();
-    }
-};
 
 /** Stands in for the desktop: keeps what it is asked to open. */
 class Desktop final : public QObject
@@ -87,16 +77,6 @@ void addLinkRows()
         QTest::newRow(link.label) << QString::fromLatin1(link.label) << link.target << QString::fromUtf8(link.text);
 }
 
-/** QTest::mouseMove() moves the pointer without holding a button, so drags are made of events. */
-void sendMouse(QWidget *widget, QEvent::Type type, QPoint pos, Qt::MouseButton button)
-{
-    QMouseEvent event(
-        type, pos, widget->mapTo(widget->window(), pos), widget->mapToGlobal(pos),
-        type == QEvent::MouseMove ? Qt::NoButton : button, type == QEvent::MouseButtonRelease ? Qt::NoButton : button,
-        Qt::NoModifier);
-    QCoreApplication::sendEvent(widget, &event);
-}
-
 void show(QWidget &window)
 {
     window.show();
@@ -122,7 +102,6 @@ private slots:
     void keysOpenEveryLink();
     void theManualStandsBesideTheProgram();
     void showsTheSoftwareVersionAndTheCopyright();
-    void firmwareVersionIsEmptyAtFirst();
     void showsTheFirmwareVersion();
     void languageChangeTranslatesLinksAndKeepsTargets_data() { addLinkRows(); }
     void languageChangeTranslatesLinksAndKeepsTargets();
@@ -133,9 +112,8 @@ private slots:
     void closeButtonHides();
     void escapeHides();
     void otherKeysDoNotHide();
-    void isDraggedByItsTitleArea();
+    void isDraggedByItsTitleAreaOnly();
     void isDraggedByTheLeftButtonOnly();
-    void isNotDraggedByItsBody();
 };
 
 void tst_HelpWidget::isATranslucentFramelessWindow()
@@ -244,15 +222,10 @@ void tst_HelpWidget::showsTheSoftwareVersionAndTheCopyright()
     QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
 }
 
-void tst_HelpWidget::firmwareVersionIsEmptyAtFirst()
-{
-    const HelpWidget popup;
-    QCOMPARE(label(popup, "label_firmwareVersion")->text(), QString());
-}
-
 void tst_HelpWidget::showsTheFirmwareVersion()
 {
     HelpWidget popup;
+    QCOMPARE(label(popup, "label_firmwareVersion")->text(), QString());
     popup.setFirmwareVersion(QStringLiteral("V2.3"));
     QCOMPARE(label(popup, "label_firmwareVersion")->text(), QStringLiteral("V2.3"));
     popup.setFirmwareVersion(QString());
@@ -267,11 +240,11 @@ void tst_HelpWidget::languageChangeTranslatesLinksAndKeepsTargets()
     const HelpWidget popup;
     const QLabel *link = popup.findChild<QLabel *>(name);
 
-    MarkingTranslator translator;
-    QVERIFY(QCoreApplication::installTranslator(&translator));
-    QTRY_COMPARE(link->text(), linkText(target, QStringLiteral("en:") + text));
-    QVERIFY(QCoreApplication::removeTranslator(&translator));
-    QTRY_COMPARE(link->text(), linkText(target, text));
+    {
+        const Prefixed prefixed;
+        QCOMPARE(link->text(), linkText(target, QStringLiteral("T:") + text));
+    }
+    QCOMPARE(link->text(), linkText(target, text));
 }
 
 void tst_HelpWidget::languageChangeTranslatesTheCaptions_data()
@@ -296,9 +269,8 @@ void tst_HelpWidget::languageChangeTranslatesTheCaptions()
     const QLabel *caption = popup.findChild<QLabel *>(name);
     QCOMPARE(caption->text(), text);
 
-    MarkingTranslator translator;
-    QVERIFY(QCoreApplication::installTranslator(&translator));
-    QTRY_COMPARE(caption->text(), QStringLiteral("en:") + text);
+    const Prefixed prefixed;
+    QTRY_COMPARE(caption->text(), QStringLiteral("T:") + text);
 }
 
 void tst_HelpWidget::languageChangeKeepsVersionsAndCopyright()
@@ -306,9 +278,8 @@ void tst_HelpWidget::languageChangeKeepsVersionsAndCopyright()
     HelpWidget popup;
     popup.setFirmwareVersion(QStringLiteral("V2.3"));
 
-    MarkingTranslator translator;
-    QVERIFY(QCoreApplication::installTranslator(&translator));
-    QTRY_COMPARE(label(popup, "label_title")->text(), QStringLiteral("en:帮助"));
+    const Prefixed prefixed;
+    QTRY_COMPARE(label(popup, "label_title")->text(), QStringLiteral("T:帮助"));
     QCOMPARE(label(popup, "label_firmwareVersion")->text(), QStringLiteral("V2.3"));
     QCOMPARE(label(popup, "label_softwareVersion")->text(), QStringLiteral("V" MOVER_VERSION));
     QCOMPARE(label(popup, "label_copyright")->text(), QString::fromUtf8(MOVER_COPYRIGHT));
@@ -327,8 +298,7 @@ void tst_HelpWidget::longerTextsGetTheirRoom()
     };
     QVERIFY(fit());
 
-    MarkingTranslator translator;
-    QVERIFY(QCoreApplication::installTranslator(&translator));
+    const Prefixed prefixed;
     popup.setFirmwareVersion(QStringLiteral("V12.34.56 2026"));
     QTRY_VERIFY(fit());
 }
@@ -357,19 +327,24 @@ void tst_HelpWidget::otherKeysDoNotHide()
     QVERIFY(popup.isVisible());
 }
 
-void tst_HelpWidget::isDraggedByItsTitleArea()
+void tst_HelpWidget::isDraggedByItsTitleAreaOnly()
 {
     HelpWidget popup;
     popup.move(100, 100);
     show(popup);
     QLabel *title = label(popup, "label_title");
 
-    sendMouse(title, QEvent::MouseButtonPress, {4, 4}, Qt::LeftButton);
-    sendMouse(title, QEvent::MouseMove, {34, 24}, Qt::LeftButton);
+    Mouse::press(title, {4, 4});
+    Mouse::move(title, {34, 24});
     QCOMPARE(popup.pos(), QPoint(130, 120));
 
-    sendMouse(title, QEvent::MouseButtonRelease, {4, 4}, Qt::LeftButton);
-    sendMouse(title, QEvent::MouseMove, {54, 64}, Qt::LeftButton);
+    Mouse::release(title, {4, 4});
+    Mouse::move(title, {54, 64});
+    QCOMPARE(popup.pos(), QPoint(130, 120));
+
+    QLabel *body = label(popup, "label_copyright");
+    Mouse::press(body, {4, 4});
+    Mouse::move(body, {34, 24});
     QCOMPARE(popup.pos(), QPoint(130, 120));
 }
 
@@ -380,20 +355,8 @@ void tst_HelpWidget::isDraggedByTheLeftButtonOnly()
     show(popup);
     QLabel *title = label(popup, "label_title");
 
-    sendMouse(title, QEvent::MouseButtonPress, {4, 4}, Qt::RightButton);
-    sendMouse(title, QEvent::MouseMove, {34, 24}, Qt::RightButton);
-    QCOMPARE(popup.pos(), QPoint(100, 100));
-}
-
-void tst_HelpWidget::isNotDraggedByItsBody()
-{
-    HelpWidget popup;
-    popup.move(100, 100);
-    show(popup);
-    QLabel *body = label(popup, "label_copyright");
-
-    sendMouse(body, QEvent::MouseButtonPress, {4, 4}, Qt::LeftButton);
-    sendMouse(body, QEvent::MouseMove, {34, 24}, Qt::LeftButton);
+    Mouse::send(QEvent::MouseButtonPress, title, {4, 4}, Qt::RightButton, Qt::RightButton);
+    Mouse::send(QEvent::MouseMove, title, {34, 24}, Qt::NoButton, Qt::RightButton);
     QCOMPARE(popup.pos(), QPoint(100, 100));
 }
 
