@@ -49,7 +49,6 @@ private slots:
     void unknownAxisCountShowsNone_data();
     void unknownAxisCountShowsNone();
     void withoutControllerShowsNoAxisAndSaysNothing();
-    void axesComeBackWithTheNextController();
     void loadsFromTheHighestAxisDown();
     void showsTheTriggerState_data();
     void showsTheTriggerState();
@@ -76,7 +75,6 @@ private slots:
     void stageWithoutNameIsARemindedChange_data();
     void stageWithoutNameIsARemindedChange();
     void remindsBeforeItSends();
-    void cursorIsFreeWhileABoxIsUp();
     void triggerOutputGoesToTheController_data();
     void triggerOutputGoesToTheController();
     void displacementIsSentWhenEditingIsFinished_data();
@@ -191,12 +189,8 @@ void tst_AxisOptions::withoutControllerShowsNoAxisAndSaysNothing()
     QCOMPARE(shownAxes(), QString());
     QCOMPARE(m_dialog->calls(), QStringList("getDevAxisCount(0)"));
     QCOMPARE(boxes.texts(), QStringList());
-}
 
-void tst_AxisOptions::axesComeBackWithTheNextController()
-{
-    m_dialog->get()->loadDeviceSettings();
-    QCOMPARE(shownAxes(), QString());
+    // The axes come back with the next controller.
     m_dialog->connectController();
     m_dialog->get()->loadDeviceSettings();
     QCOMPARE(shownAxes(), QString("123 123"));
@@ -461,13 +455,16 @@ void tst_AxisOptions::unchecksTheInputBeforeItSaysWhy()
     openPage("trigger");
     displacement(1)->setValue(50.001);
     bool checkedMeanwhile = true;
+    bool busy = true;
     const MessageBoxes boxes([&](QMessageBox *box) {
         checkedMeanwhile = in(1)->isChecked();
+        busy = QGuiApplication::overrideCursor();
         MessageBoxes::press(box, "确认");
     });
     m_dialog->click("checkBox_triggerIn_1");
     QCOMPARE(boxes.count(), 1);
     QVERIFY(!checkedMeanwhile);
+    QVERIFY(!busy);
 }
 
 void tst_AxisOptions::showsTheBoundsWithSixDigits_data()
@@ -545,20 +542,6 @@ void tst_AxisOptions::remindsBeforeItSends()
     m_dialog->click("checkBox_triggerIn_1");
     QCOMPARE(meanwhile, QStringList("getMotorModelName(1001, 0)")); // a record without a name has no travel to read
     QVERIFY(m_dialog->calls().contains("setTriggerInEnable(1001, 0, 1)"));
-}
-
-void tst_AxisOptions::cursorIsFreeWhileABoxIsUp()
-{
-    openPage("trigger");
-    displacement(1)->setValue(5000);
-    bool busy = true;
-    MessageBoxes boxes([&](QMessageBox *box) {
-        busy = QGuiApplication::overrideCursor();
-        MessageBoxes::press(box, "确认");
-    });
-    m_dialog->click("checkBox_triggerIn_1");
-    QCOMPARE(boxes.texts().size(), 1);
-    QVERIFY(!busy);
 }
 
 void tst_AxisOptions::triggerOutputGoesToTheController_data()

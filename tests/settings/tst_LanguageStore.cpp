@@ -52,12 +52,10 @@ private slots:
     void init();
     void cleanup() { m_folder.reset(); }
 
-    void isChineseWithoutAFile();
-    void readingWritesNothing();
+    void isChineseWithoutAFileAndWritesNone();
     void keepsTheCode_data();
     void keepsTheCode();
     void writesAnIniFile();
-    void readsWhatQSettingsWrites();
     void damagedFileReadsAsChinese_data();
     void damagedFileReadsAsChinese();
     void savingRepairsADamagedFile();
@@ -100,14 +98,9 @@ void tst_LanguageStore::init()
     QVERIFY(QDir().mkpath(m_sProgram));
 }
 
-void tst_LanguageStore::isChineseWithoutAFile()
+void tst_LanguageStore::isChineseWithoutAFileAndWritesNone()
 {
     QCOMPARE(store().load(), 0);
-}
-
-void tst_LanguageStore::readingWritesNothing()
-{
-    store().load();
     QVERIFY(QDir(m_sProgram).isEmpty());
     QVERIFY(!QFile::exists(m_sUser));
 }
@@ -135,17 +128,6 @@ void tst_LanguageStore::writesAnIniFile()
     QCOMPARE(readFile(programFile()), QByteArray("[language]\ntype=0\n"));
     QCOMPARE(QDir(m_sProgram).entryList(QDir::Files), QStringList("appConfig.ini")); // and leaves nothing beside it
     QCOMPARE(QSettings(programFile(), QSettings::IniFormat).value("language/type").toInt(), 0);
-}
-
-void tst_LanguageStore::readsWhatQSettingsWrites()
-{
-    {
-        QSettings settings(programFile(), QSettings::IniFormat);
-        settings.beginGroup("language");
-        settings.setValue("type", 1);
-        settings.endGroup();
-    }
-    QCOMPARE(store().load(), 1);
 }
 
 void tst_LanguageStore::damagedFileReadsAsChinese_data()

@@ -55,16 +55,13 @@ private slots:
     // Frame
     void isAFramelessModalDialogWithAShadow();
     void opensOnTheLanguagePage();
-    void pageButtonsShowTheirPages_data();
-    void pageButtonsShowTheirPages();
-    void pageButtonsExcludeEachOther();
+    void pageButtonsShowTheirPagesAndExcludeEachOther();
     void cautionComesBeforeTheMotorParameters();
     void keepsItsPageBetweenOpenings();
     void closeButtonHidesIt();
     void escapeHidesIt();
     void allOfItIsReachedByKeyboard();
-    void isDraggedByItsTitle();
-    void isNotDraggedByItsPages();
+    void isDraggedByItsTitleOnly();
 
     // Language
     void startsInChineseWithoutASettingsFile();
@@ -93,7 +90,6 @@ private slots:
     void boxesSpeakBothLanguages();
     void messageFollowsTheLanguage_data();
     void messageFollowsTheLanguage();
-    void languageChangeKeepsEverythingElse();
     void textsFitInBothLanguages_data();
     void textsFitInBothLanguages();
 
@@ -146,31 +142,16 @@ void tst_OptionsWidget::opensOnTheLanguagePage()
     QVERIFY(isOn("pushButton_language"));
 }
 
-void tst_OptionsWidget::pageButtonsShowTheirPages_data()
-{
-    QTest::addColumn<QString>("name");
-    for (const char *name : {"trigger", "posConpen", "language"})
-        QTest::newRow(name) << name;
-}
-
-void tst_OptionsWidget::pageButtonsShowTheirPages()
-{
-    QFETCH(QString, name);
-    m_dialog->open(name == "language" ? "trigger" : "language");
-    m_dialog->click("pushButton_" + name);
-    QCOMPARE(page(), "page_" + name);
-}
-
-void tst_OptionsWidget::pageButtonsExcludeEachOther()
+void tst_OptionsWidget::pageButtonsShowTheirPagesAndExcludeEachOther()
 {
     const MessageBoxes boxes("确定");
-    const QStringList names = {
-        "pushButton_trigger", "pushButton_motorParam", "pushButton_posConpen", "pushButton_language"};
+    const QStringList names = {"trigger", "motorParam", "posConpen", "language"};
     m_dialog->open("language");
     for (const QString &clicked : names) {
-        m_dialog->click(clicked);
+        m_dialog->click("pushButton_" + clicked);
+        QCOMPARE(page(), "page_" + clicked);
         for (const QString &name : names)
-            QCOMPARE(isOn(name), name == clicked);
+            QCOMPARE(isOn("pushButton_" + name), name == clicked);
     }
 }
 
@@ -247,7 +228,7 @@ void tst_OptionsWidget::allOfItIsReachedByKeyboard()
         QVERIFY2(reached.contains(name), qPrintable(QString(name) + " not in " + reached.join(' ')));
 }
 
-void tst_OptionsWidget::isDraggedByItsTitle()
+void tst_OptionsWidget::isDraggedByItsTitleOnly()
 {
     m_dialog->open("language");
     OptionsWidget *dialog = m_dialog->get();
@@ -260,18 +241,12 @@ void tst_OptionsWidget::isDraggedByItsTitle()
     Mouse::release(dialog, start);
     Mouse::move(dialog, start + QPointF(50, 50));
     QCOMPARE(dialog->pos(), QPoint(131, 80));
-}
 
-void tst_OptionsWidget::isNotDraggedByItsPages()
-{
-    m_dialog->open("language");
-    OptionsWidget *dialog = m_dialog->get();
-    dialog->move(100, 100);
     QWidget *body = m_dialog->find<QWidget>("page_language");
-    const QPoint start = body->mapTo(dialog, body->rect().center());
-    Mouse::press(dialog, start);
-    Mouse::move(dialog, start + QPoint(40, 40));
-    QCOMPARE(dialog->pos(), QPoint(100, 100));
+    const QPoint below = body->mapTo(dialog, body->rect().center());
+    Mouse::press(dialog, below);
+    Mouse::move(dialog, below + QPoint(40, 40));
+    QCOMPARE(dialog->pos(), QPoint(131, 80));
 }
 
 void tst_OptionsWidget::startsInChineseWithoutASettingsFile()
@@ -646,35 +621,6 @@ void tst_OptionsWidget::messageFollowsTheLanguage()
     QCOMPARE(message(), english);
     m_dialog->click("radioButton_cn");
     QCOMPARE(message(), chinese);
-}
-
-void tst_OptionsWidget::languageChangeKeepsEverythingElse()
-{
-    m_dialog->connectController();
-    m_dialog->get()->loadDeviceSettings();
-    m_dialog->find<QCheckBox>("checkBox_triggerIn_1")->setChecked(true);
-    m_dialog->find<QCheckBox>("checkBox_posConpen_on2")->setChecked(true);
-    m_dialog->find<QDoubleSpinBox>("doubleSpinBox_Axis3")->setValue(-1.5);
-    m_dialog->find<QGroupBox>("groupBox_trigger_2")->hide();
-    m_dialog->find<QComboBox>("comboBox_motorAxis")->setCurrentIndex(2);
-    m_dialog->find<QLineEdit>("lineEdit_motor_modelName")->setText("typed");
-    m_dialog->clearCalls();
-
-    const auto state = [this] {
-        return QVariantList(
-            {isOn("checkBox_triggerIn_1"), isOn("checkBox_posConpen_on2"), isOn("checkBox_posConpen_close2"),
-             m_dialog->find<QDoubleSpinBox>("doubleSpinBox_Axis3")->value(),
-             m_dialog->find<QGroupBox>("groupBox_trigger_2")->isHidden(),
-             m_dialog->find<QComboBox>("comboBox_motorAxis")->currentText(),
-             m_dialog->find<QLineEdit>("lineEdit_motor_modelName")->text(), page()});
-    };
-    const QVariantList before = {true, true, false, -1.5, true, "3", "typed", "page_language"};
-    QCOMPARE(state(), before);
-    chooseEnglish();
-    QCOMPARE(state(), before);
-    m_dialog->click("radioButton_cn");
-    QCOMPARE(state(), before);
-    QCOMPARE(m_dialog->calls(), QStringList());
 }
 
 void tst_OptionsWidget::textsFitInBothLanguages_data()
