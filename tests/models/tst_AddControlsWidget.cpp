@@ -8,6 +8,7 @@
 #include "support/Catalogue.h"
 #include "support/FailOnDeadSlot.h"
 #include "support/MessageBoxes.h"
+#include "support/Mouse.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -108,12 +109,9 @@ private slots:
     void emptiesTheListWhenTheFileHasNoModels();
     void explainsAnEmptyModelList();
 
-    void confirmDoesNothingWithoutAxis();
-    void confirmDoesNothingWithoutModel();
-    void confirmDoesNothingForAModelWithoutName();
+    void confirmDoesNothingWithoutAxisModelOrName();
     void writesTheModelToTheChosenAxis();
-    void writesTheUnitAndOptOrderAsTheRecordTakesThem();
-    void writesUnderTheLibraryMutexFromTheGuiThread();
+    void writesUnderTheMutexAndTheBusyCursorFromTheGuiThread();
     void takesTheAxisNumberFromItsText_data();
     void takesTheAxisNumberFromItsText();
     void announcesTheAxisAndCloses();
@@ -123,7 +121,6 @@ private slots:
     void saysWhenTheModelHasNoRecord();
     void sendsTheNextRecordWhenAnotherTypeTookTheName();
     void logsTheConfirmedModel();
-    void showsTheBusyCursorWhileTheControllerAnswers();
 
     void closesByItsButton();
     void closesByEscape();
@@ -132,8 +129,7 @@ private slots:
     void findsTypedModel_data();
     void findsTypedModel();
     void findsTypedModelInTheOpenList();
-    void movesByItsTitleBar();
-    void staysWhenPressedOutsideItsTitleBar();
+    void movesByItsTitleBarOnly();
     void changesLanguageAndKeepsTheChoices();
 
 private:
@@ -149,7 +145,6 @@ private:
     QComboBox *axes() const { return find<QComboBox>("comboBox_Axsi"); }
     void click(const char *button) const { QTest::mouseClick(find<QPushButton>(button), Qt::LeftButton); }
     void open(const QByteArray &file);
-    void moveMouse(QPoint pos);
 
     FailOnDeadSlot m_deadSlots;
     std::unique_ptr<AddControlsWidget> m_dialog;
@@ -191,12 +186,6 @@ void tst_AddControlsWidget::open(const QByteArray &file)
     m_dialog->loadModelsData();
     m_dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
-}
-
-void tst_AddControlsWidget::moveMouse(QPoint pos)
-{
-    QMouseEvent event(QEvent::MouseMove, pos, m_dialog->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(m_dialog.get(), &event);
 }
 
 void tst_AddControlsWidget::showsItsTexts()
@@ -341,35 +330,20 @@ void tst_AddControlsWidget::explainsAnEmptyModelList()
     QCOMPARE(models()->placeholderText(), QString("No model of this type"));
 }
 
-void tst_AddControlsWidget::confirmDoesNothingWithoutAxis()
+void tst_AddControlsWidget::confirmDoesNothingWithoutAxisModelOrName()
 {
     QSignalSpy added(m_dialog.get(), &AddControlsWidget::signal_addControl);
+    const auto doesNothing = [&] {
+        click("pushButton_confirm");
+        return m_dialog->isVisible() && added.isEmpty() && simulator::journal().empty();
+    };
     m_dialog->setAxisNames({});
-    click("pushButton_confirm");
-    QVERIFY(m_dialog->isVisible());
-    QVERIFY(added.isEmpty());
-    QVERIFY(simulator::journal().empty());
-}
-
-void tst_AddControlsWidget::confirmDoesNothingWithoutModel()
-{
-    QSignalSpy added(m_dialog.get(), &AddControlsWidget::signal_addControl);
-    click("pushButton_liftingControl");
-    click("pushButton_confirm");
-    QVERIFY(m_dialog->isVisible());
-    QVERIFY(added.isEmpty());
-    QVERIFY(simulator::journal().empty());
-}
-
-void tst_AddControlsWidget::confirmDoesNothingForAModelWithoutName()
-{
-    QSignalSpy added(m_dialog.get(), &AddControlsWidget::signal_addControl);
+    QVERIFY(doesNothing());
     open(fileOf({model("", 0)}));
     QCOMPARE(models()->count(), 1);
-    click("pushButton_confirm");
-    QVERIFY(m_dialog->isVisible());
-    QVERIFY(added.isEmpty());
-    QVERIFY(simulator::journal().empty());
+    QVERIFY(doesNothing());
+    click("pushButton_liftingControl"); // of which there is none
+    QVERIFY(doesNothing());
 }
 
 void tst_AddControlsWidget::writesTheModelToTheChosenAxis()
@@ -396,30 +370,24 @@ void tst_AddControlsWidget::writesTheModelToTheChosenAxis()
     QVERIFY(std::memcmp(&stored, &expected, sizeof stored) == 0);
 }
 
-void tst_AddControlsWidget::writesTheUnitAndOptOrderAsTheRecordTakesThem()
-{
-    open(fileOf({model("ODD", 0, {{"unitString", "MM"}, {"optOrder", "NZPNZP"}})}));
-    click("pushButton_confirm");
-    MotorParams stored = {};
-    QVERIFY(SerialComDev::instance()->getMotorParams(0, stored) >= 0);
-    QCOMPARE(int(stored.unitType), 1);
-    QCOMPARE(QByteArray(stored.optOrder), QByteArray("NZPN"));
-}
-
-void tst_AddControlsWidget::writesUnderTheLibraryMutexFromTheGuiThread()
+void tst_AddControlsWidget::writesUnderTheMutexAndTheBusyCursorFromTheGuiThread()
 {
     simulator::hangCall("setMotorParams");
     bool isHanging = false;
     bool isFree = true;
+    bool isBusy = false;
     std::thread observer([&] {
         isHanging = simulator::waitUntilHanging(5000);
         isFree = LibraryLock(0).isLocked();
+        isBusy = QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor;
         simulator::releaseHung();
     });
     click("pushButton_confirm");
     observer.join();
     QVERIFY(isHanging);
     QVERIFY(!isFree);
+    QVERIFY(isBusy);
+    QVERIFY(!QGuiApplication::overrideCursor());
     QCOMPARE(simulator::journal().size(), size_t(1));
     QVERIFY(simulator::journal().front().thread == std::this_thread::get_id());
 }
@@ -547,24 +515,6 @@ void tst_AddControlsWidget::logsTheConfirmedModel()
     click("pushButton_confirm");
 }
 
-void tst_AddControlsWidget::showsTheBusyCursorWhileTheControllerAnswers()
-{
-    simulator::hangCall("setMotorParams");
-    bool isHanging = false;
-    bool isBusy = false;
-    // The GUI thread waits in the library meanwhile.
-    std::thread observer([&] {
-        isHanging = simulator::waitUntilHanging(5000);
-        isBusy = QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor;
-        simulator::releaseHung();
-    });
-    click("pushButton_confirm");
-    observer.join();
-    QVERIFY(isHanging);
-    QVERIFY(isBusy);
-    QVERIFY(!QGuiApplication::overrideCursor());
-}
-
 void tst_AddControlsWidget::closesByItsButton()
 {
     click("pushButton_close");
@@ -626,29 +576,24 @@ void tst_AddControlsWidget::findsTypedModelInTheOpenList()
     QVERIFY(m_dialog->isVisible()); // the key chose, it did not confirm
 }
 
-void tst_AddControlsWidget::movesByItsTitleBar()
+void tst_AddControlsWidget::movesByItsTitleBarOnly()
 {
     auto *label = find<QLabel>("label_title");
     const QPoint grip = label->mapTo(m_dialog.get(), label->rect().center());
     const QPoint before = m_dialog->pos();
     QTest::mousePress(label, Qt::LeftButton, {}, label->rect().center());
-    moveMouse(grip + QPoint(30, -20));
+    Mouse::move(m_dialog.get(), grip + QPoint(30, -20));
     QCOMPARE(m_dialog->pos(), before + QPoint(30, -20));
-    moveMouse(grip + QPoint(5, 0));
+    Mouse::move(m_dialog.get(), grip + QPoint(5, 0));
     QCOMPARE(m_dialog->pos(), before + QPoint(35, -20));
     QTest::mouseRelease(m_dialog.get(), Qt::LeftButton, {}, grip);
-    moveMouse(grip + QPoint(50, 50));
+    Mouse::move(m_dialog.get(), grip + QPoint(50, 50));
     QCOMPARE(m_dialog->pos(), before + QPoint(35, -20));
-}
 
-void tst_AddControlsWidget::staysWhenPressedOutsideItsTitleBar()
-{
-    const QPoint before = m_dialog->pos();
-    auto *label = find<QLabel>("label_model"); // inside widget_back, below the title bar
-    const QPoint grip = label->mapTo(m_dialog.get(), label->rect().center());
-    QTest::mousePress(label, Qt::LeftButton, {}, label->rect().center());
-    moveMouse(grip + QPoint(30, 20));
-    QCOMPARE(m_dialog->pos(), before);
+    auto *body = find<QLabel>("label_model"); // below the title bar
+    QTest::mousePress(body, Qt::LeftButton, {}, body->rect().center());
+    Mouse::move(m_dialog.get(), body->mapTo(m_dialog.get(), body->rect().center()) + QPoint(30, 20));
+    QCOMPARE(m_dialog->pos(), before + QPoint(35, -20));
 }
 
 void tst_AddControlsWidget::changesLanguageAndKeepsTheChoices()

@@ -85,9 +85,9 @@ MoverDevParam exampleStage()
     return stage;
 }
 
-bool sameBytes(const MotorParams &a, const MotorParams &b)
+QByteArray bytesOf(const MotorParams &params)
 {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    return QByteArray(reinterpret_cast<const char *>(&params), int(sizeof params));
 }
 
 template <size_t Size>
@@ -134,25 +134,10 @@ private slots:
 
 void tst_StageParams::writesEveryField()
 {
+    // The serial number and the gaps stay zero.
     const MotorParams params = toMotorParams(exampleStage());
     const MotorParams expected = exampleRecord();
-    QCOMPARE(bytesOf(params.modelName), bytesOf(expected.modelName));
-    QCOMPARE(params.pulseOneCircle, expected.pulseOneCircle);
-    QCOMPARE(params.dispOneCircle, expected.dispOneCircle);
-    QCOMPARE(params.restoreSpeed, expected.restoreSpeed);
-    for (const Narrowed &field : narrowedFields)
-        QVERIFY2(params.*field.controller == expected.*field.controller, field.name);
-    QCOMPARE(params.unitType, expected.unitType);
-    QCOMPARE(bytesOf(params.optOrder), bytesOf(expected.optOrder));
-    QCOMPARE(params.maxSpeed, expected.maxSpeed);
-    QCOMPARE(params.maxAcc, expected.maxAcc);
-    QCOMPARE(params.minPos, expected.minPos);
-    QCOMPARE(params.maxPos, expected.maxPos);
-    QCOMPARE(params.returnTrip, expected.returnTrip);
-    QCOMPARE(params.modifyDate, expected.modifyDate);
-    QCOMPARE(params.maxRockerSpeed, expected.maxRockerSpeed);
-    // What is left: the serial number and the gaps stay zero.
-    QVERIFY(sameBytes(params, expected));
+    QCOMPARE(bytesOf(params).toHex(' '), bytesOf(expected).toHex(' '));
 }
 
 void tst_StageParams::writesNothingElse()
@@ -161,7 +146,7 @@ void tst_StageParams::writesNothingElse()
     stage.AxisType = 3;
     stage.originSigID = 4;
     stage.auxText = "text";
-    QVERIFY(sameBytes(toMotorParams(stage), exampleRecord()));
+    QCOMPARE(bytesOf(toMotorParams(stage)).toHex(' '), bytesOf(exampleRecord()).toHex(' '));
 }
 
 void tst_StageParams::widensLeadAndHomingSpeed()
