@@ -7,7 +7,6 @@
 #include <QImage>
 #include <QRegularExpression>
 #include <QSet>
-#include <QTranslator>
 #include <QWidget>
 #include <QtTest>
 
@@ -178,12 +177,10 @@ class tst_Resources : public QObject
 
 private slots:
     void findsEveryReferencedResource();
-    void hasEveryFamilyMember_data();
-    void hasEveryFamilyMember();
+    void hasEveryImage_data();
+    void hasEveryImage();
     void drawsEveryStateDifferently_data();
     void drawsEveryStateDifferently();
-    void hasEverySingleImage_data();
-    void hasEverySingleImage();
     void drawsLampsInTheirColours();
     void pointsTheBubblesAtTheirButtons();
     void carriesNothingUnused();
@@ -194,9 +191,6 @@ private slots:
     void keepsTextReadable_data();
     void keepsTextReadable();
     void standsInItsColours();
-    void carriesEnglishCatalogue();
-    void speaksEnglish_data();
-    void speaksEnglish();
 };
 
 void tst_Resources::findsEveryReferencedResource()
@@ -208,7 +202,7 @@ void tst_Resources::findsEveryReferencedResource()
     }
 }
 
-void tst_Resources::hasEveryFamilyMember_data()
+void tst_Resources::hasEveryImage_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QSize>("size");
@@ -219,9 +213,13 @@ void tst_Resources::hasEveryFamilyMember_data()
             QTest::newRow(qPrintable(name)) << name << family.size;
         }
     }
+    const auto others = singles();
+    for (const Single &single : others) {
+        QTest::newRow(single.name) << QString::fromLatin1(single.name) << single.size;
+    }
 }
 
-void tst_Resources::hasEveryFamilyMember()
+void tst_Resources::hasEveryImage()
 {
     QFETCH(QString, name);
     QFETCH(QSize, size);
@@ -259,21 +257,6 @@ void tst_Resources::drawsEveryStateDifferently()
             }
         }
     }
-}
-
-void tst_Resources::hasEverySingleImage_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QSize>("size");
-    const auto all = singles();
-    for (const Single &single : all) {
-        QTest::newRow(single.name) << QString::fromLatin1(single.name) << single.size;
-    }
-}
-
-void tst_Resources::hasEverySingleImage()
-{
-    hasEveryFamilyMember();
 }
 
 void tst_Resources::drawsLampsInTheirColours()
@@ -435,70 +418,6 @@ void tst_Resources::standsInItsColours()
     QCOMPARE(QColor(valueOf("QWidget#widget_menuBar", "background-color")), QColor(22, 23, 26));
     QCOMPARE(valueOf("QRadioButton#radioButton_Rocker:disabled", "color"), QStringLiteral("#808080"));
     QCOMPARE(valueOf("QLabel#label_logo", "border-image"), QStringLiteral("url(:/image/company.png)"));
-}
-
-void tst_Resources::carriesEnglishCatalogue()
-{
-    QTranslator translator;
-    QVERIFY(translator.load(QStringLiteral(":/i18n/mover_en_US.qm")));
-    QCOMPARE(translator.language(), QStringLiteral("en_US"));
-}
-
-void tst_Resources::speaksEnglish_data()
-{
-    QTest::addColumn<QByteArray>("context");
-    QTest::addColumn<QString>("english");
-    const auto add = [](const char *context, std::initializer_list<std::pair<const char *, const char *>> texts) {
-        for (const auto &[chinese, english] : texts)
-            QTest::newRow(chinese) << QByteArray(context) << QString::fromUtf8(english);
-    };
-    add("SerialComDev",
-        {
-            {"Move", "Move"},
-            {"正方向Drive", "Positive Direction Drive"},
-            {"负方向Drive", "Negative Direction Drive"},
-            {"正方向Jog", "Positive direction Jog"},
-            {"负方向Jog", "Negative direction Jog"},
-            {"正方向循环", "Forward loop"},
-            {"负方向循环", "Negative direction loop"},
-            {"设置参数，速度：%1，加速度：%2", "Set parameters, speed: %1, acceleration: %2"},
-            {"设置速度参数出错", "Error setting speed parameters"},
-            {"设置加速度参数出错", "Error setting acceleration parameters"},
-            {"设置参数，相对位移：%1，使能：%2", "Set parameters, relative displacement: %1, enable: %2"},
-            {"设置相对位移参数出错", "Setting the relative displacement parameters is incorrect"},
-            {"设置相对位移使能参数出错", "Setting the relative displacement enable parameter failed"},
-            {"设置参数，目标位置：%1", "Set parameters, target location: %1"},
-            {"设置目标位置参数出错", "Error setting target location parameters"},
-            {"JOG步长：%1, JOG次数：%2, JOG延时:%3", "JOG step size: %1, JOG times: %2, JOG delay: %3"},
-            {"设置JOG步长失败", "Setting JOG step size failed"},
-            {"设置JOG次数失败", "Failed to set JOG times"},
-            {"设置JOG延时时间失败", "设置JOG延时时间失败"},
-            {"循环次数：%1, 循环位移：%2", "Number of cycles: %1, Cycle displacement: %2"},
-            {"设置循环次数失败", "Failed to set the number of loops"},
-            {"设置循环位移量失败", "Failed to set the loop shift amount"},
-            {"设置循环停留时间失败", "Failed to set the loop dwell time"},
-            {"停止运行", "Stop running"},
-            {"电机复位", "Motor reset"},
-            {"读取当前位置出错", "Error reading current location"},
-            {"获取设备状态出错", "Error in getting device status"},
-        });
-    add("ConnectionWidget", {
-                                {"连接设备", "Connect Device"},
-                                {"串口选择：", "Selected COM"},
-                                {"连接", "Connect"},
-                                {"断开", "Disconnect"},
-                                {"设备已连接", "Device connected"},
-                                {"设备已断开", "The device has been disconnected"},
-                                {"打开设备失败(err:%1)", "Failed to open the device (err: %1)."},
-                            });
-}
-
-void tst_Resources::speaksEnglish()
-{
-    QFETCH(QByteArray, context);
-    QTranslator translator;
-    QVERIFY(translator.load(QStringLiteral(":/i18n/mover_en_US.qm")));
-    QTEST(translator.translate(context.constData(), QTest::currentDataTag()), "english");
 }
 
 int main(int argc, char *argv[])
