@@ -52,7 +52,6 @@ private slots:
     void tellsOfEveryCallBeforeItWaits();
     void anObserverThatLooksIsWaitedFor();
     void noticesOverlappingCalls();
-    void noticesNoOverlapInOneThread();
     void standsCallsFromManyThreads();
     void passesTimeByItself();
     void passesTimeAtTheScale();
@@ -556,16 +555,6 @@ void tst_SimulatorCalls::noticesOverlappingCalls()
     caller.join();
     QCOMPARE(overlap(), std::string("startMove overlapped getCurrentPos"));
     reset();
-    QCOMPARE(overlap(), std::string());
-}
-
-void tst_SimulatorCalls::noticesNoOverlapInOneThread()
-{
-    for (int i = 0; i < 100; ++i) {
-        startDrive(device, 0, 1);
-        getCurrentPos(device, 0, nullptr);
-        getSpeed(device, 17);
-    }
     QCOMPARE(overlap(), std::string());
 }
 
