@@ -5,9 +5,9 @@
 namespace CallingConsole {
 
 /**
- * Sees to it that what the program prints is read by whoever called it, and that no box opens instead. On Windows a
- * program with windows has no console of its own: it joins its caller's, if there is one and the output goes nowhere
- * else. Elsewhere nothing is to be done. Call it before anything is printed.
+ * Makes sure that whoever called the program can read what it prints, and that no box opens instead. On Windows a
+ * program with windows has no console of its own: it joins its caller's, if there is one and the output is not
+ * redirected. Elsewhere there is nothing to do. Call it before anything is printed.
  */
 void join();
 

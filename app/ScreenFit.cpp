@@ -63,7 +63,7 @@ bool ScreenFit::eventFilter(QObject *watched, QEvent *event)
         }
         break;
     case QEvent::Move:
-        // The program's own moves: what the desktop tells by now may be of any moment.
+        // The program's own moves only: what the desktop reports here may be out of date.
         if (!event->spontaneous() && m_places.contains(widget))
             m_places[widget] = widget->pos();
         break;
@@ -97,7 +97,7 @@ void ScreenFit::fitAll()
     }
 }
 
-/** Sees to it that the main window can be as small as its screen. */
+/** Makes sure that the main window can be as small as its screen. */
 void ScreenFit::fit(QWidget *window) const
 {
     if (window != m_mainWindow)
@@ -109,10 +109,10 @@ void ScreenFit::fit(QWidget *window) const
 }
 
 /**
- * A window manager puts a window into a frame first and the frame into its place later. Asked in between, X tells the
- * place within the frame, and that may come late and is not always corrected: the window stands where it should, but
- * its lists and boxes would open elsewhere, a drag would begin there, and seen as off the screen it would be put into
- * the corner.
+ * A window manager first puts a window into a frame, then the frame in its place. Asked in between, X gives the place
+ * within the frame; that answer may come late and is not always corrected. The window itself is where it should be, but
+ * its lists and boxes would open elsewhere, a drag would begin there, and the window would seem to be off the screen
+ * and be moved into the corner.
  */
 void ScreenFit::settle(QWidget *window)
 {
@@ -126,7 +126,7 @@ void ScreenFit::settle(QWidget *window)
             window->move(*place);
     };
     restore();
-    // Once the events of its appearing are through, it usually has its frame as well.
+    // By the time the events of its appearing are through, it usually has its frame as well.
     QTimer::singleShot(0, window, [window, place, restore] {
         restore();
         const bool framed = window->frameGeometry() != window->geometry();

@@ -13,16 +13,16 @@ class QWidget;
 
 /**
  * Keeps every window of the application on a screen while it lives: each one as it is shown, all of them when the
- * screens change. It has the place that the program gave it, whatever the desktop reports while it puts the window up.
- * Where the main window finds less room than its minimum size, it becomes as small as the room is and
- * its panels scroll. GUI thread.
+ * screens change. A window stays where the program put it, whatever the desktop reports while the window appears. Where
+ * there is less room than the main window's minimum size, the main window shrinks to that room and its panels scroll.
+ * GUI thread.
  */
 class ScreenFit final : public QObject
 {
     Q_OBJECT
 
 public:
-    /** The main window's minimum size, as its form has it, for what must be known before there is a window. */
+    /** The main window's minimum size, as its form has it, for use before there is a window. */
     static constexpr QSize MainWindow{1620, 910};
 
     explicit ScreenFit(QWidget *mainWindow);
@@ -43,6 +43,8 @@ private:
     void settle(QWidget *window);
 
     QWidget *m_mainWindow;
-    /** Of the windows that were shown and are not active yet; none for those that the desktop places. */
+    /**
+     * The places of windows that were shown and are not active yet; no place for those that the desktop puts somewhere.
+     */
     QHash<const QObject *, std::optional<QPoint>> m_places;
 };

@@ -155,8 +155,8 @@ std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])
 {
     const std::vector<char *> given(argv, argv + argc);
     auto application = std::make_unique<QApplication>(argc, argv);
-    // A screen that tells its size in whole millimetres has 96.1 dots per inch, and everything would be a thousandth
-    // larger, and blurred: only quarters are meant.
+    // A screen that gives its size in whole millimetres may come to 96.1 dots per inch. Everything would then be drawn
+    // a thousandth larger, and blurred. Only steps of a quarter are meant.
     const double told = QGuiApplication::primaryScreen()->devicePixelRatio();
     const double quarters = std::max(1.0, std::round(told * 4) / 4);
     const QSize room = QGuiApplication::primaryScreen()->availableSize() * (told / quarters);
@@ -171,7 +171,7 @@ std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])
     std::copy(given.begin(), given.end(), argv); // the first one has taken out what it understood
     qputenv(factor, QByteArray::number(scale, 'g', 12));
     application = std::make_unique<QApplication>(argc, argv);
-    qunsetenv(factor); // nothing for the programs that are started from here
+    qunsetenv(factor); // not for the programs that are started from here
     return application;
 }
 
@@ -182,7 +182,7 @@ void StartUp::setNumberFormat()
 
 void StartUp::installFont(const QString &path)
 {
-    // Not mapped: a font that is overwritten while the program runs must not take it along.
+    // Not mapped: a font file that is overwritten while the program runs must not crash it.
     const QByteArray bytes = SmallFile::read(path, maxFontSize);
     if (bytes.isEmpty())
         return; // Qt would complain of it on Windows
@@ -205,7 +205,7 @@ void StartUp::installStyleSheet(const QString &path)
     }
     const QByteArray bytes = file.readAll();
     qApp->setStyleSheet(QString::fromUtf8(bytes.constData(), int(qstrnlen(bytes.constData(), uint(bytes.size())))));
-    // With a style sheet, Qt takes the desktop's own fonts for message boxes, menus and tool tips anew.
+    // With a style sheet, Qt goes back to the desktop's own fonts for message boxes, menus and tool tips.
     QApplication::setFont(QApplication::font());
 }
 

@@ -17,12 +17,14 @@ void prepareApplication();
  * user has chosen one (QT_SCALE_FACTOR).
  */
 std::unique_ptr<QApplication> makeApplication(int &argc, char *argv[]);
-/** What must be set before the first widget: numbers are shown and read with a point in every locale. */
+/** What must be set before the first widget: numbers are shown and read with a decimal point in every locale. */
 void setNumberFormat();
 /** Makes the first family of the font file the application's font, 16 pixels high; without one nothing changes. */
 void installFont(const QString &path);
-/** Installs a style sheet (UTF-8, up to the first zero byte) on the application, whose font is then that of every
- * class. */
+/**
+ * Installs a style sheet (UTF-8, up to the first zero byte) on the application. Every class of widgets then has the
+ * application's font.
+ */
 void installStyleSheet(const QString &path);
 /** Registers a stage model with the motion library. */
 void registerStageModel();

@@ -22,7 +22,7 @@ void noteSignal(int)
     const char byte = 1;
     // Nothing can be done about a failed write here, and a full buffer means that a signal is noted already.
     [[maybe_unused]] const ssize_t written = ::write(sockets[0], &byte, sizeof byte);
-    // The event loop may not come to it: the library may hang in a call that it waits for.
+    // The event loop may never get there: the GUI thread may wait for a library call that hangs.
     ::alarm(patienceSeconds);
 }
 

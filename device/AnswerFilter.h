@@ -8,8 +8,8 @@
 #include <type_traits>
 
 /**
- * Tells which answers to polls of one kind are news, so that an answer that repeats the one before it needs wake
- * nobody. Answers are told apart by their bytes. Thread-safe.
+ * Tells which answers to polls of one kind are news, so that an answer that repeats the one before it wakes nobody.
+ * Answers are told apart by their bytes. Thread-safe.
  */
 template <typename Answer>
 class AnswerFilter final

@@ -33,15 +33,15 @@ public:
     const MoverFunctions *operator->() const { return &**this; }
     const MoverFunctions &operator*() const;
 
-    /** Why a thread goes first; the later one before the earlier. */
+    /** Why a thread goes first. StopAll goes before Stop. */
     enum class Urgency { Stop, StopAll };
     /**
-     * Until as many retract() as announce(), no other thread but `thread` gets the mutex (whoever has it, keeps it): it
-     * is on its way with a stop. Any thread.
+     * `thread` is on its way with a stop: until retract() has been called as often as announce(), no other thread gets
+     * the mutex. Whoever has it already keeps it. Any thread.
      */
     static void announce(Urgency urgency, QThread *thread);
     static void retract(Urgency urgency);
-    /** The thread comes no more: takes back all that was announced for it. */
+    /** Takes back everything that was announced for this thread: it comes no more. */
     static void retractAll(QThread *thread);
 
     /** How long the present holder has had the mutex; 0 when it is free. Any thread. */

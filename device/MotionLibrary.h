@@ -35,8 +35,8 @@ public:
      */
     static std::optional<Fault> load(const QString &chosen = QString());
     /**
-     * Takes functions that are linked into the executable; a file then has to be named to take their place. `mark`: as
-     * mark() tells it.
+     * Uses functions that are linked into the executable; only a file that is named takes their place. `mark`: what
+     * mark() then returns.
      */
     static void use(const MoverFunctions &functions, const QString &mark);
 

@@ -51,13 +51,13 @@ public:
         m_bOpen = false;
     }
 
-    /** The last round so far. */
+    /** The number of the last round so far. */
     quint32 lastRound()
     {
         const QMutexLocker lock(&m_mutex);
         return m_uRound;
     }
-    /** Those that wait in rounds up to this one are dropped. */
+    /** Drops the polls that wait in rounds up to this one. */
     void drop(quint32 lastRound)
     {
         const QMutexLocker lock(&m_mutex);

@@ -61,7 +61,7 @@ constexpr StartMode startModes[] = {
      QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), OPERATION_TYPE_LOOP},
 };
 
-/** Values as messages show them: no more digits than needed, none lost of what the number fields take. */
+/** Values as messages show them: as few digits as possible, without losing any that the number fields take. */
 QString shown(double value)
 {
     return QString::number(value, 'g', 12);
@@ -164,7 +164,7 @@ bool SerialComDev::endThread(int limitMs)
     const QDeadlineTimer deadline(limitMs);
     QThread *thread = single.worker->thread();
     QCoreApplication::removePostedEvents(single.worker.data());
-    LibraryLock::retractAll(thread); // its stops are among them
+    LibraryLock::retractAll(thread); // its stops are among the events removed
     thread->quit();
     if (!thread->wait(deadline) || !single.worker->endStopThread(deadline)) {
         qDebug() << "SerialComDev: a library call still runs, its thread is left behind";
@@ -231,7 +231,7 @@ SerialComDev::SerialComDev()
     connectCommand(&SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams);
     connectCommand(&SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams);
     connectCommand(&SerialComDev::signal_setMotorConfig, &SerialComDev::slot_setMotorConfig);
-    // A stop waits for nobody but the call in flight: on a slow link what is polled for would stand in front of it.
+    // A stop waits only for the call in flight; on a slow link the polls would stand in front of it.
     connect(
         this, &SerialComDev::signal_stopMotor, this,
         [this] {
@@ -265,7 +265,7 @@ SerialComDev::SerialComDev()
         },
         Qt::DirectConnection);
     connectCommand(&SerialComDev::signal_enableMotor, &SerialComDev::slot_enableMotor);
-    // Handing the axes to the joystick is a start, too; nobody waits for a message of it.
+    // Handing the axes to the joystick is a start, too. No message is expected when it is cancelled.
     connect(
         this, &SerialComDev::signal_setRockerEnabled, this,
         [this](bool on) {
@@ -284,7 +284,7 @@ SerialComDev::SerialComDev()
 template <typename Signal, typename Slot>
 void SerialComDev::connectCommand(Signal signal, Slot slot)
 {
-    connect(this, signal, this, slot); // first: nothing is to be done before the command is on its way
+    connect(this, signal, this, slot); // first: the command must be on its way before the round ends
     connect(
         this, signal, this, [this] { m_polls.endRound(); }, Qt::DirectConnection);
 }
@@ -316,7 +316,7 @@ void SerialComDev::runPolls(quint32 round)
             slot_consoleHeartBeat();
             break;
         }
-        // When the stop was emitted the call in flight was too young to tell that it is a slow one.
+        // When the stop was emitted, the call in flight had not yet taken long enough to count as slow.
         if (m_iStopsWaiting > 0 && timer.elapsed() > slowCall.count())
             m_polls.drop(m_uStopRound);
     }
@@ -336,7 +336,7 @@ bool SerialComDev::endStopThread(QDeadlineTimer deadline)
 {
     if (!m_stopThread.end(deadline))
         return false;
-    LibraryLock::retractAll(&m_stopThread); // for stops that nobody sends any more
+    LibraryLock::retractAll(&m_stopThread); // its stops are no longer sent
     return true;
 }
 
@@ -400,7 +400,7 @@ bool SerialComDev::waitForRequests(QDeadlineTimer deadline)
 {
     if (QThread::currentThread() == thread() || !thread()->isRunning())
         return true;
-    // Shared with the worker, which may come to it long after this thread has given up.
+    // Shared with the worker, which may release it long after this thread has given up.
     const auto reached = QSharedPointer<QSemaphore>::create();
     QMetaObject::invokeMethod(
         this, [reached] { reached->release(); }, Qt::QueuedConnection);
@@ -452,8 +452,8 @@ int SerialComDev::getTriggerState(int axis, TriggerState &state)
     const int out = library->getTriggerOutEnable(m_iDeviceId, axis);
     if (out < 0)
         return out;
-    // A failure is a negative whole number, and so is many a step. The enables were just read, so the link is there: a
-    // step reads the same again, a passing failure does not.
+    // A failure is a negative whole number, and so are many steps. The enables have just been read, so the link is
+    // there: a step reads the same again, a passing failure does not.
     const double step = library->getTriggerStep(m_iDeviceId, axis);
     const bool isStatus = step < 0 && step >= std::numeric_limits<int>::min() && step == std::floor(step);
     if (isStatus && step != library->getTriggerStep(m_iDeviceId, axis))
@@ -819,8 +819,8 @@ void SerialComDev::noteCommand(int axis, OperationType type)
 }
 
 /**
- * Whether all was stopped since a start was asked for, of which `stopsBefore` tells how often that had happened by
- * then; one that nobody asked for through a request always acts. The caller holds the lock.
+ * Whether everything was stopped after a start was asked for. `stopsBefore` is how often that had happened when it was
+ * asked for; without it (nobody asked through a request) the start is never cancelled. The caller holds the lock.
  */
 bool SerialComDev::isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text)
 {

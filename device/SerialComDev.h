@@ -25,7 +25,7 @@ enum OperationState {
     OPERATION_STATE_NONE = 99, // says nothing
 };
 
-/** What an operation message is about. Those marked so are only written by the panel, or by nobody. */
+/** What an operation message is about. Types marked "by the panel" or "by nobody" never come from the worker. */
 enum OperationType {
     OPERATION_TYPE_DEVICE_PARAMS = 0, // by nobody
     OPERATION_TYPE_MOVE = 1,
@@ -86,14 +86,15 @@ public:
 
     /** Opens controller `id`. Returns id, or the library's negative status; the identifier is then unchanged. */
     int open(int id);
-    // Three ways to close the open controller, if any; each first lets the requests that were emitted before reach it.
+    // Three ways to close the open controller, if there is one. Each first lets the requests that were emitted before
+    // reach it.
     /** Waits as long as it takes. Always 0. */
     int close();
     /** For the user, who wants an answer: gives up when the library does not come free within limitMs. */
     bool tryClose(int limitMs);
     /**
-     * For the end of the program: as tryClose(), and what the panels and the heartbeats ask for on their own no longer
-     * reaches the library, neither before nor after the close. Until the next open().
+     * For the end of the program: as tryClose(). In addition, what panels and heartbeats ask for on their own no longer
+     * reaches the library until the next open().
      */
     bool closeAtExit(int limitMs);
     /** Identifier of the open controller, 0 for none. */
@@ -162,7 +163,7 @@ public:
      * call sends the stops once more. Any thread; returns at once, signal_stopAllDone() tells the rest.
      */
     void stopAll();
-    /** Whether a stopAll() has not been through yet. Any thread. */
+    /** Whether a stopAll() is still under way. Any thread. */
     bool isStoppingAll() const { return m_iStoppingAll > 0; }
     /** Whether the joystick may drive the axes: not once it was read or switched as off. Any thread. */
     bool isRockerOn() const { return m_bRockerOn; }
@@ -199,7 +200,7 @@ signals:
     void signal_setRockerEnabled(bool b);
     void signal_setTriggerInDisp(int Axis, double disp);
     void signal_setPosConpenEnable(int Axis, bool b);
-    // From whichever thread, while the worker is sure to live.
+    // From any thread, as long as the worker is sure to live.
     void signal_requestHeartBeat();
     void signal_requestConsoleHeartBeat();
 
@@ -268,7 +269,7 @@ private:
     std::atomic<bool> m_bLeft{false};
     std::atomic<int> m_iAxisCount{0}; // 0 when it is not known
     std::atomic<bool> m_bRockerOn{false};
-    std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped: what was requested before does not start any more
+    std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped; starts requested before do nothing
     std::atomic<int> m_iStoppingAll{0};
     std::atomic<int> m_iStopsWaiting{0};  // on their way to the worker
     std::atomic<quint32> m_uStopRound{0}; // the last round of polls before the last of them
@@ -277,7 +278,7 @@ private:
     mutable QMutex m_registryMutex; // both registries are written by either thread
     QMap<int, MotorDevInfo> m_axisInfo;
     QMap<int, int> m_autoDetect;
-    QMutex m_requestMutex; // whatever another thread adds to a round follows the call for it
+    QMutex m_requestMutex; // held while a round is begun and the worker is called for it
     PollQueue m_polls;
     AnswerFeed m_feed;
     AnswerFilter<double> m_positions;

@@ -63,7 +63,7 @@ bool store(const QJsonValue &value, QString &field)
 bool store(const QJsonValue &value, int &field)
 {
     field = value.toInt();
-    return field != 0 || value.toInt(1) == 0; // else the default was taken
+    return field != 0 || value.toInt(1) == 0; // otherwise the default was taken
 }
 template <typename Real>
 bool store(const QJsonValue &value, Real &field)

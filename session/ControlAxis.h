@@ -12,14 +12,14 @@ struct AxisTrust {
         NotHomed,    ///< no homing has ended since the controller was connected
         Homed,       ///< since `at`
         LinkLost,    ///< the polls of the axis fail, since `at`
-        LinkWasLost, ///< at `at`; it may have been moved meanwhile, until it is homed
+        LinkWasLost, ///< at `at`: it may have been moved since; until it is homed
         NoAnswer,    ///< for `seconds`: whether the link is there is not known
     };
     Kind kind = NotHomed;
-    std::chrono::system_clock::time_point at{}; // by the clock on the wall
+    std::chrono::system_clock::time_point at{}; // wall-clock time
     int seconds = 0;
 
-    /** Whether the position is the last one heard, and not the present one. */
+    /** Whether the position may be out of date. */
     bool isStale() const { return kind == LinkLost || kind == NoAnswer; }
     bool operator==(const AxisTrust &other) const
     {
@@ -40,7 +40,7 @@ public:
     };
 
     explicit ControlAxis(AxisDescription description);
-    /** The same axis of the same controller, described in another way: what is known of its position stays. */
+    /** Another description of the same axis. What is known of its position stays. */
     ControlAxis(AxisDescription description, const ControlAxis &before);
 
     const AxisDescription &description() const { return m_description; }

@@ -14,8 +14,8 @@ namespace {
 constexpr int maxControllers = 10;
 constexpr int maxAxes = 8;               // more than any controller has
 constexpr int identifiedStage = 2;       // the chip's code of a stage that names itself
-constexpr int disconnectLimitMs = 30000; // longer than the calls that wait on any link that works
-constexpr int probeLimitMs = 5000;       // longer than any one of them
+constexpr int disconnectLimitMs = 30000; // longer than all the calls that can wait on a working link
+constexpr int probeLimitMs = 5000;       // longer than any one call
 
 struct ControllerList {
     int ids[maxControllers] = {};
@@ -36,7 +36,7 @@ QString readSerialNumber(int id)
 
 /**
  * Serial number of a controller that is not open; null when it does not answer. Leaves nothing added. Takes the lock
- * for each call by itself, so that the worker is kept waiting for one call at most.
+ * for each call separately, so that the worker never waits for more than one call.
  */
 QString probe(int id)
 {
@@ -150,7 +150,7 @@ std::optional<bool> ControlSession::isPortLost() const
         return std::nullopt;
     ControllerList listed;
     listed.read(library);
-    // An empty list is on purpose not taken for a loss.
+    // On purpose, an empty list does not count as a loss.
     if (listed.count == 0)
         return false;
     return std::find(listed.begin(), listed.end(), m_iDeviceId) == listed.end();
@@ -195,7 +195,7 @@ ControlSession::AxisSetUp ControlSession::setUpAxis(int index)
         m_worker->getMotorParams(index, axis.stage);
         addAxis(describe(index, axis.modelName, axis.stage));
     }
-    // A count that cannot be true: one failure is told, not one for each.
+    // A count that cannot be true: one failure is told, not one for each axis.
     axis.isLast = index + 1 >= m_iAxisCount || (axis.failed() && index >= maxAxes);
     return axis;
 }

@@ -15,8 +15,8 @@ class SerialComDev;
 
 /**
  * The one place that knows which controller is connected and what its axes are. Windows ask it and show what it says;
- * it has no widget and no text, so that a script or a server could use it as they do. Everything that speaks to the
- * controller here waits for it. GUI thread.
+ * it has no widget and no text, so that a script or a server could use it in the same way. Every function that speaks
+ * to the controller waits for its answer. GUI thread.
  */
 class ControlSession final : public QObject, private AnswerListener
 {
@@ -25,7 +25,7 @@ class ControlSession final : public QObject, private AnswerListener
 public:
     enum class State {
         Disconnected,
-        Connecting, ///< being opened, or lost and not open again
+        Connecting, ///< being opened, or lost and not yet open again
         Connected,
     };
 
@@ -40,7 +40,7 @@ public:
         enum Outcome {
             NoStage,       ///< nothing that identifies itself: passed over
             ChipNotRead,   ///< a failure
-            ParamsNotRead, ///< a failure; `step` tells of what
+            ParamsNotRead, ///< a failure; `step` says of which read
             Ready,
         };
         Outcome outcome = NoStage;
@@ -52,7 +52,7 @@ public:
         bool failed() const { return outcome == ChipNotRead || outcome == ParamsNotRead; }
     };
 
-    /** The session that is in use; made for the first that asks, gone with the last that holds it. */
+    /** The session in use: made for the first who asks, gone with the last who holds it. */
     static QSharedPointer<ControlSession> instance();
     ~ControlSession() override;
 
@@ -60,31 +60,31 @@ public:
     bool isConnected() const { return state() == State::Connected; }
     /** The library's identifier of the controller; 0 when none is connected. */
     int deviceId() const { return m_iDeviceId; }
-    /** Of the controller that is connected or was so last. */
+    /** Serial number of the connected controller, or of the one that was connected last. */
     QString serialNumber() const { return m_sSerialNumber; }
     /** As the controller reported it; 0 when none is connected, negative when it could not be read. */
     int axisCount() const { return m_iAxisCount; }
 
     /**
-     * The controllers that answer. Each one but the connected is opened for a moment to read its serial number. Nothing
-     * when another thread is in a library call and does not come back from it within 5 s.
+     * The controllers that answer. Each one except the connected one is opened for a moment to read its serial number.
+     * Nothing when another thread is in a library call and does not come back within 5 s.
      */
     std::optional<QVector<Controller>> findControllers();
     /** Opens the controller. Returns the library's status; below 0 nothing has changed. */
     int connectTo(const Controller &controller);
-    /** Closes it again. False when the library hangs for 30 s: it is then as connected as before. */
+    /** Closes it again. False when the library hangs for 30 s: the controller then stays connected. */
     bool disconnectController();
     /**
-     * Closes it because the program ends: what polls and beats still ask for no longer reaches the library. Gives up
-     * after `limitMs`.
+     * Closes it because the program ends: polls and beats that still wait no longer reach the library. Gives up after
+     * `limitMs`.
      */
     void leave(int limitMs);
-    /** Whether the connected controller is no longer listed; nothing while another thread is in a library call. */
+    /** Whether the connected controller is missing from the list; nothing while another thread is in a library call. */
     std::optional<bool> isPortLost() const;
     /**
-     * Opens the same controller again after its link was lost, without moving or changing anything; its axes stay.
-     * False when it does not answer, is another one, or the library hangs for `limitMs`: the state is then Connecting,
-     * and it can be tried again.
+     * Opens the same controller again after its link was lost. Nothing is moved or changed; its axes stay. False when
+     * it does not answer, when another controller answers in its place, or when the library hangs for `limitMs`: the
+     * state is then Connecting, and it can be tried again.
      */
     bool reconnect(int limitMs);
 
@@ -101,22 +101,22 @@ public:
 
     /** Reads an axis that was chosen by hand. 0, or the negative step that failed. */
     int readAxis(int index);
-    /** Makes an axis known, in place of how it was described before; how far its position can be trusted stays. */
+    /** Makes an axis known, or describes a known one again; how far its position can be trusted stays. */
     QSharedPointer<const ControlAxis> addAxis(const AxisDescription &description);
     /** Null for an axis that is not known. */
     QSharedPointer<const ControlAxis> axis(int index) const;
     void clearAxes();
 
     /**
-     * Stops every axis of the controller, ahead of everything else, and takes the joystick's axes back. Returns at
-     * once; SerialComDev::signal_stopAllDone() tells that the stops have been sent. Without a controller nothing
+     * Stops every axis of the controller, ahead of everything else, and takes the axes back from the joystick. Returns
+     * at once; SerialComDev::signal_stopAllDone() tells that the stops have been sent. Without a controller nothing
      * happens.
      */
     void stopAll();
 
 signals:
     void stateChanged();
-    /** Somebody stops everything: what would start something later ends, and never goes on by itself. */
+    /** Somebody stops everything. Whatever would start something later must end, and must not go on by itself. */
     void stopAllRequested();
 
 private:

@@ -35,7 +35,7 @@
 namespace {
 
 constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
-constexpr int stopAllPatienceMs = 20; // a stop that takes longer is not through yet
+constexpr int stopAllPatienceMs = 20; // a stop that takes longer is said to be under way
 constexpr int portCheckRetryMs = 100; // when the library was busy
 
 QString showMaxSheet(const char *image)
@@ -80,8 +80,8 @@ MoverWidget::MoverWidget(QWidget *parent)
 
     m_heart = QSharedPointer<Heart>(new Heart);
 
-    // Later, and one for many: Windows sends its notice in heaps and waits for the answer to each, which a box would
-    // hold up.
+    // Later, and one check for many notices: Windows sends them in bursts and waits for the answer to each, which a
+    // message box would hold up.
     m_portCheck.setSingleShot(true);
     connect(&m_portCheck, &QTimer::timeout, this, &MoverWidget::slot_usbDevPortChanged);
     connect(m_portWatcher.get(), &SerialPortChangeFilter::signal_usbDevPortChanged, this, [this] {
@@ -372,14 +372,14 @@ void MoverWidget::stopAll()
 {
     m_bStopTakesRocker = ui->radioButton_Rocker->isChecked();
     m_session->stopAll();
-    m_console->acknowledgeWriting(); // it may hold the library: the key counts as what it waits for
+    m_console->acknowledgeWriting(); // its box may hold the library: the key counts as the answer to it
     if (LibraryLock::heldFor() > std::chrono::milliseconds(stopAllPatienceMs))
-        showStopAll(); // somebody is in a long call: it is said at once
+        showStopAll(); // somebody is in a long call: the button says so at once
     else
         m_stopAllPatience.start();
 }
 
-/** Bright while an axis with a panel moves, and in other words while a stop is not through. */
+/** The button is bright while an axis with a panel moves. While a stop is under way it says so. */
 void MoverWidget::showStopAll()
 {
     const bool pending = SerialComDev::instance()->isStoppingAll();

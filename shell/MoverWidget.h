@@ -103,7 +103,7 @@ private:
     double m_dRockerSpeed = 0;
     TitleBarDrag m_drag;
     bool m_bPortLostShown = false; // its message box is open
-    QTimer m_stopAllPatience;      // how long a stop may take before it is said that it is not through
+    QTimer m_stopAllPatience;      // how long a stop may take before the button says so
     bool m_bClosing = false;
     bool m_bStopTakesRocker = false; // a stop of all is under way that ends joystick mode
 };

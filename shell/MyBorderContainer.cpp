@@ -113,8 +113,8 @@ void MyBorderContainer::layoutBorders()
 void MyBorderContainer::moveEdges(int kind, int dx, int dy)
 {
     const Qt::Edges edges = borderKind(kind).edges;
-    // The desktop tells late what it has done with an earlier step, and until the next one the window's geometry is
-    // that: steps added to it would get lost, and the opposite edge would wander off.
+    // The desktop reports late what it has done with an earlier step, and until then the window's geometry is that of
+    // the step before. Steps added to it would get lost, and the opposite edge would wander off.
     const QRect before = m_dragged.value_or(m_window->geometry());
     QRect target = before;
     if (edges & Qt::LeftEdge)

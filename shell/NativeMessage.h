@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// For sources only: the Windows headers make a macro of many a plain word, "MessageBox" among them.
+// For sources only: the Windows headers make macros of many plain words, "MessageBox" among them.
 
 #include <QtGlobal>
 

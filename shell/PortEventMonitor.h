@@ -11,7 +11,7 @@ struct udev;
 struct udev_monitor;
 
 /**
- * Reports that serial ports came or went. Listens to udev on Linux; elsewhere, and where udev is not to be had
+ * Reports that serial ports came or went. Listens to udev on Linux; elsewhere, and where udev is not available
  * (containers), it hears nothing by itself. GUI thread.
  */
 class PortEventMonitor final : public QObject

@@ -8,7 +8,7 @@
 
 namespace {
 
-/** Does not make a window native that is not: effectiveWinId() is 0 then, which no message is addressed to. */
+/** effectiveWinId() does not make a window native. It is 0 for one that is not, and no message is addressed to 0. */
 bool isAddressedTo(const QWidget *window, const NativeMessage &message)
 {
     return message.hwnd && reinterpret_cast<WId>(message.hwnd) == window->effectiveWinId();

@@ -7,7 +7,7 @@
 class QWidget;
 
 /**
- * Tells the main window that the machine's devices have changed, so that it can look whether its controller is still
+ * Tells the main window that the machine's devices have changed, so that it can check whether its controller is still
  * there. Windows says so in a message to the main window, for which this object is installed as the application's
  * native event filter; on Linux a PortEventMonitor does. GUI thread.
  */

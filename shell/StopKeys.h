@@ -6,8 +6,9 @@
 #include <functional>
 
 /**
- * The keys that stop everything, F12 and Pause, in every window of the application: dialogs, popups, message boxes.
- * A key that is held counts once; the window that has the focus hears nothing of it. While it lives; GUI thread.
+ * The keys that stop everything, F12 and Pause, in every window of the application: dialogs, popups, message boxes. A
+ * key that is held counts once, and the widget that has the focus does not see it. Works while this object lives. GUI
+ * thread.
  */
 class StopKeys final : public QObject
 {

@@ -5,7 +5,7 @@
 
 class QWidget;
 
-/** The controls of a form made by Qt Designer, set up on `window`, whose auto-connected slots are connected by it. */
+/** Sets up a form made by Qt Designer on `window`, connects the window's on_… slots and returns the form's controls. */
 template <typename Form>
 std::unique_ptr<Form> makeForm(QWidget *window)
 {

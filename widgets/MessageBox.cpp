@@ -18,7 +18,7 @@ namespace {
 
 struct Look {
     bool cancelFirst;
-    const char *boxSize;     // as the style sheet asks for it; QMessageBox does not look at it
+    const char *boxSize;     // for the style sheet; QMessageBox ignores it
     const char *labelHeight; // minimum height of the text
     QSize minimum;           // what the box is really given
 };
@@ -66,9 +66,9 @@ int widestLine(const QString &text)
 }
 
 /**
- * QMessageBox gives itself a fixed size whenever it is shown or laid out again: less than its style sheet asks for,
- * never wider than 1000 pixels and no higher than the text's minimum height, which cuts long texts. This one then grows
- * to what it is given and its contents need.
+ * QMessageBox gives itself a fixed size whenever it is shown or laid out again: smaller than its style sheet asks for,
+ * never wider than 1000 pixels, and no higher than the text's minimum height, which cuts long texts. This one then
+ * grows to its minimum size, or to what its contents need.
  */
 class SizedMessageBox final : public QMessageBox
 {
@@ -85,7 +85,7 @@ protected:
         const bool handled = QMessageBox::event(event);
         if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::FontChange) {
             grow();
-            // X may just have reported the place from before showEvent(), and resizing asks for that place again.
+            // X may have reported the place from before showEvent() just now; resizing would ask for that place again.
             if (isVisible())
                 place();
         }
@@ -125,7 +125,7 @@ bool MessageBox::confirm(QWidget *parent, const QString &text, Kind kind)
 {
     const Look look = lookOf(kind);
 
-    // Not on the stack: whoever owns the parent may destroy it, and the box with it, while the event loop runs.
+    // Not on the stack: while the event loop runs, the parent may be destroyed, and the box with it.
     const QPointer<QMessageBox> box = new SizedMessageBox(parent, look.minimum);
     box->setWindowIcon(box->style()->standardIcon(QStyle::SP_MessageBoxInformation));
     box->setObjectName(QStringLiteral("messageBox")); // for the style sheet

@@ -16,9 +16,9 @@ enum class Kind {
 };
 
 /**
- * Asks `text` modally over `parent`: true for "确认" alone. Escape, the window's close and a box that goes with its
- * parent do not consent. The event loop runs meanwhile: whoever calls this must be ready to be gone afterwards. GUI
- * thread.
+ * Asks `text` in a modal box over `parent`. Returns true for "确认" only: not for Escape, not when the box is closed,
+ * and not when it goes with its parent. The event loop runs meanwhile, so the caller may be destroyed before this
+ * returns. GUI thread.
  */
 bool confirm(QWidget *parent, const QString &text, Kind kind = Kind::Tip);
 

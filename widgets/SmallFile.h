@@ -6,12 +6,15 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-/** The small files that the program keeps, whatever stands there in their place. */
+/**
+ * Reads and writes the small files that the program keeps. Anything may stand in their place: a pipe, a folder, a huge
+ * file.
+ */
 namespace SmallFile {
 
 /**
  * The bytes of a file; none when it cannot be read, is no file (opening a pipe would wait for its writer) or has more
- * than `limit` bytes. What comes back stays as it is when the file changes, unlike a file that is mapped.
+ * than `limit` bytes. The bytes are a copy: unlike those of a mapped file they do not change with it.
  */
 inline QByteArray read(const QString &path, qint64 limit)
 {
@@ -19,15 +22,15 @@ inline QByteArray read(const QString &path, qint64 limit)
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return QByteArray();
     QByteArray bytes = file.read(limit + 1);
-    bytes.squeeze(); // else the room for all of them would be kept
+    bytes.squeeze(); // otherwise they keep room for `limit` bytes
     return bytes.size() > limit ? QByteArray() : bytes;
 }
 
-/** Replaces the file as a whole, in a folder that is there. False when that fails: then it stays as it was. */
+/** Replaces the file as a whole. Its folder must exist. False on failure: the file is then as it was. */
 inline bool save(const QString &path, const QByteArray &bytes)
 {
     QSaveFile file(path);
-    // Unbuffered: commit() overlooks it when the disk takes only a part of what is in the buffer.
+    // Unbuffered: commit() does not notice when the disk takes only a part of the buffer.
     return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(bytes) == bytes.size() &&
            file.commit();
 }

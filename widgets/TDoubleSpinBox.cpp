@@ -7,7 +7,10 @@ namespace {
 
 const QLatin1Char comma(',');
 
-/** Whether what has come in, and ends at `end`, could mean thousands. Shown texts have no comma, so any is new. */
+/**
+ * Whether the text that has just come in, up to `end`, could mean thousands. Texts on show have no comma, so any comma
+ * is new.
+ */
 bool mayHaveGroups(const QString &input, int end)
 {
     const int first = input.indexOf(comma);

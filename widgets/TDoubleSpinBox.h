@@ -4,9 +4,9 @@
 #include <QDoubleSpinBox>
 
 /**
- * A number field that shows no trailing zeros (1.5, 100, 0.125) and always uses a decimal point, whatever the
- * locale. A typed decimal comma becomes a point: taken as a group separator it would turn 2,25 into 225. What comes in
- * at once, pasted or dropped, and may mean thousands (1,000) is refused.
+ * A number field that shows no trailing zeros (1.5, 100, 0.125) and always uses a decimal point, whatever the locale. A
+ * typed decimal comma becomes a point: as a group separator it would turn 2,25 into 225. Text that is pasted or dropped
+ * and may mean thousands (1,000) is refused.
  */
 class TDoubleSpinBox final : public QDoubleSpinBox
 {

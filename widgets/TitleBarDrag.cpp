@@ -9,13 +9,14 @@
 namespace {
 
 /**
- * Where the mouse is in the window, counted from where the window has been put. The event's own localPos() counts from
- * where the desktop had it at that moment: behind in a quick drag, and the window would run away from the mouse.
- * Rounds halves away from zero, also left of and above the window, where QPointF::toPoint() does not.
+ * The mouse's position in the window, measured from where the program last put the window. The event's localPos() is
+ * measured from where the desktop had the window at that moment: in a quick drag that is an older place, and the window
+ * would run away from the mouse. Rounds halves away from zero, also left of and above the window, where
+ * QPointF::toPoint() does not.
  */
 QPoint localPos(const QMouseEvent *event, const QWidget *window)
 {
-    const QPointF pos = event->screenPos() - window->geometry().topLeft(); // mapToGlobal() follows the desktop, too
+    const QPointF pos = event->screenPos() - window->geometry().topLeft(); // mapToGlobal() has the older place, too
     return {int(std::lround(pos.x())), int(std::lround(pos.y()))};
 }
 

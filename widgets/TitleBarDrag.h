@@ -8,8 +8,8 @@ class QMouseEvent;
 class QWidget;
 
 /**
- * Moves a frameless window by its title bar while it lives: looks at the window's mouse events before the window does,
- * and takes those that are part of a drag. Not while the window fills the screen.
+ * Lets the user move a frameless window by its title bar, while this object lives. It sees the window's mouse events
+ * before the window does and takes those that are part of a drag. A window that fills the screen is not moved.
  */
 class TitleBarDrag final : public QObject
 {

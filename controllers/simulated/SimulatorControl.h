@@ -121,7 +121,7 @@ void setOptoFault(int id, int axis, Opto opto, bool failed);
 /** The controller stops answering, but stays open and goes on moving. */
 void loseLink(int id);
 void restoreLink(int id);
-/** The controller appears among the connected ones, or disappears from them; one that was open has to be opened anew.
+/** The controller appears among the connected ones, or disappears from them; one that was open has to be opened again.
  */
 void plug(int id);
 void unplug(int id);

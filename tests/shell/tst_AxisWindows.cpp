@@ -105,7 +105,7 @@ private slots:
     void panelShowsNameModelAndUnit();
     void panelKeepsToTheLimitsOfItsStage();
     void panelLogsThatItsAxisWasInitialised();
-    void aPanelOpenedAnewShowsAnAxisThatStandsStill();
+    void aPanelOpenedAgainShowsAnAxisThatStandsStill();
     void panelMayShowATipMessage();
     void panelAddedInJoystickModeIsInIt();
 
@@ -511,7 +511,7 @@ void tst_AxisWindows::panelLogsThatItsAxisWasInitialised()
         logOf(program.panel(0)).indexOf(QStringLiteral("SIM-SN-STAGE-7")));
 }
 
-void tst_AxisWindows::aPanelOpenedAnewShowsAnAxisThatStandsStill()
+void tst_AxisWindows::aPanelOpenedAgainShowsAnAxisThatStandsStill()
 {
     playChips("w");
     OpenWindow program;

@@ -184,7 +184,7 @@ private slots:
         QVERIFY(!MessageBox::confirm(parent.get(), "?", kind));
         QCOMPARE(next.shown(), 1);
     }
-    void goesBackToItsPlaceWhenItIsLaidOutAnew()
+    void goesBackToItsPlaceWhenItIsLaidOutAgain()
     {
         QWidget parent;
         parent.setGeometry(0, 0, 800, 600);
