@@ -21,6 +21,7 @@
 #include "shell/HelpWidget.h"
 #include "shell/MoverWidget.h"
 #include "support/Robot.h"
+#include "support/TopLevel.h"
 #include "controllers/simulated/SimulatorControl.h"
 
 #include <QApplication>
@@ -45,12 +46,7 @@ std::string way;
 
 MoverWidget *mainWindow()
 {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
-        if (auto *found = qobject_cast<MoverWidget *>(window))
-            return found;
-    }
-    return nullptr;
+    return topLevel<MoverWidget>();
 }
 
 QPushButton *button(QWidget *parent, const char *name)

@@ -10,6 +10,7 @@
 #include "models/DeviceParamWidget.h"
 #include "shell/OpenWindow.h"
 #include "support/Chinese.h"
+#include "support/TopLevel.h"
 
 #include <QAction>
 #include <QAccessible>
@@ -424,14 +425,7 @@ private slots:
 private:
     void choose(bool english);
     MoverControlWidget *panel() const { return m_open->panel(0); }
-    DebugWidget *console() const
-    {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (auto *found = qobject_cast<DebugWidget *>(widget))
-                return found;
-        }
-        return nullptr;
-    }
+    static DebugWidget *console() { return topLevel<DebugWidget>(); }
     template <typename Widget>
     Widget *inSettings(const char *name) const
     {
@@ -475,7 +469,7 @@ void tst_Languages::cleanup()
 {
     m_open.reset();
     QVERIFY(SerialComDev::endThread(5000));
-    QCOMPARE(qtWarnings(*m_log), QStringList());
+    QCOMPARE(m_log->warnings(), QStringList());
     m_log.reset();
 }
 

@@ -8,6 +8,7 @@
 #include "shell/OpenWindow.h"
 #include "support/Desktop.h"
 #include "support/OnMessageBox.h"
+#include "support/TopLevel.h"
 
 #include <QScreen>
 
@@ -167,8 +168,7 @@ private slots:
         opens(m_open->dialog<HelpWidget>(), m_open->titleButton("pushButton_help"));
         opens(m_open->dialog<OptionsWidget>(), m_open->titleButton("pushButton_settings"));
         opens(m_open->dialog<ConnectionWidget>(), m_open->find("pushButton_connect"));
-        for (DebugWidget *console : consoles())
-            opens(console, m_open->find("pushButton_debug"));
+        opens(topLevel<DebugWidget>(), m_open->find("pushButton_debug"));
         auto *panel = m_open->panel(1);
         opens(panel->findChild<MoveParamWidget *>(), panel->findChild<QPushButton *>("pushButton_moveParam"));
         opens(panel->findChild<JogParamWidget *>(), panel->findChild<QPushButton *>("pushButton_jogParam"));
@@ -244,16 +244,6 @@ private:
         QCOMPARE(m_open->panelNames().size(), 3);
         QTRY_VERIFY(m_open->panel(2)->y() > m_open->panel(0)->geometry().bottom()); // laid out
     }
-    static QList<DebugWidget *> consoles()
-    {
-        QList<DebugWidget *> found;
-        for (QWidget *window : QApplication::topLevelWidgets()) {
-            if (auto *console = qobject_cast<DebugWidget *>(window))
-                found.append(console);
-        }
-        return found;
-    }
-
     std::unique_ptr<OpenWindow> m_open;
     std::unique_ptr<ScreenFit> m_fit;
 };

@@ -8,6 +8,7 @@
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
 #include "support/OnMessageBox.h"
+#include "support/TopLevel.h"
 
 #include <QApplication>
 #include <QPushButton>
@@ -26,11 +27,7 @@ constexpr int device = 1001;
 
 DebugWidget *console()
 {
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (auto *console = qobject_cast<DebugWidget *>(window))
-            return console;
-    }
-    return nullptr;
+    return topLevel<DebugWidget>();
 }
 
 void click(const QObject *window, const char *button)
@@ -73,16 +70,6 @@ private slots:
         console()->showMinimized();
         click(m_window.get(), "pushButton_debug");
         QVERIFY(!console()->isMinimized());
-    }
-    void theDebugButtonShowsItWhereItWas()
-    {
-        click(m_window.get(), "pushButton_debug");
-        const QRect place(33, 44, 1205, 665);
-        console()->setGeometry(place);
-        console()->close();
-        QVERIFY(m_window->isVisible());
-        click(m_window.get(), "pushButton_debug");
-        QCOMPARE(console()->geometry(), place);
     }
     void opensInTheNextRunWhereItWasWhenTheProgramWasClosed()
     {

@@ -94,13 +94,28 @@ private:
     Robot m_robot{m_window.get(), &OpenWindow::click};
 };
 
-/** What Qt complains of, but for what the test platform says of itself. */
-inline QStringList qtWarnings(const DebugLog &log)
+/** What the tests of whole windows stand on: a simulation begun again, and a log in which nothing may complain. */
+class WindowTest : public QObject
 {
-    QStringList warnings = log.warnings();
-    warnings.removeAll(QStringLiteral("This plugin does not support propagateSizeHints()"));
-    return warnings;
-}
+protected:
+    void begin()
+    {
+        simulator::reset();
+        m_log.reset(); // one at a time, also after a failure
+        m_log = std::make_unique<DebugLog>();
+    }
+    void end()
+    {
+        simulator::clearFaults();
+        simulator::releaseHung();
+        QVERIFY(SerialComDev::endThread(5000));
+        QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
+        QCOMPARE(m_log->warnings(), QStringList());
+        m_log.reset();
+    }
+
+    std::unique_ptr<DebugLog> m_log;
+};
 
 /** The text of a panel's log. */
 inline QString logOf(const MoverControlWidget *panel)

@@ -70,13 +70,13 @@ MoverDevParam stage()
 
 } // namespace
 
-class tst_AxisWindows : public QObject
+class tst_AxisWindows : public WindowTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     // Initialisation on connection
     void opensAPanelForEachAxisWhoseStageIdentifiesItself_data();
@@ -153,26 +153,7 @@ private slots:
     // Disconnect
     void disconnectRemovesEverything();
     void disconnectEndsTheHeartbeatAndThePolling();
-
-private:
-    std::unique_ptr<DebugLog> m_log;
 };
-
-void tst_AxisWindows::init()
-{
-    simulator::reset();
-    m_log.reset(); // one at a time, also after a failure
-    m_log = std::make_unique<DebugLog>();
-}
-
-void tst_AxisWindows::cleanup()
-{
-    simulator::clearFaults();
-    QVERIFY(SerialComDev::endThread(5000));
-    QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
-    QCOMPARE(qtWarnings(*m_log), QStringList());
-    m_log.reset();
-}
 
 // ---- Initialisation on connection ----------------------------------------------------------------------------------
 

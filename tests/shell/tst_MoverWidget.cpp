@@ -84,13 +84,17 @@ void leaveBy(Leave way, OpenWindow &program)
 
 Q_DECLARE_METATYPE(Leave)
 
-class tst_MoverWidget : public QObject
+class tst_MoverWidget : public WindowTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup()
+    {
+        end();
+        QFile::remove(QCoreApplication::applicationDirPath() + QStringLiteral("/appConfig.ini"));
+    }
 
     // Construction
     void isAFramelessWindowThatTracksTheMouse();
@@ -154,28 +158,7 @@ private slots:
     void leavesUnderAMessageBox();
     void readsNoMoreAxesOnTheWayOut();
     void leavesOnlyOnce();
-
-private:
-    std::unique_ptr<DebugLog> m_log;
 };
-
-void tst_MoverWidget::init()
-{
-    simulator::reset();
-    m_log.reset(); // one at a time, also after a failure
-    m_log = std::make_unique<DebugLog>();
-}
-
-void tst_MoverWidget::cleanup()
-{
-    simulator::clearFaults();
-    simulator::releaseHung();
-    QVERIFY(SerialComDev::endThread(5000));
-    QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
-    QCOMPARE(qtWarnings(*m_log), QStringList());
-    m_log.reset();
-    QFile::remove(QCoreApplication::applicationDirPath() + QStringLiteral("/appConfig.ini"));
-}
 
 // ---- Construction --------------------------------------------------------------------------------------------------
 

@@ -317,14 +317,18 @@ QString User::difference()
 
 } // namespace
 
-class tst_PanelSequences : public QObject
+class tst_PanelSequences : public WindowTest
 {
     Q_OBJECT
 
 private slots:
     void initTestCase() { LiveObjects::install(); }
-    void init();
-    void cleanup();
+    void init()
+    {
+        begin();
+        play({{device, "MC3-A", {{'w', "LIN-100"}, {'w', "ROT-60", 1}, {'a'}}}});
+    }
+    void cleanup() { end(); }
 
     void panelsAreWhatTheUserMadeThem_data();
     void panelsAreWhatTheUserMadeThem();
@@ -334,26 +338,7 @@ private slots:
     void answersWhileAPanelGoesLeaveNothingBehind();
     void answersWhileTheWindowGoesLeaveNothingBehind();
     void nothingIsLeftOfTheWindow();
-
-private:
-    std::unique_ptr<DebugLog> m_log;
 };
-
-void tst_PanelSequences::init()
-{
-    play({{device, "MC3-A", {{'w', "LIN-100"}, {'w', "ROT-60", 1}, {'a'}}}});
-    m_log.reset(); // one at a time, also after a failure
-    m_log = std::make_unique<DebugLog>();
-}
-
-void tst_PanelSequences::cleanup()
-{
-    simulator::clearFaults();
-    QVERIFY(SerialComDev::endThread(5000));
-    QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
-    QCOMPARE(qtWarnings(*m_log), QStringList());
-    m_log.reset();
-}
 
 void tst_PanelSequences::panelsAreWhatTheUserMadeThem_data()
 {

@@ -5,6 +5,8 @@
 #include "axis/MoveParamWidget.h"
 #include "console/DebugWidget.h"
 #include "device/LibraryLock.h"
+#include "support/Catalogue.h"
+#include "support/TopLevel.h"
 #include "widgets/MessageBox.h"
 
 #include <QDoubleSpinBox>
@@ -17,12 +19,7 @@ constexpr int device = 1001;
 
 DebugWidget *console()
 {
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
-        if (auto *found = qobject_cast<DebugWidget *>(window))
-            return found;
-    }
-    return nullptr;
+    return topLevel<DebugWidget>();
 }
 
 /** The way of a real key: to the window that is active, and from there to whatever has the focus. */
@@ -306,13 +303,9 @@ void tst_StopAll::aLoopRunEndsAndItsDialogStays()
 
 void tst_StopAll::isEnglishToo()
 {
-    QTranslator english;
-    QVERIFY(english.load(QStringLiteral(":/i18n/mover_en_US.qm")));
-    QCoreApplication::installTranslator(&english);
-    QCoreApplication::processEvents();
+    const Catalogue english;
     QCOMPARE(button()->text(), QStringLiteral("Stop all"));
     QCOMPARE(button()->toolTip(), QStringLiteral("Stop all axes at once (F12)"));
-    QCoreApplication::removeTranslator(&english);
 }
 
 QTEST_MAIN(tst_StopAll)
