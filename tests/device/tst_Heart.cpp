@@ -41,15 +41,11 @@ private slots:
         Heart heart;
         QVERIFY(heart.thread() != QThread::currentThread());
         QVERIFY(heart.thread()->isRunning());
+        QCOMPARE(heart.thread()->priority(), QThread::InheritPriority);
         QCOMPARE(heart.controlerState().rockerState, quint8(0));
         QCOMPARE(heart.controlerState().rockerValue, quint16(0));
         const SignalCounter beats(&heart, &Heart::sendHeart);
         QVERIFY(!QTest::qWaitFor([&] { return beats.count() != 0; }, Heart::IntervalMs + 200));
-    }
-    void itsThreadHasThePriorityOfItsCreator()
-    {
-        const Heart heart;
-        QCOMPARE(heart.thread()->priority(), QThread::InheritPriority);
     }
     void beatsEvery500MsFromStartToStop()
     {
