@@ -242,8 +242,6 @@ private slots:
         for (const char *button : {"pushButton_left", "pushButton_right"}) {
             const OnMessageBox next([this](QMessageBox &box) {
                 QCOMPARE(box.parentWidget(), m_dialog.get());
-                QCOMPARE(box.windowTitle(), QString("提示"));
-                QVERIFY(box.isModal());
                 QVERIFY(box.styleSheet().contains("min-width: 600px;min-height: 500px;"));
             });
             click(button);
@@ -265,10 +263,7 @@ private slots:
     {
         const Catalogue catalogue;
         load({0, 0, 0, 0, 0});
-        const OnMessageBox next([](QMessageBox &box) {
-            QCOMPARE(box.windowTitle(), QString("Message"));
-            QCOMPARE(box.buttons().size(), 2);
-        });
+        const OnMessageBox next;
         click("pushButton_left");
         QCOMPARE(
             next.text(), QString("relative displacement out of range! (0, 100]\nSpeed out of range! (0, 20]\n"
