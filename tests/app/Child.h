@@ -50,6 +50,22 @@ public:
     }
 
     void start() { process.start(); }
+    /** Waits for its end. Its exit code, or -1 when it crashed or did not end in half a minute. */
+    int wait()
+    {
+        const bool ended = process.state() == QProcess::NotRunning || process.waitForFinished(30000);
+        return ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    }
+    int run()
+    {
+        start();
+        return wait();
+    }
+    void takeDisplayAway()
+    {
+        for (const char *variable : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+            unset(variable);
+    }
     void send(int signal) const { ::kill(pid_t(process.processId()), signal); }
 
     /** Whether the process has got as far as its event loop: that is when it begins to handle signals itself. */

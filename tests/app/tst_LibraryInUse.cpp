@@ -114,9 +114,7 @@ void tst_LibraryInUse::runAndLeave(QStringList *libraries)
     QTRY_VERIFY_WITH_TIMEOUT(child.handles(SIGTERM), startLimitMs);
     *libraries = child.loadedFiles().filter(libraryName);
     child.send(SIGTERM);
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.wait(), 0);
     QCOMPARE(child.complaints(), QStringList());
 }
 
@@ -126,8 +124,7 @@ QString tst_LibraryInUse::libraryOf(const QStringList &arguments, const QString 
     Child child(file(QStringLiteral("mover")), QStringList{QStringLiteral("--version")} + arguments);
     child.set("MOVER_LIBRARY", named);
     child.process.setWorkingDirectory(m_folder->path());
-    child.start();
-    child.process.waitForFinished(startLimitMs);
+    child.run();
     const QString output = QString::fromUtf8(child.process.readAllStandardOutput());
     return output.startsWith(versionLine) ? output.mid(versionLine.size()).trimmed() : output;
 }
@@ -205,10 +202,7 @@ void tst_LibraryInUse::aWrongOneIsNeverPassedOver()
     Child child(file(QStringLiteral("mover")), arguments);
     if (place == QLatin1String("environment"))
         child.set("MOVER_LIBRARY", path);
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(child.process.exitCode(), 3);
+    QCOMPARE(child.run(), 3);
     QCOMPARE(QString::fromUtf8(child.process.readAllStandardOutput()), versionLine);
     const QStringList said = child.complaints();
     QCOMPARE(said.size(), 4); // the sentence and the reason, in Chinese and in English
@@ -222,8 +216,7 @@ void tst_LibraryInUse::saysWhichFunctionsAreMissing()
 {
     Child child(
         file(QStringLiteral("mover")), {QStringLiteral("--version"), QStringLiteral("--library"), incompleteLibrary});
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
+    QCOMPARE(child.run(), 3);
     const QStringList said = child.complaints();
     QCOMPARE(said.value(1), QStringLiteral("缺少函数：setClearIDChip"));
     QCOMPARE(said.value(3), QStringLiteral("missing functions: setClearIDChip"));
@@ -233,9 +226,7 @@ void tst_LibraryInUse::saysInABoxWhyItCannotBeUsed()
 {
     Child child(QStringLiteral(MOVER_DRIVEN_PROGRAM), {QStringLiteral("refused"), QStringLiteral("nothing")});
     child.set("MOVER_LIBRARY", incompleteLibrary);
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitCode(), 3);
+    QCOMPARE(child.run(), 3);
     QStringList box = QString::fromUtf8(child.output()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     QCOMPARE(box, child.complaints()); // the same as on standard error
     QVERIFY(box.first().contains(incompleteLibrary));
@@ -249,8 +240,7 @@ void tst_LibraryInUse::ignoresAScenarioThatItCannotPlay()
     child.start();
     QTRY_VERIFY_WITH_TIMEOUT(child.handles(SIGTERM), startLimitMs);
     child.send(SIGTERM);
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.wait(), 0);
     QCOMPARE(child.complaints().size(), 1);
     QVERIFY(child.complaints().first().startsWith(QStringLiteral("--scenario is ignored")));
 }
@@ -260,9 +250,7 @@ void tst_LibraryInUse::isFoundOnFirstUseWithoutStartUp()
     Child child(QStringLiteral(MOVER_FIRST_USE));
     child.set("MOVER_LIBRARY", anotherLibrary);
     child.set("CALLED_FUNCTIONS", m_calledFunctions);
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.run(), 0);
     QFile called(m_calledFunctions);
     QVERIFY(called.open(QIODevice::ReadOnly));
     QCOMPARE(called.readAll(), QByteArray("getRuningState\n"));
@@ -272,9 +260,7 @@ void tst_LibraryInUse::aWrongOneEndsAProcessThatUsesIt()
 {
     Child child(QStringLiteral(MOVER_FIRST_USE));
     child.set("MOVER_LIBRARY", incompleteLibrary);
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitCode(), 3);
+    QCOMPARE(child.run(), 3);
     QVERIFY(child.complaints().first().contains(incompleteLibrary));
 }
 

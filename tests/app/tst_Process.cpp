@@ -55,12 +55,8 @@ void tst_Process::explainsItself()
 {
     QFETCH(QString, option);
     Child child(program, {option});
-    child.unset("QT_QPA_PLATFORM");
-    child.unset("DISPLAY");
-    child.unset("WAYLAND_DISPLAY");
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitCode(), 0);
+    child.takeDisplayAway();
+    QCOMPARE(child.run(), 0);
     const QString text = QString::fromUtf8(child.process.readAllStandardOutput());
     for (const char *part : {"--help", "--version", "--library <FILE>", "--scenario <FILE>"})
         QVERIFY2(text.contains(QLatin1String(part)), part);
@@ -70,12 +66,8 @@ void tst_Process::explainsItself()
 void tst_Process::tellsItsVersionWithoutADisplay()
 {
     Child child(program, {QStringLiteral("--version")});
-    child.unset("QT_QPA_PLATFORM");
-    child.unset("DISPLAY");
-    child.unset("WAYLAND_DISPLAY");
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitCode(), 0);
+    child.takeDisplayAway();
+    QCOMPARE(child.run(), 0);
     QCOMPARE(
         QString::fromUtf8(child.process.readAllStandardOutput()),
         QStringLiteral("mover " MOVER_VERSION "\n" MOVER_PROGRAM_DIR "/simulator/libmoverLibrary.so (simulated)\n"));
@@ -113,10 +105,7 @@ void tst_Process::refusesABadScenario()
     file.close();
 
     Child child(program, {QStringLiteral("--scenario"), path});
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(child.process.exitCode(), 2);
+    QCOMPARE(child.run(), 2);
     QCOMPARE(child.complaints().size(), 1);
     const QString complaint = child.complaints().first();
     QVERIFY2(complaint.startsWith(QStringLiteral("%1:%2: ").arg(path).arg(line)), qPrintable(complaint));
@@ -142,9 +131,7 @@ void tst_Process::playsEveryShippedScenario()
     child.start();
     QTRY_VERIFY_WITH_TIMEOUT(child.handles(SIGTERM), startLimitMs);
     child.send(SIGTERM);
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(child.process.exitCode(), 0);
+    QCOMPARE(child.wait(), 0);
     QCOMPARE(child.complaints(), QStringList());
 }
 
@@ -165,9 +152,7 @@ void tst_Process::takesARelativeScenarioPath()
     file.close();
     Child child(program, {QStringLiteral("--scenario"), name});
     child.process.setWorkingDirectory(folder.path());
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitCode(), 2);
+    QCOMPARE(child.run(), 2);
     QVERIFY(child.complaints().first().startsWith(folder.filePath(name + QStringLiteral(":1: "))));
 }
 
@@ -265,10 +250,7 @@ void tst_Process::exitCodeIsThatOfTheEventLoop()
 {
     QFETCH(QString, state);
     Child child(drivenProgram, {state, QStringLiteral("code")});
-    child.start();
-    QVERIFY(child.process.waitForFinished(startLimitMs));
-    QCOMPARE(child.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(child.process.exitCode(), 7);
+    QCOMPARE(child.run(), 7);
 }
 
 void tst_Process::leavesOnASignalFromEveryState_data()
