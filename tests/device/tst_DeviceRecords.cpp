@@ -34,6 +34,20 @@ private slots:
         QCOMPARE(QMetaType::sizeOf(QMetaType::type("MotorStageState")), 24);
         QCOMPARE(QMetaType::sizeOf(QMetaType::type("CONTROLER_STATE")), 4);
     }
+    void recordsAreMovableAndConstructed_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("state") << QByteArray("MotorStageState");
+        QTest::newRow("controler") << QByteArray("CONTROLER_STATE");
+    }
+    void recordsAreMovableAndConstructed()
+    {
+        QFETCH(QByteArray, name);
+        const auto flags = QMetaType::typeFlags(QMetaType::type(name));
+        QVERIFY(flags & QMetaType::MovableType);
+        QVERIFY(flags & QMetaType::NeedsConstruction);
+        QVERIFY(flags & QMetaType::NeedsDestruction);
+    }
     void aStateWithOnlyARunCountTravelsWhole()
     {
         Relay relay;

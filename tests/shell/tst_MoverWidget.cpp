@@ -11,6 +11,7 @@
 
 #include <QAbstractEventDispatcher>
 #include <QAbstractNativeEventFilter>
+#include <QMetaMethod>
 #include <QSettings>
 #include <QSignalSpy>
 
@@ -106,6 +107,7 @@ private slots:
     void titleBarAndHelpSayThatTheControllerIsSimulated();
     void theJoystickSwitchIsDisabledAndHidden();
     void theConnectButtonHasTheFocus();
+    void itsSlotsKeepTheirNamesAndOrder();
     void theResizeBorderIsFiveWide();
     void dialogsAndPlaceholderAreCreatedHidden();
     void callsNoLibraryFunctionByItself();
@@ -250,6 +252,30 @@ void tst_MoverWidget::theConnectButtonHasTheFocus()
 {
     OpenWindow program;
     QCOMPARE(program.window().focusWidget(), program.find("pushButton_connect"));
+}
+
+void tst_MoverWidget::itsSlotsKeepTheirNamesAndOrder()
+{
+    QStringList slotNames;
+    const QMetaObject &meta = MoverWidget::staticMetaObject;
+    for (int k = meta.methodOffset(); k < meta.methodCount(); ++k) {
+        if (meta.method(k).methodType() == QMetaMethod::Slot)
+            slotNames.append(QString::fromLatin1(meta.method(k).methodSignature()));
+    }
+    QCOMPARE(
+        slotNames,
+        (QStringList{
+            QStringLiteral("slot_AsixButtonClicked(bool)"),
+            QStringLiteral("slot_addControl(QString,int,MoverDevParam,bool)"),
+            QStringLiteral("slot_addControl(QString,int,MoverDevParam)"), QStringLiteral("slot_devConnected()"),
+            QStringLiteral("slot_devDisConnected()"), QStringLiteral("slot_usbDevPortChanged()"),
+            QStringLiteral("slot_controlWidgetClosed(QString)"), QStringLiteral("slot_expandContorl(bool)"),
+            QStringLiteral("slot_showTipMessage(QString)"), QStringLiteral("slot_updateControlerState()"),
+            QStringLiteral("on_pushButton_showMin_clicked()"), QStringLiteral("on_pushButton_close_clicked()"),
+            QStringLiteral("on_pushButton_help_clicked()"), QStringLiteral("on_pushButton_connect_clicked()"),
+            QStringLiteral("on_pushButton_addAsix_clicked()"), QStringLiteral("on_pushButton_debug_clicked()"),
+            QStringLiteral("on_pushButton_settings_clicked()"), QStringLiteral("on_pushButton_showMax_clicked()"),
+            QStringLiteral("on_radioButton_Rocker_clicked()")}));
 }
 
 void tst_MoverWidget::theResizeBorderIsFiveWide()
