@@ -30,6 +30,8 @@ constexpr double unexplained = 0.1; // mm that an axis may be off what was sent
 constexpr double longestLag = 0.35; // of the board behind the plan, ramps and a late report included
 constexpr double pressAgain = 10;
 constexpr double lateness = 0.03; // of the board's steps behind the lines, at most
+constexpr double onTheWay = 0.015; // of a line, until it has been read
+constexpr int reportsInDoubt = 4;  // that have to miss an answer before it counts as missing
 
 std::string number(double value, int decimals)
 {
@@ -72,6 +74,18 @@ double Board::setting(int number, double otherwise) const
     return found == m_settings.end() ? otherwise : found->second;
 }
 
+std::string Board::jogTo(const std::array<long long, maxBoardAxes> &steps) const
+{
+    // Millimetres said with each line: a start-up line of the board may have set inches.
+    std::string line = "$J=G21G53";
+    for (int i = 0; i < m_boardAxes; ++i) {
+        // As many decimals as it takes to name a step.
+        const int decimals = stepsPerMm(i) > 9000 ? 5 : stepsPerMm(i) > 900 ? 4 : 3;
+        line += axisLetters[i] + number(steps[i] / stepsPerMm(i), decimals);
+    }
+    return line;
+}
+
 long long Board::toSteps(int boardAxis, double mm) const
 {
     return std::llround(mm * stepsPerMm(boardAxis));
@@ -81,8 +95,6 @@ long long Board::toSteps(int boardAxis, double mm) const
 
 void Board::sendLine(const std::string &line)
 {
-    if (m_awaited.empty())
-        m_lastEmpty = m_now;
     m_output += line + '\n';
     m_awaited.push_back({line.size() + 1, m_now, line});
     m_awaitedBytes += line.size() + 1;
@@ -177,8 +189,6 @@ void Board::takeAnswer(const Reply &reply)
     m_awaited.pop_front();
     m_awaitedBytes -= answered.bytes;
     m_lastAnswer = m_now;
-    if (m_awaited.empty())
-        m_lastEmpty = m_now;
     const bool failed = reply.kind == Reply::Kind::Error;
 
     if (m_saying) {
@@ -204,8 +214,10 @@ void Board::takeAnswer(const Reply &reply)
             if (m_homing == maxBoardAxes || axis->boardAxis() == m_homing)
                 axis->setHomed(!failed);
         }
-        if (failed)
+        if (failed) {
             say("The board refused to home: error " + std::to_string(reply.number));
+            m_homesSingly = false; // all axes together, then
+        }
         m_phase = Phase::Asking; // where it stands now
         m_since = m_now;
         m_asked = -1;
@@ -226,7 +238,6 @@ void Board::takeBanner(const std::string &text)
     m_homesSingly = m_homesSingly || text.find("FluidNC") != std::string::npos;
     m_awaited.clear();
     m_awaitedBytes = 0;
-    m_lastEmpty = m_now;
     m_toSay.clear();
     m_saying = false;
     m_pending.clear();
@@ -289,6 +300,9 @@ void Board::poll()
 
 void Board::takeReport(const Report &told)
 {
+    // The first report tells how many axes there are; one with fewer has lost some on the wire.
+    if (m_reports > 0 && told.axes != m_boardAxes)
+        return;
     Report report = told;
     if (report.hasOffset)
         m_offset = report.offset;
@@ -353,14 +367,17 @@ void Board::takeReport(const Report &told)
             restAt(report, Then::Stand);
         }
     } else if (report.state == Report::State::Hold || report.state == Report::State::Door) {
-        trouble("the board was put on hold");
+        say("Somebody has put the board on hold; all axes are stopped");
+        cancel(Then::Stand);
     } else {
         m_locked = false;
         if (report.freeBlocks >= 0 && report.state == Report::State::Jog) {
             const double wanted = (effectiveLead() + slice / 2) / slice;
             m_factor = std::clamp(1 + 0.01 * (m_totalBlocks - report.freeBlocks - wanted), 0.98, 1.02);
         }
-        compare(report);
+        countAnswers(report);
+        if (m_phase == Phase::Ready)
+            compare(report);
         if (m_limitsOff && report.pins == 0 && m_phase == Phase::Ready && still()) {
             say("The switch is open: hard limits are on again ($21=1)");
             m_limitsOff = false;
@@ -368,6 +385,18 @@ void Board::takeReport(const Report &told)
             begin({"$21=1"}, Phase::Writing);
         }
     }
+}
+
+void Board::countAnswers(const Report &report)
+{
+    // With its buffer empty and room for blocks the board has read and answered whatever had arrived. A lost line leaves
+    // one answer too few for ever, while the others keep coming.
+    m_totalBytes = std::max(m_totalBytes, report.freeBytes);
+    const bool allRead = report.freeBlocks > 1 && report.freeBytes == m_totalBytes;
+    const bool missing = allRead && !m_awaited.empty() && m_awaited.front().since < m_reportAsked - onTheWay;
+    m_doubts = missing ? m_doubts + 1 : 0;
+    if (m_doubts >= reportsInDoubt)
+        trouble("answers are missing");
 }
 
 void Board::compare(const Report &report)
@@ -417,12 +446,9 @@ void Board::compare(const Report &report)
             there[i] = toSteps(i, report.position[i]);
         std::swap(there, m_sent);
         m_slices.push_back({m_now, m_sent});
-        std::string line = "$J=G53";
-        for (int i = 0; i < m_boardAxes; ++i)
-            line += axisLetters[i] + number(there[i] / stepsPerMm(i), stepsPerMm(i) > 1000 ? 4 : 3);
         m_sent = there;
         m_slices.push_back({m_now, m_sent});
-        sendLine(line + "F60");
+        sendLine(jogTo(there) + "F60");
     } else {
         restAt(report, Then::Stand);
     }
@@ -441,8 +467,6 @@ double Board::run(double now)
     m_urgent = false;
     if (m_phase == Phase::Closed)
         return 1;
-    if (m_awaited.empty())
-        m_lastEmpty = m_now;
     watch();
     switch (m_phase) {
     case Phase::Closed:
@@ -473,7 +497,9 @@ double Board::run(double now)
     if (m_phase != Phase::Ready || (m_rests && !m_idleSeen && m_now >= m_lineEnd - slice))
         period = endingPoll;
     m_nextPoll = std::min(m_nextPoll, m_lastAsk + period);
-    if (mayAsk && m_now >= m_nextPoll && (m_asked < 0 || m_now >= m_lastAsk + askAgainAfter)) {
+    // Between two lines, so that the report tells whether the last one has been read.
+    const bool justSent = !m_awaited.empty() && m_now < m_awaited.back().since + onTheWay && m_now < m_nextPoll + slice;
+    if (mayAsk && m_now >= m_nextPoll && !(justSent && m_phase == Phase::Ready) && (m_asked < 0 || m_now >= m_lastAsk + askAgainAfter)) {
         poll();
         m_nextPoll = m_now + period;
     }
@@ -542,7 +568,8 @@ void Board::watch()
     }
     if (m_asked >= 0 && m_now - m_asked > reportTimeout && !m_lost)
         lose("The board does not answer");
-    if (m_phase == Phase::Ready && !m_lost && !m_awaited.empty() && m_now - m_lastEmpty > answerTimeout)
+    if (m_phase == Phase::Ready && !m_lost && !m_awaited.empty() &&
+        m_now - std::max(m_lastAnswer, m_awaited.front().since) > answerTimeout)
         trouble("answers are missing");
 }
 
@@ -816,6 +843,7 @@ void Board::cancel(Then then)
     m_cancels = 0;
     m_pending.clear();
     m_suspectAsked = -1;
+    m_doubts = 0;
     m_urgent = true;
 }
 
@@ -913,13 +941,13 @@ void Board::restAt(const Report &report, Then then)
     if (!m_locked)
         m_alarm = 0;
     m_suspectAsked = -1;
+    m_doubts = 0;
     m_corrections = 0;
     m_factor = 1;
     m_excess = 0;
     m_pending.clear();
     m_head = m_now;
     m_lineEnd = m_now - 1;
-    m_lastEmpty = m_now;
     m_rests = true;
     m_idleSeen = true;
     for (int i = 0; i < maxBoardAxes; ++i)
@@ -984,7 +1012,7 @@ void Board::stream()
     }
     while (m_phase == Phase::Ready && !m_rests && (m_head < m_now + effectiveLead() || !m_pending.empty())) {
         // Never a full planner: a line that waits for a free block survives a cancel.
-        const std::size_t longestJog = 16 + 10 * static_cast<std::size_t>(m_boardAxes);
+        const std::size_t longestJog = 20 + 11 * static_cast<std::size_t>(m_boardAxes);
         const bool room = m_awaited.size() < mostUnanswered &&
                           m_awaitedBytes + longestJog <= std::min(mostUnansweredBytes, m_bufferBytes - 1) &&
                           (m_report.freeBlocks < 0 || m_report.freeBlocks - m_sentSinceReport > leastFreeBlocks);
@@ -1013,12 +1041,10 @@ void Board::sendSlice(double end)
     }
     double path = 0;
     m_excess = 0;
-    std::string line = "$J=G53";
     for (int i = 0; i < m_boardAxes; ++i) {
         const double way = static_cast<double>(steps[i] - m_sent[i]) / stepsPerMm(i);
         path += way * way;
         m_excess = std::max(m_excess, std::abs(way) / slice / 2 / std::max(setting(120 + i, 10), 0.1));
-        line += axisLetters[i] + number(steps[i] / stepsPerMm(i), stepsPerMm(i) > 1000 ? 4 : 3);
     }
     // Whatever goes wrong in the plan, no line may carry an axis faster than it is allowed to be.
     for (const auto &axis : m_axes) {
@@ -1037,7 +1063,7 @@ void Board::sendSlice(double end)
         return;
     m_sent = steps;
     const double feed = std::sqrt(path) / slice * 60 * m_factor;
-    line += "F" + number(feed, feed < 10 ? 3 : 1);
+    const std::string line = jogTo(steps) + "F" + number(feed, feed < 10 ? 3 : 1);
     if (begin > m_lineEnd + 1e-6 && begin > m_now) {
         m_pending = line;
         m_pendingAt = begin;

@@ -133,6 +133,7 @@ private:
     void sendSlice(double end);
     void ranDry();
     double effectiveLead() const;
+    void countAnswers(const Report &report);
     void compare(const Report &report);
 
     enum class Then { Stand, TakeUp };
@@ -149,6 +150,8 @@ private:
     // A board takes 0 as well, and then does not move: see refusal().
     double stepsPerMm(int axis) const { return std::max(setting(100 + axis, 250), 1e-3); }
     long long toSteps(int boardAxis, double mm) const;
+    /** A jog of all axes to `steps`, without its feed. */
+    std::string jogTo(const std::array<long long, maxBoardAxes> &steps) const;
 
     Log m_log;
     std::vector<std::unique_ptr<Axis>> m_axes;
@@ -163,7 +166,7 @@ private:
     // Lines
     std::deque<Awaited> m_awaited;
     std::size_t m_awaitedBytes = 0;
-    double m_lastEmpty = 0; ///< when no answer was awaited last
+    int m_doubts = 0; ///< reports in a row that missed an answer
     std::deque<std::string> m_toSay;
     bool m_saying = false; ///< a line of a conversation waits for its answer
 
@@ -191,6 +194,7 @@ private:
     bool m_locked = false;
     int m_alarm = 0;
     int m_totalBlocks = 15;
+    int m_totalBytes = 0; ///< of the buffer, as reports say
 
     // Stream
     double m_head = 0;     ///< time up to which the plan has been turned into lines

@@ -249,6 +249,15 @@ void tst_GrblAlarms::aHoldIsLeftAtRest()
     bench.firmware.send("!");
     bench.run(1);
     QVERIFY(stands(bench));
+    // The door in the middle of a move: what it has stopped does not go on by itself.
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.send("\x84");
+    bench.run(3);
+    QVERIFY(stands(bench));
+    QVERIFY(hasSaid(bench, "on hold"));
+    QVERIFY(bench.firmware.steps(0) < Bench::steps(50));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
     QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
     QVERIFY(stands(bench));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(5));

@@ -29,6 +29,8 @@ private slots:
     void randomFaultsNeverLoseThePosition_data();
     void randomFaultsNeverLoseThePosition();
     void aLostLineIsNoticed();
+    void aSlowWireLosesNothing();
+    void inchesOfTheBoardDoNotCount();
     void aStopInTroubleIsAStop();
     void aLostReportByteStopsNothing();
     void aLostCancelStillEnds();
@@ -324,7 +326,7 @@ void tst_GrblGuarantees::aFaultOfOneByteNeverRunsAway()
 {
     QFETCH(int, kind);
     QFETCH(char, with);
-    for (int byte = WireFault::lineEnd; byte < 38; ++byte) {
+    for (int byte = WireFault::lineEnd; byte < 41; ++byte) {
         Bench bench;
         QCOMPARE(bench.moveTo(0, 60, 15, 80), 0);
         QCOMPARE(bench.moveTo(1, -60, 15, 80), 0);
@@ -434,6 +436,30 @@ void tst_GrblGuarantees::aLostLineIsNoticed()
     QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(40)); // it stops and goes on
     verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aSlowWireLosesNothing()
+{
+    // Some answer is always on its way; that is no lost one.
+    Bench bench;
+    bench.firmware.toHost().setDelay(0.05);
+    QCOMPARE(bench.moveTo(0, 90, 10, 50), 0);
+    QCOMPARE(bench.moveTo(1, -60, 7, 50), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QVERIFY2(bench.log.empty(), said(bench));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(90));
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::inchesOfTheBoardDoNotCount()
+{
+    Bench bench;
+    bench.firmware.send("G20\n"); // as a start-up line of the board may
+    bench.run(0.1);
+    QCOMPARE(bench.moveTo(0, 1.5, 10, 50), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(1.5));
+    QVERIFY2(bench.log.empty(), said(bench));
 }
 
 void tst_GrblGuarantees::aStopInTroubleIsAStop()
@@ -554,8 +580,10 @@ void tst_GrblGuarantees::rubbishIsNotBelieved()
     bench.run(0.6);
     bench.firmware.garble("\r\nerror:\r\nALARM\r\n<Jog|MPos:1,2|Bf:x>\r\n\xff\xfe\x00[MSG:what]\r\n");
     bench.firmware.garble(std::string(5000, 'x') + "\r\n");
+    bench.firmware.garble("<Jog|MPos:1.000,2.000|Bf:11,128|FS:600,0>\r\n"); // an axis has been lost
     QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    verifyClean(bench);
 }
 
 void tst_GrblGuarantees::speedIsCappedByTheBoardsRamp()
