@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <utility>
 
 namespace grbl {
 
@@ -99,8 +101,12 @@ int Axis::stop()
 
 int Axis::setEnabled(bool enabled)
 {
-    if (!enabled)
+    if (!enabled) {
         m_board.stop(*this);
+        m_board.say(
+            {moverMessages::PermissionOnly, "Off only refuses starts: the board keeps the motor's current on",
+             boardAxis()});
+    }
     m_enabled = enabled;
     return enabled && m_board.locked() ? m_board.unlock() : Ok;
 }
@@ -117,6 +123,59 @@ void Axis::finishFrom(double position, double now)
 void Axis::leaves()
 {
     m_board.hurry();
+    sayCap();
+    sayResolution();
+}
+
+double Axis::resolution() const
+{
+    return std::max(0.001, 1 / m_board.setting(stepsPerUnit + boardAxis(), 250)); // reports have three decimals
+}
+
+void Axis::sayCap()
+{
+    const double cap = speedLimit();
+    if (cap >= stage().maxSpeed || settings.speed <= cap || m_board.switchDirection(boardAxis()) != 0)
+        return;
+    if (std::exchange(m_toldCap, cap) == cap)
+        return;
+    const double board = m_board.setting(highestSpeed + boardAxis(), stage().maxSpeed * 60) / 60;
+    const int setting = (cap < board / fastestFeed ? ramp : highestSpeed) + boardAxis();
+    char text[160];
+    std::snprintf(
+        text, sizeof text, "Axis %c is held to %.4g mm/s: the board's setting $%d lifts that", axisLetters[boardAxis()],
+        cap, setting);
+    m_board.say({moverMessages::Capped, text, boardAxis(), cap, setting});
+}
+
+void Axis::sayResolution()
+{
+    const double finest = resolution();
+    double asked = 0;
+    switch (run()) {
+    case Run::Move:
+        asked = toBoard(settings.targetPos);
+        break;
+    case Run::Drive:
+        asked = settings.relativeDispEnable ? settings.relativeDisp : 0;
+        break;
+    case Run::Jog:
+        asked = settings.jogStep;
+        break;
+    case Run::Loop:
+        asked = settings.circleDisp;
+        break;
+    default:
+        return;
+    }
+    if (std::abs(asked - std::round(asked / finest) * finest) < 1e-6 ||
+        std::exchange(m_toldResolution, finest) == finest)
+        return;
+    char text[160];
+    std::snprintf(
+        text, sizeof text, "Axis %c is exact to %.4g mm, which is coarser than what was asked for",
+        axisLetters[boardAxis()], finest);
+    m_board.say({moverMessages::Coarse, text, boardAxis(), finest});
 }
 
 double Axis::stagePosition() const

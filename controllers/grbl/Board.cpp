@@ -7,6 +7,8 @@
 
 namespace grbl {
 
+using namespace moverMessages;
+
 namespace {
 
 constexpr char askReport = '?';
@@ -215,7 +217,7 @@ void Board::takeAnswer(const Reply &reply)
                 axis->setHomed(!failed);
         }
         if (failed) {
-            say("The board refused to home: error " + std::to_string(reply.number));
+            say({HomingFailed, "The board refused to home: error " + std::to_string(reply.number)});
             m_homesSingly = false; // all axes together, then
         }
         m_phase = Phase::Asking; // where it stands now
@@ -224,7 +226,7 @@ void Board::takeAnswer(const Reply &reply)
         poll();
     } else if (failed && m_phase == Phase::Ready) {
         if (reply.number == 15) {
-            say("The board refused " + answered.line + ": outside its travel");
+            say({OutsideTravel, "The board refused " + answered.line + ": outside its travel; all axes are stopped"});
             cancel(Then::Stand);
         } else {
             trouble("the board refused " + answered.line + ": error " + std::to_string(reply.number));
@@ -249,7 +251,7 @@ void Board::takeBanner(const std::string &text)
         return;
     }
     if (m_phase != Phase::Resetting) {
-        say("The board has started anew; the position is lost");
+        say({PositionLost, "The board has started anew; the position is lost"});
         endRuns();
         notHomed();
         m_phase = Phase::Resetting;
@@ -262,7 +264,11 @@ void Board::takeAlarm(int number)
 {
     m_alarm = number;
     m_locked = true;
-    say("The board is in alarm " + std::to_string(number) + ": " + alarmWords(number));
+    say({number == 1                  ? LimitHit
+         : number >= 6 && number <= 9 ? HomingFailed
+                                      : BoardAlarm,
+         "The board is in alarm " + std::to_string(number) + ": " + alarmWords(number), -1,
+         static_cast<double>(number)});
     if (number == 1) {
         for (std::size_t one = 1; one < m_slices.size(); ++one) {
             for (int i = 0; i < m_boardAxes; ++i) {
@@ -344,7 +350,7 @@ void Board::takeReport(const Report &told)
         return;
     case Phase::Homing:
         if (idle || cannotMove) {
-            say("Homing has ended without an answer; the position is not known");
+            say({HomingFailed, "Homing has ended without an answer; the position is not known"});
             notHomed();
             restAt(report, Then::Stand);
         }
@@ -356,18 +362,18 @@ void Board::takeReport(const Report &told)
         break;
     }
     if (back) {
-        say("The board answers again");
+        say({AnswersAgain, "The board answers again; all axes are stopped"});
         cancel(Then::Stand);
     } else if (cannotMove) {
         if (!m_locked) {
             m_locked = true;
-            say("The board is locked");
+            say({BoardLocked, "The board is locked"});
             notHomed();
             endRuns();
             restAt(report, Then::Stand);
         }
     } else if (report.state == Report::State::Hold || report.state == Report::State::Door) {
-        say("Somebody has put the board on hold; all axes are stopped");
+        say({OnHold, "Somebody has put the board on hold; all axes are stopped"});
         cancel(Then::Stand);
     } else {
         m_locked = false;
@@ -379,7 +385,7 @@ void Board::takeReport(const Report &told)
         if (m_phase == Phase::Ready)
             compare(report);
         if (m_limitsOff && report.pins == 0 && m_phase == Phase::Ready && still()) {
-            say("The switch is open: hard limits are on again ($21=1)");
+            say({LimitsOn, "The switch is open: hard limits are on again ($21=1)"});
             m_limitsOff = false;
             m_writing.clear();
             begin({"$21=1"}, Phase::Writing);
@@ -422,8 +428,10 @@ void Board::compare(const Report &report)
             return;
         }
         m_suspectAsked = -1;
-        say(std::string("Axis ") + axisLetters[i] + " is at " + number(where, 3) +
-            " mm of the board, where it was not sent; all axes are stopped");
+        say({Astray,
+             std::string("Axis ") + axisLetters[i] + " is at " + number(where, 3) +
+                 " mm of the board, where it was not sent; all axes are stopped",
+             i, where});
         cancel(Then::Stand);
         return;
     }
@@ -549,7 +557,7 @@ void Board::watch()
         return;
     case Phase::Homing:
         if (m_now > m_homeLimit + reportTimeout)
-            reset("Homing takes longer than the board's settings allow; the position is lost");
+            reset("Homing takes longer than the board's settings allow; the position is lost", HomingStopped);
         return;
     case Phase::Writing:
         if (!m_awaited.empty() && m_now - m_awaited.front().since > 3) {
@@ -561,7 +569,7 @@ void Board::watch()
         if (m_idleSince >= 0 && m_now - m_idleSince > deafAfter)
             reset("The board is at rest and does not read its lines");
         else if (m_now - m_since > 10 + m_stopTime)
-            reset("The board does not stop; the position is lost");
+            reset("The board does not stop; the position is lost", PositionLost);
         break;
     default:
         break;
@@ -575,7 +583,7 @@ void Board::watch()
 
 void Board::lose(const std::string &why)
 {
-    say(why);
+    say({NoAnswer, why});
     m_lost = true;
     m_pending.clear();
     m_then = Then::Stand;
@@ -633,7 +641,7 @@ void Board::asked()
         return;
     }
     if (m_phase == Phase::Asking && m_reports == 0 && setting(1, 255) != 255)
-        say("The board's setting $1 is not 255: the motors lose their current after each stop");
+        say({MotorsDropOut, "The board's setting $1 is not 255: the motors lose their current after each stop"});
     m_phase = Phase::Asking; // where it stands comes last
     m_since = m_now;
     m_asked = -1;
@@ -681,7 +689,7 @@ void Board::wrote()
     };
     const bool failed = std::any_of(m_writing.begin(), m_writing.end(), differs);
     if (failed && !m_undoing) {
-        say("The board did not take its settings; what was written is undone");
+        say({SettingsUndone, "The board did not take its settings; what was written is undone"});
         m_written = WriteFailed;
         m_undoing = true;
         std::vector<std::string> lines;
@@ -718,7 +726,9 @@ int Board::unlock()
     std::vector<std::string> lines{"$X"};
     if (m_report.pins != 0 && setting(21, 0) != 0) {
         // The switch that opens again would be the next alarm.
-        say("Hard limits are off ($21=0) until the axis has been driven off its switch, slowly and the way it came");
+        say(
+            {LimitsOff,
+             "Hard limits are off ($21=0) until the axis has been driven off its switch, slowly and the way it came"});
         lines.emplace_back("$21=0");
         m_limitsOff = true;
     }
@@ -792,7 +802,7 @@ int Board::refusal() const
 int Board::stop(Axis &axis)
 {
     if (m_phase == Phase::Homing) {
-        reset("Homing was stopped; the position is lost");
+        reset("Homing was stopped; the position is lost", HomingStopped);
         notHomed();
         m_urgent = true;
         return Ok;
@@ -903,13 +913,13 @@ void Board::watchCancel()
         m_cancelAt = m_now;
     } else {
         notHomed();
-        reset("The board does not stop and is reset in motion; the position is lost");
+        reset("The board does not stop and is reset in motion; the position is lost", PositionLost);
     }
 }
 
-void Board::reset(const std::string &why)
+void Board::reset(const std::string &why, Code code)
 {
-    say(why);
+    say({code, why});
     sendByte(softReset);
     m_awaited.clear();
     m_awaitedBytes = 0;
@@ -935,7 +945,7 @@ void Board::restAt(const Report &report, Then then)
     if (m_locked && m_alarm == 1) {
         for (int i = 0; i < m_boardAxes; ++i) {
             if ((report.pins >> i & 1U) != 0)
-                say(std::string("The limit switch of axis ") + axisLetters[i] + " is closed");
+                say({SwitchClosed, std::string("The limit switch of axis ") + axisLetters[i] + " is closed", i});
         }
     }
     if (!m_locked)
@@ -973,7 +983,8 @@ void Board::trouble(const std::string &what)
         m_troubles.pop_front();
     m_troubles.push_back(m_now);
     const bool often = m_troubles.size() > 3;
-    say("Trouble on the line: " + what + (often ? "; all axes are stopped" : "; the axes stop and go on"));
+    say({often ? WireStop : WireTrouble,
+         "Trouble on the line: " + what + (often ? "; all axes are stopped" : "; the axes stop and go on")});
     cancel(often ? Then::Stand : Then::TakeUp);
 }
 
@@ -1075,8 +1086,10 @@ void Board::sendSlice(double end)
 
 void Board::ranDry()
 {
-    say("The computer stood still for " + number((m_now - m_head + effectiveLead()) * 1000, 0) +
-        " ms: the axes have stopped and begin a new ramp");
+    const double stall = std::round((m_now - m_head + effectiveLead()) * 1000);
+    say({Stall,
+         "The computer stood still for " + number(stall, 0) + " ms: the axes have stopped and begin a new ramp", -1,
+         stall});
     m_pending.clear();
     m_head = m_now;
     for (auto &axis : m_axes) {

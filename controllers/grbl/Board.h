@@ -4,6 +4,8 @@
 #include "controllers/grbl/Axis.h"
 #include "controllers/grbl/Replies.h"
 
+#include "device/moverMessages.h"
+
 #include <algorithm>
 #include <array>
 #include <deque>
@@ -32,8 +34,15 @@ public:
     /** No axis is faster than what the board's own ramp stops in this time. */
     static constexpr double brakingTime = 0.08;
 
-    /** Is told in words what went wrong. */
-    using Log = std::function<void(const std::string &)>;
+    /** Something to say besides statuses. */
+    struct Note {
+        moverMessages::Code code;
+        std::string text;
+        int boardAxis = -1; ///< -1: the whole board
+        double value = 0;   ///< these two: see the codes
+        int setting = 0;
+    };
+    using Log = std::function<void(const Note &)>;
 
     /** `setup`: the stages, by the axis of the library. */
     Board(const std::vector<AxisSetup> &setup, Log log);
@@ -97,6 +106,8 @@ public:
     /** The end of the last write: Ok or WriteFailed. */
     int written() const { return m_written; }
     void hurry() { m_urgent = true; }
+    void say(const Note &note) { m_log(note); }
+    void say(const std::string &text) { m_log({moverMessages::General, text}); }
     /** Ends all that moves, because nobody is there any more to stop it. */
     void stopAll();
 
@@ -113,7 +124,6 @@ private:
         std::array<long long, maxBoardAxes> steps;
     };
 
-    void say(const std::string &text) { m_log(text); }
     void sendLine(const std::string &line);
     void sendByte(char byte) { m_output += byte; }
     void take(const Reply &reply);
@@ -140,7 +150,7 @@ private:
     void cancel(Then then);
     void sendCancel();
     void watchCancel();
-    void reset(const std::string &why);
+    void reset(const std::string &why, moverMessages::Code code = moverMessages::General);
     void restAt(const Report &report, Then then);
     void lose(const std::string &why);
     void trouble(const std::string &what);

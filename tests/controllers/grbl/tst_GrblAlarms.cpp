@@ -305,7 +305,7 @@ void tst_GrblAlarms::anotherProtocolIsNoBoard()
     grbl::AxisSetup setup;
     setup.stage = Bench::stage();
     std::vector<grbl::AxisSetup> setups{setup};
-    grbl::Board board(setups, [&log](const std::string &text) { log.push_back(text); });
+    grbl::Board board(setups, [&log](const grbl::Board::Note &note) { log.push_back(note.text); });
     board.opened(0);
     std::string sent;
     double now = 0;
