@@ -24,6 +24,8 @@ struct AxisDescription {
     double maxSpeed = 0;
     double maxAcceleration = 0;
     double maxRockerSpeed = 0;
+    /** The origin flag of its state is whether it is homed, whoever homed it, and goes when the position is lost. */
+    bool tellsHoming = false;
 
     double travel() const { return maxPos - minPos; }
     /** The name that users see: "Axis1" for index 0. */

@@ -3,6 +3,7 @@
 
 #include "device/LibraryLock.h"
 #include "device/LibraryText.h"
+#include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 
 #include <QWeakPointer>
@@ -221,9 +222,11 @@ int ControlSession::readAxis(int index)
 QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription &description)
 {
     const QMutexLocker lock(&m_mutex);
+    AxisDescription whole = description;
+    // Boards home all axes together, and lose their position by more than a lost link.
+    whole.tellsHoming = MotionLibrary::inUse().mark() == QLatin1String("grbl");
     QSharedPointer<ControlAxis> &axis = m_axes[description.index];
-    axis = axis ? QSharedPointer<ControlAxis>::create(description, *axis)
-                : QSharedPointer<ControlAxis>::create(description);
+    axis = axis ? QSharedPointer<ControlAxis>::create(whole, *axis) : QSharedPointer<ControlAxis>::create(whole);
     return axis;
 }
 

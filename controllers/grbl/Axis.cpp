@@ -195,8 +195,10 @@ MotorStageState Axis::state() const
     state.isEnable = m_enabled;
     state.isHome = m_homed;
     const double where = stagePosition();
-    state.isLeftLimit = atLowerEnd(where - resolution / 2);
-    state.isRightLimit = atUpperEnd(where + resolution / 2);
+    // Before it has been homed nobody knows where the ends are.
+    const bool known = m_homed || m_board.setting(homingOn, 0) == 0;
+    state.isLeftLimit = known && atLowerEnd(where - resolution / 2);
+    state.isRightLimit = known && atUpperEnd(where + resolution / 2);
     state.runCount = static_cast<uint32_t>(loopIndex());
     return state;
 }

@@ -6,6 +6,7 @@
 #include "console/DebugWidget.h"
 #include "controllers/emulator/SerialPort.h"
 #include "device/MotionLibrary.h"
+#include "session/ControlAxis.h"
 #include "session/ControlSession.h"
 #include "shell/OpenWindow.h"
 #include "support/MessageBoxes.h"
@@ -161,7 +162,7 @@ void tst_GrblProgram::connectAndHome()
     // The second press homes; the board may still be at what befell it.
     const auto isHomed = [this] {
         MotorStageState state{};
-        return SerialComDev::instance()->getRuningState(0, state) >= 0 && state.isHome == 1 && state.isStop == 1;
+        return SerialComDev::instance()->getRuningState(0, state) >= 0 && state.isHome == 1 && state.isCanRun == 1;
     };
     timer.restart();
     while (!isHomed() && timer.elapsed() < 2 * s_limitMs) {
@@ -176,6 +177,8 @@ void tst_GrblProgram::connectAndHome()
 void tst_GrblProgram::tour()
 {
     QVERIFY(says(1, QStringLiteral("所有轴都将移动：Axis1, Axis2, Axis3；请再按一次")));
+    for (int axis = 0; axis < 3; ++axis) // those, too, whose button nobody has pressed
+        QTRY_COMPARE(ControlSession::instance()->axis(axis)->trust().kind, AxisTrust::Homed);
     for (int axis = 0; axis < 3; ++axis)
         sendMove(axis, 12.5 - axis);
     for (int axis = 0; axis < 3; ++axis) {
@@ -277,6 +280,7 @@ void tst_GrblProgram::strikes(const std::function<void()> &situation)
             window->hide();
     }
     connectAndHome(); // also drives the axes to their switches
+    QTRY_VERIFY(panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_move"))->isEnabled());
     sendMove(0, 5);
     QTRY_COMPARE_WITH_TIMEOUT(shown(0), QStringLiteral("5.000 mm"), s_limitMs);
     QCOMPARE(counted(0), shown(0));
