@@ -28,6 +28,7 @@ constexpr char libraryName[] = "libmoverLibrary.so";
 constexpr char markSymbol[] = "moverLibraryMark";
 /** The one by which it says more than statuses. */
 constexpr char messagesSymbol[] = "moverLibraryMessages";
+constexpr char reportsSymbol[] = "moverLibraryReports";
 
 std::mutex loading;
 // Never destroyed: at exit a thread may still hang in one of its functions.
@@ -104,6 +105,8 @@ std::optional<MotionLibrary::Fault> MotionLibrary::loadFile(const QString &file)
         found->m_sMark = QString::fromLatin1(mark);
     if (const auto *messages = reinterpret_cast<MoverNextMessage *const *>(shared.resolve(messagesSymbol)))
         found->m_nextMessage = *messages;
+    if (const auto *reports = reinterpret_cast<MoverLastReport *const *>(shared.resolve(reportsSymbol)))
+        found->m_lastReport = *reports;
     library = found;
     qCDebug(diagnostics) << "motion library:" << qUtf8Printable(found->description());
     return std::nullopt;

@@ -358,6 +358,7 @@ int SerialComDev::open(int id)
     m_iDeviceId = id;
     m_bLeft = false;
     m_iAxisCount = 0;
+    m_reports.clear();
     m_bRockerOn = true; // for all that is known: a stop switches it off until it has been read
     return id;
 }
@@ -702,8 +703,16 @@ void SerialComDev::slot_getCurrentPos(int Axis)
         reportFailedPoll(Axis, tr("读取当前位置出错"));
         return;
     }
-    m_feed.tell(
-        [&](AnswerListener &listener, AnswerListener::Time at) { listener.positionAnswered(Axis, position, at); });
+    // Reports of the controller are told once, with the time that they are of.
+    MoverReport report{};
+    const bool fromReport = MotionLibrary::inUse().lastReport(m_iDeviceId, &report);
+    if (!fromReport || std::exchange(m_reports[Axis], report.number) != report.number) {
+        const auto age = std::chrono::duration_cast<AnswerListener::Time::duration>(
+            std::chrono::duration<double>(fromReport ? report.age : 0));
+        m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) {
+            listener.positionAnswered(Axis, position, at - age);
+        });
+    }
     emit signal_updateCurrentPos(Axis, position);
 }
 

@@ -49,4 +49,16 @@ struct MoverMessage {
 
 /** Returns 1, or 0 if there is no message. */
 typedef int MoverNextMessage(struct MoverMessage *message);
+
+/** What the position and the state of an axis rest on. */
+struct MoverReport {
+    unsigned long long number; ///< of the controller's reports since it was opened; the same number is the same report
+    double age;                ///< seconds since it was asked for
+};
+
+/**
+ * The data symbol `moverLibraryReports` points to such a function: whose positions come from reports of the controller,
+ * and not from each call, tells which one is in force. Returns 1, or 0 if there is none.
+ */
+typedef int MoverLastReport(int id, struct MoverReport *report);
 }

@@ -13,7 +13,7 @@
 
 using namespace controllers;
 
-// What a program that asks is told besides the functions: whose library it is, and the way to its messages.
+// What a program that asks is told besides the functions: whose library it is, and the ways to its messages and reports.
 extern "C" {
 MOVER_API extern const char moverLibraryMark[];
 const char moverLibraryMark[] = MOVER_LIBRARY_MARK;
@@ -24,6 +24,13 @@ static int nextMessage(MoverMessage *message)
 }
 MOVER_API extern MoverNextMessage *const moverLibraryMessages;
 MoverNextMessage *const moverLibraryMessages = nextMessage;
+
+static int lastReport(int id, MoverReport *report)
+{
+    return Library::instance().lastReport(id, report) ? 1 : 0;
+}
+MOVER_API extern MoverLastReport *const moverLibraryReports;
+MoverLastReport *const moverLibraryReports = lastReport;
 }
 
 namespace {

@@ -387,6 +387,8 @@ void Board::takeReport(const Report &told)
         if (m_limitsOff && report.pins == 0 && m_phase == Phase::Ready && still()) {
             say({LimitsOn, "The switch is open: hard limits are on again ($21=1)"});
             m_limitsOff = false;
+            if (changed)
+                changed();
             m_writing.clear();
             begin({"$21=1"}, Phase::Writing);
         }
@@ -731,6 +733,8 @@ int Board::unlock()
              "Hard limits are off ($21=0) until the axis has been driven off its switch, slowly and the way it came"});
         lines.emplace_back("$21=0");
         m_limitsOff = true;
+        if (changed)
+            changed();
     }
     begin(lines, Phase::Writing);
     return Ok;

@@ -79,9 +79,18 @@ public:
     bool locked() const { return m_locked; }
     /** Direction, in the board's coordinates, in which an axis ran on the limit switch that it is still on; or 0. */
     int switchDirection(int boardAxis) const;
+    /** Hard limits are off, to be on again when the axis is off its switch; kept over an end of the program. */
+    bool limitsOff() const { return m_limitsOff; }
+    void setLimitsOff(bool off) { m_limitsOff = off; }
+    /** Set by whoever keeps values: one has changed. */
+    std::function<void()> changed;
     /** Everything stands and nothing is under way. */
     bool still() const;
     const Report &report() const { return m_report; }
+    /** Reports since the port was opened. */
+    unsigned long long reports() const { return m_reports; }
+    /** When the last one was asked for: it is of no earlier moment. */
+    double reportAsked() const { return m_reportAsked; }
     const std::string &version() const { return m_version; }
     /** A setting of the board, or `otherwise` where it has none. */
     double setting(int number, double otherwise) const;
@@ -185,7 +194,7 @@ private:
     std::array<double, maxBoardAxes> m_offset{};
     double m_asked = -1; ///< when the unanswered "?" was sent; below 0: none is
     double m_lastAsk = 0;
-    int m_reports = 0;        ///< reports since the port was opened
+    unsigned long long m_reports = 0; ///< reports since the port was opened
     double m_reportAsked = 0; ///< when the last report was asked for
     bool m_lost = false;
     bool m_idleSeen = false; ///< a report in Idle has come that was asked for after the last line was answered

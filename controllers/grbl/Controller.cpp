@@ -25,7 +25,8 @@ Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::st
 {
     serialNumber = "GRBL-" + std::to_string(setup.id);
     modelName = "Grbl";
-    Configuration::restore(m_keptFile, this);
+    Configuration::restore(m_keptFile, this, &m_board);
+    m_board.changed = [this] { stored(); };
     for (auto &axis : m_board.axes()) {
         axis->changed = [this] { stored(); };
         axis->waitForBoard = [this](std::unique_lock<std::mutex> &lock) {
@@ -67,6 +68,14 @@ bool Controller::takeMessage(MoverMessage *message)
         return false;
     *message = m_messages.front();
     m_messages.pop_front();
+    return true;
+}
+
+bool Controller::lastReport(MoverReport *report) const
+{
+    if (m_board.reports() == 0)
+        return false;
+    *report = {m_board.reports(), now() - m_board.reportAsked()};
     return true;
 }
 
@@ -118,7 +127,7 @@ void Controller::keep(std::unique_lock<std::mutex> &lock)
     if (m_keepAt < 0 || now() < m_keepAt)
         return;
     m_keepAt = -1;
-    const std::string text = Configuration::kept(*this);
+    const std::string text = Configuration::kept(*this, m_board);
     lock.unlock();
     if (!Configuration::write(m_keptFile, text))
         std::fprintf(stderr, "%s cannot be written\n", m_keptFile.c_str());

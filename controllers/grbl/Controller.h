@@ -43,6 +43,7 @@ public:
 
     /** Takes the oldest thing that the board has had to say. */
     bool takeMessage(MoverMessage *message);
+    bool lastReport(MoverReport *report) const;
 
 private:
     static double now();

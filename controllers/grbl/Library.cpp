@@ -45,6 +45,13 @@ public:
             return controller->takeMessage(message);
         });
     }
+    bool lastReport(int id, MoverReport *report) override
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::any_of(m_controllers.begin(), m_controllers.end(), [id, report](const auto &controller) {
+            return controller->id == id && controller->lastReport(report);
+        });
+    }
     std::vector<controllers::Controller *> controllers() override
     {
         std::vector<controllers::Controller *> all;

@@ -19,6 +19,7 @@ private slots:
     void aFailedHomingIsNotHomed();
     void moveNeedsAReference();
     void aHardLimitNamesItsAxisAndIsLeftSlowly();
+    void hardLimitsComeBackAfterARestart();
     void aHoldIsLeftAtRest();
     void enableIsAPermission();
     void settingsAreReadBackAndUndone();
@@ -238,6 +239,19 @@ void tst_GrblAlarms::aHardLimitNamesItsAxisAndIsLeftSlowly()
     QVERIFY(bench.runUntil([&] { return bench.firmware.settings()[21] == 1; }, 2));
     QVERIFY(stands(bench));
     QVERIFY(!bench.board.locked());
+}
+
+void tst_GrblAlarms::hardLimitsComeBackAfterARestart()
+{
+    Bench bench(homingBoard());
+    QCOMPARE(bench.firmware.settings()[21], 0.0);
+    bench.run(1);
+    QCOMPARE(bench.firmware.settings()[21], 0.0); // as somebody has it
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+    QVERIFY(bench.runUntil([&] { return !bench.board.locked() && bench.isStill(); }, 5));
+    bench.board.setLimitsOff(true); // as it was kept when the program ended
+    QVERIFY(bench.runUntil([&] { return bench.firmware.settings()[21] == 1; }, 2));
+    QVERIFY(!bench.board.limitsOff());
 }
 
 void tst_GrblAlarms::aHoldIsLeftAtRest()

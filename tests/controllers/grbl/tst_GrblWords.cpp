@@ -23,6 +23,7 @@ private slots:
     void homingNamesAllAxesThatMove();
     void oldStatusesLookAsEver();
     void whatTheLibrarySaysReachesTheLog();
+    void aReportIsToldOnceWithItsTime();
 
 private:
     QStringList logOf(int axis)
@@ -113,6 +114,31 @@ void tst_GrblWords::whatTheLibrarySaysReachesTheLog()
         (emit SerialComDev::instance()->signal_startMotor(0, MOVE_CODE_DRIVE_NEGATIVE),
          says(0, QStringLiteral("速度限制为 4：由控制板参数 $120 决定"))));
     QTRY_VERIFY(says(0, QStringLiteral("该轴的分辨率是 0.004")));
+}
+
+void tst_GrblWords::aReportIsToldOnceWithItsTime()
+{
+    struct Listener final : AnswerListener {
+        void positionAnswered(int, double, Time at) override { times.push_back(at); }
+        void stateAnswered(int, const MotorStageState &, Time) override {}
+        void pollFailed(int, Time) override {}
+        void commandAccepted(int, int, Time) override {}
+        std::vector<Time> times;
+    } listener;
+    const auto worker = SerialComDev::instance();
+    const auto begin = AnswerListener::Time::clock::now();
+    worker->answers().add(&listener);
+    int polls = 0;
+    while (AnswerListener::Time::clock::now() < begin + std::chrono::seconds(1)) {
+        emit worker->signal_getCurrentPos(1);
+        QTest::qWait(5);
+        ++polls;
+    }
+    worker->answers().remove(&listener);
+    QVERIFY(polls > 50);
+    QVERIFY2(listener.times.size() >= 4 && listener.times.size() <= 40, qPrintable(QString::number(listener.times.size())));
+    for (std::size_t i = 1; i < listener.times.size(); ++i)
+        QVERIFY(listener.times[i] > listener.times[i - 1]);
 }
 
 QTEST_GUILESS_MAIN(tst_GrblWords)
