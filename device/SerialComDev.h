@@ -286,7 +286,7 @@ private:
     QMap<int, int> m_autoDetect;
     QMutex m_requestMutex; // held while a round is begun and the worker is called for it
     PollQueue m_polls;
-    QMap<int, quint64> m_reports; // number of the report that an axis has told last
+    QMap<int, quint64> m_reports;     // number of the report that an axis has told last
     QVector<MoverMessage> m_messages; // of the library, until their axis is polled
     AnswerFeed m_feed;
     AnswerFilter<double> m_positions;

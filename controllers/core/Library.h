@@ -40,7 +40,8 @@ public:
     /** Takes the next thing that there is to say besides statuses; false if there is none. Locks by itself. */
     virtual bool takeMessage(MoverMessage *) { return false; }
 
-    /** The report that the positions of a controller rest on; false if they are asked for with each call. Locks by itself. */
+    /** The report that the positions of a controller rest on; false if they are asked for with each call. Locks by
+     * itself. */
     virtual bool lastReport(int, MoverReport *) { return false; }
 
     /** In the order in which they are listed. */

@@ -13,7 +13,8 @@
 
 using namespace controllers;
 
-// What a program that asks is told besides the functions: whose library it is, and the ways to its messages and reports.
+// What a program that asks is told besides the functions: whose library it is, and the ways to its messages and
+// reports.
 extern "C" {
 MOVER_API extern const char moverLibraryMark[];
 const char moverLibraryMark[] = MOVER_LIBRARY_MARK;

@@ -190,7 +190,8 @@ MotorStageState Axis::state() const
     const bool arrived = m_board.still() || std::abs(stagePosition() - position()) <= resolution;
     const bool busy = m_board.phase() == Board::Phase::Homing || m_board.phase() == Board::Phase::Cancelling;
     state.isStop = !running() && arrived && !busy;
-    // A locked board can be homed, which is the usual way out of its lock: what else is asked of it is refused in words.
+    // A locked board can be homed, which is the usual way out of its lock: what else is asked of it is refused in
+    // words.
     state.isCanRun = m_enabled && state.isStop && m_board.phase() == Board::Phase::Ready;
     state.isEnable = m_enabled;
     state.isHome = m_homed;

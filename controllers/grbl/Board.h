@@ -195,7 +195,7 @@ private:
     double m_asked = -1; ///< when the unanswered "?" was sent; below 0: none is
     double m_lastAsk = 0;
     unsigned long long m_reports = 0; ///< reports since the port was opened
-    double m_reportAsked = 0; ///< when the last report was asked for
+    double m_reportAsked = 0;         ///< when the last report was asked for
     bool m_lost = false;
     bool m_idleSeen = false; ///< a report in Idle has come that was asked for after the last line was answered
     double m_lastAnswer = 0;

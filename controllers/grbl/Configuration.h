@@ -33,7 +33,8 @@ public:
 
     /** Where what is kept for a board lies, beside the file. */
     static std::string keptFile(const std::string &file, int id);
-    /** Gives `controller` and its `board` back what was kept for them; a file that is faulty or not there changes nothing. */
+    /** Gives `controller` and its `board` back what was kept for them; a file that is faulty or not there changes
+     * nothing. */
     static void restore(const std::string &keptFile, controllers::Controller *controller, Board *board);
     /** The text to be written to the file. */
     static std::string kept(controllers::Controller &controller, const Board &board);

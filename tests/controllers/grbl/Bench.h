@@ -46,11 +46,13 @@ public:
 
     explicit Bench(const emulator::Options &options = Bench::options(), unsigned seed = 1, int axes = 3)
         : firmware(options)
-        , board(setup(axes), [this](const grbl::Board::Note &note) {
-            if (note.code != moverMessages::Coarse) // as random targets are
-                log.push_back(note.text);
-            codes.push_back(note.code);
-        })
+        , board(
+              setup(axes),
+              [this](const grbl::Board::Note &note) {
+                  if (note.code != moverMessages::Coarse) // as random targets are
+                      log.push_back(note.text);
+                  codes.push_back(note.code);
+              })
         , m_random(seed)
     {
         board.opened(firmware.now());

@@ -83,8 +83,8 @@ void tst_GrblAlarms::homingMovesAllAxesAtTheSecondCall()
 {
     Bench bench(homingBoard());
     setStages(bench);
-    QVERIFY(bench.board.locked()); // so it is after power-on
-    QCOMPARE(int(bench.axis(0).state().isCanRun), 1); // or nobody could press what homes it
+    QVERIFY(bench.board.locked());                        // so it is after power-on
+    QCOMPARE(int(bench.axis(0).state().isCanRun), 1);     // or nobody could press what homes it
     QCOMPARE(int(bench.axis(0).state().isRightLimit), 0); // as far as it knows
     QCOMPARE(bench.moveTo(0, 1, 5, 50), int(Locked));
     QCOMPARE(home(bench, 0), int(OthersWouldMove));

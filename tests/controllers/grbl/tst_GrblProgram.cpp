@@ -33,7 +33,10 @@ private slots:
     void cleanup();
     void tour();
     void idle_data() { faults(); }
-    void idle() { strikes([] {}); }
+    void idle()
+    {
+        strikes([] {});
+    }
     void moving_data() { faults(); }
     void moving();
     void loopRun_data() { faults(); }
@@ -52,7 +55,10 @@ private:
     void faults();
     void strikes(const std::function<void()> &situation);
     void connectAndHome();
-    void press(QWidget *parent, const char *name) { parent->findChild<QAbstractButton *>(QLatin1String(name))->click(); }
+    void press(QWidget *parent, const char *name)
+    {
+        parent->findChild<QAbstractButton *>(QLatin1String(name))->click();
+    }
     template <typename Field>
     void fill(QWidget *parent, const char *name, double value)
     {
@@ -212,7 +218,10 @@ void tst_GrblProgram::tour()
         const QByteArray function = command.function;
         const bool names = function.contains("Name") || function.contains("SerialNumber");
         window->findChild<QLineEdit *>(QStringLiteral("lineEdit_input"))
-            ->setText(function == "setDevAxisCount" ? "3" : names ? "TEXT" : "1");
+            ->setText(
+                function == "setDevAxisCount" ? "3"
+                : names                       ? "TEXT"
+                                              : "1");
         press(window, qPrintable(QStringLiteral("pushButton_%1").arg(command.button)));
         if (function == "setRockerEnable" || function == "setClearIDChip")
             QCOMPARE(
@@ -230,7 +239,8 @@ void tst_GrblProgram::tour()
 void tst_GrblProgram::faults()
 {
     QTest::addColumn<QString>("fault");
-    for (const char *const fault : {"unplugged", "muted", "reset", "power", "rubbish", "late", "a switch closes", "hold"})
+    for (const char *const fault :
+         {"unplugged", "muted", "reset", "power", "rubbish", "late", "a switch closes", "hold"})
         QTest::newRow(fault) << QString::fromLatin1(fault);
 }
 

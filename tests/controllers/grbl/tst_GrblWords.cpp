@@ -119,7 +119,11 @@ void tst_GrblWords::whatTheLibrarySaysReachesTheLog()
 void tst_GrblWords::aReportIsToldOnceWithItsTime()
 {
     struct Listener final : AnswerListener {
-        void positionAnswered(int, double, Time at) override { times.push_back(at); }
+        void positionAnswered(int axis, double, Time at) override
+        {
+            if (axis == 1) // polls of others may still be under way
+                times.push_back(at);
+        }
         void stateAnswered(int, const MotorStageState &, Time) override {}
         void pollFailed(int, Time) override {}
         void commandAccepted(int, int, Time) override {}
@@ -136,7 +140,8 @@ void tst_GrblWords::aReportIsToldOnceWithItsTime()
     }
     worker->answers().remove(&listener);
     QVERIFY(polls > 50);
-    QVERIFY2(listener.times.size() >= 4 && listener.times.size() <= 40, qPrintable(QString::number(listener.times.size())));
+    QVERIFY2(
+        listener.times.size() >= 4 && listener.times.size() <= 40, qPrintable(QString::number(listener.times.size())));
     for (std::size_t i = 1; i < listener.times.size(); ++i)
         QVERIFY(listener.times[i] > listener.times[i - 1]);
 }
