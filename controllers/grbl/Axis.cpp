@@ -123,7 +123,7 @@ void Axis::finishFrom(double position, double now)
 void Axis::leaves()
 {
     m_board.hurry();
-    sayCap();
+    sayCap(settings.speed);
     sayResolution();
 }
 
@@ -132,10 +132,10 @@ double Axis::resolution() const
     return std::max(0.001, 1 / m_board.setting(stepsPerUnit + boardAxis(), 250)); // reports have three decimals
 }
 
-void Axis::sayCap()
+void Axis::sayCap(double asked)
 {
     const double cap = speedLimit();
-    if (cap >= stage().maxSpeed || settings.speed <= cap || m_board.switchDirection(boardAxis()) != 0)
+    if (cap >= stage().maxSpeed || asked <= cap || m_board.switchDirection(boardAxis()) != 0)
         return;
     if (std::exchange(m_toldCap, cap) == cap)
         return;
@@ -229,6 +229,7 @@ int Axis::setStage(const MotorParams &given, std::unique_lock<std::mutex> &lock)
     setStored(given);
     m_setup.hasStage = true;
     standAt(stagePosition());
+    sayCap(given.maxSpeed);
     stored();
     return Ok;
 }

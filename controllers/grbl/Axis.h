@@ -76,7 +76,7 @@ protected:
     void leaves() override;
 
 private:
-    void sayCap();
+    void sayCap(double asked);
     void sayResolution();
 
     Board &m_board;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr char jogCancel = static_cast<char>(0x85);
 constexpr double cancelPatience =
-    0.008;                          // for the answers of lines on their way; what waits behind it would run after it
+    0.008; // for the answers of lines on their way; what waits behind it would run after it
 
 } // namespace
 
@@ -218,7 +218,8 @@ void Board::trouble(const std::string &what)
         m_troubles.pop_front();
     m_troubles.push_back(m_now);
     const bool often = m_troubles.size() > 3;
-    say({often ? WireStop : WireTrouble,
+    say(
+        {often ? WireStop : WireTrouble,
          "Trouble on the line: " + what + (often ? "; all axes are stopped" : "; the axes stop and go on")});
     cancel(often ? Then::Stand : Then::TakeUp);
 }

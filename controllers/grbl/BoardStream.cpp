@@ -17,8 +17,8 @@ constexpr std::size_t mostUnansweredBytes = 127;
 constexpr int leastFreeBlocks = 3;
 constexpr double unexplained = 0.1; // mm that an axis may be off what was sent
 constexpr double longestLag = 0.35; // of the board behind the plan, ramps and a late report included
-constexpr double lateness = 0.03; // of the board's steps behind the lines, at most
-constexpr int reportsInDoubt = 4;  // that have to miss an answer before it counts as missing
+constexpr double lateness = 0.03;   // of the board's steps behind the lines, at most
+constexpr int reportsInDoubt = 4;   // that have to miss an answer before it counts as missing
 
 } // namespace
 
@@ -136,9 +136,9 @@ void Board::sendSlice(double end)
 void Board::ranDry()
 {
     const double stall = std::round((m_now - m_head + effectiveLead()) * 1000);
-    say({Stall,
-         "The computer stood still for " + number(stall, 0) + " ms: the axes have stopped and begin a new ramp", -1,
-         stall});
+    say(
+        {Stall, "The computer stood still for " + number(stall, 0) + " ms: the axes have stopped and begin a new ramp",
+         -1, stall});
     m_pending.clear();
     m_head = m_now;
     for (auto &axis : m_axes) {
@@ -153,8 +153,8 @@ void Board::ranDry()
 
 void Board::countAnswers(const Report &report)
 {
-    // With its buffer empty and room for blocks the board has read and answered whatever had arrived. A lost line leaves
-    // one answer too few for ever, while the others keep coming.
+    // With its buffer empty and room for blocks the board has read and answered whatever had arrived. A lost line
+    // leaves one answer too few for ever, while the others keep coming.
     m_totalBytes = std::max(m_totalBytes, report.freeBytes);
     const bool allRead = report.freeBlocks > 1 && report.freeBytes == m_totalBytes;
     const bool missing = allRead && !m_awaited.empty() && m_awaited.front().since < m_reportAsked - onTheWay;
@@ -186,7 +186,8 @@ void Board::compare(const Report &report)
             return;
         }
         m_suspectAsked = -1;
-        say({Astray,
+        say(
+            {Astray,
              std::string("Axis ") + axisLetters[i] + " is at " + number(where, 3) +
                  " mm of the board, where it was not sent; all axes are stopped",
              i, where});

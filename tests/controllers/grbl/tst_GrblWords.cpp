@@ -23,6 +23,7 @@ private slots:
     void homingNamesAllAxesThatMove();
     void oldStatusesLookAsEver();
     void whatTheLibrarySaysReachesTheLog();
+    void setUpShowsTheCapOfTheSpeed();
     void aReportIsToldOnceWithItsTime();
 
 private:
@@ -114,6 +115,16 @@ void tst_GrblWords::whatTheLibrarySaysReachesTheLog()
         (emit SerialComDev::instance()->signal_startMotor(0, MOVE_CODE_DRIVE_NEGATIVE),
          says(0, QStringLiteral("速度限制为 4：由控制板参数 $120 决定"))));
     QTRY_VERIFY(says(0, QStringLiteral("该轴的分辨率是 0.004")));
+}
+
+void tst_GrblWords::setUpShowsTheCapOfTheSpeed()
+{
+    const auto worker = SerialComDev::instance();
+    MotorParams params{};
+    QTRY_COMPARE(worker->getMotorParams(1, params), 0);
+    params.maxSpeed = 60;
+    QTRY_COMPARE(worker->setMotorParams(1, params), 0);
+    QTRY_VERIFY(says(1, QStringLiteral("速度限制为 40：由控制板参数 $121 决定")));
 }
 
 void tst_GrblWords::aReportIsToldOnceWithItsTime()
