@@ -42,6 +42,13 @@ ROWS = [
     ("panels", "adding and closing a panel 1,000 times: growth of memory", 1, "MiB"),
     ("library call", "one simulated library call", 1, "µs"),
     ("model file", "a model file of 1,000 models, read, offered and listed in the add-axis dialog", 100, "ms"),
+    ("grbl wire out", "Grbl board, three axes moving: use of the wire to it", 15, "%"),
+    ("grbl wire in", "the same: of the wire from it", 15, "%"),
+    ("grbl ripple", "the same: ripple of the speed in windows of 20 ms", 5, "%"),
+    ("grbl rest", "the same library: processor time at rest, of a core", 0.5, "%"),
+    ("grbl moving", "the same, three axes moving", 3, "%"),
+    ("grbl stop", "stop of all axes of a Grbl board: call to its byte on the wire, median", 2, "ms"),
+    ("grbl stop 99", "the same: 99th percentile", 10, "ms"),
 ]
 ROOM = 1.3  # figures scatter; what is this much beyond its goal fails
 # Which step of benchSteps measures a row; the others need processes of their own.
@@ -164,6 +171,13 @@ class Bench:
             rows[name] = (float(figure), remark)
         return rows
 
+    def grbl(self):
+        output = subprocess.run(
+            [f"{self.build}/bench/benchGrbl", f"{self.build}/controllers/emulator/grblEmulator", "--rows"],
+            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False).stdout
+        lines = [line.split("\t") for line in output.splitlines()]
+        return {name: (float(figure), remark) for name, figure, remark in lines}
+
     def row(self, name, short):
         """The row and whatever was measured along with it."""
         rounds, seconds, effort = (9, 2, 25) if short else (15, 5, 100)
@@ -176,6 +190,8 @@ class Bench:
             return self.cpu(rounds, 6, seconds, "rest", "timers", name)
         if name == "moving":
             return self.cpu(9, 1.5, seconds, "move", "numbers", name)
+        if name.startswith("grbl"):
+            return self.grbl()
         return self.step(effort, STEPS[name])
 
 

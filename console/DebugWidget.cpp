@@ -77,6 +77,12 @@ void noteDeviceValue(const QString &function, int value)
         SerialComDev::instance()->noteAxisCount(value);
 }
 
+/** A status as the console shows it. */
+QString statusText(int status)
+{
+    return SerialComDev::instance()->statusText(status);
+}
+
 } // namespace
 
 DebugWidget::DebugWidget(QWidget *parent)
@@ -126,7 +132,7 @@ void DebugWidget::run(int button)
         const auto text = [&call](auto getter, auto... axis) {
             LibraryText text;
             const int status = call(getter, axis..., text.data(), text.length());
-            return status < 0 ? QString::number(status) : text.toString();
+            return status < 0 ? statusText(status) : text.toString();
         };
         const auto number = [&](auto value) {
             readable = NumberInput::read(input, value);
@@ -135,7 +141,7 @@ void DebugWidget::run(int button)
         const auto status = [&](int value) {
             if (command.motion && value >= 0)
                 SerialComDev::instance()->noteCommand(axis, *command.motion);
-            return QString::number(value);
+            return statusText(value);
         };
         const auto real = [](double value) { return QString::number(value, 'g', 8); };
         const QByteArray bytes = input.toLatin1();
@@ -143,10 +149,10 @@ void DebugWidget::run(int button)
             Overloaded{
                 [&](ConsoleCommand::Call get) { return status(call(get, axis)); },
                 [&](ConsoleCommand::Directed go) { return status(call(go.start, axis, go.direction)); },
-                [&](ConsoleCommand::IntegerSetter set) { return QString::number(call(set, axis, number(int()))); },
-                [&](ConsoleCommand::RealSetter set) { return QString::number(call(set, axis, number(double()))); },
+                [&](ConsoleCommand::IntegerSetter set) { return statusText(call(set, axis, number(int()))); },
+                [&](ConsoleCommand::RealSetter set) { return statusText(call(set, axis, number(double()))); },
                 [&](ConsoleCommand::TextSetter set) {
-                    return QString::number(call(set, axis, bytes.constData(), bytes.size()));
+                    return statusText(call(set, axis, bytes.constData(), bytes.size()));
                 },
                 [&](ConsoleCommand::RealGetter get) { return real(call(get, axis)); },
                 [&](ConsoleCommand::PositionGetter get) { return real(call(get, axis, static_cast<int *>(nullptr))); },
@@ -171,17 +177,17 @@ void DebugWidget::run(int button)
                     const int value = call(get);
                     if (value >= 0)
                         noteDeviceValue(QLatin1String(command.function), value);
-                    return QString::number(value);
+                    return statusText(value);
                 },
                 [&](ConsoleCommand::DeviceSetter set) {
                     const int value = number(int());
                     const int result = call(set.set, value);
                     if (result >= 0)
                         noteDeviceValue(QLatin1String(command.function), value);
-                    return QString::number(result);
+                    return statusText(result);
                 },
                 [&](ConsoleCommand::DeviceTextSetter set) {
-                    return QString::number(call(set, bytes.constData(), bytes.size()));
+                    return statusText(call(set, bytes.constData(), bytes.size()));
                 },
                 [&](ConsoleCommand::DeviceTextGetter get) { return text(get); },
             },
@@ -228,7 +234,7 @@ void DebugWidget::on_pushButton_writeMotorParams_clicked()
         result = (*library)->setMotorParams(deviceId(), axis(), params);
     }
     if (result < 0) {
-        showResult("setMotorParams", [result] { return tr("写入电机参数失败：error（%1）").arg(result); });
+        showResult("setMotorParams", [result] { return tr("写入电机参数失败：error（%1）").arg(statusText(result)); });
         return;
     }
     showResult("setMotorParams", [] { return tr("写入电机参数成功"); });
@@ -253,11 +259,11 @@ void DebugWidget::on_pushButton_readMorotParams_clicked()
         result = library->getMotorParams(deviceId(), axis(), &params);
     }
     if (result < 0) {
-        showResult("getMotorParams", [result] { return tr("读取电机参数失败：error（%1）").arg(result); });
+        showResult("getMotorParams", [result] { return tr("读取电机参数失败：error（%1）").arg(statusText(result)); });
         return;
     }
     m_motorParams.show(params);
-    showResult("getMotorParams", [result] { return QString::number(result); });
+    showResult("getMotorParams", [result] { return statusText(result); });
 }
 
 // ---- Identification chip -------------------------------------------------------------------------------------------
@@ -279,7 +285,7 @@ void DebugWidget::setPosConpen(int enable)
         const LibraryLock library;
         result = library->setPosConpenEnable(deviceId(), axis(), enable);
     }
-    showResult("setPosConpenEnable", [result] { return QString::number(result); });
+    showResult("setPosConpenEnable", [result] { return statusText(result); });
 }
 
 void DebugWidget::on_pushButton_pos_conpen_enable_clicked()

@@ -41,6 +41,12 @@ Q_DECLARE_METATYPE(CONTROLER_STATE)
 /** Registers MotorStageState and CONTROLER_STATE by name; before the first connection that carries them. */
 void registerDeviceRecords();
 
+/** The name of an axis that users see: "Axis1" for index 0. */
+inline QString axisName(int index)
+{
+    return QStringLiteral("Axis%1").arg(index + 1);
+}
+
 /** What the worker knows of one axis: read when the axis is set up, kept in step with accepted parameter writes. */
 class MotorDevInfo final : public QObject
 {

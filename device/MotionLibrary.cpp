@@ -26,6 +26,9 @@ constexpr char libraryName[] = "libmoverLibrary.so";
 
 /** The data symbol by which a library of ours says what it is. */
 constexpr char markSymbol[] = "moverLibraryMark";
+/** The one by which it says more than statuses. */
+constexpr char messagesSymbol[] = "moverLibraryMessages";
+constexpr char reportsSymbol[] = "moverLibraryReports";
 
 std::mutex loading;
 // Never destroyed: at exit a thread may still hang in one of its functions.
@@ -100,16 +103,21 @@ std::optional<MotionLibrary::Fault> MotionLibrary::loadFile(const QString &file)
     }
     if (const auto *mark = reinterpret_cast<const char *>(shared.resolve(markSymbol)))
         found->m_sMark = QString::fromLatin1(mark);
+    if (const auto *messages = reinterpret_cast<MoverNextMessage *const *>(shared.resolve(messagesSymbol)))
+        found->m_nextMessage = *messages;
+    if (const auto *reports = reinterpret_cast<MoverLastReport *const *>(shared.resolve(reportsSymbol)))
+        found->m_lastReport = *reports;
     library = found;
     qCDebug(diagnostics) << "motion library:" << qUtf8Printable(found->description());
     return std::nullopt;
 }
 
-void MotionLibrary::use(const MoverFunctions &functions, const QString &mark)
+void MotionLibrary::use(const MoverFunctions &functions, const QString &mark, MoverNextMessage *nextMessage)
 {
     auto *const linked = new MotionLibrary;
     linked->m_functions = functions;
     linked->m_sMark = mark;
+    linked->m_nextMessage = nextMessage;
     library = linked;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device/MoverFunctions.h"
+#include "device/moverMessages.h"
 
 #include <QString>
 #include <QStringList>
@@ -38,7 +39,7 @@ public:
      * Uses functions that are linked into the executable; only a file that is named takes their place. `mark`: what
      * mark() then returns.
      */
-    static void use(const MoverFunctions &functions, const QString &mark);
+    static void use(const MoverFunctions &functions, const QString &mark, MoverNextMessage *nextMessage = nullptr);
 
     /**
      * The library in use. Without a load() before, the first call makes it: a program other than ours (a test, a
@@ -54,6 +55,10 @@ public:
     /** What a library of ours says it is ("simulated"); empty for any other. */
     QString mark() const { return m_sMark; }
     bool isSimulated() const { return m_sMark == QLatin1String("simulated"); }
+    /** Takes the next message of a library of ours; false if there is none. Any thread. */
+    bool takeMessage(MoverMessage *message) const { return m_nextMessage && m_nextMessage(message) == 1; }
+    /** The report that positions of the controller rest on; false where each call asks anew. Any thread. */
+    bool lastReport(int id, MoverReport *report) const { return m_lastReport && m_lastReport(id, report) == 1; }
     /** File and mark, for whoever wants to know which library it is. */
     QString description() const;
 
@@ -66,4 +71,6 @@ private:
     MoverFunctions m_functions = {};
     QString m_sFile;
     QString m_sMark;
+    MoverNextMessage *m_nextMessage = nullptr;
+    MoverLastReport *m_lastReport = nullptr;
 };

@@ -3,11 +3,14 @@
 
 #include "device/LibraryLock.h"
 #include "device/LibraryText.h"
+#include "device/MotionLibrary.h"
+#include "device/StatusWords.h"
 
 #include <QCoreApplication>
 #include <QDebug>
 #include <QSemaphore>
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QThread>
 
 #include <algorithm>
@@ -17,6 +20,8 @@
 #include <limits>
 
 namespace {
+
+Q_LOGGING_CATEGORY(diagnostics, "mover.device")
 
 struct Singleton {
     QMutex creation; // guards only the creation
@@ -34,6 +39,7 @@ Singleton &singleton()
 constexpr std::chrono::milliseconds slowCall(20);
 constexpr int maxAxes = 8;   // more than any controller has
 constexpr int usualAxes = 3; // of a controller that has not told
+constexpr int mostMessages = 200;
 
 using Library = const MoverFunctions &; // of a LibraryLock
 
@@ -352,6 +358,7 @@ int SerialComDev::open(int id)
     m_iDeviceId = id;
     m_bLeft = false;
     m_iAxisCount = 0;
+    m_reports.clear();
     m_bRockerOn = true; // for all that is known: a stop switches it off until it has been read
     return id;
 }
@@ -631,7 +638,7 @@ bool SerialComDev::accepted(int result, int axis, OperationType failureType, con
 {
     if (result >= 0)
         return true;
-    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, failureType, failure);
+    emit signal_showOperationMsg(axis, OPERATION_STATE_FAIL, failureType, withWords(failure, result));
     return false;
 }
 
@@ -640,7 +647,48 @@ void SerialComDev::report(int result, int axis, OperationType type, const QStrin
 {
     if (result >= 0)
         noteCommand(axis, type);
-    emit signal_showOperationMsg(axis, result >= 0 ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, type, text);
+    emit signal_showOperationMsg(
+        axis, result >= 0 ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, type, withWords(text, result));
+}
+
+/** `text`, and behind it the status with its words, where it has any. */
+QString SerialComDev::withWords(const QString &text, int status) const
+{
+    const QString words = statusText(status);
+    return words == QString::number(status) ? text : text + QLatin1Char(' ') + words;
+}
+
+QString SerialComDev::statusText(int status) const
+{
+    return StatusWords::numberAndWords(status, m_iAxisCount > 0 ? m_iAxisCount.load() : usualAxes);
+}
+
+/** Hands what the library has to say of an axis to whoever listens; that of others waits until they are polled. */
+void SerialComDev::tellMessages(int axis)
+{
+    for (MoverMessage message; MotionLibrary::inUse().takeMessage(&message);) {
+        qCInfo(diagnostics, "controller %d: %s", message.id, message.text);
+        if (message.id != m_iDeviceId)
+            continue;
+        const int count = m_iAxisCount > 0 ? m_iAxisCount.load() : usualAxes;
+        for (int one = 0; one < count; ++one) {
+            if (message.axis >= 0 && message.axis != one)
+                continue;
+            m_messages.append(message);
+            m_messages.last().axis = one;
+        }
+    }
+    while (m_messages.size() > mostMessages)
+        m_messages.removeFirst();
+    for (int i = 0; i < m_messages.size();) {
+        if (m_messages.at(i).axis != axis) {
+            ++i;
+            continue;
+        }
+        const QString words = StatusWords::of(m_messages.takeAt(i));
+        if (!words.isEmpty())
+            emit signal_showOperationMsg(axis, OPERATION_STATE_NONE, OPERATION_TYPE_WARNING, words);
+    }
 }
 
 void SerialComDev::slot_getCurrentPos(int Axis)
@@ -648,14 +696,23 @@ void SerialComDev::slot_getCurrentPos(int Axis)
     const LibraryLock library;
     if (m_bLeft)
         return;
+    tellMessages(Axis);
     int status = 0;
     const double position = library->getCurrentPos(m_iDeviceId, Axis, &status);
     if (status < 0) {
         reportFailedPoll(Axis, tr("读取当前位置出错"));
         return;
     }
-    m_feed.tell(
-        [&](AnswerListener &listener, AnswerListener::Time at) { listener.positionAnswered(Axis, position, at); });
+    // Reports of the controller are told once, with the time that they are of.
+    MoverReport report{};
+    const bool fromReport = MotionLibrary::inUse().lastReport(m_iDeviceId, &report);
+    if (!fromReport || std::exchange(m_reports[Axis], report.number) != report.number) {
+        const auto age = std::chrono::duration_cast<AnswerListener::Time::duration>(
+            std::chrono::duration<double>(fromReport ? report.age : 0));
+        m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) {
+            listener.positionAnswered(Axis, position, at - age);
+        });
+    }
     emit signal_updateCurrentPos(Axis, position);
 }
 

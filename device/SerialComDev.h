@@ -6,11 +6,13 @@
 #include "device/DeviceRecords.h"
 #include "device/PollQueue.h"
 #include "device/StopThread.h"
+#include "device/moverMessages.h"
 
 #include <QDeadlineTimer>
 #include <QMap>
 #include <QObject>
 #include <QSharedPointer>
+#include <QVector>
 
 #include <atomic>
 #include <optional>
@@ -119,6 +121,8 @@ public:
     int getTriggerState(int axis, TriggerState &state);
     /** Zeroes the record, then reads it. */
     int getRuningState(int axis, MotorStageState &state);
+    /** A status, with the words for it in brackets where the library is ours. */
+    QString statusText(int status) const;
     int getDevAxisCount();
     /** Null text on failure, empty for an empty name. */
     QString getMotorModelName(int axis);
@@ -255,6 +259,8 @@ private:
     void sendStops();
     bool endStopThread(QDeadlineTimer deadline);
     void reportFailedPoll(int axis, const QString &text);
+    QString withWords(const QString &text, int status) const;
+    void tellMessages(int axis);
     bool waitForRequests(QDeadlineTimer deadline);
     bool closeWithin(QDeadlineTimer deadline);
     bool closeOpenDevice(QDeadlineTimer deadline);
@@ -280,6 +286,8 @@ private:
     QMap<int, int> m_autoDetect;
     QMutex m_requestMutex; // held while a round is begun and the worker is called for it
     PollQueue m_polls;
+    QMap<int, quint64> m_reports;     // number of the report that an axis has told last
+    QVector<MoverMessage> m_messages; // of the library, until their axis is polled
     AnswerFeed m_feed;
     AnswerFilter<double> m_positions;
     AnswerFilter<MotorStageState> m_states;

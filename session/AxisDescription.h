@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "device/moverRecords.h"
+#include "device/DeviceRecords.h"
 
 #include <QString>
 
@@ -24,11 +24,13 @@ struct AxisDescription {
     double maxSpeed = 0;
     double maxAcceleration = 0;
     double maxRockerSpeed = 0;
+    /** The origin flag of its state is whether it is homed, whoever homed it, and goes when the position is lost. */
+    bool tellsHoming = false;
 
     double travel() const { return maxPos - minPos; }
     /** The name that users see: "Axis1" for index 0. */
     QString name() const { return nameOf(index); }
-    static QString nameOf(int index) { return QStringLiteral("Axis%1").arg(index + 1); }
+    static QString nameOf(int index) { return axisName(index); }
 };
 
 /** "°" for rotation and angular stages, "mm" for all others. */

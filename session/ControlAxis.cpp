@@ -73,8 +73,18 @@ void ControlAxis::notePosition(double position, AnswerListener::Time at)
 void ControlAxis::noteState(const MotorStageState &state, AnswerListener::Time at)
 {
     const QMutexLocker lock(&m_mutex);
+    const bool isNewlyHome = m_state ? m_state->value.isHome == 0 : !m_history.homedAt && !m_history.lostAt;
     m_state = {state, at};
     hearAnswer(at);
+    if (m_description.tellsHoming) {
+        if (state.isHome == 0) {
+            m_history.homedAt.reset();
+        } else if (isNewlyHome) {
+            m_history.homedAt = std::chrono::system_clock::now();
+            m_history.lostAt.reset();
+        }
+        return;
+    }
     if (m_history.homing == History::None)
         return;
     if (state.isStop == 0) {

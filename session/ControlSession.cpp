@@ -3,6 +3,7 @@
 
 #include "device/LibraryLock.h"
 #include "device/LibraryText.h"
+#include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 
 #include <QWeakPointer>
@@ -36,13 +37,15 @@ QString readSerialNumber(int id)
 
 /**
  * Serial number of a controller that is not open; null when it does not answer. Leaves nothing added. Takes the lock
- * for each call separately, so that the worker never waits for more than one call.
+ * for each call separately, so that the worker never waits for more than one call. `failure`: why it was not opened.
  */
-QString probe(int id)
+QString probe(int id, int *failure)
 {
     LibraryLock()->addDev(id);
-    const bool opened = LibraryLock()->openTSDevice(id) >= 0;
-    QString serialNumber = opened ? readSerialNumber(id) : QString();
+    const int opened = LibraryLock()->openTSDevice(id);
+    QString serialNumber = opened >= 0 ? readSerialNumber(id) : QString();
+    if (opened < 0)
+        *failure = opened;
     LibraryLock()->removeDev(id);
     return serialNumber;
 }
@@ -103,8 +106,9 @@ std::optional<QVector<ControlSession::Controller>> ControlSession::findControlle
         listed.read(library);
     }
     QVector<Controller> found;
+    m_iProbeFailure = 0;
     for (const int id : listed) {
-        const QString serialNumber = id == m_iDeviceId ? m_sSerialNumber : probe(id);
+        const QString serialNumber = id == m_iDeviceId ? m_sSerialNumber : probe(id, &m_iProbeFailure);
         if (!serialNumber.isNull())
             found.append({id, serialNumber});
     }
@@ -218,9 +222,11 @@ int ControlSession::readAxis(int index)
 QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription &description)
 {
     const QMutexLocker lock(&m_mutex);
+    AxisDescription whole = description;
+    // Boards home all axes together, and lose their position by more than a lost link.
+    whole.tellsHoming = MotionLibrary::inUse().mark() == QLatin1String("grbl");
     QSharedPointer<ControlAxis> &axis = m_axes[description.index];
-    axis = axis ? QSharedPointer<ControlAxis>::create(description, *axis)
-                : QSharedPointer<ControlAxis>::create(description);
+    axis = axis ? QSharedPointer<ControlAxis>::create(whole, *axis) : QSharedPointer<ControlAxis>::create(whole);
     return axis;
 }
 

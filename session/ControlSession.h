@@ -70,6 +70,8 @@ public:
      * Nothing when another thread is in a library call and does not come back within 5 s.
      */
     std::optional<QVector<Controller>> findControllers();
+    /** With what status the library refused to open one of those that it lists, at the last findControllers(); or 0. */
+    int probeFailure() const { return m_iProbeFailure; }
     /** Opens the controller. Returns the library's status; below 0 nothing has changed. */
     int connectTo(const Controller &controller);
     /** Closes it again. False when the library hangs for 30 s: the controller then stays connected. */
@@ -134,6 +136,7 @@ private:
     bool m_bConnecting = false; // the worker knows whether a controller is open
     State m_told;
     int m_iDeviceId = 0;
+    int m_iProbeFailure = 0;
     QString m_sSerialNumber;
     int m_iAxisCount = 0;
     mutable QMutex m_mutex; // of the axes, which answers look up

@@ -204,7 +204,8 @@ void OptionsWidget::on_pushButton_ReadParam_clicked()
     MotorParams params = {};
     const int result = SerialComDev::instance()->getMotorParams(ui->comboBox_motorAxis->currentIndex(), params);
     if (result < 0) {
-        showMessage([result] { return tr("读取电机参数失败：error（%1）").arg(result); });
+        showMessage(
+            [result] { return tr("读取电机参数失败：error（%1）").arg(SerialComDev::instance()->statusText(result)); });
         m_messageTimer->start();
         return;
     }
@@ -218,7 +219,9 @@ void OptionsWidget::on_pushButton_WriteParam_clicked()
         return;
 
     const BusyCursor busy;
-    const auto failed = [](int error) { return tr("写入电机参数失败：error（%1）").arg(error); };
+    const auto failed = [](int error) {
+        return tr("写入电机参数失败：error（%1）").arg(SerialComDev::instance()->statusText(error));
+    };
     const auto worker = SerialComDev::instance();
     const int axis = ui->comboBox_motorAxis->currentIndex();
     MotorParams params = {};

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "shell/ConnectionWidget.h"
 
+#include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
@@ -50,6 +51,17 @@ void ConnectionWidget::refreshDevices()
     for (const ControlSession::Controller &controller : *found)
         ui->comboBox_comList->addItem(QIcon(), controller.serialNumber, controller.id);
     ui->comboBox_comList->setCurrentText(m_session->serialNumber());
+    sayWhy(m_session->probeFailure());
+}
+
+/** Shows why a controller cannot be opened, where the library is ours and has a reason that helps. */
+void ConnectionWidget::sayWhy(int status)
+{
+    const auto words = [status] { return SerialComDev::instance()->statusText(status); };
+    if (words() == QString::number(status))
+        return;
+    setMessage(words);
+    ui->label_msg->show();
 }
 
 void ConnectionWidget::slot_hideMsg()
@@ -85,6 +97,7 @@ void ConnectionWidget::on_pushButton_connectSerial_clicked()
     if (result < 0) {
         // The text is set but not shown: it is seen only while the label still shows an earlier message.
         setMessage([result] { return tr("打开设备失败(err:%1)").arg(result); });
+        sayWhy(result);
         return;
     }
     setConnected(true);

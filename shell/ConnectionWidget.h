@@ -51,6 +51,7 @@ private slots:
 
 private:
     void setConnected(bool connected);
+    void sayWhy(int status);
     void setMessage(const std::function<QString()> &text);
 
     std::unique_ptr<Ui::ConnectionWidget> ui;

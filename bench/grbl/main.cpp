@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Figures of the library for Grbl boards: wire, processor time, stop, ripple. Prints a table; 1 when one is beyond its
-// limit.
+// Figures of the library for Grbl boards: wire, processor time, stop, ripple. Prints a table, with --rows as measure.py
+// reads it; 1 when one is beyond its limit.
 #include "controllers/emulator/SerialPort.h"
 #include "controllers/grbl/Bench.h"
 
@@ -25,10 +25,14 @@ namespace {
 
 constexpr int board = 2001;
 bool failed = false;
+bool asRows = false;
 
-void row(const char *what, double measured, double limit, const char *unit)
+void row(const char *name, const char *what, double measured, double limit, const char *unit)
 {
-    std::printf("%-62s %8.2f %-4s (at most %g)\n", what, measured, unit, limit);
+    if (asRows)
+        std::printf("%s\t%g\tagainst the emulated board\n", name, measured);
+    else
+        std::printf("%-62s %8.2f %-4s (at most %g)\n", what, measured, unit, limit);
     std::fflush(stdout);
     failed = failed || !(measured <= limit);
 }
@@ -57,8 +61,8 @@ void wireAndRipple()
     bench.firmware.takeSteps(0);
     bench.sentBytes = bench.receivedBytes = 0;
     bench.run(20);
-    row("wire to the board, three axes moving", bench.sentBytes / 20.0 / 11520 * 100, 15, "%");
-    row("wire from the board", bench.receivedBytes / 20.0 / 11520 * 100, 15, "%");
+    row("grbl wire out", "wire to the board, three axes moving", bench.sentBytes / 20.0 / 11520 * 100, 15, "%");
+    row("grbl wire in", "wire from the board", bench.receivedBytes / 20.0 / 11520 * 100, 15, "%");
     const std::vector<emulator::Step> steps = bench.firmware.takeSteps(0);
     double ripple = 0;
     std::size_t last = 0;
@@ -70,7 +74,7 @@ void wireAndRipple()
         const double speed = double(last - first) / Bench::stepsPerMm / (steps[last].time - steps[first].time);
         ripple = std::max(ripple, std::abs(speed - 4) / 4 * 100);
     }
-    row("ripple of the speed in windows of 20 ms", ripple, 5, "%");
+    row("grbl ripple", "ripple of the speed in windows of 20 ms", ripple, 5, "%");
 }
 
 /** The library in this process, the board in another: the processor time is the library's. */
@@ -100,7 +104,7 @@ void processorShare(const std::string &folder, const char *emulatorProgram)
     wait(1);
     double before = processorTime();
     wait(10);
-    row("processor time at rest, of a core", (processorTime() - before) / 10 * 100, 0.5, "%");
+    row("grbl rest", "processor time at rest, of a core", (processorTime() - before) / 10 * 100, 0.5, "%");
     for (int axis = 0; axis < 3; ++axis) {
         setSpeed(board, axis, 4);
         setAcceleration(board, axis, 50);
@@ -110,7 +114,7 @@ void processorShare(const std::string &folder, const char *emulatorProgram)
     wait(1);
     before = processorTime();
     wait(10);
-    row("processor time with three axes moving", (processorTime() - before) / 10 * 100, 3, "%");
+    row("grbl moving", "processor time with three axes moving", (processorTime() - before) / 10 * 100, 3, "%");
 
     for (int axis = 0; axis < 3; ++axis)
         stopRuning(board, axis);
@@ -203,16 +207,17 @@ void stopLatency(const std::string &folder)
             wait(0.01);
     }
     std::sort(delays.begin(), delays.end());
-    row("stop: from the call to its byte on the wire, median", delays[delays.size() / 2], 2, "ms");
-    row("the same, 99th percentile", delays[delays.size() * 99 / 100], 10, "ms");
+    row("grbl stop", "stop: from the call to its byte on the wire, median", delays[delays.size() / 2], 2, "ms");
+    row("grbl stop 99", "the same, 99th percentile", delays[delays.size() * 99 / 100], 10, "ms");
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    if (argc != 2) {
-        std::fputs("usage: benchGrbl GRBLEMULATOR\n", stderr);
+    asRows = argc == 3 && std::string(argv[2]) == "--rows";
+    if (argc != 2 && !asRows) {
+        std::fputs("usage: benchGrbl GRBLEMULATOR [--rows]\n", stderr);
         return 2;
     }
     char folder[] = "/tmp/benchGrblXXXXXX";

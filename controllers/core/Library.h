@@ -3,6 +3,8 @@
 
 #include "controllers/core/Controller.h"
 
+#include "device/moverMessages.h"
+
 #include <mutex>
 #include <optional>
 #include <string>
@@ -34,6 +36,13 @@ public:
     virtual void leave(const char *function, const std::string &arguments, const std::string &result) = 0;
     /** Whether calls are written down. */
     virtual bool keepsJournal() const { return false; }
+
+    /** Takes the next thing that there is to say besides statuses; false if there is none. Locks by itself. */
+    virtual bool takeMessage(MoverMessage *) { return false; }
+
+    /** The report that the positions of a controller rest on; false if they are asked for with each call. Locks by
+     * itself. */
+    virtual bool lastReport(int, MoverReport *) { return false; }
 
     /** In the order in which they are listed. */
     virtual std::vector<Controller *> controllers() = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The library's 71 functions, for every library of ours.
 #include "device/moverLibrary.h"
+#include "device/moverMessages.h"
 
 #include "controllers/core/LibraryCall.h"
 
@@ -12,10 +13,25 @@
 
 using namespace controllers;
 
-/** Says whose library it is to a program that asks; not one of the functions. */
+// What a program that asks is told besides the functions: whose library it is, and the ways to its messages and
+// reports.
 extern "C" {
 MOVER_API extern const char moverLibraryMark[];
 const char moverLibraryMark[] = MOVER_LIBRARY_MARK;
+
+static int nextMessage(MoverMessage *message)
+{
+    return Library::instance().takeMessage(message) ? 1 : 0;
+}
+MOVER_API extern MoverNextMessage *const moverLibraryMessages;
+MoverNextMessage *const moverLibraryMessages = nextMessage;
+
+static int lastReport(int id, MoverReport *report)
+{
+    return Library::instance().lastReport(id, report) ? 1 : 0;
+}
+MOVER_API extern MoverLastReport *const moverLibraryReports;
+MoverLastReport *const moverLibraryReports = lastReport;
 }
 
 namespace {

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <utility>
 
 namespace grbl {
 
@@ -99,8 +101,12 @@ int Axis::stop()
 
 int Axis::setEnabled(bool enabled)
 {
-    if (!enabled)
+    if (!enabled) {
         m_board.stop(*this);
+        m_board.say(
+            {moverMessages::PermissionOnly, "Off only refuses starts: the board keeps the motor's current on",
+             boardAxis()});
+    }
     m_enabled = enabled;
     return enabled && m_board.locked() ? m_board.unlock() : Ok;
 }
@@ -117,6 +123,59 @@ void Axis::finishFrom(double position, double now)
 void Axis::leaves()
 {
     m_board.hurry();
+    sayCap(settings.speed);
+    sayResolution();
+}
+
+double Axis::resolution() const
+{
+    return std::max(0.001, 1 / m_board.setting(stepsPerUnit + boardAxis(), 250)); // reports have three decimals
+}
+
+void Axis::sayCap(double asked)
+{
+    const double cap = speedLimit();
+    if (cap >= stage().maxSpeed || asked <= cap || m_board.switchDirection(boardAxis()) != 0)
+        return;
+    if (std::exchange(m_toldCap, cap) == cap)
+        return;
+    const double board = m_board.setting(highestSpeed + boardAxis(), stage().maxSpeed * 60) / 60;
+    const int setting = (cap < board / fastestFeed ? ramp : highestSpeed) + boardAxis();
+    char text[160];
+    std::snprintf(
+        text, sizeof text, "Axis %c is held to %.4g mm/s: the board's setting $%d lifts that", axisLetters[boardAxis()],
+        cap, setting);
+    m_board.say({moverMessages::Capped, text, boardAxis(), cap, setting});
+}
+
+void Axis::sayResolution()
+{
+    const double finest = resolution();
+    double asked = 0;
+    switch (run()) {
+    case Run::Move:
+        asked = toBoard(settings.targetPos);
+        break;
+    case Run::Drive:
+        asked = settings.relativeDispEnable ? settings.relativeDisp : 0;
+        break;
+    case Run::Jog:
+        asked = settings.jogStep;
+        break;
+    case Run::Loop:
+        asked = settings.circleDisp;
+        break;
+    default:
+        return;
+    }
+    if (std::abs(asked - std::round(asked / finest) * finest) < 1e-6 ||
+        std::exchange(m_toldResolution, finest) == finest)
+        return;
+    char text[160];
+    std::snprintf(
+        text, sizeof text, "Axis %c is exact to %.4g mm, which is coarser than what was asked for",
+        axisLetters[boardAxis()], finest);
+    m_board.say({moverMessages::Coarse, text, boardAxis(), finest});
 }
 
 double Axis::stagePosition() const
@@ -131,12 +190,16 @@ MotorStageState Axis::state() const
     const bool arrived = m_board.still() || std::abs(stagePosition() - position()) <= resolution;
     const bool busy = m_board.phase() == Board::Phase::Homing || m_board.phase() == Board::Phase::Cancelling;
     state.isStop = !running() && arrived && !busy;
-    state.isCanRun = m_enabled && state.isStop && m_board.refusal() == Ok;
+    // A locked board can be homed, which is the usual way out of its lock: what else is asked of it is refused in
+    // words.
+    state.isCanRun = m_enabled && state.isStop && m_board.phase() == Board::Phase::Ready;
     state.isEnable = m_enabled;
     state.isHome = m_homed;
     const double where = stagePosition();
-    state.isLeftLimit = atLowerEnd(where - resolution / 2);
-    state.isRightLimit = atUpperEnd(where + resolution / 2);
+    // Before it has been homed nobody knows where the ends are.
+    const bool known = m_homed || m_board.setting(homingOn, 0) == 0;
+    state.isLeftLimit = known && atLowerEnd(where - resolution / 2);
+    state.isRightLimit = known && atUpperEnd(where + resolution / 2);
     state.runCount = static_cast<uint32_t>(loopIndex());
     return state;
 }
@@ -166,6 +229,7 @@ int Axis::setStage(const MotorParams &given, std::unique_lock<std::mutex> &lock)
     setStored(given);
     m_setup.hasStage = true;
     standAt(stagePosition());
+    sayCap(given.maxSpeed);
     stored();
     return Ok;
 }

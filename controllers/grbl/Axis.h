@@ -62,6 +62,8 @@ public:
     void setHomed(bool homed) { m_homed = homed; }
     /** What is kept for the axis replaces its stage. */
     void restore(const MotorParams &stage) { setStored(stage); }
+    /** The finest that the board tells apart, in mm. */
+    double resolution() const;
     /** Speed and ramp that the axis has, whatever is asked for. */
     double speedLimit() const override;
     double accelerationLimit() const override;
@@ -74,11 +76,16 @@ protected:
     void leaves() override;
 
 private:
+    void sayCap(double asked);
+    void sayResolution();
+
     Board &m_board;
     AxisSetup m_setup;
     bool m_enabled = true;
     bool m_homed = false;
     bool m_stopped = false;
+    double m_toldCap = 0;        ///< what has been said of the speed, so that it is said once
+    double m_toldResolution = 0; ///< the same for the resolution
 };
 
 } // namespace grbl

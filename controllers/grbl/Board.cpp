@@ -1,42 +1,25 @@
 // SPDX-License-Identifier: MIT
+// What comes in and what is due: lines, replies, reports, and what has to be noticed.
 #include "controllers/grbl/Board.h"
+#include "controllers/grbl/Wire.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 
 namespace grbl {
 
+using namespace moverMessages;
+
 namespace {
 
 constexpr char askReport = '?';
-constexpr char softReset = 0x18;
-constexpr char jogCancel = static_cast<char>(0x85);
-
 constexpr double reportTimeout = 1;
 constexpr double askAgainAfter = 0.12; // a "?" may get lost
 constexpr double movingPoll = 0.1;
 constexpr double restingPoll = 0.2;
-constexpr double endingPoll = 0.03; // while the last lines run, and while stopping
 constexpr double answerTimeout = 0.7;
 constexpr double bannerTimeout = 3;
-constexpr std::size_t mostUnanswered = 6;
-constexpr std::size_t mostUnansweredBytes = 127;
-constexpr int leastFreeBlocks = 3;
-constexpr double cancelPatience =
-    0.008;                          // for the answers of lines on their way; what waits behind it would run after it
-constexpr double deafAfter = 0.3;   // in Idle, with answers missing
-constexpr double unexplained = 0.1; // mm that an axis may be off what was sent
-constexpr double longestLag = 0.35; // of the board behind the plan, ramps and a late report included
-constexpr double pressAgain = 10;
-constexpr double lateness = 0.03; // of the board's steps behind the lines, at most
-
-std::string number(double value, int decimals)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.*f", decimals, value);
-    return text;
-}
+constexpr double deafAfter = 0.3; // in Idle, with answers missing
 
 const char *alarmWords(int alarm)
 {
@@ -72,17 +55,10 @@ double Board::setting(int number, double otherwise) const
     return found == m_settings.end() ? otherwise : found->second;
 }
 
-long long Board::toSteps(int boardAxis, double mm) const
-{
-    return std::llround(mm * stepsPerMm(boardAxis));
-}
-
 // ---- Lines
 
 void Board::sendLine(const std::string &line)
 {
-    if (m_awaited.empty())
-        m_lastEmpty = m_now;
     m_output += line + '\n';
     m_awaited.push_back({line.size() + 1, m_now, line});
     m_awaitedBytes += line.size() + 1;
@@ -177,8 +153,6 @@ void Board::takeAnswer(const Reply &reply)
     m_awaited.pop_front();
     m_awaitedBytes -= answered.bytes;
     m_lastAnswer = m_now;
-    if (m_awaited.empty())
-        m_lastEmpty = m_now;
     const bool failed = reply.kind == Reply::Kind::Error;
 
     if (m_saying) {
@@ -204,15 +178,17 @@ void Board::takeAnswer(const Reply &reply)
             if (m_homing == maxBoardAxes || axis->boardAxis() == m_homing)
                 axis->setHomed(!failed);
         }
-        if (failed)
-            say("The board refused to home: error " + std::to_string(reply.number));
+        if (failed) {
+            say({HomingFailed, "The board refused to home: error " + std::to_string(reply.number)});
+            m_homesSingly = false; // all axes together, then
+        }
         m_phase = Phase::Asking; // where it stands now
         m_since = m_now;
         m_asked = -1;
         poll();
     } else if (failed && m_phase == Phase::Ready) {
         if (reply.number == 15) {
-            say("The board refused " + answered.line + ": outside its travel");
+            say({OutsideTravel, "The board refused " + answered.line + ": outside its travel; all axes are stopped"});
             cancel(Then::Stand);
         } else {
             trouble("the board refused " + answered.line + ": error " + std::to_string(reply.number));
@@ -226,7 +202,6 @@ void Board::takeBanner(const std::string &text)
     m_homesSingly = m_homesSingly || text.find("FluidNC") != std::string::npos;
     m_awaited.clear();
     m_awaitedBytes = 0;
-    m_lastEmpty = m_now;
     m_toSay.clear();
     m_saying = false;
     m_pending.clear();
@@ -238,7 +213,7 @@ void Board::takeBanner(const std::string &text)
         return;
     }
     if (m_phase != Phase::Resetting) {
-        say("The board has started anew; the position is lost");
+        say({PositionLost, "The board has started anew; the position is lost"});
         endRuns();
         notHomed();
         m_phase = Phase::Resetting;
@@ -251,7 +226,12 @@ void Board::takeAlarm(int number)
 {
     m_alarm = number;
     m_locked = true;
-    say("The board is in alarm " + std::to_string(number) + ": " + alarmWords(number));
+    say(
+        {number == 1                  ? LimitHit
+         : number >= 6 && number <= 9 ? HomingFailed
+                                      : BoardAlarm,
+         "The board is in alarm " + std::to_string(number) + ": " + alarmWords(number), -1,
+         static_cast<double>(number)});
     if (number == 1) {
         for (std::size_t one = 1; one < m_slices.size(); ++one) {
             for (int i = 0; i < m_boardAxes; ++i) {
@@ -289,6 +269,9 @@ void Board::poll()
 
 void Board::takeReport(const Report &told)
 {
+    // The first report tells how many axes there are; one with fewer has lost some on the wire.
+    if (m_reports > 0 && told.axes != m_boardAxes)
+        return;
     Report report = told;
     if (report.hasOffset)
         m_offset = report.offset;
@@ -330,7 +313,7 @@ void Board::takeReport(const Report &told)
         return;
     case Phase::Homing:
         if (idle || cannotMove) {
-            say("Homing has ended without an answer; the position is not known");
+            say({HomingFailed, "Homing has ended without an answer; the position is not known"});
             notHomed();
             restAt(report, Then::Stand);
         }
@@ -342,89 +325,36 @@ void Board::takeReport(const Report &told)
         break;
     }
     if (back) {
-        say("The board answers again");
+        say({AnswersAgain, "The board answers again; all axes are stopped"});
         cancel(Then::Stand);
     } else if (cannotMove) {
         if (!m_locked) {
             m_locked = true;
-            say("The board is locked");
+            say({BoardLocked, "The board is locked"});
             notHomed();
             endRuns();
             restAt(report, Then::Stand);
         }
     } else if (report.state == Report::State::Hold || report.state == Report::State::Door) {
-        trouble("the board was put on hold");
+        say({OnHold, "Somebody has put the board on hold; all axes are stopped"});
+        cancel(Then::Stand);
     } else {
         m_locked = false;
         if (report.freeBlocks >= 0 && report.state == Report::State::Jog) {
             const double wanted = (effectiveLead() + slice / 2) / slice;
             m_factor = std::clamp(1 + 0.01 * (m_totalBlocks - report.freeBlocks - wanted), 0.98, 1.02);
         }
-        compare(report);
+        countAnswers(report);
+        if (m_phase == Phase::Ready)
+            compare(report);
         if (m_limitsOff && report.pins == 0 && m_phase == Phase::Ready && still()) {
-            say("The switch is open: hard limits are on again ($21=1)");
+            say({LimitsOn, "The switch is open: hard limits are on again ($21=1)"});
             m_limitsOff = false;
+            if (changed)
+                changed();
             m_writing.clear();
             begin({"$21=1"}, Phase::Writing);
         }
-    }
-}
-
-void Board::compare(const Report &report)
-{
-    const double oldest = m_reportAsked - longestLag;
-    while (m_slices.size() > 1 && m_slices[1].end < oldest)
-        m_slices.pop_front();
-    for (int i = 0; i < m_boardAxes; ++i) {
-        long long low = m_sent[i];
-        long long high = m_sent[i];
-        for (const Slice &one : m_slices) {
-            low = std::min(low, one.steps[i]);
-            high = std::max(high, one.steps[i]);
-        }
-        const double room = unexplained + 1 / stepsPerMm(i);
-        const double where = report.position[i];
-        if (where >= low / stepsPerMm(i) - room && where <= high / stepsPerMm(i) + room)
-            continue;
-        // A byte of the report itself may have been lost: the next one tells.
-        if (m_suspectAsked < 0 || m_reportAsked <= m_suspectAsked) {
-            m_suspectAsked = m_reportAsked;
-            m_nextPoll = m_now;
-            return;
-        }
-        m_suspectAsked = -1;
-        say(std::string("Axis ") + axisLetters[i] + " is at " + number(where, 3) +
-            " mm of the board, where it was not sent; all axes are stopped");
-        cancel(Then::Stand);
-        return;
-    }
-    m_suspectAsked = -1;
-
-    // A byte of the last line may have been lost: then it ends a little beside its target.
-    if (!m_idleSeen || !m_rests || !m_pending.empty())
-        return;
-    bool beside = false;
-    for (int i = 0; i < m_boardAxes; ++i) {
-        const double off = std::abs(report.position[i] - m_sent[i] / stepsPerMm(i));
-        beside = beside || off > 0.5 / stepsPerMm(i) + 0.0006;
-    }
-    if (!beside) {
-        m_corrections = 0;
-    } else if (m_corrections++ < 3) {
-        say("An axis has ended beside its target and is sent there again");
-        std::array<long long, maxBoardAxes> there{};
-        for (int i = 0; i < m_boardAxes; ++i)
-            there[i] = toSteps(i, report.position[i]);
-        std::swap(there, m_sent);
-        m_slices.push_back({m_now, m_sent});
-        std::string line = "$J=G53";
-        for (int i = 0; i < m_boardAxes; ++i)
-            line += axisLetters[i] + number(there[i] / stepsPerMm(i), stepsPerMm(i) > 1000 ? 4 : 3);
-        m_sent = there;
-        m_slices.push_back({m_now, m_sent});
-        sendLine(line + "F60");
-    } else {
-        restAt(report, Then::Stand);
     }
 }
 
@@ -441,8 +371,6 @@ double Board::run(double now)
     m_urgent = false;
     if (m_phase == Phase::Closed)
         return 1;
-    if (m_awaited.empty())
-        m_lastEmpty = m_now;
     watch();
     switch (m_phase) {
     case Phase::Closed:
@@ -473,7 +401,10 @@ double Board::run(double now)
     if (m_phase != Phase::Ready || (m_rests && !m_idleSeen && m_now >= m_lineEnd - slice))
         period = endingPoll;
     m_nextPoll = std::min(m_nextPoll, m_lastAsk + period);
-    if (mayAsk && m_now >= m_nextPoll && (m_asked < 0 || m_now >= m_lastAsk + askAgainAfter)) {
+    // Between two lines, so that the report tells whether the last one has been read.
+    const bool justSent = !m_awaited.empty() && m_now < m_awaited.back().since + onTheWay && m_now < m_nextPoll + slice;
+    if (mayAsk && m_now >= m_nextPoll && !(justSent && m_phase == Phase::Ready) &&
+        (m_asked < 0 || m_now >= m_lastAsk + askAgainAfter)) {
         poll();
         m_nextPoll = m_now + period;
     }
@@ -523,7 +454,7 @@ void Board::watch()
         return;
     case Phase::Homing:
         if (m_now > m_homeLimit + reportTimeout)
-            reset("Homing takes longer than the board's settings allow; the position is lost");
+            reset("Homing takes longer than the board's settings allow; the position is lost", HomingStopped);
         return;
     case Phase::Writing:
         if (!m_awaited.empty() && m_now - m_awaited.front().since > 3) {
@@ -535,20 +466,21 @@ void Board::watch()
         if (m_idleSince >= 0 && m_now - m_idleSince > deafAfter)
             reset("The board is at rest and does not read its lines");
         else if (m_now - m_since > 10 + m_stopTime)
-            reset("The board does not stop; the position is lost");
+            reset("The board does not stop; the position is lost", PositionLost);
         break;
     default:
         break;
     }
     if (m_asked >= 0 && m_now - m_asked > reportTimeout && !m_lost)
         lose("The board does not answer");
-    if (m_phase == Phase::Ready && !m_lost && !m_awaited.empty() && m_now - m_lastEmpty > answerTimeout)
+    if (m_phase == Phase::Ready && !m_lost && !m_awaited.empty() &&
+        m_now - std::max(m_lastAnswer, m_awaited.front().since) > answerTimeout)
         trouble("answers are missing");
 }
 
 void Board::lose(const std::string &why)
 {
-    say(why);
+    say({NoAnswer, why});
     m_lost = true;
     m_pending.clear();
     m_then = Then::Stand;
@@ -565,500 +497,6 @@ void Board::notHomed()
 {
     for (auto &axis : m_axes)
         axis->setHomed(false);
-}
-
-// ---- Conversations
-
-void Board::begin(std::vector<std::string> lines, Phase phase)
-{
-    m_phase = phase;
-    m_since = m_now;
-    m_saying = false;
-    m_toSay.assign(lines.begin(), lines.end());
-    m_urgent = true;
-}
-
-void Board::converse()
-{
-    if (m_saying || m_toSay.empty())
-        return;
-    if (m_toSay.front() == "$$")
-        m_read.clear();
-    sendLine(m_toSay.front());
-    m_toSay.pop_front();
-    m_saying = true;
-}
-
-void Board::asked()
-{
-    if (!m_read.empty())
-        m_settings = std::exchange(m_read, {});
-    // Reports have to have machine positions and the room in the buffers, in mm.
-    const int mask = static_cast<int>(setting(10, 3));
-    if (m_phase == Phase::Asking && (mask & 3) != 3) {
-        say("The board's setting $10 is made " + std::to_string(mask | 3));
-        begin({"$10=" + std::to_string(mask | 3), "$$"}, Phase::Asking);
-        return;
-    }
-    if (m_phase == Phase::Asking && setting(13, 0) != 0) {
-        say("The board's setting $13 is made 0: positions in mm");
-        begin({"$13=0", "$$"}, Phase::Asking);
-        return;
-    }
-    if (m_phase == Phase::Asking && m_reports == 0 && setting(1, 255) != 255)
-        say("The board's setting $1 is not 255: the motors lose their current after each stop");
-    m_phase = Phase::Asking; // where it stands comes last
-    m_since = m_now;
-    m_asked = -1;
-    m_lastAsk = 0;
-    m_urgent = true;
-}
-
-int Board::write(const std::map<int, double> &settings)
-{
-    m_written = Ok;
-    if (m_phase != Phase::Ready || !(still() || m_locked))
-        return m_phase == Phase::Ready ? AxisRunning : ControllerBusy;
-    for (const auto &axis : m_axes) {
-        if (axis->running())
-            return AxisRunning;
-    }
-    m_writing.clear();
-    m_before.clear();
-    m_undoing = false;
-    std::vector<std::string> lines;
-    for (const auto &[number_, value] : settings) {
-        const double present = setting(number_, value);
-        if (m_settings.count(number_) == 0 || std::abs(present - value) < 0.0006)
-            continue;
-        m_writing[number_] = value;
-        m_before[number_] = present;
-        lines.push_back("$" + std::to_string(number_) + "=" + number(value, 3));
-    }
-    if (lines.empty())
-        return Ok;
-    lines.emplace_back("$$");
-    begin(lines, Phase::Writing);
-    return Ok;
-}
-
-void Board::wrote()
-{
-    if (m_writing.empty()) {
-        asked();
-        return;
-    }
-    const auto differs = [this](const auto &wanted) {
-        const auto found = m_read.find(wanted.first);
-        return found == m_read.end() || std::abs(found->second - wanted.second) >= 0.0011;
-    };
-    const bool failed = std::any_of(m_writing.begin(), m_writing.end(), differs);
-    if (failed && !m_undoing) {
-        say("The board did not take its settings; what was written is undone");
-        m_written = WriteFailed;
-        m_undoing = true;
-        std::vector<std::string> lines;
-        for (const auto &[number_, value] : m_before)
-            lines.push_back("$" + std::to_string(number_) + "=" + number(value, 3));
-        lines.emplace_back("$$");
-        m_writing = m_before;
-        begin(lines, Phase::Writing);
-        return;
-    }
-    if (failed)
-        say("The board's settings could not be put back: read them");
-    for (const auto &[number_, value] : m_writing) {
-        if (number_ >= 100 && number_ < 100 + maxBoardAxes)
-            notHomed();
-    }
-    asked();
-}
-
-int Board::switchDirection(int boardAxis) const
-{
-    return (m_report.pins >> boardAxis & 1U) != 0 ? m_ranOn[boardAxis] : 0;
-}
-
-int Board::unlock()
-{
-    if (m_phase != Phase::Ready)
-        return ControllerBusy;
-    if (m_report.state != Report::State::Alarm) {
-        reset("The board is woken up"); // it sleeps or checks
-        return Ok;
-    }
-    m_writing.clear();
-    std::vector<std::string> lines{"$X"};
-    if (m_report.pins != 0 && setting(21, 0) != 0) {
-        // The switch that opens again would be the next alarm.
-        say("Hard limits are off ($21=0) until the axis has been driven off its switch, slowly and the way it came");
-        lines.emplace_back("$21=0");
-        m_limitsOff = true;
-    }
-    begin(lines, Phase::Writing);
-    return Ok;
-}
-
-// ---- Homing
-
-int Board::home(Axis &axis)
-{
-    if (m_phase != Phase::Ready)
-        return ControllerBusy;
-    if (m_lost)
-        return LinkLost;
-    for (const auto &one : m_axes) {
-        if (one->running())
-            return AxisRunning;
-    }
-    if (!m_locked && !still())
-        return AxisRunning;
-    if (setting(22, 0) == 0)
-        return NotAvailable;
-    std::string line = "$H";
-    if (m_homesSingly) {
-        line += axisLetters[axis.boardAxis()];
-        m_homing = axis.boardAxis();
-    } else {
-        // Asked for twice within 10 s, as all axes move.
-        if (m_now - std::exchange(m_homeAsked, m_now) > pressAgain)
-            return OthersWouldMove;
-        m_homeAsked = -100;
-        m_homing = maxBoardAxes;
-    }
-    const double seek = std::max(setting(25, 500), 1.0) / 60;
-    const double slow = std::max(setting(24, 25), 1.0) / 60;
-    double limit = 5;
-    for (int i = 0; i < m_boardAxes; ++i)
-        limit += 1.5 * setting(130 + i, 200) / seek + 5 * setting(27, 1) * (1 / slow + 1 / seek) + 2;
-    m_homeLimit = m_now + 1.2 * limit;
-    for (auto &one : m_axes) {
-        if (m_homing == maxBoardAxes || one->boardAxis() == m_homing)
-            one->setHomed(false);
-    }
-    m_phase = Phase::Homing;
-    m_since = m_now;
-    m_asked = -1;
-    sendLine(line);
-    m_urgent = true;
-    return Ok;
-}
-
-// ---- Stopping
-
-int Board::refusal() const
-{
-    if (m_phase == Phase::Closed || m_lost)
-        return LinkLost;
-    if (m_locked)
-        return Locked;
-    for (const auto &axis : m_axes) {
-        // Without steps, speed or ramp, or for an axis that the board does not have, there is nothing to plan with.
-        const int number = axis->boardAxis();
-        if (number >= m_boardAxes || setting(100 + number, 1) <= 0 || setting(110 + number, 1) <= 0 ||
-            setting(120 + number, 1) <= 0)
-            return NotAvailable;
-    }
-    return m_phase == Phase::Ready ? Ok : ControllerBusy;
-}
-
-int Board::stop(Axis &axis)
-{
-    if (m_phase == Phase::Homing) {
-        reset("Homing was stopped; the position is lost");
-        notHomed();
-        m_urgent = true;
-        return Ok;
-    }
-    if (m_phase != Phase::Ready) {
-        axis.stand(axis.position());
-        axis.setStopped(true);
-        return Ok;
-    }
-    if (!axis.running() && still())
-        return Ok;
-    const bool othersGoOn = std::any_of(
-        m_axes.begin(), m_axes.end(), [&axis](const auto &one) { return one.get() != &axis && one->goesOn(); });
-    if (othersGoOn)
-        axis.slowDown();
-    else
-        stopAll();
-    m_urgent = true;
-    return Ok;
-}
-
-void Board::stopAll()
-{
-    if (m_phase != Phase::Ready)
-        return;
-    if (still() && m_awaited.empty())
-        endRuns(); // in the pause between two legs, or not yet begun
-    else
-        cancel(Then::Stand);
-}
-
-void Board::cancel(Then then)
-{
-    m_stopTime = 0.2;
-    for (const auto &axis : m_axes) {
-        const double ramp = std::max(setting(120 + axis->boardAxis(), 10), 0.1);
-        m_stopTime = std::max(m_stopTime, 0.2 + 1.2 * std::abs(axis->velocity()) / ramp);
-    }
-    if (then == Then::Stand)
-        endRuns();
-    for (auto &axis : m_axes)
-        axis->setStopped(false);
-    m_then = then;
-    m_phase = Phase::Cancelling;
-    m_since = m_now;
-    m_cancelSent = false;
-    m_idleSince = -1;
-    m_cancels = 0;
-    m_pending.clear();
-    m_suspectAsked = -1;
-    m_urgent = true;
-}
-
-void Board::sendCancel()
-{
-    if (m_cancelSent || (!m_awaited.empty() && m_now - m_since < cancelPatience))
-        return;
-    sendByte(jogCancel);
-    sendLine("");
-    m_cancelSent = true;
-    m_cancels = 1;
-    m_cancelAt = m_now;
-    m_cancelReport = m_report;
-    m_nextPoll = m_now + endingPoll;
-}
-
-void Board::watchCancel()
-{
-    if (!m_cancelSent || m_reportAsked < m_cancelAt)
-        return;
-    switch (m_report.state) {
-    case Report::State::Idle:
-    case Report::State::Alarm:
-    case Report::State::Sleep:
-    case Report::State::Check:
-        if (m_awaited.empty()) {
-            if (m_reportAsked >= m_lastAnswer)
-                restAt(m_report, m_then);
-        } else if (m_idleSince < 0) {
-            m_idleSince = m_now;
-        }
-        return;
-    case Report::State::Hold:
-    case Report::State::Door:
-        m_idleSince = -1;
-        if (m_report.feed == 0 && m_now - m_cancelAt > m_stopTime)
-            reset("The board is on hold and is reset at rest");
-        return;
-    default:
-        break;
-    }
-    m_idleSince = -1;
-    // A cancel that was lost: what was sent is short and ends by itself. Only an axis that goes on running, as reports
-    // say, gets another one: that is its first.
-    if (m_now - m_cancelAt < m_stopTime + lead + slice)
-        return;
-    double way = 0;
-    for (int i = 0; i < m_boardAxes; ++i)
-        way += std::abs(m_report.position[i] - m_cancelReport.position[i]);
-    const bool runsOn = way > 0 && m_report.feed >= m_cancelReport.feed && m_report.feed > 0;
-    m_cancelReport = m_report;
-    if (!runsOn)
-        return;
-    if (m_cancels++ < 2) {
-        say("The stop was lost on the wire and is sent again");
-        sendByte(jogCancel);
-        m_cancelAt = m_now;
-    } else {
-        notHomed();
-        reset("The board does not stop and is reset in motion; the position is lost");
-    }
-}
-
-void Board::reset(const std::string &why)
-{
-    say(why);
-    sendByte(softReset);
-    m_awaited.clear();
-    m_awaitedBytes = 0;
-    m_toSay.clear();
-    m_saying = false;
-    m_pending.clear();
-    if (m_phase != Phase::Cancelling)
-        m_then = Then::Stand;
-    m_phase = Phase::Resetting;
-    m_bannerSeen = false;
-    m_since = m_now;
-    m_resetAt = -1;
-    m_asked = -1;
-    m_lastAsk = m_now + 0.6; // the banner comes first, and after a stop in motion half a second later
-    m_nextPoll = m_now + 0.6;
-}
-
-void Board::restAt(const Report &report, Then then)
-{
-    m_phase = Phase::Ready;
-    m_since = m_now;
-    m_locked = report.state != Report::State::Idle;
-    if (m_locked && m_alarm == 1) {
-        for (int i = 0; i < m_boardAxes; ++i) {
-            if ((report.pins >> i & 1U) != 0)
-                say(std::string("The limit switch of axis ") + axisLetters[i] + " is closed");
-        }
-    }
-    if (!m_locked)
-        m_alarm = 0;
-    m_suspectAsked = -1;
-    m_corrections = 0;
-    m_factor = 1;
-    m_excess = 0;
-    m_pending.clear();
-    m_head = m_now;
-    m_lineEnd = m_now - 1;
-    m_lastEmpty = m_now;
-    m_rests = true;
-    m_idleSeen = true;
-    for (int i = 0; i < maxBoardAxes; ++i)
-        m_sent[i] = toSteps(i, report.position[i]);
-    m_slices.assign(1, {m_now, m_sent});
-    for (auto &axis : m_axes) {
-        const double position = axis->toStage(m_sent[axis->boardAxis()] / stepsPerMm(axis->boardAxis()));
-        if (then == Then::TakeUp && !m_locked && axis->running())
-            axis->takeUp(position, m_now);
-        else if (then == Then::TakeUp && !m_locked && !axis->isStopped())
-            axis->finishFrom(position, m_now);
-        else
-            axis->stand(position);
-        axis->settle(m_now); // a run begins now, not at the time before
-    }
-    m_then = Then::Stand;
-    m_urgent = true;
-}
-
-void Board::trouble(const std::string &what)
-{
-    while (!m_troubles.empty() && m_troubles.front() < m_now - 10)
-        m_troubles.pop_front();
-    m_troubles.push_back(m_now);
-    const bool often = m_troubles.size() > 3;
-    say("Trouble on the line: " + what + (often ? "; all axes are stopped" : "; the axes stop and go on"));
-    cancel(often ? Then::Stand : Then::TakeUp);
-}
-
-// ---- The stream
-
-void Board::settle(double now)
-{
-    m_now = std::max(m_now, now);
-    if (!m_rests || m_now <= m_head)
-        return;
-    m_head = m_now;
-    for (auto &axis : m_axes)
-        axis->settle(m_head);
-}
-
-double Board::effectiveLead() const
-{
-    return std::max(lead - m_excess - lateness, slice);
-}
-
-void Board::stream()
-{
-    if (m_locked || m_lost)
-        return;
-    const auto moves = [this] {
-        return std::any_of(
-            m_axes.begin(), m_axes.end(), [](const auto &axis) { return axis->running() && !axis->dwelling(); });
-    };
-    if (m_rests) {
-        settle(m_now);
-        if (!moves())
-            return;
-        m_rests = false;
-    } else if (m_now > m_head) {
-        ranDry();
-    }
-    while (m_phase == Phase::Ready && !m_rests && (m_head < m_now + effectiveLead() || !m_pending.empty())) {
-        // Never a full planner: a line that waits for a free block survives a cancel.
-        const std::size_t longestJog = 16 + 10 * static_cast<std::size_t>(m_boardAxes);
-        const bool room = m_awaited.size() < mostUnanswered &&
-                          m_awaitedBytes + longestJog <= std::min(mostUnansweredBytes, m_bufferBytes - 1) &&
-                          (m_report.freeBlocks < 0 || m_report.freeBlocks - m_sentSinceReport > leastFreeBlocks);
-        if (!room)
-            return;
-        if (!m_pending.empty()) {
-            // Behind a pause the board would run a line at once: it waits for its time.
-            if (m_now < m_pendingAt)
-                return;
-            sendLine(std::exchange(m_pending, {}));
-            m_lineEnd = m_head;
-        } else {
-            sendSlice(m_head + slice);
-            m_rests = m_pending.empty() && !moves();
-        }
-    }
-}
-
-void Board::sendSlice(double end)
-{
-    const double begin = std::exchange(m_head, end);
-    std::array<long long, maxBoardAxes> steps = m_sent;
-    for (auto &axis : m_axes) {
-        axis->settle(end);
-        steps[axis->boardAxis()] = toSteps(axis->boardAxis(), axis->toBoard(axis->position()));
-    }
-    double path = 0;
-    m_excess = 0;
-    std::string line = "$J=G53";
-    for (int i = 0; i < m_boardAxes; ++i) {
-        const double way = static_cast<double>(steps[i] - m_sent[i]) / stepsPerMm(i);
-        path += way * way;
-        m_excess = std::max(m_excess, std::abs(way) / slice / 2 / std::max(setting(120 + i, 10), 0.1));
-        line += axisLetters[i] + number(steps[i] / stepsPerMm(i), stepsPerMm(i) > 1000 ? 4 : 3);
-    }
-    // Whatever goes wrong in the plan, no line may carry an axis faster than it is allowed to be.
-    for (const auto &axis : m_axes) {
-        const int i = axis->boardAxis();
-        const double allowed = 1.2 * axis->stage().maxSpeed * slice + 2 / stepsPerMm(i);
-        if (std::abs(static_cast<double>(steps[i] - m_sent[i]) / stepsPerMm(i)) > allowed) {
-            say(std::string("The plan of axis ") + axisLetters[i] + " makes a jump; all axes are stopped");
-            cancel(Then::Stand);
-            return;
-        }
-    }
-    m_slices.push_back({end, steps});
-    if (m_slices.size() > 100)
-        m_slices.pop_front();
-    if (steps == m_sent)
-        return;
-    m_sent = steps;
-    const double feed = std::sqrt(path) / slice * 60 * m_factor;
-    line += "F" + number(feed, feed < 10 ? 3 : 1);
-    if (begin > m_lineEnd + 1e-6 && begin > m_now) {
-        m_pending = line;
-        m_pendingAt = begin;
-    } else {
-        sendLine(line);
-        m_lineEnd = end;
-    }
-}
-
-void Board::ranDry()
-{
-    say("The computer stood still for " + number((m_now - m_head + effectiveLead()) * 1000, 0) +
-        " ms: the axes have stopped and begin a new ramp");
-    m_pending.clear();
-    m_head = m_now;
-    for (auto &axis : m_axes) {
-        const bool inMotion = axis->running() && !axis->dwelling();
-        if (inMotion)
-            axis->takeUp(axis->position(), m_now);
-        axis->settle(m_now);
-    }
 }
 
 } // namespace grbl

@@ -4,6 +4,8 @@
 #include "controllers/grbl/Axis.h"
 #include "controllers/grbl/Replies.h"
 
+#include "device/moverMessages.h"
+
 #include <algorithm>
 #include <array>
 #include <deque>
@@ -32,8 +34,15 @@ public:
     /** No axis is faster than what the board's own ramp stops in this time. */
     static constexpr double brakingTime = 0.08;
 
-    /** Is told in words what went wrong. */
-    using Log = std::function<void(const std::string &)>;
+    /** Something to say besides statuses. */
+    struct Note {
+        moverMessages::Code code;
+        std::string text;
+        int boardAxis = -1; ///< -1: the whole board
+        double value = 0;   ///< these two: see the codes
+        int setting = 0;
+    };
+    using Log = std::function<void(const Note &)>;
 
     /** `setup`: the stages, by the axis of the library. */
     Board(const std::vector<AxisSetup> &setup, Log log);
@@ -70,9 +79,18 @@ public:
     bool locked() const { return m_locked; }
     /** Direction, in the board's coordinates, in which an axis ran on the limit switch that it is still on; or 0. */
     int switchDirection(int boardAxis) const;
+    /** Hard limits are off, to be on again when the axis is off its switch; kept over an end of the program. */
+    bool limitsOff() const { return m_limitsOff; }
+    void setLimitsOff(bool off) { m_limitsOff = off; }
+    /** Set by whoever keeps values: one has changed. */
+    std::function<void()> changed;
     /** Everything stands and nothing is under way. */
     bool still() const;
     const Report &report() const { return m_report; }
+    /** Reports since the port was opened. */
+    unsigned long long reports() const { return m_reports; }
+    /** When the last one was asked for: it is of no earlier moment. */
+    double reportAsked() const { return m_reportAsked; }
     const std::string &version() const { return m_version; }
     /** A setting of the board, or `otherwise` where it has none. */
     double setting(int number, double otherwise) const;
@@ -97,6 +115,8 @@ public:
     /** The end of the last write: Ok or WriteFailed. */
     int written() const { return m_written; }
     void hurry() { m_urgent = true; }
+    void say(const Note &note) { m_log(note); }
+    void say(const std::string &text) { m_log({moverMessages::General, text}); }
     /** Ends all that moves, because nobody is there any more to stop it. */
     void stopAll();
 
@@ -113,7 +133,6 @@ private:
         std::array<long long, maxBoardAxes> steps;
     };
 
-    void say(const std::string &text) { m_log(text); }
     void sendLine(const std::string &line);
     void sendByte(char byte) { m_output += byte; }
     void take(const Reply &reply);
@@ -133,13 +152,14 @@ private:
     void sendSlice(double end);
     void ranDry();
     double effectiveLead() const;
+    void countAnswers(const Report &report);
     void compare(const Report &report);
 
     enum class Then { Stand, TakeUp };
     void cancel(Then then);
     void sendCancel();
     void watchCancel();
-    void reset(const std::string &why);
+    void reset(const std::string &why, moverMessages::Code code = moverMessages::General);
     void restAt(const Report &report, Then then);
     void lose(const std::string &why);
     void trouble(const std::string &what);
@@ -149,6 +169,8 @@ private:
     // A board takes 0 as well, and then does not move: see refusal().
     double stepsPerMm(int axis) const { return std::max(setting(100 + axis, 250), 1e-3); }
     long long toSteps(int boardAxis, double mm) const;
+    /** A jog of all axes to `steps`, without its feed. */
+    std::string jogTo(const std::array<long long, maxBoardAxes> &steps) const;
 
     Log m_log;
     std::vector<std::unique_ptr<Axis>> m_axes;
@@ -163,7 +185,7 @@ private:
     // Lines
     std::deque<Awaited> m_awaited;
     std::size_t m_awaitedBytes = 0;
-    double m_lastEmpty = 0; ///< when no answer was awaited last
+    int m_doubts = 0; ///< reports in a row that missed an answer
     std::deque<std::string> m_toSay;
     bool m_saying = false; ///< a line of a conversation waits for its answer
 
@@ -172,8 +194,8 @@ private:
     std::array<double, maxBoardAxes> m_offset{};
     double m_asked = -1; ///< when the unanswered "?" was sent; below 0: none is
     double m_lastAsk = 0;
-    int m_reports = 0;        ///< reports since the port was opened
-    double m_reportAsked = 0; ///< when the last report was asked for
+    unsigned long long m_reports = 0; ///< reports since the port was opened
+    double m_reportAsked = 0;         ///< when the last report was asked for
     bool m_lost = false;
     bool m_idleSeen = false; ///< a report in Idle has come that was asked for after the last line was answered
     double m_lastAnswer = 0;
@@ -191,6 +213,7 @@ private:
     bool m_locked = false;
     int m_alarm = 0;
     int m_totalBlocks = 15;
+    int m_totalBytes = 0; ///< of the buffer, as reports say
 
     // Stream
     double m_head = 0;     ///< time up to which the plan has been turned into lines

@@ -3,6 +3,7 @@
 
 #include "controllers/core/Controller.h"
 #include "controllers/core/ObjectReader.h"
+#include "controllers/grbl/Board.h"
 #include "controllers/grbl/Replies.h"
 
 #include <nlohmann/json.hpp>
@@ -237,13 +238,16 @@ std::string Configuration::keptFile(const std::string &file, int id)
     return (std::filesystem::path(file).parent_path() / ("board-" + std::to_string(id) + ".json")).string();
 }
 
-void Configuration::restore(const std::string &keptFile, controllers::Controller *controller)
+void Configuration::restore(const std::string &keptFile, controllers::Controller *controller, Board *board)
 {
     try {
         const JsonValue whole = JsonValue::parse(contents(keptFile));
         ObjectReader object(whole, "the file");
         for (const auto &[name, member] : texts)
             object.text(name, &(controller->*member), MOVER_TEXT_LENGTH);
+        int limitsOff = 0;
+        object.number("limitsOff", &limitsOff, 0, 1);
+        board->setLimitsOff(limitsOff == 1);
         int axis = 0;
         for (const JsonValue &kept : object.list("axes")) {
             if (axis < controller->axisCount)
@@ -254,11 +258,12 @@ void Configuration::restore(const std::string &keptFile, controllers::Controller
     }
 }
 
-std::string Configuration::kept(controllers::Controller &controller)
+std::string Configuration::kept(controllers::Controller &controller, const Board &board)
 {
     nlohmann::ordered_json file;
     for (const auto &[name, member] : texts)
         file[name] = controller.*member;
+    file["limitsOff"] = board.limitsOff() ? 1 : 0;
     for (int i = 0; i < controller.axisCount; ++i) {
         const controllers::Axis &axis = controller.axis(i);
         nlohmann::ordered_json one;

@@ -12,6 +12,8 @@ class Controller;
 
 namespace grbl {
 
+class Board;
+
 /** One board that has been set up; docs/controllers.md has the format of the file. */
 struct BoardSetup {
     int id = 0;
@@ -31,10 +33,11 @@ public:
 
     /** Where what is kept for a board lies, beside the file. */
     static std::string keptFile(const std::string &file, int id);
-    /** Gives `controller` back what was kept for it; a file that is faulty or not there changes nothing. */
-    static void restore(const std::string &keptFile, controllers::Controller *controller);
+    /** Gives `controller` and its `board` back what was kept for them; a file that is faulty or not there changes
+     * nothing. */
+    static void restore(const std::string &keptFile, controllers::Controller *controller, Board *board);
     /** The text to be written to the file. */
-    static std::string kept(controllers::Controller &controller);
+    static std::string kept(controllers::Controller &controller, const Board &board);
     /** Replaces a file as a whole. */
     static bool write(const std::string &file, const std::string &text);
 };

@@ -12,6 +12,7 @@ constexpr double openTimeout = 10; // banner, reset, settings
 constexpr double writeTimeout = 10;
 constexpr double keepAfter = 0.5;
 constexpr std::size_t mostUnwritten = 4096;
+constexpr std::size_t mostMessages = 100;
 
 } // namespace
 
@@ -20,13 +21,12 @@ Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::st
     , m_port(setup.port)
     , m_mutex(mutex)
     , m_keptFile(Configuration::keptFile(configuration, setup.id))
-    , m_board(setup.axes, [this](const std::string &text) {
-        std::fprintf(stderr, "%s: %s\n", m_port.c_str(), text.c_str());
-    })
+    , m_board(setup.axes, [this](const Board::Note &note) { say(note); })
 {
     serialNumber = "GRBL-" + std::to_string(setup.id);
     modelName = "Grbl";
-    Configuration::restore(m_keptFile, this);
+    Configuration::restore(m_keptFile, this, &m_board);
+    m_board.changed = [this] { stored(); };
     for (auto &axis : m_board.axes()) {
         axis->changed = [this] { stored(); };
         axis->waitForBoard = [this](std::unique_lock<std::mutex> &lock) {
@@ -39,6 +39,44 @@ Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::st
 double Controller::now()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void Controller::say(const Board::Note &note)
+{
+    if (!m_isHeard)
+        std::fprintf(stderr, "%s: %s\n", m_port.c_str(), note.text.c_str());
+    MoverMessage message{};
+    message.id = id;
+    message.axis = -1;
+    for (std::size_t i = 0; note.boardAxis >= 0 && i < m_board.axes().size(); ++i) {
+        if (m_board.axes()[i]->boardAxis() == note.boardAxis)
+            message.axis = static_cast<int>(i);
+    }
+    message.code = note.code;
+    message.value = note.value;
+    message.setting = note.setting;
+    note.text.copy(message.text, sizeof message.text - 1);
+    m_messages.push_back(message);
+    if (m_messages.size() > mostMessages)
+        m_messages.pop_front();
+}
+
+bool Controller::takeMessage(MoverMessage *message)
+{
+    m_isHeard = true;
+    if (m_messages.empty())
+        return false;
+    *message = m_messages.front();
+    m_messages.pop_front();
+    return true;
+}
+
+bool Controller::lastReport(MoverReport *report) const
+{
+    if (m_board.reports() == 0)
+        return false;
+    *report = {m_board.reports(), now() - m_board.reportAsked()};
+    return true;
 }
 
 void Controller::waitFor(std::unique_lock<std::mutex> &lock, bool (Controller::*over)() const, double atMost)
@@ -89,7 +127,7 @@ void Controller::keep(std::unique_lock<std::mutex> &lock)
     if (m_keepAt < 0 || now() < m_keepAt)
         return;
     m_keepAt = -1;
-    const std::string text = Configuration::kept(*this);
+    const std::string text = Configuration::kept(*this, m_board);
     lock.unlock();
     if (!Configuration::write(m_keptFile, text))
         std::fprintf(stderr, "%s cannot be written\n", m_keptFile.c_str());

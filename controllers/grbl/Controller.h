@@ -7,6 +7,7 @@
 #include "controllers/grbl/SerialPort.h"
 
 #include <condition_variable>
+#include <deque>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -40,8 +41,13 @@ public:
 
     Board &board() { return m_board; }
 
+    /** Takes the oldest thing that the board has had to say. */
+    bool takeMessage(MoverMessage *message);
+    bool lastReport(MoverReport *report) const;
+
 private:
     static double now();
+    void say(const Board::Note &note);
     void serve();
     void waitFor(std::unique_lock<std::mutex> &lock, bool (Controller::*over)() const, double atMost);
     bool isOpened() const { return !m_board.opening(); }
@@ -52,6 +58,8 @@ private:
     std::string m_port;
     std::mutex &m_mutex;
     std::string m_keptFile;
+    std::deque<MoverMessage> m_messages;
+    bool m_isHeard = false; ///< somebody takes the messages; until then they go to stderr too
     Board m_board;
     SerialPort m_serial;
     bool m_serves = false; ///< the thread runs

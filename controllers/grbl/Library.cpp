@@ -3,6 +3,7 @@
 
 #include "controllers/grbl/Controller.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -36,6 +37,20 @@ public:
     {
         for (const auto &controller : m_controllers)
             controller->wakeIfUrgent();
+    }
+    bool takeMessage(MoverMessage *message) override
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::any_of(m_controllers.begin(), m_controllers.end(), [message](const auto &controller) {
+            return controller->takeMessage(message);
+        });
+    }
+    bool lastReport(int id, MoverReport *report) override
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::any_of(m_controllers.begin(), m_controllers.end(), [id, report](const auto &controller) {
+            return controller->id == id && controller->lastReport(report);
+        });
     }
     std::vector<controllers::Controller *> controllers() override
     {

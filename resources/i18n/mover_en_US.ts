@@ -1216,6 +1216,121 @@ is correctly connected!</translation>
     </message>
 </context>
 <context>
+    <name>StatusWords</name>
+    <message>
+        <source>此控制器没有该功能</source>
+        <translation>this controller does not have it</translation>
+    </message>
+    <message>
+        <source>此控制板的所有轴都将移动：%1；请再按一次</source>
+        <translation>all axes of this board will move: %1; press again</translation>
+    </message>
+    <message>
+        <source>串口被另一个程序占用</source>
+        <translation>another program has the port</translation>
+    </message>
+    <message>
+        <source>控制板未接受参数：已恢复原值</source>
+        <translation>the board did not take a parameter: the old values are back</translation>
+    </message>
+    <message>
+        <source>控制板没有应答</source>
+        <translation>The board does not answer</translation>
+    </message>
+    <message>
+        <source>控制板恢复应答：所有轴已停止</source>
+        <translation>The board answers again: all axes are stopped</translation>
+    </message>
+    <message>
+        <source>控制板被暂停（按键或安全门）：所有轴已停止</source>
+        <translation>The board was put on hold (button or safety door): all axes are stopped</translation>
+    </message>
+    <message>
+        <source>控制板拒绝了行程以外的目标：所有轴已停止</source>
+        <translation>The board refused a target outside its travel: all axes are stopped</translation>
+    </message>
+    <message>
+        <source>该轴偏离了指令（控制板坐标 %1）：所有轴已停止</source>
+        <translation>The axis was found where it was not sent (at %1 of the board): all axes are stopped</translation>
+    </message>
+    <message>
+        <source>线路故障：各轴停下后继续</source>
+        <translation>Trouble on the line: the axes stop and go on</translation>
+    </message>
+    <message>
+        <source>线路故障过多：所有轴已停止</source>
+        <translation>Too much trouble on the line: all axes are stopped</translation>
+    </message>
+    <message>
+        <source>电脑停顿了 %1 ms：各轴已停下，重新加速</source>
+        <translation>The computer stood still for %1 ms: the axes have stopped and begin a new ramp</translation>
+    </message>
+    <message>
+        <source>该轴的限位开关处于闭合状态</source>
+        <translation>The limit switch of this axis is closed</translation>
+    </message>
+    <message>
+        <source>硬限位已关闭（$21=0），直到该轴沿原路慢速离开开关</source>
+        <translation>Hard limits are off ($21=0) until the axis is off its switch, slowly and the way it came</translation>
+    </message>
+    <message>
+        <source>限位开关已断开：硬限位已恢复（$21=1）</source>
+        <translation>The switch is open: hard limits are on again ($21=1)</translation>
+    </message>
+    <message>
+        <source>控制板参数 $1 不是 255：每次停止后电机断电</source>
+        <translation>The board&apos;s setting $1 is not 255: the motors lose their current after each stop</translation>
+    </message>
+    <message>
+        <source>使能关闭只是不允许启动：电机电流不会切断</source>
+        <translation>Off only refuses starts: the motor keeps its current</translation>
+    </message>
+    <message>
+        <source>该轴的分辨率是 %1，粗于所要求的值</source>
+        <translation>The axis is exact to %1, coarser than what was asked for</translation>
+    </message>
+    <message>
+        <source>速度限制为 %1：由控制板参数 $%2 决定</source>
+        <translation>The speed is held to %1: the board&apos;s setting $%2 lifts that</translation>
+    </message>
+    <message>
+        <source>控制板处于报警或锁定状态：请关闭再打开使能以解锁，或回零</source>
+        <translation>the board is locked: switch an axis off and on to unlock it, or home</translation>
+    </message>
+    <message>
+        <source>请先回零：位置未知</source>
+        <translation>home first: the position is not known</translation>
+    </message>
+    <message>
+        <source>控制板忙：正在回零、保存参数或停止</source>
+        <translation>the board is busy: it homes, stores a parameter or comes to rest</translation>
+    </message>
+    <message>
+        <source>碰到限位开关，位置已丢失：请关闭再打开使能以解锁，沿原路慢速离开，再回零</source>
+        <translation>A limit switch was hit, the position is lost: switch the axis off and on to unlock it, drive back slowly the way it came, home</translation>
+    </message>
+    <message>
+        <source>回零失败，位置已丢失：请检查限位开关，再回零</source>
+        <translation>Homing failed, the position is lost: look at the limit switches, home again</translation>
+    </message>
+    <message>
+        <source>控制板报警 %1：请关闭再打开使能以解锁，或回零</source>
+        <translation>The board is in alarm %1: switch an axis off and on to unlock it, or home</translation>
+    </message>
+    <message>
+        <source>控制板已重新启动，位置已丢失：请回零</source>
+        <translation>The board has started anew, the position is lost: home</translation>
+    </message>
+    <message>
+        <source>回零已中止，位置已丢失</source>
+        <translation>Homing was stopped, the position is lost</translation>
+    </message>
+    <message>
+        <source>控制板已锁定：请关闭再打开使能以解锁，或回零</source>
+        <translation>The board is locked: switch an axis off and on to unlock it, or home</translation>
+    </message>
+</context>
+<context>
     <name>TrustMark</name>
     <message>
         <source>位置：%1</source>

@@ -51,7 +51,7 @@ void checkSent(const std::string &sent)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const std::string bytes(reinterpret_cast<const char *>(data), size);
-    grbl::Board board(stages(), [](const std::string &) {});
+    grbl::Board board(stages(), [](const grbl::Board::Note &) {});
     double now = 0;
     const auto pass = [&](std::string_view heard, double seconds) {
         board.received(heard, now);

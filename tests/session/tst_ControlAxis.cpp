@@ -35,6 +35,7 @@ private slots:
     void aHomingThatEndsElsewhereIsNone();
     void aCommandAfterAHomingThatHasNotEndedTakesItBack();
     void staysHomedWhileItMovesOn();
+    void aFlagThatTellsHomingIsBelieved();
     void theLinkIsLostAfterASecondOfFailures();
     void aFailureInBetweenIsNoLostLink();
     void aFailureThatNothingFollowsIsNoLostLink();
@@ -139,6 +140,19 @@ void tst_ControlAxis::staysHomedWhileItMovesOn()
     answerFor(0.5, moving);
     answerFor(0.5, standing);
     QCOMPARE(kind(), AxisTrust::Homed);
+}
+
+void tst_ControlAxis::aFlagThatTellsHomingIsBelieved()
+{
+    AxisDescription description;
+    description.tellsHoming = true;
+    m_axis = std::make_unique<ControlAxis>(description);
+    answerFor(0.5, moving);
+    QCOMPARE(kind(), AxisTrust::NotHomed);
+    answerFor(0.2, standingAtOrigin); // another axis was homed, and this one with it
+    QCOMPARE(kind(), AxisTrust::Homed);
+    answerFor(0.2, standing); // the board was reset
+    QCOMPARE(kind(), AxisTrust::NotHomed);
 }
 
 void tst_ControlAxis::theLinkIsLostAfterASecondOfFailures()

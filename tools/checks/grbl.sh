@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 #
 # grbl.sh [--short]: the library for Grbl boards against the emulated board: what a stage may count on, against counted
-# steps; ports, faults, alarms; figures of wire, processor time, stop and ripple. At length it plays 200 random sessions
-# of two minutes and more on three axes; with --short, for CI, 8 of them.
+# steps; ports, faults, alarms; the program on it, in a tour and a fault matrix; figures of wire, processor time, stop and
+# ripple. At length it plays 200 random sessions of two minutes and more on three axes; with --short, for CI, 8 of them.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
@@ -14,6 +14,7 @@ build dev grbl_tests
 build release benchGrbl
 say "Testing (Grbl)"
 [ "${1:-}" = --short ] || export GRBL_SEEDS=200
-ctest --preset dev -L grbl -j "$(nproc)"
+# Those that run the program mostly wait: more at once than there are processors.
+ctest --preset dev -L grbl -j "$((2 * $(nproc)))"
 say "Figures"
 build/release/bench/benchGrbl build/release/controllers/emulator/grblEmulator

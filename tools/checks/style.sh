@@ -61,9 +61,9 @@ models: session widgets device
 session: device
 widgets:
 device:
-controllers/core: device/moverLibrary.h device/moverRecords.h device/moverStatus.h
+controllers/core: device/moverLibrary.h device/moverRecords.h device/moverStatus.h device/moverMessages.h
 controllers/simulated: controllers/core device/moverRecords.h device/moverStatus.h
-controllers/grbl: controllers/core device/moverRecords.h device/moverStatus.h
+controllers/grbl: controllers/core device/moverRecords.h device/moverStatus.h device/moverMessages.h
 controllers/emulator:
 '
 while IFS=: read -r folder folders; do

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <fcntl.h>
@@ -119,7 +120,8 @@ void tst_SerialPort::resetsWhenThePortIsOpened()
 
 void tst_SerialPort::goesAndComesBack()
 {
-    const QByteArray link = QFile::encodeName(QDir::temp().filePath("tst_SerialPort.link"));
+    const QTemporaryDir folder;
+    const QByteArray link = QFile::encodeName(folder.filePath("board"));
     emulator::SerialPort port(emulator::Options{}, 1, link.toStdString());
     QCOMPARE(port.path(), link.toStdString());
     {

@@ -46,7 +46,13 @@ public:
 
     explicit Bench(const emulator::Options &options = Bench::options(), unsigned seed = 1, int axes = 3)
         : firmware(options)
-        , board(setup(axes), [this](const std::string &text) { log.push_back(text); })
+        , board(
+              setup(axes),
+              [this](const grbl::Board::Note &note) {
+                  if (note.code != moverMessages::Coarse) // as random targets are
+                      log.push_back(note.text);
+                  codes.push_back(note.code);
+              })
         , m_random(seed)
     {
         board.opened(firmware.now());
@@ -109,6 +115,7 @@ public:
 
     emulator::Board firmware;
     std::vector<std::string> log;
+    std::vector<int> codes; ///< of all that was said
     grbl::Board board;
     std::size_t sentBytes = 0;
     std::size_t receivedBytes = 0;

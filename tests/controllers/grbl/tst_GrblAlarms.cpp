@@ -19,6 +19,7 @@ private slots:
     void aFailedHomingIsNotHomed();
     void moveNeedsAReference();
     void aHardLimitNamesItsAxisAndIsLeftSlowly();
+    void hardLimitsComeBackAfterARestart();
     void aHoldIsLeftAtRest();
     void enableIsAPermission();
     void settingsAreReadBackAndUndone();
@@ -82,7 +83,9 @@ void tst_GrblAlarms::homingMovesAllAxesAtTheSecondCall()
 {
     Bench bench(homingBoard());
     setStages(bench);
-    QVERIFY(bench.board.locked()); // so it is after power-on
+    QVERIFY(bench.board.locked());                        // so it is after power-on
+    QCOMPARE(int(bench.axis(0).state().isCanRun), 1);     // or nobody could press what homes it
+    QCOMPARE(int(bench.axis(0).state().isRightLimit), 0); // as far as it knows
     QCOMPARE(bench.moveTo(0, 1, 5, 50), int(Locked));
     QCOMPARE(home(bench, 0), int(OthersWouldMove));
     bench.run(10.5);
@@ -238,6 +241,19 @@ void tst_GrblAlarms::aHardLimitNamesItsAxisAndIsLeftSlowly()
     QVERIFY(!bench.board.locked());
 }
 
+void tst_GrblAlarms::hardLimitsComeBackAfterARestart()
+{
+    Bench bench(homingBoard());
+    QCOMPARE(bench.firmware.settings()[21], 0.0);
+    bench.run(1);
+    QCOMPARE(bench.firmware.settings()[21], 0.0); // as somebody has it
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+    QVERIFY(bench.runUntil([&] { return !bench.board.locked() && bench.isStill(); }, 5));
+    bench.board.setLimitsOff(true); // as it was kept when the program ended
+    QVERIFY(bench.runUntil([&] { return bench.firmware.settings()[21] == 1; }, 2));
+    QVERIFY(!bench.board.limitsOff());
+}
+
 void tst_GrblAlarms::aHoldIsLeftAtRest()
 {
     Bench bench;
@@ -249,6 +265,15 @@ void tst_GrblAlarms::aHoldIsLeftAtRest()
     bench.firmware.send("!");
     bench.run(1);
     QVERIFY(stands(bench));
+    // The door in the middle of a move: what it has stopped does not go on by itself.
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.send("\x84");
+    bench.run(3);
+    QVERIFY(stands(bench));
+    QVERIFY(hasSaid(bench, "on hold"));
+    QVERIFY(bench.firmware.steps(0) < Bench::steps(50));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
     QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
     QVERIFY(stands(bench));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(5));
@@ -296,7 +321,7 @@ void tst_GrblAlarms::anotherProtocolIsNoBoard()
     grbl::AxisSetup setup;
     setup.stage = Bench::stage();
     std::vector<grbl::AxisSetup> setups{setup};
-    grbl::Board board(setups, [&log](const std::string &text) { log.push_back(text); });
+    grbl::Board board(setups, [&log](const grbl::Board::Note &note) { log.push_back(note.text); });
     board.opened(0);
     std::string sent;
     double now = 0;

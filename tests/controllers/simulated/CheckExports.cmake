@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: MIT
-# Compares what LIBRARY exports, as NM lists it, with the functions that HEADER declares. The mark is data, not a function.
+# Compares what LIBRARY exports, as NM lists it, with the functions that HEADER declares. The
+# mark and the ways to messages and reports are data, not functions.
 execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
     OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" exported "${exported}")
 list(REMOVE_ITEM exported "")
-list(FILTER exported EXCLUDE REGEX "^moverLibraryMark R ")
+list(FILTER exported EXCLUDE REGEX "^moverLibrary(Mark|Messages|Reports) [RD] ")
 list(TRANSFORM exported REPLACE " .*$" "")
 list(SORT exported)
 
