@@ -62,7 +62,8 @@ private:
     std::string m_path;
     int m_fd = -1;
     bool m_isOpen = false; // by a host
-    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    // It has been on for a second when its port appears: a host takes the banner of that for its own reset's.
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now() - std::chrono::seconds(1);
     std::atomic<bool> m_ends{false};
     std::thread m_thread;
 };
