@@ -77,6 +77,11 @@ ControlSession::~ControlSession()
     m_worker->answers().remove(this);
 }
 
+const MotionLibrary &ControlSession::library()
+{
+    return MotionLibrary::inUse();
+}
+
 ControlSession::State ControlSession::state() const
 {
     if (m_bConnecting)
@@ -204,9 +209,9 @@ ControlSession::AxisSetUp ControlSession::setUpAxis(int index)
     return axis;
 }
 
-QString ControlSession::readFirmwareVersion()
+void ControlSession::readFirmwareVersion()
 {
-    return m_worker->getDevSoftVersion();
+    m_sFirmwareVersion = m_worker->getDevSoftVersion();
 }
 
 bool ControlSession::readJoystick()
@@ -224,7 +229,7 @@ QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription 
     const QMutexLocker lock(&m_mutex);
     AxisDescription whole = description;
     // Boards home all axes together, and lose their position by more than a lost link.
-    whole.tellsHoming = MotionLibrary::inUse().mark() == QLatin1String("grbl");
+    whole.tellsHoming = library().mark() == QLatin1String("grbl");
     QSharedPointer<ControlAxis> &axis = m_axes[description.index];
     axis = axis ? QSharedPointer<ControlAxis>::create(whole, *axis) : QSharedPointer<ControlAxis>::create(whole);
     return axis;

@@ -11,6 +11,7 @@
 
 #include <optional>
 
+class MotionLibrary;
 class SerialComDev;
 
 /**
@@ -56,12 +57,17 @@ public:
     static QSharedPointer<ControlSession> instance();
     ~ControlSession() override;
 
+    /** The motion library in use, through which all of this goes. */
+    static const MotionLibrary &library();
+
     State state() const;
     bool isConnected() const { return state() == State::Connected; }
     /** The library's identifier of the controller; 0 when none is connected. */
     int deviceId() const { return m_iDeviceId; }
     /** Serial number of the connected controller, or of the one that was connected last. */
     QString serialNumber() const { return m_sSerialNumber; }
+    /** As read last; null when it could not be. */
+    QString firmwareVersion() const { return m_sFirmwareVersion; }
     /** As the controller reported it; 0 when none is connected, negative when it could not be read. */
     int axisCount() const { return m_iAxisCount; }
 
@@ -96,8 +102,7 @@ public:
      */
     void beginSetUp();
     AxisSetUp setUpAxis(int index);
-    /** Null when it cannot be read. */
-    QString readFirmwareVersion();
+    void readFirmwareVersion();
     /** Whether the joystick drives the axes. */
     bool readJoystick();
 
@@ -138,6 +143,7 @@ private:
     int m_iDeviceId = 0;
     int m_iProbeFailure = 0;
     QString m_sSerialNumber;
+    QString m_sFirmwareVersion;
     int m_iAxisCount = 0;
     mutable QMutex m_mutex; // of the axes, which answers look up
     QHash<int, QSharedPointer<ControlAxis>> m_axes;

@@ -118,7 +118,7 @@ MoverWidget::MoverWidget(QWidget *parent)
     m_placeholder = new PlaceholderWidget(this);
     m_placeholder->hide();
 
-    ui->label_simulated->setVisible(MotionLibrary::inUse().isSimulated());
+    ui->label_simulated->setVisible(ControlSession::library().isSimulated());
     ui->radioButton_Rocker->setEnabled(false);
     ui->radioButton_Rocker->hide();
     showHint();
@@ -165,7 +165,8 @@ void MoverWidget::slot_devConnected()
     }
 
     const BusyCursor busy;
-    m_help->setFirmwareVersion(m_session->readFirmwareVersion());
+    m_session->readFirmwareVersion();
+    m_help->setFirmwareVersion(m_session->firmwareVersion());
     m_heart->startHeart();
     if (m_session->readJoystick()) {
         ui->radioButton_Rocker->setChecked(true);
