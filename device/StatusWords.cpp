@@ -73,7 +73,7 @@ QString StatusWords::of(int status, int axes)
     const MotionLibrary *library = MotionLibrary::loaded();
     if (!library || library->mark().isEmpty())
         return QString();
-    const QString words = wordsFor(statusWords, status);
+    QString words = wordsFor(statusWords, status);
     if (status != OthersWouldMove)
         return words;
     QStringList names;

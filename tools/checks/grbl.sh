@@ -13,8 +13,12 @@ install_missing "${build_packages[@]}"
 build dev grbl_tests
 build release benchGrbl
 say "Testing (Grbl)"
-[ "${1:-}" = --short ] || export GRBL_SEEDS=200
+if [ "${1:-}" = --short ]; then
+    export MOVER_FAULTS_SHORT=1
+else
+    export GRBL_SEEDS=200
+fi
 # Those that run the program mostly wait: more at once than there are processors.
-ctest --preset dev -L grbl -j "$((2 * $(nproc)))"
+ctest --test-dir build/dev --output-on-failure --timeout 600 -L grbl -j "$((2 * $(nproc)))"
 say "Figures"
 build/release/bench/benchGrbl build/release/controllers/emulator/grblEmulator
