@@ -39,7 +39,7 @@ void checkSent(const std::string &sent)
         Fuzz::require(line.size() < 80, "a line that is too long:", QString::fromStdString(line));
         if (line.rfind("$J=", 0) != 0)
             continue;
-        const bool whole = line.rfind("$J=G53X", 0) == 0 && line.find('F') != std::string::npos;
+        const bool whole = line.rfind("$J=G21G53X", 0) == 0 && line.find('F') != std::string::npos;
         Fuzz::require(
             whole && line.find("nan") == std::string::npos && line.find("inf") == std::string::npos,
             "no whole jog:", QString::fromStdString(line));
