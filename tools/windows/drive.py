@@ -124,15 +124,26 @@ class Program:
     def closed(self, window):
         wait(f"{window} stays", lambda: not any(widget.window == window for widget in self.look()[1]))
 
-    def click(self, window, name, *, left=False, last=False):
-        # A window that has just come up may still be moved: twice at the same place.
-        def settled():
-            first = self.find(window, name, last=last)
-            time.sleep(0.15)
-            second = self.find(window, name, last=last)
-            return first if first and second and first == second and first.active else None
+    def settled(self, what, find):
+        """What `find` gives in two looks of the program in a row: a window that has just come up may still be moved."""
+        before = (0, None)
 
-        widget = wait(f"{window}.{name} is not to be clicked", settled)
+        def same():
+            nonlocal before
+            look = os.stat(self.seen).st_mtime_ns if os.path.exists(self.seen) else 0
+            if look == before[0]:
+                return None
+            (_, first), before = before, (look, find())
+            return first if first == before[1] else None
+
+        return wait(what, same)
+
+    def click(self, window, name, *, left=False, last=False):
+        def active():
+            widget = self.find(window, name, last=last)
+            return widget if widget and widget.active else None
+
+        widget = self.settled(f"{window}.{name} is not to be clicked", active)
         xdotool("mousemove", widget.x + (8 if left else widget.width // 2), widget.y + widget.height // 2, "click", 1)
 
     def answer(self, text):
@@ -141,12 +152,7 @@ class Program:
             return next((widget for widget in self.look()[1] if widget.window == "QMessageBox" and widget.active and
                          widget.kind == "QPushButton" and re.match(text, widget.text)), None)
 
-        def settled():
-            first = button()
-            time.sleep(0.15)
-            return first if first and first == button() else None
-
-        widget = wait(f"no button {text}", settled)
+        widget = self.settled(f"no button {text}", button)
         xdotool("mousemove", widget.x + widget.width // 2, widget.y + widget.height // 2, "click", 1)
         self.closed("QMessageBox")
 
