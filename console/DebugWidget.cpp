@@ -138,9 +138,10 @@ void DebugWidget::run(int button)
             readable = NumberInput::read(input, value);
             return value;
         };
-        const auto status = [&](int value) {
-            if (command.motion && value >= 0)
-                SerialComDev::instance()->noteCommand(axis, *command.motion);
+        const auto status = [&](int value, int direction = 0) {
+            if (command.motion)
+                SerialComDev::instance()->noteCommand(
+                    {axis, *command.motion, direction, MotionCommand::Console, value});
             return statusText(value);
         };
         const auto real = [](double value) { return QString::number(value, 'g', 8); };
@@ -148,7 +149,9 @@ void DebugWidget::run(int button)
         result = std::visit(
             Overloaded{
                 [&](ConsoleCommand::Call get) { return status(call(get, axis)); },
-                [&](ConsoleCommand::Directed go) { return status(call(go.start, axis, go.direction)); },
+                [&](ConsoleCommand::Directed go) {
+                    return status(call(go.start, axis, go.direction), go.direction == 1 ? 1 : -1);
+                },
                 [&](ConsoleCommand::IntegerSetter set) { return statusText(call(set, axis, number(int()))); },
                 [&](ConsoleCommand::RealSetter set) { return statusText(call(set, axis, number(double()))); },
                 [&](ConsoleCommand::TextSetter set) {

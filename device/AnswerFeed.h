@@ -9,8 +9,24 @@
 #include <chrono>
 #include <vector>
 
+/** A motion command, a homing or a stop that reached the library, who asked for it, and what the library said. */
+struct MotionCommand {
+    enum Source {
+        Request, ///< a request of the worker: what the panels do
+        Console,
+        StopAll,
+    };
+    int axis;
+    int type;          // OperationType
+    int direction = 0; // 1 or -1; 0 for one that has none
+    Source source = Request;
+    int status = 0; // below 0: refused
+
+    bool isAccepted() const { return status >= 0; }
+};
+
 /**
- * Hears every answer to the polls of the axes, also one that repeats the last, and every command that was accepted,
+ * Hears every answer to the polls of the axes, also one that repeats the last, and to every motion command,
  * with the time at which the library gave its answer. Called by the thread that made the call, mostly while it holds
  * the library lock: note the answer and return.
  */
@@ -23,8 +39,8 @@ public:
     virtual void stateAnswered(int axis, const MotorStageState &state, Time at) = 0;
     /** A poll of either kind failed. */
     virtual void pollFailed(int axis, Time at) = 0;
-    /** The library accepted a motion command, a homing or a stop; `type` is an OperationType. */
-    virtual void commandAccepted(int axis, int type, Time at) = 0;
+    /** The library has accepted or refused a command. */
+    virtual void commandAnswered(const MotionCommand &command, Time at) = 0;
 
 protected:
     ~AnswerListener() = default;

@@ -48,23 +48,24 @@ struct StartMode {
     int (*start)(Library library, int id, int axis);
     const char *text;
     OperationType type;
+    int direction;
 };
 
 constexpr StartMode startModes[] = {
     {MOVE_CODE_MOVE, [](Library library, int id, int axis) { return library.startMove(id, axis); },
-     QT_TRANSLATE_NOOP("SerialComDev", "Move"), OPERATION_TYPE_MOVE},
+     QT_TRANSLATE_NOOP("SerialComDev", "Move"), OPERATION_TYPE_MOVE, 0},
     {MOVE_CODE_DRIVE_POSITIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), OPERATION_TYPE_DRIVE},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Drive"), OPERATION_TYPE_DRIVE, 1},
     {MOVE_CODE_DRIVE_NEGATIVE, [](Library library, int id, int axis) { return library.startDrive(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), OPERATION_TYPE_DRIVE},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Drive"), OPERATION_TYPE_DRIVE, -1},
     {MOVE_CODE_JOG_POSITIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), OPERATION_TYPE_JOG},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向Jog"), OPERATION_TYPE_JOG, 1},
     {MOVE_CODE_JOG_NEGATIVE, [](Library library, int id, int axis) { return library.startJog(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), OPERATION_TYPE_JOG},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向Jog"), OPERATION_TYPE_JOG, -1},
     {MOVE_CODE_CIRCLE_POSITIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 1); },
-     QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), OPERATION_TYPE_LOOP},
+     QT_TRANSLATE_NOOP("SerialComDev", "正方向循环"), OPERATION_TYPE_LOOP, 1},
     {MOVE_CODE_CIRCLE_NEGATIVE, [](Library library, int id, int axis) { return library.startCircle(id, axis, 2); },
-     QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), OPERATION_TYPE_LOOP},
+     QT_TRANSLATE_NOOP("SerialComDev", "负方向循环"), OPERATION_TYPE_LOOP, -1},
 };
 
 /** Values as messages show them: as few digits as possible, without losing any that the number fields take. */
@@ -643,12 +644,12 @@ bool SerialComDev::accepted(int result, int axis, OperationType failureType, con
 }
 
 /** Reports a single call whose text is the same whether it succeeded or failed. */
-void SerialComDev::report(int result, int axis, OperationType type, const QString &text)
+void SerialComDev::report(const MotionCommand &command, const QString &text)
 {
-    if (result >= 0)
-        noteCommand(axis, type);
+    noteCommand(command);
     emit signal_showOperationMsg(
-        axis, result >= 0 ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, type, withWords(text, result));
+        command.axis, command.isAccepted() ? OPERATION_STATE_OK : OPERATION_STATE_FAIL, command.type,
+        withWords(text, command.status));
 }
 
 /** `text`, and behind it the status with its words, where it has any. */
@@ -863,16 +864,17 @@ void SerialComDev::sendStops()
             m_bRockerOn = false;
         const int count = m_iAxisCount > 0 ? std::min(m_iAxisCount.load(), maxAxes) : usualAxes;
         for (int axis = 0; id != 0 && axis < count; ++axis)
-            report(library->stopRuning(id, axis), axis, OPERATION_TYPE_STOP, tr("停止运行"));
+            report(
+                {axis, OPERATION_TYPE_STOP, 0, MotionCommand::StopAll, library->stopRuning(id, axis)}, tr("停止运行"));
     }
     LibraryLock::retract(LibraryLock::Urgency::StopAll);
     --m_iStoppingAll;
     emit signal_stopAllDone();
 }
 
-void SerialComDev::noteCommand(int axis, OperationType type)
+void SerialComDev::noteCommand(const MotionCommand &command)
 {
-    m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) { listener.commandAccepted(axis, type, at); });
+    m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) { listener.commandAnswered(command, at); });
 }
 
 /**
@@ -891,7 +893,7 @@ void SerialComDev::slot_stopMotor(int Axis)
 {
     const LibraryLock library;
     const int result = library->stopRuning(m_iDeviceId, Axis); // before its text is looked up
-    report(result, Axis, OPERATION_TYPE_STOP, tr("停止运行"));
+    report({Axis, OPERATION_TYPE_STOP, 0, MotionCommand::Request, result}, tr("停止运行"));
 }
 
 void SerialComDev::slot_startMotor(int Axis, int mode)
@@ -906,8 +908,10 @@ void SerialComDev::start(int Axis, int mode, std::optional<quint32> stopsBefore)
     if (start == std::end(startModes))
         return;
     const LibraryLock library;
-    if (!isCancelled(stopsBefore, Axis, start->type, tr(start->text)))
-        report(start->start(*library, m_iDeviceId, Axis), Axis, start->type, tr(start->text));
+    if (isCancelled(stopsBefore, Axis, start->type, tr(start->text)))
+        return;
+    const int result = start->start(*library, m_iDeviceId, Axis);
+    report({Axis, start->type, start->direction, MotionCommand::Request, result}, tr(start->text));
 }
 
 void SerialComDev::slot_homeMotor(int Axis)
@@ -918,8 +922,10 @@ void SerialComDev::slot_homeMotor(int Axis)
 void SerialComDev::home(int Axis, std::optional<quint32> stopsBefore)
 {
     const LibraryLock library;
-    if (!isCancelled(stopsBefore, Axis, OPERATION_TYPE_HOME, tr("电机复位")))
-        report(library->home(m_iDeviceId, Axis), Axis, OPERATION_TYPE_HOME, tr("电机复位"));
+    if (isCancelled(stopsBefore, Axis, OPERATION_TYPE_HOME, tr("电机复位")))
+        return;
+    const int result = library->home(m_iDeviceId, Axis);
+    report({Axis, OPERATION_TYPE_HOME, 0, MotionCommand::Request, result}, tr("电机复位"));
 }
 
 void SerialComDev::slot_enableMotor(int Axis, bool enable)

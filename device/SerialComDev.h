@@ -174,8 +174,8 @@ public:
 
     /** Every answer to a poll, for whoever wants more than the changes. Any thread. */
     AnswerFeed &answers() { return m_feed; }
-    /** For whoever makes library calls of its own: what the controller has accepted. Any thread. */
-    void noteCommand(int axis, OperationType type);
+    /** For whoever makes library calls of its own: what the controller has answered. Any thread. */
+    void noteCommand(const MotionCommand &command);
     void noteRockerOn(bool on) { m_bRockerOn = on; }
     /** 0 or below says nothing: what was known before stays. */
     void noteAxisCount(int count)
@@ -252,7 +252,7 @@ private:
     SerialComDev();
 
     bool accepted(int result, int axis, OperationType failureType, const QString &failure);
-    void report(int result, int axis, OperationType type, const QString &text);
+    void report(const MotionCommand &command, const QString &text);
     bool isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text);
     void start(int axis, int mode, std::optional<quint32> stopsBefore);
     void home(int axis, std::optional<quint32> stopsBefore);

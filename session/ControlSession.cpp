@@ -5,6 +5,7 @@
 #include "device/LibraryText.h"
 #include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
+#include "session/Recorder.h"
 
 #include <QWeakPointer>
 
@@ -66,14 +67,19 @@ QSharedPointer<ControlSession> ControlSession::instance()
 
 ControlSession::ControlSession()
     : m_worker(SerialComDev::instance())
+    , m_recorder(std::make_unique<Recorder>())
     , m_told(state())
     , m_iDeviceId(m_worker->isOpened() ? m_worker->deviceId() : 0)
 {
     m_worker->answers().add(this);
+    m_worker->answers().add(m_recorder.get());
+    if (isConnected())
+        m_recorder->begin(m_sSerialNumber);
 }
 
 ControlSession::~ControlSession()
 {
+    m_worker->answers().remove(m_recorder.get());
     m_worker->answers().remove(this);
 }
 
@@ -96,6 +102,10 @@ void ControlSession::change(bool connecting, bool opened)
     if (state() == m_told)
         return;
     m_told = state();
+    if (m_told == State::Connected)
+        m_recorder->begin(m_sSerialNumber);
+    else if (m_told == State::Disconnected)
+        m_recorder->end();
     emit stateChanged();
 }
 
@@ -232,6 +242,7 @@ QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription 
     whole.tellsHoming = library().mark() == QLatin1String("grbl");
     QSharedPointer<ControlAxis> &axis = m_axes[description.index];
     axis = axis ? QSharedPointer<ControlAxis>::create(whole, *axis) : QSharedPointer<ControlAxis>::create(whole);
+    m_recorder->describe(whole);
     return axis;
 }
 
@@ -271,10 +282,12 @@ void ControlSession::pollFailed(int axis, Time at)
         known->noteFailure(at);
 }
 
-void ControlSession::commandAccepted(int axis, int type, Time)
+void ControlSession::commandAnswered(const MotionCommand &command, Time)
 {
-    if (const auto known = find(axis))
-        known->noteCommand(type == OPERATION_TYPE_HOME);
+    if (!command.isAccepted())
+        return;
+    if (const auto known = find(command.axis))
+        known->noteCommand(command.type == OPERATION_TYPE_HOME);
 }
 
 // ---- Stop ----------------------------------------------------------------------------------------------------------

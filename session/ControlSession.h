@@ -9,9 +9,11 @@
 #include <QSharedPointer>
 #include <QVector>
 
+#include <memory>
 #include <optional>
 
 class MotionLibrary;
+class Recorder;
 class SerialComDev;
 
 /**
@@ -121,6 +123,9 @@ public:
      */
     void stopAll();
 
+    /** What the axes do, from connecting to disconnecting. */
+    Recorder &recorder() const { return *m_recorder; }
+
 signals:
     void stateChanged();
     /** Somebody stops everything. Whatever would start something later must end, and must not go on by itself. */
@@ -134,10 +139,11 @@ private:
     void positionAnswered(int axis, double position, Time at) override;
     void stateAnswered(int axis, const MotorStageState &state, Time at) override;
     void pollFailed(int axis, Time at) override;
-    void commandAccepted(int axis, int type, Time at) override;
+    void commandAnswered(const MotionCommand &command, Time at) override;
     QSharedPointer<ControlAxis> find(int index) const;
 
     const QSharedPointer<SerialComDev> m_worker;
+    const std::unique_ptr<Recorder> m_recorder;
     bool m_bConnecting = false; // the worker knows whether a controller is open
     State m_told;
     int m_iDeviceId = 0;

@@ -336,7 +336,11 @@ private slots:
             void positionAnswered(int, double, Time) override {}
             void stateAnswered(int, const MotorStageState &, Time) override {}
             void pollFailed(int, Time) override {}
-            void commandAccepted(int axis, int type, Time) override { heard.append({axis, type}); }
+            void commandAnswered(const MotionCommand &command, Time) override
+            {
+                if (command.isAccepted() && command.source == MotionCommand::Console)
+                    heard.append({command.axis, command.type});
+            }
             QVector<QPair<int, int>> heard;
         } ear;
         SerialComDev::instance()->answers().add(&ear);

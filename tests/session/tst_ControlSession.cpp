@@ -32,7 +32,7 @@ public:
         ++failures;
         note(axis, at);
     }
-    void commandAccepted(int, int, Time) override { ++commands; }
+    void commandAnswered(const MotionCommand &command, Time) override { commands += command.isAccepted(); }
 
     std::atomic<int> answers{0};
     std::atomic<int> failures{0};

@@ -137,7 +137,7 @@ void tst_GrblWords::aReportIsToldOnceWithItsTime()
         }
         void stateAnswered(int, const MotorStageState &, Time) override {}
         void pollFailed(int, Time) override {}
-        void commandAccepted(int, int, Time) override {}
+        void commandAnswered(const MotionCommand &, Time) override {}
         std::vector<Time> times;
     } listener;
     const auto worker = SerialComDev::instance();

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+#include "session/RecordingCsv.h"
+
+#include "device/SerialComDev.h"
+
+#include <QBuffer>
+#include <QTemporaryDir>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(RecordingCsv::Format)
+
+class tst_RecordingCsv : public QObject
+{
+    Q_OBJECT
+
+    /** Two axes, 250 ms, one event; midnight of 1 January 2026 UTC at its beginning. */
+    static Recording small()
+    {
+        SampleTrack first;
+        first.append(5000000, -1.25, false);
+        first.append(5250000, 0.5, false);
+        SampleTrack second;
+        second.append(5000100, 90, false);
+        Recording recording;
+        AxisDescription turntable;
+        turntable.index = 1;
+        turntable.unit = QStringLiteral("°");
+        recording.axes = {{AxisDescription(), first.view()}, {turntable, second.view()}};
+        recording.clock = {{5000000, 1767225600000}};
+        RecorderEvent event;
+        event.us = 5001000;
+        event.axis = 1;
+        event.type = OPERATION_TYPE_DRIVE;
+        event.direction = -1;
+        recording.events = {event};
+        return recording;
+    }
+    static Recording large()
+    {
+        SampleTrack track;
+        for (int k = 0; k < 200000; ++k)
+            track.append(k * qint64(100000), k * 0.001, false);
+        Recording recording;
+        recording.axes = {{AxisDescription(), track.view()}};
+        return recording;
+    }
+    static QString written(RecordingCsv::Format format)
+    {
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        const Recording recording = small();
+        RecordingCsv::write(recording, 0, recording.endUs(), format, &buffer);
+        return QString::fromUtf8(buffer.data());
+    }
+
+private slots:
+    void initTestCase() { qputenv("TZ", "Asia/Shanghai"); }
+
+    void rowsAreInOrderAndHaveAllColumns_data()
+    {
+        QTest::addColumn<RecordingCsv::Format>("format");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("comma and point")
+            << RecordingCsv::Point
+            << "\uFEFFtime,seconds,Axis1 position (mm),Axis2 position (°),Axis1 velocity (mm/s),Axis2 velocity (°/s),"
+               "event\r\n"
+               "2026-01-01T08:00:00.000+08:00,0.000000,-1.25,,,,\r\n"
+               "2026-01-01T08:00:00.000+08:00,0.000100,,90,,,\r\n"
+               "2026-01-01T08:00:00.001+08:00,0.001000,,,,,Axis2: drive - (panel)\r\n"
+               "2026-01-01T08:00:00.250+08:00,0.250000,0.5,,7.000000,,\r\n";
+        QTest::newRow("semicolon and decimal comma")
+            << RecordingCsv::Comma
+            << "\uFEFFtime;seconds;Axis1 position (mm);Axis2 position (°);Axis1 velocity (mm/s);Axis2 velocity (°/s);"
+               "event\r\n"
+               "2026-01-01T08:00:00.000+08:00;0,000000;-1,25;;;;\r\n"
+               "2026-01-01T08:00:00.000+08:00;0,000100;;90;;;\r\n"
+               "2026-01-01T08:00:00.001+08:00;0,001000;;;;;Axis2: drive - (panel)\r\n"
+               "2026-01-01T08:00:00.250+08:00;0,250000;0,5;;7,000000;;\r\n";
+    }
+    void rowsAreInOrderAndHaveAllColumns()
+    {
+        QFETCH(RecordingCsv::Format, format);
+        QTEST(written(format), "text");
+    }
+
+    void cellsAreQuotedAndNeverAFormula_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("cell");
+        QTest::newRow("plain") << "LIN-100" << QByteArray("LIN-100");
+        QTest::newRow("separator") << "a,b" << QByteArray("\"a,b\"");
+        QTest::newRow("quotes") << "a\"b" << QByteArray("\"a\"\"b\"");
+        QTest::newRow("lines") << "a\r\nb" << QByteArray("\"a\r\nb\"");
+        QTest::newRow("equals") << "=1+1" << QByteArray("'=1+1");
+        QTest::newRow("command") << "=HYPERLINK(\"x\",1)" << QByteArray("\"'=HYPERLINK(\"\"x\"\",1)\"");
+        QTest::newRow("plus") << "+1" << QByteArray("'+1");
+        QTest::newRow("minus") << "-1" << QByteArray("'-1");
+        QTest::newRow("at") << "@SUM(1)" << QByteArray("'@SUM(1)");
+        QTest::newRow("tab") << "\t=1" << QByteArray("'\t=1");
+        QTest::newRow("empty") << "" << QByteArray();
+    }
+    void cellsAreQuotedAndNeverAFormula()
+    {
+        QFETCH(QString, text);
+        QTEST(RecordingCsv::cell(text, ','), "cell");
+    }
+
+    void aSpanIsWrittenAlone()
+    {
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        QCOMPARE(
+            RecordingCsv::write(large(), 10000000, 20000000, RecordingCsv::Point, &buffer),
+            RecordingCsv::Outcome::Written);
+        QCOMPARE(buffer.data().count("\r\n"), 102);
+    }
+
+    void aCancelledFileIsNotThere()
+    {
+        QTemporaryDir folder;
+        QString error;
+        const QString path = folder.filePath(QStringLiteral("a.csv"));
+        const Recording recording = large();
+        double reached = 0;
+        QCOMPARE(
+            RecordingCsv::save(
+                recording, 0, recording.endUs(), RecordingCsv::Point, path, &error,
+                [&reached](double part) { return (reached = part) < 0.5; }),
+            RecordingCsv::Outcome::Cancelled);
+        QVERIFY(reached >= 0.5 && reached < 0.6);
+        QVERIFY(QDir(folder.path()).isEmpty(QDir::Files | QDir::Hidden));
+    }
+
+    void aFullDiskLeavesTheOldFile()
+    {
+#ifdef Q_OS_LINUX
+        // A file that cannot be written whole: the limit of the process stands for the disk.
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("a.csv"));
+        QFile old(path);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        QFile full(QStringLiteral("/dev/full"));
+        QVERIFY(full.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const Recording recording = large();
+        QCOMPARE(
+            RecordingCsv::write(recording, 0, recording.endUs(), RecordingCsv::Point, &full),
+            RecordingCsv::Outcome::Failed);
+        QVERIFY(!full.errorString().isEmpty());
+        QString error;
+        QCOMPARE(
+            RecordingCsv::save(
+                recording, 0, recording.endUs(), RecordingCsv::Point, folder.filePath(QStringLiteral("no/a.csv")),
+                &error),
+            RecordingCsv::Outcome::Failed);
+        QVERIFY(!error.isEmpty());
+        QVERIFY(old.open(QIODevice::ReadOnly));
+        QCOMPARE(old.readAll(), QByteArray("old"));
+#endif
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_RecordingCsv)
+#include "tst_RecordingCsv.moc"
