@@ -74,7 +74,7 @@ void Recorder::begin(const QString &controller)
         m_controller = controller;
     }
     m_nextClockMark = 0;
-    m_linkLostAt.reset();
+    m_linkLost.reset();
     for (Axis &axis : m_axes) {
         axis.failingSince.reset();
         axis.isLost = false;
@@ -154,7 +154,7 @@ void Recorder::positionAnswered(int index, double position, Time at)
     const qint64 us = usOf(at);
     const QMutexLocker lock(&m_mutex);
     Axis &axis = this->axis(index);
-    noteHeard(axis, index, us);
+    noteHeard(axis, us);
     bool isAfterGap = true;
     if (!axis.track.isEmpty()) {
         const qint64 interval = us - axis.track.last().us;
@@ -168,21 +168,20 @@ void Recorder::positionAnswered(int index, double position, Time at)
 }
 
 /** The axis answers. The caller holds the mutex. */
-void Recorder::noteHeard(Axis &axis, int index, qint64 us)
+void Recorder::noteHeard(Axis &axis, qint64 us)
 {
     axis.failingSince.reset();
     if (!axis.isLost)
         return;
     axis.isLost = false;
     const bool isBack = std::none_of(m_axes.begin(), m_axes.end(), [](const Axis &each) { return each.isLost; });
-    if (!isBack || !m_linkLostAt)
+    if (!isBack || !m_linkLost)
         return;
-    RecorderEvent event;
+    RecorderEvent event = *m_linkLost;
+    event.lastedUs = us - event.us;
     event.us = us;
     event.kind = RecorderEvent::LinkBack;
-    event.axis = m_axes.size() == 1 ? qint8(index) : qint8(RecorderEvent::AllAxes);
-    event.lastedUs = us - *m_linkLostAt;
-    m_linkLostAt.reset();
+    m_linkLost.reset();
     add(event);
 }
 
@@ -198,9 +197,8 @@ void Recorder::pollFailed(int index, Time at)
     if (axis.isLost || us - *axis.failingSince < lostAfter)
         return;
     axis.isLost = true;
-    if (m_linkLostAt) // told already
+    if (m_linkLost) // told already
         return;
-    m_linkLostAt = axis.failingSince;
     const bool othersAnswer = std::any_of(m_axes.begin(), m_axes.end(), [us](const Axis &each) {
         return !each.failingSince && !each.track.isEmpty() && us - each.track.last().us < silentAfter;
     });
@@ -208,6 +206,7 @@ void Recorder::pollFailed(int index, Time at)
     event.us = *axis.failingSince;
     event.kind = RecorderEvent::LinkLost;
     event.axis = othersAnswer ? qint8(index) : qint8(RecorderEvent::AllAxes);
+    m_linkLost = event;
     add(event);
 }
 
@@ -258,7 +257,7 @@ void Recorder::stateAnswered(int index, const MotorStageState &state, Time at)
     const qint64 us = usOf(at);
     const QMutexLocker lock(&m_mutex);
     Axis &axis = this->axis(index);
-    noteHeard(axis, index, us);
+    noteHeard(axis, us);
     for (const Flag &each : flags) {
         if (!axis.state || (*axis.state).*each.flag != 0 || state.*each.flag == 0)
             continue;

@@ -117,7 +117,7 @@ private:
     };
 
     Axis &axis(int index);
-    void noteHeard(Axis &axis, int index, qint64 us);
+    void noteHeard(Axis &axis, qint64 us);
     void noteEnd(Axis &axis, int index, const MotorStageState &state, qint64 us);
     void add(const RecorderEvent &event);
     void markClock(qint64 us);
@@ -132,5 +132,5 @@ private:
     QVector<RecorderEvent> m_events; // ascending
     QVector<Recording::ClockMark> m_clock;
     qint64 m_nextClockMark = 0;
-    std::optional<qint64> m_linkLostAt;
+    std::optional<RecorderEvent> m_linkLost; // and not back yet
 };
