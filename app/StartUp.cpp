@@ -4,6 +4,8 @@
 #include "app/CallingConsole.h"
 #include "app/ScreenFit.h"
 #include "app/TerminationSignals.h"
+#include "device/BoardLink.h"
+#include "device/ControllersFile.h"
 #include "device/LibraryLock.h"
 #include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
@@ -13,12 +15,15 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDebug>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QIcon>
 #include <QLocale>
 #include <QMessageBox>
+#include <QProcess>
+#include <QPushButton>
 #include <QScreen>
 
 #include <algorithm>
@@ -62,7 +67,10 @@ struct Options {
     }
 
     /** Loads the library that the options name, or that is found. */
-    std::optional<MotionLibrary::Fault> loadLibrary() const { return MotionLibrary::load(parser.value(library)); }
+    std::optional<MotionLibrary::Fault> loadLibrary(bool ignoresStored = false) const
+    {
+        return MotionLibrary::load(parser.value(library), ignoresStored);
+    }
 
     QCommandLineParser parser;
     QCommandLineOption library{
@@ -115,14 +123,63 @@ void answerQuestions(int argc, char *argv[])
     std::exit(EXIT_SUCCESS);
 }
 
+/** A library that was chosen in the program and is of no use: whether to start with the one that is found instead. */
+bool startsWithout(const MotionLibrary::Fault &fault)
+{
+    const QString instead = QDir::toNativeSeparators(MotionLibrary::fileOf(MotionLibrary::automatic()));
+    QMessageBox box(
+        QMessageBox::Critical, QStringLiteral("mover"),
+        fault.message() + QStringLiteral("\n\n这次改用 %1？\nUse %1 this time?").arg(instead));
+    box.addButton(QStringLiteral("退出 / Quit"), QMessageBox::RejectRole);
+    const QAbstractButton *start = box.addButton(QStringLiteral("启动 / Start"), QMessageBox::AcceptRole);
+    box.exec();
+    return box.clickedButton() == start;
+}
+
+/**
+ * A file of controllers that cannot be read, or of a newer program, is kept under another name, and the user is told.
+ * Before the library is used, which reads it.
+ */
+void setAsideUnreadableControllers()
+{
+    const QString path = ControllersFile::path();
+    if (!QFileInfo::exists(path))
+        return;
+    QString fault = ControllersFile(path).fault();
+    if (fault.isEmpty() && MotionLibrary::inUse().mark() == MotionLibrary::word(MotionLibrary::Kind::Grbl))
+        fault = BoardLink::faultOf(path);
+    if (fault.isEmpty())
+        return;
+    const QString aside = ControllersFile::setAside(path);
+    const QString kept = QDir::toNativeSeparators(aside.isEmpty() ? path : aside);
+    const QString message = QStringLiteral(
+                                "无法读取控制器文件 %1：\n%2\n它已保留为 %3，请重新设置控制器。\n\n"
+                                "The file of controllers %1 cannot be read:\n%2\n"
+                                "It is kept as %3. Please set up the controllers again.")
+                                .arg(QDir::toNativeSeparators(path), fault, kept);
+    std::fprintf(stderr, "%s\n", qUtf8Printable(message));
+    QMessageBox(QMessageBox::Warning, QStringLiteral("mover"), message, QMessageBox::Ok).exec();
+}
+
 /** False when the library cannot be used; the user has then been told why. */
 bool loadLibrary(const Options &options)
 {
-    if (const auto fault = options.loadLibrary()) {
+    auto fault = options.loadLibrary();
+    if (fault) {
         complain(*fault);
-        QMessageBox(QMessageBox::Critical, QStringLiteral("mover"), fault->message()).exec();
-        return false;
+        if (!fault->wasStored) {
+            QMessageBox(QMessageBox::Critical, QStringLiteral("mover"), fault->message()).exec();
+            return false;
+        }
+        if (!startsWithout(*fault))
+            return false;
+        if ((fault = options.loadLibrary(true))) {
+            complain(*fault);
+            QMessageBox(QMessageBox::Critical, QStringLiteral("mover"), fault->message()).exec();
+            return false;
+        }
     }
+    setAsideUnreadableControllers();
     if (!options.parser.isSet(options.scenario))
         return true;
     if (MotionLibrary::inUse().isSimulated())
@@ -233,6 +290,7 @@ int StartUp::run(int argc, char *argv[])
     installStyleSheet(QStringLiteral(":/style.qss"));
 
     int exitCode = 0;
+    bool startsAgain = false;
     {
         MoverWidget window;
         const ScreenFit fit(&window);
@@ -240,8 +298,12 @@ int StartUp::run(int argc, char *argv[])
         const TerminationSignals signalsToClose([&window] { window.close(); });
         window.show();
         exitCode = QApplication::exec();
+        startsAgain = window.startsAgain();
     }
-    if (!SerialComDev::endThread(threadLimitMs)) {
+    const bool ended = SerialComDev::endThread(threadLimitMs);
+    if (startsAgain)
+        QProcess::startDetached(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
+    if (!ended) {
         // A thread hangs in the library: tidying up under its feet could crash.
         std::fflush(nullptr);
         std::_Exit(exitCode);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "device/MotionLibrary.h"
 
+#include "device/ControllersFile.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -8,6 +10,7 @@
 #include <QLibrary>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -41,17 +44,41 @@ QString namedFile(const QString &chosen)
     return named.isEmpty() ? named : QFileInfo(named).absoluteFilePath();
 }
 
-/** The file that is there. */
-QString foundFile()
+using Kind = MotionLibrary::Kind;
+
+struct Place {
+    Kind kind;
+    const char *word;
+    const char *folder; // below the program's
+};
+constexpr Place places[] = {
+    {Kind::Makers, "makers", ""}, {Kind::Grbl, "grbl", "grbl/"}, {Kind::Simulated, "simulated", "simulator/"}};
+
+Kind automaticWith(const ControllersFile &controllers)
 {
-    const QDir program(QCoreApplication::applicationDirPath());
-    const QFileInfo makers(program.filePath(QLatin1String(libraryName)));
+    const QFileInfo makers(MotionLibrary::fileOf(Kind::Makers));
     if (makers.exists() || makers.isSymLink()) // a link that leads nowhere was meant too
-        return makers.filePath();
-    return program.filePath(QStringLiteral("simulator/") + QLatin1String(libraryName));
+        return Kind::Makers;
+    return controllers.boards().isEmpty() ? Kind::Simulated : Kind::Grbl;
 }
 
 } // namespace
+
+QString MotionLibrary::word(Kind kind)
+{
+    return QLatin1String(places[int(kind)].word);
+}
+
+QString MotionLibrary::fileOf(Kind kind)
+{
+    return QDir(QCoreApplication::applicationDirPath())
+        .filePath(QLatin1String(places[int(kind)].folder) + QLatin1String(libraryName));
+}
+
+MotionLibrary::Kind MotionLibrary::automatic()
+{
+    return automaticWith(ControllersFile());
+}
 
 QString MotionLibrary::Fault::message() const
 {
@@ -66,16 +93,34 @@ QString MotionLibrary::Fault::message() const
     return lines.join(QLatin1Char('\n'));
 }
 
-std::optional<MotionLibrary::Fault> MotionLibrary::load(const QString &chosen)
+std::optional<MotionLibrary::Fault> MotionLibrary::load(const QString &chosen, bool ignoresStored)
 {
     const std::lock_guard lock(loading);
     const QString named = namedFile(chosen);
     if (!named.isEmpty())
-        return loadFile(named);
-    return library ? std::nullopt : loadFile(foundFile()); // functions that are linked in need no file
+        return loadFile(named, Origin::Named);
+    return library ? std::nullopt : loadFound(ignoresStored); // functions that are linked in need no file
 }
 
-std::optional<MotionLibrary::Fault> MotionLibrary::loadFile(const QString &file)
+/** The library that nobody has named. */
+std::optional<MotionLibrary::Fault> MotionLibrary::loadFound(bool ignoresStored)
+{
+    const ControllersFile controllers;
+    const QString stored = ignoresStored ? QString() : controllers.library();
+    if (stored.isEmpty())
+        return loadFile(fileOf(automaticWith(controllers)), Origin::Automatic);
+    const auto *const place = std::find_if(
+        std::begin(places), std::end(places), [&](const Place &one) { return stored == QLatin1String(one.word); });
+    std::optional<Fault> fault =
+        place == std::end(places)
+            ? Fault{stored, QStringLiteral("\"library\" in %1").arg(ControllersFile::path()), {}}
+            : loadFile(fileOf(place->kind), Origin::Chosen);
+    if (fault)
+        fault->wasStored = true;
+    return fault;
+}
+
+std::optional<MotionLibrary::Fault> MotionLibrary::loadFile(const QString &file, Origin origin)
 {
     // The loader would try other names than the one that was meant, and wait for a pipe.
     if (!QFileInfo::exists(file))
@@ -91,6 +136,7 @@ std::optional<MotionLibrary::Fault> MotionLibrary::loadFile(const QString &file)
 
     auto *const found = new MotionLibrary;
     found->m_sFile = file;
+    found->m_origin = origin;
     QStringList missing;
     visitFunctions(found->m_functions, [&](const char *name, auto &function) {
         function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(shared.resolve(name));
@@ -128,7 +174,7 @@ const MotionLibrary &MotionLibrary::inUse()
     const std::lock_guard lock(loading);
     if (!library) {
         const QString named = namedFile(QString());
-        if (const auto fault = loadFile(named.isEmpty() ? foundFile() : named)) {
+        if (const auto fault = named.isEmpty() ? loadFound(false) : loadFile(named, Origin::Named)) {
             std::fprintf(stderr, "%s\n", qUtf8Printable(fault->message()));
             std::fflush(nullptr);
             std::_Exit(FaultExitCode); // from whichever thread: the others stay as they are

@@ -26,6 +26,7 @@ constexpr Words statusWords[] = {
     {ControllerBusy, QT_TRANSLATE_NOOP("StatusWords", "控制板忙：正在回零、保存参数或停止")},
     {PortInUse, QT_TRANSLATE_NOOP("StatusWords", "串口被另一个程序占用")},
     {WriteFailed, QT_TRANSLATE_NOOP("StatusWords", "控制板未接受参数：已恢复原值")},
+    {NoPermission, QT_TRANSLATE_NOOP("StatusWords", "没有打开串口的权限：请将用户加入 dialout 组，然后重新登录")},
 };
 
 using namespace moverMessages;
@@ -80,6 +81,11 @@ QString StatusWords::of(int status, int axes)
     for (int axis = 0; axis < axes; ++axis)
         names.append(axisName(axis));
     return words.arg(names.join(QStringLiteral(", ")));
+}
+
+QString StatusWords::ofOurs(int status)
+{
+    return wordsFor(statusWords, status);
 }
 
 QString StatusWords::numberAndWords(int status, int axes)

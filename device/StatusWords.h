@@ -13,6 +13,8 @@ namespace StatusWords {
  * the controller has, for a status that concerns all of them.
  */
 QString of(int status, int axes);
+/** The words for a status of a library that is ours. */
+QString ofOurs(int status);
 /** The number, with its words in brackets where it has any. */
 QString numberAndWords(int status, int axes);
 /** The words for a message; empty for one that is not for the operator. */

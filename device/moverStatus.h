@@ -30,7 +30,8 @@ enum Status : int {
     OthersWouldMove = -19, ///< home() would move the controller's other axes too; called again within 10 s it does
     ControllerBusy = -20,  ///< the controller is homing, storing parameters or coming to rest
     PortInUse = -21,       ///< another program has the controller's port
-    WriteFailed = -22      ///< the controller did not take a parameter; what was written before it is undone
+    WriteFailed = -22,     ///< the controller did not take a parameter; what was written before it is undone
+    NoPermission = -23     ///< the user may not open the controller's port
 };
 
 } // namespace moverStatus

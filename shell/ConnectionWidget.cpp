@@ -3,6 +3,7 @@
 
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
+#include "shell/ControllerSetupWidget.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
@@ -37,9 +38,29 @@ ConnectionWidget::ConnectionWidget(QWidget *parent)
     m_hideTimer.setSingleShot(true);
     m_hideTimer.setInterval(hideMsgMs);
     connect(&m_hideTimer, &QTimer::timeout, this, &ConnectionWidget::slot_hideMsg);
+    connect(ui->label_setUp, &QLabel::linkActivated, this, &ConnectionWidget::openSetUp);
+    showLink();
 }
 
 ConnectionWidget::~ConnectionWidget() = default;
+
+void ConnectionWidget::showLink()
+{
+    ui->label_setUp->setText(
+        QStringLiteral("<a style='color: #7DB8FF; font-size: 14px; text-decoration: none' href='setUp'>%1</a>")
+            .arg(tr("控制器设置")));
+}
+
+void ConnectionWidget::openSetUp()
+{
+    if (!m_setUp) {
+        m_setUp = new ControllerSetupWidget(this);
+        connect(m_setUp, &ControllerSetupWidget::signal_restart, this, &ConnectionWidget::signal_restart);
+    }
+    Dialogs::centreOn(m_setUp, this);
+    Dialogs::keepOnScreen(m_setUp);
+    m_setUp->show();
+}
 
 void ConnectionWidget::refreshDevices()
 {
@@ -127,6 +148,7 @@ void ConnectionWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange) {
         ui->retranslateUi(this);
+        showLink();
         if (m_message)
             ui->label_msg->setText(m_message());
     }

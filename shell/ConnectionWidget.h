@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 
+class ControllerSetupWidget;
 class ControlSession;
 
 namespace Ui {
@@ -37,6 +38,8 @@ public:
 signals:
     void signal_devConnected();
     void signal_devDisConnected();
+    /** The user wants the program to end and to start again. */
+    void signal_restart();
 
 public slots:
     void slot_hideMsg();
@@ -50,6 +53,8 @@ private slots:
     void on_pushButton_disConnect_clicked();
 
 private:
+    void openSetUp();
+    void showLink();
     void setConnected(bool connected);
     void sayWhy(int status);
     void setMessage(const std::function<QString()> &text);
@@ -58,5 +63,6 @@ private:
     TitleBarDrag m_drag;
     const QSharedPointer<ControlSession> m_session;
     QTimer m_hideTimer;
+    ControllerSetupWidget *m_setUp = nullptr; // made when it is opened first
     std::function<QString()> m_message; // what label_msg says, in the current language
 };

@@ -99,6 +99,10 @@ MoverWidget::MoverWidget(QWidget *parent)
     m_connection = new ConnectionWidget(this);
     connect(m_connection, &ConnectionWidget::signal_devConnected, this, &MoverWidget::slot_devConnected);
     connect(m_connection, &ConnectionWidget::signal_devDisConnected, this, &MoverWidget::slot_devDisConnected);
+    connect(m_connection, &ConnectionWidget::signal_restart, this, [this] {
+        m_bStartsAgain = true;
+        close();
+    });
 
     const auto worker = SerialComDev::instance();
     connect(worker.data(), &SerialComDev::signal_stopAllDone, this, &MoverWidget::stopAllDone);

@@ -44,6 +44,8 @@ public:
     int axisCount() const;
     const PanelBoard &panelBoard() const { return *m_board; }
     const AxisTabs &axisTabs() const { return *m_tabs; }
+    /** The window was closed so that the program starts again. */
+    bool startsAgain() const { return m_bStartsAgain; }
 
 public slots:
     void slot_AsixButtonClicked(bool checked);
@@ -105,5 +107,6 @@ private:
     bool m_bPortLostShown = false; // its message box is open
     QTimer m_stopAllPatience;      // how long a stop may take before the button says so
     bool m_bClosing = false;
+    bool m_bStartsAgain = false;
     bool m_bStopTakesRocker = false; // a stop of all is under way that ends joystick mode
 };

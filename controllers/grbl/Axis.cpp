@@ -66,6 +66,12 @@ double Axis::speedLimit() const
     return m_board.switchDirection(boardAxis()) == 0 ? all : std::min(all, slow);
 }
 
+int Axis::speedSetting() const
+{
+    const double board = m_board.setting(highestSpeed + boardAxis(), stage().maxSpeed * 60) / 60;
+    return (speedLimit() < board / fastestFeed ? ramp : highestSpeed) + boardAxis();
+}
+
 double Axis::accelerationLimit() const
 {
     return std::min(stage().maxAcc, m_board.setting(ramp + boardAxis(), stage().maxAcc) / leastRampRatio);
@@ -139,8 +145,7 @@ void Axis::sayCap(double asked)
         return;
     if (std::exchange(m_toldCap, cap) == cap)
         return;
-    const double board = m_board.setting(highestSpeed + boardAxis(), stage().maxSpeed * 60) / 60;
-    const int setting = (cap < board / fastestFeed ? ramp : highestSpeed) + boardAxis();
+    const int setting = speedSetting();
     char text[160];
     std::snprintf(
         text, sizeof text, "Axis %c is held to %.4g mm/s: the board's setting $%d lifts that", axisLetters[boardAxis()],

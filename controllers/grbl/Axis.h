@@ -67,6 +67,8 @@ public:
     /** Speed and ramp that the axis has, whatever is asked for. */
     double speedLimit() const override;
     double accelerationLimit() const override;
+    /** The number of the board's setting that lifts the speed limit. */
+    int speedSetting() const;
 
 protected:
     int refusal(Run run, double displacement) const override;

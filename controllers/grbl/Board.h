@@ -92,6 +92,11 @@ public:
     /** When the last one was asked for: it is of no earlier moment. */
     double reportAsked() const { return m_reportAsked; }
     const std::string &version() const { return m_version; }
+    /** What it says first. */
+    const std::string &banner() const { return m_banner; }
+    /** It can home one axis without the others. */
+    bool homesSingly() const { return m_homesSingly; }
+    const std::map<int, double> &settings() const { return m_settings; }
     /** A setting of the board, or `otherwise` where it has none. */
     double setting(int number, double otherwise) const;
 

@@ -222,6 +222,10 @@ bool Configuration::read(const std::string &file, std::vector<BoardSetup> *board
     try {
         const JsonValue whole = JsonValue::parse(text);
         ObjectReader object(whole, "the file");
+        int version = 1;
+        object.number("version", &version, 1, 1);
+        std::string library; // the program's choice
+        object.text("library", &library, 32);
         for (const JsonValue &board : object.list("controllers"))
             readBoard(board, &found);
         object.finish();
@@ -281,6 +285,11 @@ std::string Configuration::kept(controllers::Controller &controller, const Board
     }
     // Texts are whatever bytes the caller had.
     return file.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+std::string Configuration::stageText(const MotorParams &stage)
+{
+    return stageJson(stage).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 bool Configuration::write(const std::string &file, const std::string &text)

@@ -38,6 +38,8 @@ public:
     static void restore(const std::string &keptFile, controllers::Controller *controller, Board *board);
     /** The text to be written to the file. */
     static std::string kept(controllers::Controller &controller, const Board &board);
+    /** A stage as the file has it. */
+    static std::string stageText(const MotorParams &stage);
     /** Replaces a file as a whole. */
     static bool write(const std::string &file, const std::string &text);
 };

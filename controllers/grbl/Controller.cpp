@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "controllers/grbl/Controller.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 
 namespace grbl {
 
@@ -14,13 +16,19 @@ constexpr double keepAfter = 0.5;
 constexpr std::size_t mostUnwritten = 4096;
 constexpr std::size_t mostMessages = 100;
 
+bool isUnreadable(char byte)
+{
+    const auto code = static_cast<unsigned char>(byte);
+    return code >= 0x7F || (code < ' ' && byte != '\r' && byte != '\n' && byte != '\t');
+}
+
 } // namespace
 
 Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::string &configuration)
     : controllers::Controller(setup.id, static_cast<int>(setup.axes.size()))
     , m_port(setup.port)
     , m_mutex(mutex)
-    , m_keptFile(Configuration::keptFile(configuration, setup.id))
+    , m_keptFile(configuration.empty() ? std::string() : Configuration::keptFile(configuration, setup.id))
     , m_board(setup.axes, [this](const Board::Note &note) { say(note); })
 {
     serialNumber = "GRBL-" + std::to_string(setup.id);
@@ -84,19 +92,41 @@ void Controller::waitFor(std::unique_lock<std::mutex> &lock, bool (Controller::*
     m_changed.wait_for(lock, std::chrono::duration<double>(atMost), [&] { return (this->*over)(); });
 }
 
+bool Controller::isAt(const std::string &port) const
+{
+    std::error_code gone;
+    return m_port == port || std::filesystem::equivalent(m_port, port, gone);
+}
+
+int Controller::startLink()
+{
+    if (m_serves)
+        return Ok;
+    if (const int status = m_serial.open(m_port); status != Ok) {
+        if (status == PortInUse)
+            std::fprintf(stderr, "%s: the port is in use by another program\n", m_port.c_str());
+        return status;
+    }
+    m_board.opened(now());
+    m_heard = {};
+    m_released = false;
+    m_serves = true;
+    // Nobody waits for its end: a controller is there as long as the process.
+    std::thread([this] { serve(); }).detach();
+    return Ok;
+}
+
+void Controller::releaseLink()
+{
+    m_released = true;
+    m_serial.wake();
+}
+
 int Controller::openLink(std::unique_lock<std::mutex> &lock)
 {
-    if (!m_serves) {
-        if (const int status = m_serial.open(m_port); status != Ok) {
-            if (status == PortInUse)
-                std::fprintf(stderr, "%s: the port is in use by another program\n", m_port.c_str());
-            return status;
-        }
-        m_board.opened(now());
-        m_serves = true;
-        // Nobody waits for its end: a controller is there as long as the process.
-        std::thread([this] { serve(); }).detach();
-    }
+    if (const int status = startLink(); status != Ok)
+        return status;
+    m_released = false;
     waitFor(lock, &Controller::isOpened, openTimeout);
     if (!m_board.answers())
         return LinkLost;
@@ -124,7 +154,7 @@ void Controller::wakeIfUrgent()
 
 void Controller::keep(std::unique_lock<std::mutex> &lock)
 {
-    if (m_keepAt < 0 || now() < m_keepAt)
+    if (m_keepAt < 0 || now() < m_keepAt || m_keptFile.empty())
         return;
     m_keepAt = -1;
     const std::string text = Configuration::kept(*this, m_board);
@@ -140,7 +170,13 @@ void Controller::serve()
     std::string out;
     bool there = true;
     std::unique_lock lock(m_mutex);
-    while (there) {
+    // A port that is given back: not in the middle of a motion.
+    const auto mayGo = [this] {
+        return m_board.still() || m_board.opening() || m_board.locked() || !m_board.answers();
+    };
+    while (there && !(m_released && mayGo())) {
+        m_heard.bytes += in.size();
+        m_heard.unreadable += static_cast<std::size_t>(std::count_if(in.begin(), in.end(), isUnreadable));
         m_board.received(in, now());
         in.clear();
         const double wait = m_board.run(now());

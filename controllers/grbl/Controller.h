@@ -23,12 +23,25 @@ namespace grbl {
 class Controller : public controllers::Controller
 {
 public:
-    /** `mutex`: of the library. `configuration`: the file beside which values are kept. */
+    /** `mutex`: of the library. `configuration`: the file beside which values are kept; empty: they are not. */
     Controller(const BoardSetup &setup, std::mutex &mutex, const std::string &configuration);
 
     bool plugged() const override { return SerialPort::exists(m_port); }
     bool answers() const override { return m_board.answers(); }
     int openLink(std::unique_lock<std::mutex> &lock) override;
+    /** Opens the port, without waiting for the board. Returns a status. */
+    int startLink();
+    /** Closes the port as soon as its thread comes round. */
+    void releaseLink();
+    bool serves() const { return m_serves; }
+    /** Whether it is the port of that name, under whatever name it goes here. */
+    bool isAt(const std::string &port) const;
+    /** What has come from the port since it was opened. */
+    struct Heard {
+        std::size_t bytes = 0;
+        std::size_t unreadable = 0; ///< of them: no text
+    };
+    const Heard &heard() const { return m_heard; }
     void closeLink() override;
     int mostAxes() const override { return static_cast<int>(m_board.axes().size()); }
     controllers::Axis &axis(int number) override { return *m_board.axes()[number]; }
@@ -62,7 +75,9 @@ private:
     bool m_isHeard = false; ///< somebody takes the messages; until then they go to stderr too
     Board m_board;
     SerialPort m_serial;
-    bool m_serves = false; ///< the thread runs
+    bool m_serves = false;   ///< the thread runs
+    bool m_released = false; ///< it has to end
+    Heard m_heard;
     std::condition_variable m_changed;
     double m_keepAt = -1;
 };

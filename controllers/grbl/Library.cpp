@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: MIT
+#include "controllers/grbl/Library.h"
+
 #include "controllers/core/Library.h"
 
 #include "controllers/grbl/Controller.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <memory>
+#include <thread>
 
 namespace grbl {
 
@@ -60,17 +65,51 @@ public:
         return all;
     }
 
+    /** Of the controllers at `port`: begins to give it back unless one is open. */
+    enum class Port { Free, Released, Needed };
+    Port release(const std::string &port)
+    {
+        const std::lock_guard lock(m_mutex);
+        Port state = Port::Free;
+        for (const auto &controller : m_controllers) {
+            if (!controller->serves() || !controller->isAt(port))
+                continue;
+            if (controller->open)
+                return Port::Needed;
+            controller->releaseLink();
+            state = Port::Released;
+        }
+        return state;
+    }
+
 private:
     std::mutex m_mutex;
     std::vector<std::unique_ptr<Controller>> m_controllers;
 };
 
+std::atomic<Library *> made{nullptr};
+
 } // namespace
+
+bool releasePort(const std::string &port)
+{
+    for (int waited = 0; made && waited < 100; ++waited) {
+        const Library::Port state = made.load()->release(port);
+        if (state != Library::Port::Released)
+            return state == Library::Port::Free;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
 
 } // namespace grbl
 
 controllers::Library &controllers::Library::instance()
 {
-    static Library &library = *new grbl::Library;
+    static Library &library = [&]() -> Library & {
+        auto *const one = new grbl::Library;
+        grbl::made = one;
+        return *one;
+    }();
     return library;
 }

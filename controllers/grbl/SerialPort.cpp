@@ -178,7 +178,7 @@ int SerialPort::open(const std::string &path)
     close();
     const int port = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (port < 0)
-        return errno == EBUSY ? PortInUse : LinkLost;
+        return errno == EBUSY ? PortInUse : errno == EACCES ? NoPermission : LinkLost;
     // The lock is for programs that ask for one, the exclusive mode for those that do not.
     if (flock(port, LOCK_EX | LOCK_NB) != 0) {
         ::close(port);

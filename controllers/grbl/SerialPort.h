@@ -18,7 +18,7 @@ public:
     /** Whether there is a port of this name, without opening it. */
     static bool exists(const std::string &path);
 
-    /** Opens the port. Returns Ok, PortInUse, or LinkLost when it is not there or no serial port. */
+    /** Opens the port. Returns Ok, PortInUse, NoPermission, or LinkLost when it is not there or no serial port. */
     int open(const std::string &path);
     void close();
 

@@ -61,6 +61,114 @@ actual travel of the stage!</translation>
     </message>
 </context>
 <context>
+    <name>BoardAxesWidget</name>
+    <message>
+        <source>名称：</source>
+        <translation>Name:</translation>
+    </message>
+    <message>
+        <source>例如：三号房间的平台</source>
+        <translation>for example: bench in room 3</translation>
+    </message>
+    <message>
+        <source>轴</source>
+        <translation>Axis</translation>
+    </message>
+    <message>
+        <source>位移台型号</source>
+        <translation>Stage model</translation>
+    </message>
+    <message>
+        <source>控制板的数值</source>
+        <translation>Values of the board</translation>
+    </message>
+    <message>
+        <source>型号的脉冲数按控制板的每毫米步数换算。不选型号的轴可以以后用“+”添加。</source>
+        <translation>The pulses of a model follow the steps per mm of the board. An axis without a model can be added later with &quot;+&quot;.</translation>
+    </message>
+    <message>
+        <source>按型号调整控制板…</source>
+        <translation>Fit the board to the models…</translation>
+    </message>
+    <message>
+        <source>不指定</source>
+        <translation>none</translation>
+    </message>
+    <message>
+        <source>%1 步/mm，行程 %2 mm
+最高 %3 mm/s，由 $%4 决定</source>
+        <translation>%1 steps/mm, travel %2 mm
+at most %3 mm/s, set by $%4</translation>
+    </message>
+</context>
+<context>
+    <name>BoardSettingsWidget</name>
+    <message>
+        <source>备份…</source>
+        <translation>Back up…</translation>
+    </message>
+    <message>
+        <source>从备份恢复…</source>
+        <translation>Restore…</translation>
+    </message>
+    <message>
+        <source>放弃</source>
+        <translation>Discard</translation>
+    </message>
+    <message>
+        <source>写入控制板</source>
+        <translation>Write to the board</translation>
+    </message>
+    <message>
+        <source>控制板已写入参数</source>
+        <translation>The board has taken the settings</translation>
+    </message>
+    <message>
+        <source>与控制板的差异：按“写入控制板”之前不会改变任何参数。</source>
+        <translation>Differences to the board: nothing is changed before &quot;Write to the board&quot; is pressed.</translation>
+    </message>
+    <message>
+        <source>没有差异。</source>
+        <translation>No differences.</translation>
+    </message>
+    <message>
+        <source>控制板现在的参数。</source>
+        <translation>The settings of the board as they are.</translation>
+    </message>
+    <message>
+        <source>参数</source>
+        <translation>Setting</translation>
+    </message>
+    <message>
+        <source>现在</source>
+        <translation>Now</translation>
+    </message>
+    <message>
+        <source>新值</source>
+        <translation>New</translation>
+    </message>
+    <message>
+        <source>备份控制板参数</source>
+        <translation>Back up the settings of the board</translation>
+    </message>
+    <message>
+        <source>参数已备份到 %1</source>
+        <translation>The settings are backed up in %1</translation>
+    </message>
+    <message>
+        <source>无法写入 %1</source>
+        <translation>%1 cannot be written</translation>
+    </message>
+    <message>
+        <source>恢复控制板参数</source>
+        <translation>Restore the settings of the board</translation>
+    </message>
+    <message>
+        <source>%1 不是参数备份</source>
+        <translation>%1 is no back-up of settings</translation>
+    </message>
+</context>
+<context>
     <name>CompensationModel</name>
     <message>
         <source>+期望位置</source>
@@ -112,6 +220,235 @@ actual travel of the stage!</translation>
     <message>
         <source>打开设备失败(err:%1)</source>
         <translation>Failed to open the device (err: %1).</translation>
+    </message>
+    <message>
+        <source>控制器设置</source>
+        <translation>Controller set-up</translation>
+    </message>
+</context>
+<context>
+    <name>ControllerSetupWidget</name>
+    <message>
+        <source>控制器设置</source>
+        <translation>Controller set-up</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>运动控制库</source>
+        <translation>Motion library</translation>
+    </message>
+    <message>
+        <source>重新启动程序</source>
+        <translation>Restart the program</translation>
+    </message>
+    <message>
+        <source>Grbl 控制板</source>
+        <translation>Grbl boards</translation>
+    </message>
+    <message>
+        <source>添加…</source>
+        <translation>Add…</translation>
+    </message>
+    <message>
+        <source>打开…</source>
+        <translation>Open…</translation>
+    </message>
+    <message>
+        <source>移除</source>
+        <translation>Remove</translation>
+    </message>
+    <message>
+        <source>控制板接在哪个串口？</source>
+        <translation>Which port is the board plugged into?</translation>
+    </message>
+    <message>
+        <source>串口：</source>
+        <translation>Port:</translation>
+    </message>
+    <message>
+        <source>刷新</source>
+        <translation>Refresh</translation>
+    </message>
+    <message>
+        <source>打开串口可能使控制板复位：请确认它没有在加工或移动。询问时不会有轴移动。</source>
+        <translation>Opening the port may reset the board: make sure that it is not moving anything. Asking moves no axis.</translation>
+    </message>
+    <message>
+        <source>返回</source>
+        <translation>Back</translation>
+    </message>
+    <message>
+        <source>询问控制板</source>
+        <translation>Ask the board</translation>
+    </message>
+    <message>
+        <source>位移台</source>
+        <translation>Stages</translation>
+    </message>
+    <message>
+        <source>第一次移动</source>
+        <translation>First move</translation>
+    </message>
+    <message>
+        <source>控制板参数</source>
+        <translation>Settings</translation>
+    </message>
+    <message>
+        <source>停止</source>
+        <translation>Stop</translation>
+    </message>
+    <message>
+        <source>保存</source>
+        <translation>Save</translation>
+    </message>
+    <message>
+        <source>没有这个串口，或者它不是串口。请检查 USB 线，然后按“刷新”。</source>
+        <translation>There is no such port, or it is no serial port. Check the USB cable, then press &quot;Refresh&quot;.</translation>
+    </message>
+    <message>
+        <source>串口被另一个程序占用。请关闭那个程序，然后再询问。</source>
+        <translation>Another program is using the port. Close that program, then ask again.</translation>
+    </message>
+    <message>
+        <source>没有打开串口的权限。请将用户加入 dialout 组（sudo usermod -aG dialout 用户名），然后重新登录。</source>
+        <translation>You may not open the port. Add your user to the group dialout (sudo usermod -aG dialout USER), then log in again.</translation>
+    </message>
+    <message>
+        <source>这块控制板已经连接。请先在“连接设备”中断开。</source>
+        <translation>This board is connected. Disconnect it in &quot;Connect Device&quot; first.</translation>
+    </message>
+    <message>
+        <source>没有应答。请检查控制板的电源，以及选择的串口是否正确。</source>
+        <translation>No answer. Check the power of the board, and whether this is its port.</translation>
+    </message>
+    <message>
+        <source>应答无法读懂：控制板的波特率不是 115200。请在控制板的固件中改为 115200。</source>
+        <translation>The answer is unreadable: the baud rate of the board is not 115200. Set it to 115200 in its firmware.</translation>
+    </message>
+    <message>
+        <source>有设备应答，但它不是 Grbl 控制板。请选择另一个串口。</source>
+        <translation>Something answers, but it is no Grbl board. Choose another port.</translation>
+    </message>
+    <message>
+        <source>控制板已拔出。请重新插上，返回后再询问。</source>
+        <translation>The board has been unplugged. Plug it in again, go back and ask again.</translation>
+    </message>
+    <message>
+        <source>另一个正在运行的程序打开了控制器设置：这里只能查看。</source>
+        <translation>Another running program has the controller set-up open: here you can only look.</translation>
+    </message>
+    <message>
+        <source>无法读取控制器文件（%1），它已保留为 %2</source>
+        <translation>The file of controllers cannot be read (%1); it is kept as %2</translation>
+    </message>
+    <message>
+        <source>无法写入 %1</source>
+        <translation>%1 cannot be written</translation>
+    </message>
+    <message>
+        <source>有限位开关闭合：请用手将该轴移离开关，再解锁</source>
+        <translation>A limit switch is closed: move the axis off it by hand, then unlock</translation>
+    </message>
+    <message>
+        <source>控制板拒绝（%1）</source>
+        <translation>The board has refused (%1)</translation>
+    </message>
+    <message>
+        <source>厂家的运动库</source>
+        <translation>The maker&apos;s library</translation>
+    </message>
+    <message>
+        <source>模拟控制器</source>
+        <translation>Simulated controller</translation>
+    </message>
+    <message>
+        <source>正在使用启动时指定的库：%1</source>
+        <translation>In use is the library that was named at the start: %1</translation>
+    </message>
+    <message>
+        <source>下次启动时使用：</source>
+        <translation>To be used at the next start:</translation>
+    </message>
+    <message>
+        <source>%1（正在使用）</source>
+        <translation>%1 (in use)</translation>
+    </message>
+    <message>
+        <source>%1（未找到）</source>
+        <translation>%1 (not found)</translation>
+    </message>
+    <message>
+        <source>自动：%1</source>
+        <translation>Automatic: %1</translation>
+    </message>
+    <message>
+        <source>重新启动程序后生效。</source>
+        <translation>Takes effect when the program is restarted.</translation>
+    </message>
+    <message>
+        <source>启动时的 --library 或 MOVER_LIBRARY 优先于这里的选择。</source>
+        <translation>--library or MOVER_LIBRARY at the start come before what is chosen here.</translation>
+    </message>
+    <message>
+        <source>重新启动将停止各轴并断开控制器，
+是否继续？</source>
+        <translation>Restarting stops the axes and disconnects
+the controller. Continue?</translation>
+    </message>
+    <message>
+        <source>移除 %1 ？
+控制板自身的参数保持不变。</source>
+        <translation>Remove %1?
+The settings in the board stay as they are.</translation>
+    </message>
+    <message>
+        <source>没有序列号</source>
+        <translation>no serial number</translation>
+    </message>
+    <message>
+        <source>序列号 %1</source>
+        <translation>serial number %1</translation>
+    </message>
+    <message>
+        <source>，USB 插座 %1</source>
+        <translation>, USB socket %1</translation>
+    </message>
+    <message>
+        <source>
+序列号不能区分它：控制板须一直插在这个插座上。</source>
+        <translation>
+The serial number does not tell it apart: the board has to stay in this socket.</translation>
+    </message>
+    <message>
+        <source>从列表中选择，或输入串口的名称，例如 /dev/ttyUSB0 或 COM3。</source>
+        <translation>Choose from the list, or type the name of a port, such as /dev/ttyUSB0 or COM3.</translation>
+    </message>
+    <message>
+        <source>这个串口上已经设置了 %1。</source>
+        <translation>%1 is already set up at this port.</translation>
+    </message>
+    <message>
+        <source>没有 Grbl 运动库：%1</source>
+        <translation>The library for Grbl boards is missing: %1</translation>
+    </message>
+    <message>
+        <source>正在询问，最多需要 10 秒…</source>
+        <translation>Asking, which takes up to 10 s…</translation>
+    </message>
+    <message>
+        <source>%1，%2 个轴，%3 个参数</source>
+        <translation>%1, axes: %2, settings: %3</translation>
+    </message>
+    <message>
+        <source>两个轴有相同的字母</source>
+        <translation>Two axes have the same letter</translation>
+    </message>
+    <message>
+        <source>已保存</source>
+        <translation>Saved</translation>
     </message>
 </context>
 <context>
@@ -504,6 +841,123 @@ actual travel of the stage!</translation>
     <message>
         <source>还原</source>
         <translation>Restore</translation>
+    </message>
+</context>
+<context>
+    <name>FirstMoveWidget</name>
+    <message>
+        <source>轴：</source>
+        <translation>Axis:</translation>
+    </message>
+    <message>
+        <source>解锁</source>
+        <translation>Unlock</translation>
+    </message>
+    <message>
+        <source>1. 方向和距离</source>
+        <translation>1. Direction and distance</translation>
+    </message>
+    <message>
+        <source>按住：− 1 mm</source>
+        <translation>Hold: − 1 mm</translation>
+    </message>
+    <message>
+        <source>按住：+ 1 mm</source>
+        <translation>Hold: + 1 mm</translation>
+    </message>
+    <message>
+        <source>方向正确</source>
+        <translation>Right direction</translation>
+    </message>
+    <message>
+        <source>实测距离：</source>
+        <translation>Measured (mm):</translation>
+    </message>
+    <message>
+        <source>建议参数…</source>
+        <translation>Propose settings…</translation>
+    </message>
+    <message>
+        <source>2. 限位开关</source>
+        <translation>2. Limit switches</translation>
+    </message>
+    <message>
+        <source>用手依次按下每个限位开关：只有对应的轴应显示“闭合”。</source>
+        <translation>Press each limit switch by hand: only its own axis should say &quot;closed&quot;.</translation>
+    </message>
+    <message>
+        <source>反转开关信号…</source>
+        <translation>Invert the switches…</translation>
+    </message>
+    <message>
+        <source>3. 回零</source>
+        <translation>3. Homing</translation>
+    </message>
+    <message>
+        <source>回零</source>
+        <translation>Home</translation>
+    </message>
+    <message>
+        <source>换一个方向…</source>
+        <translation>The other way…</translation>
+    </message>
+    <message>
+        <source>打开回零…</source>
+        <translation>Switch homing on…</translation>
+    </message>
+    <message>
+        <source>没有应答</source>
+        <translation>no answer</translation>
+    </message>
+    <message>
+        <source>已锁定</source>
+        <translation>locked</translation>
+    </message>
+    <message>
+        <source>静止</source>
+        <translation>at rest</translation>
+    </message>
+    <message>
+        <source>忙</source>
+        <translation>busy</translation>
+    </message>
+    <message>
+        <source>位置 %1 mm，%2</source>
+        <translation>Position %1 mm, %2</translation>
+    </message>
+    <message>
+        <source>控制板走了 %1 mm</source>
+        <translation>The board went %1 mm</translation>
+    </message>
+    <message>
+        <source>松开即停止，最多走 1 mm</source>
+        <translation>Stops when released, after 1 mm at most</translation>
+    </message>
+    <message>
+        <source>闭合</source>
+        <translation>closed</translation>
+    </message>
+    <message>
+        <source>断开</source>
+        <translation>open</translation>
+    </message>
+    <message>
+        <source>控制板的回零没有打开（$22=0）。没有限位开关时保持关闭。</source>
+        <translation>Homing is off ($22=0). Leave it off if there are no limit switches.</translation>
+    </message>
+    <message>
+        <source>%1 轴已回零。</source>
+        <translation>Axis %1 is homed.</translation>
+    </message>
+    <message>
+        <source>%1 轴朝 %2 方向寻找限位开关（$23）。</source>
+        <translation>Axis %1 looks for its switch towards %2 ($23).</translation>
+    </message>
+    <message>
+        <source>回零将移动 %1 轴，直到碰到限位开关。
+行程内是否没有障碍？</source>
+        <translation>Homing moves %1 until the limit switches are hit.
+Is the way free?</translation>
     </message>
 </context>
 <context>
@@ -1328,6 +1782,10 @@ is correctly connected!</translation>
     <message>
         <source>控制板已锁定：请关闭再打开使能以解锁，或回零</source>
         <translation>The board is locked: switch an axis off and on to unlock it, or home</translation>
+    </message>
+    <message>
+        <source>没有打开串口的权限：请将用户加入 dialout 组，然后重新登录</source>
+        <translation>you may not open the port: add your user to the group dialout, then log in again</translation>
     </message>
 </context>
 <context>

@@ -63,7 +63,7 @@ widgets:
 device:
 controllers/core: device/moverLibrary.h device/moverRecords.h device/moverStatus.h device/moverMessages.h
 controllers/simulated: controllers/core device/moverRecords.h device/moverStatus.h
-controllers/grbl: controllers/core device/moverRecords.h device/moverStatus.h device/moverMessages.h
+controllers/grbl: controllers/core device/moverLibrary.h device/moverRecords.h device/moverStatus.h device/moverMessages.h device/moverSetUp.h
 controllers/emulator:
 '
 while IFS=: read -r folder folders; do

@@ -5,7 +5,7 @@ execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
     OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" exported "${exported}")
 list(REMOVE_ITEM exported "")
-list(FILTER exported EXCLUDE REGEX "^moverLibrary(Mark|Messages|Reports) [RD] ")
+list(FILTER exported EXCLUDE REGEX "^moverLibrary(Mark|Messages|Reports|SetUp) [RD] ")
 list(TRANSFORM exported REPLACE " .*$" "")
 list(SORT exported)
 

@@ -1,0 +1,578 @@
+// SPDX-License-Identifier: MIT
+#include "controllers/emulator/SerialPort.h"
+#include "device/ControllersFile.h"
+#include "device/SerialComDev.h"
+#include "session/ControlSession.h"
+#include "shell/BoardSettingsWidget.h"
+#include "shell/ControllerSetupWidget.h"
+#include "support/Catalogue.h"
+#include "support/Chinese.h"
+#include "support/FailOnDeadSlot.h"
+#include "support/MessageBoxes.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QProcess>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QStackedWidget>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int answerMs = 12000; // a board that says nothing takes four seconds to be given up
+constexpr int moveMs = 5000;
+
+/** The dialog, shown, and what the user does in it. */
+struct Dialog {
+    Dialog() { widget.show(); }
+
+    template <typename Widget = QPushButton>
+    Widget *in(const char *name) const
+    {
+        auto *found = widget.findChild<Widget *>(QLatin1String(name));
+        if (!found)
+            qFatal("There is no %s", name);
+        return found;
+    }
+    void click(const char *name) const { QTest::mouseClick(in<QAbstractButton>(name), Qt::LeftButton); }
+    QString text(const char *name) const { return in<QLabel>(name)->text(); }
+    bool isOn(const char *page) const
+    {
+        return in<QStackedWidget>("stackedWidget_pages")->currentWidget()->objectName() == QLatin1String(page);
+    }
+    void ask(const QString &port) const
+    {
+        click("pushButton_add");
+        in<QComboBox>("comboBox_port")->setEditText(port);
+        click("pushButton_ask");
+    }
+    void showTab(const char *name) const
+    {
+        auto *tabs = in<QTabWidget>("tabWidget_board");
+        tabs->setCurrentWidget(in<QWidget>(name));
+    }
+    /** The rows of the table of settings: "$100 250 200". */
+    QStringList rows() const
+    {
+        const auto *table = in<QTableWidget>("tableWidget_settings");
+        QStringList rows;
+        for (int row = 0; row < table->rowCount(); ++row) {
+            QStringList cells;
+            for (int column = 0; column < 3; ++column)
+                cells.append(table->item(row, column)->text());
+            rows.append(cells.join(QLatin1Char(' ')).trimmed());
+        }
+        return rows;
+    }
+
+    ControllerSetupWidget widget;
+};
+
+} // namespace
+
+class tst_ControllerSetupWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/grbl");
+        QDir().mkpath(folder);
+        QFile::remove(folder + QStringLiteral("/libmoverLibrary.so"));
+        QVERIFY(QFile::link(QStringLiteral(GRBL_LIBRARY), folder + QStringLiteral("/libmoverLibrary.so")));
+    }
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_file = m_folder->filePath("controllers.json");
+        qputenv("MOVER_CONTROLLERS", m_file.toUtf8());
+        m_options = {};
+        m_options.storeTime = 0.001;
+        m_options.settings = {{1, 255},   {10, 3},   {22, 0},   {100, 250}, {101, 250}, {102, 250},
+                              {110, 600}, {120, 500}, {130, 200}, {131, 200}, {132, 200}};
+    }
+    void cleanup()
+    {
+        m_port.reset();
+        QVERIFY(SerialComDev::endThread(5000));
+    }
+
+    void savesABoardWithItsStages()
+    {
+        const FailOnDeadSlot deadSlots;
+        plugIn();
+        const Dialog dialog;
+        QVERIFY(dialog.isOn("page_overview"));
+        QVERIFY(!m_port->isOpen()); // nothing is opened that was not chosen
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        QVERIFY2(dialog.text("label_board").startsWith("Grbl 1.1"), qPrintable(dialog.text("label_board")));
+        QVERIFY(dialog.text("label_board").contains(QStringLiteral("3 个轴，34 个参数")));
+        QCOMPARE(dialog.text("label_axis1"), QStringLiteral("250 步/mm，行程 200 mm\n最高 9.8 mm/s，由 $110 决定"));
+        dialog.in<QLineEdit>("lineEdit_name")->setText("bench");
+        dialog.in<QComboBox>("comboBox_model1")->setCurrentText("LIN-50");
+        dialog.in<QComboBox>("comboBox_model3")->setCurrentText("LIN-25");
+        dialog.click("pushButton_save");
+        QVERIFY(dialog.isOn("page_overview"));
+        QCOMPARE(dialog.in<QListWidget>("listWidget_boards")->count(), 1);
+
+        const ControllersFile file(m_file);
+        QCOMPARE(file.boards().size(), 1);
+        const ControllersFile::Board saved = file.boards().first();
+        QCOMPARE(saved.name, QStringLiteral("bench"));
+        QCOMPARE(saved.port, board());
+        QCOMPARE(saved.axes.size(), 3);
+        QCOMPARE(saved.axes[0].stage["modelName"].toString(), QStringLiteral("LIN-50"));
+        QVERIFY(saved.axes[1].stage.isEmpty());
+        // 250 steps per mm of this board, half a millimetre per turn of this model.
+        QCOMPARE(saved.axes[2].stage["pulseOneCircle"].toInt(), 125);
+        QCOMPARE(saved.axes[2].stage["dispOneCircle"].toDouble(), 0.5);
+        QCOMPARE(BoardLink::faultOf(m_file), QString()); // as the library reads it
+        QTRY_VERIFY(!m_port->isOpen());
+    }
+    void nothingMovesBeforeAnybodyAsks()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        QCOMPARE(stepsOf(0) + stepsOf(1) + stepsOf(2), 0LL);
+    }
+    void aBoardThatIsSetUpCanBeChanged()
+    {
+        plugIn();
+        write(R"({"controllers": [{"id": 7, "kind": "grbl", "name": "old", "port": ")" + board() + R"(",
+            "axes": [{"letter": "X", "offset": 3, "stage": {"modelName": "LIN-50"}}, {"letter": "Y"}]}]})");
+        QFile kept(m_folder->filePath("board-7.json"));
+        QVERIFY(kept.open(QIODevice::WriteOnly));
+        kept.write(R"({"modelName": "Grbl", "axes": [{"stage": {"maxSpeed": 1}, "jogCount": 9}]})");
+        kept.close();
+        const Dialog dialog;
+        QVERIFY(dialog.in<QListWidget>("listWidget_boards")->item(0)->text().startsWith("old"));
+        dialog.click("pushButton_open");
+        dialog.click("pushButton_ask");
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        QCOMPARE(dialog.in<QComboBox>("comboBox_model1")->currentText(), QStringLiteral("LIN-50"));
+        dialog.in<QComboBox>("comboBox_model1")->setCurrentText("LIN-25");
+        dialog.click("pushButton_save");
+        const ControllersFile::Board saved = ControllersFile(m_file).boards().value(0);
+        QCOMPARE(saved.id, 7);
+        QCOMPARE(saved.axes[0].stage["modelName"].toString(), QStringLiteral("LIN-25"));
+        QVERIFY(text(m_file).contains("\"offset\": 3")); // what the dialog knows nothing of
+        QVERIFY(!text(kept.fileName()).contains("maxSpeed")); // or it would come before the new stage
+        QVERIFY(text(kept.fileName()).contains("\"jogCount\": 9"));
+    }
+    void removingABoardAsksFirst()
+    {
+        write(R"({"library": "grbl", "controllers": [{"id": 7, "kind": "grbl", "port": "/dev/none", "axes": [{}]},
+            {"id": 8, "kind": "other", "port": "x"}]})");
+        const Dialog dialog;
+        {
+            const MessageBoxes boxes(QStringLiteral("取消"));
+            dialog.click("pushButton_remove");
+            QCOMPARE(boxes.count(), 1);
+        }
+        QCOMPARE(ControllersFile(m_file).boards().size(), 1);
+        const MessageBoxes boxes;
+        dialog.click("pushButton_remove");
+        QCOMPARE(ControllersFile(m_file).boards().size(), 0);
+        QVERIFY(text(m_file).contains("\"other\""));
+        QCOMPARE(ControllersFile(m_file).library(), QStringLiteral("grbl"));
+    }
+
+    void theChosenLibraryIsStoredAndARestartOffered()
+    {
+        Dialog dialog;
+        QVERIFY(dialog.in<QRadioButton>("radioButton_automatic")->isChecked());
+        QVERIFY(dialog.in<QRadioButton>("radioButton_simulated")->text().contains(QStringLiteral("正在使用")));
+        QVERIFY(dialog.in<QRadioButton>("radioButton_makers")->text().contains(QStringLiteral("未找到")));
+        QVERIFY(!dialog.in<QRadioButton>("radioButton_makers")->isEnabled());
+        QVERIFY(dialog.in("pushButton_restart")->isHidden());
+        dialog.click("radioButton_grbl");
+        QCOMPARE(ControllersFile(m_file).library(), QStringLiteral("grbl"));
+        QVERIFY(!dialog.in("pushButton_restart")->isHidden());
+        QSignalSpy restart(&dialog.widget, &ControllerSetupWidget::signal_restart);
+        dialog.click("pushButton_restart");
+        QCOMPARE(restart.count(), 1);
+        dialog.click("radioButton_automatic");
+        QCOMPARE(ControllersFile(m_file).library(), QString());
+        QVERIFY(dialog.in("pushButton_restart")->isHidden());
+    }
+    void theFirstBoardMakesItsLibraryTheNextOne()
+    {
+        QCOMPARE(MotionLibrary::automatic(), MotionLibrary::Kind::Simulated);
+        ControllersFile file(m_file);
+        file.put({0, "bench", "/dev/none", {{"X", {}}}});
+        QVERIFY(file.save());
+        QCOMPARE(MotionLibrary::automatic(), MotionLibrary::Kind::Grbl);
+        const Dialog dialog;
+        QVERIFY(!dialog.in("pushButton_restart")->isHidden());
+    }
+
+    void saysWhyAPortIsOfNoUse_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("no such port") << "none" << "没有这个串口";
+        QTest::newRow("no serial port") << "file" << "没有这个串口";
+        QTest::newRow("another program has it") << "used" << "串口被另一个程序占用";
+        QTest::newRow("no permission") << "forbidden" << "没有打开串口的权限";
+        QTest::newRow("silence") << "silent" << "没有应答";
+        QTest::newRow("another baud rate") << "garbled" << "波特率不是 115200";
+        QTest::newRow("another device") << "other" << "它不是 Grbl 控制板";
+    }
+    void saysWhyAPortIsOfNoUse()
+    {
+        QFETCH(QString, what);
+        QFETCH(QString, reason);
+        QString port = board();
+        std::unique_ptr<QTimer> speaker;
+        QProcess holder;
+        if (what == "file") {
+            port = m_folder->filePath("file");
+            QFile(port).open(QIODevice::WriteOnly);
+        } else if (what != "none") {
+            plugIn();
+        }
+        if (what == "used") {
+            holder.start("flock", {board(), "sleep", "60"});
+            QVERIFY(holder.waitForStarted());
+            QTRY_VERIFY(m_port->isOpen());
+        }
+        if (what == "forbidden" && geteuid() == 0) {
+            QFile::setPermissions(QFileInfo(board()).canonicalFilePath(), QFile::ReadOwner | QFile::WriteOwner);
+            QFile::setPermissions(m_folder->path(), QFile::Permissions(0x7777));
+        }
+        const auto sayForEver = [&](const char *words) {
+            speaker = std::make_unique<QTimer>();
+            speaker->callOnTimeout([this, words] { m_port->use([&](emulator::Board &it) { it.garble(words); }); });
+            speaker->start(100);
+        };
+        if (what == "silent" || what == "garbled" || what == "other")
+            m_port->use([](emulator::Board &it) { it.toBoard().cut(true); });
+        if (what == "silent")
+            m_port->use([](emulator::Board &it) { it.toHost().cut(true); });
+        if (what == "garbled")
+            sayForEver("\xF8\x81 \xC3\xFF\x03\x80\n");
+        if (what == "other")
+            sayForEver("temperature 21.5\r\n");
+
+        const Dialog dialog;
+        if (what == "forbidden") {
+            if (geteuid() != 0)
+                QSKIP("only root can become somebody without a permission");
+            QCOMPARE(seteuid(65534), 0);
+        }
+        dialog.ask(port);
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.in("pushButton_ask")->isEnabled(), answerMs);
+        if (what == "forbidden")
+            QCOMPARE(seteuid(0), 0);
+        QVERIFY2(dialog.text("label_reason").contains(reason), qPrintable(dialog.text("label_reason")));
+        QVERIFY(dialog.isOn("page_port"));
+        holder.kill();
+        holder.waitForFinished();
+    }
+    void aPortCannotBeSetUpTwice()
+    {
+        write(R"({"controllers": [{"id": 7, "kind": "grbl", "name": "first", "port": ")" + board() +
+              R"(", "axes": [{}]}]})");
+        const Dialog dialog;
+        dialog.ask(board());
+        QVERIFY(dialog.text("label_reason").contains("first"));
+        QVERIFY(dialog.isOn("page_port"));
+    }
+    void aBoardThatIsUnpluggedIsToldAndWhatWasEnteredStays()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.in<QLineEdit>("lineEdit_name")->setText("bench");
+        m_port->unplug();
+        QTRY_VERIFY(dialog.text("label_board").contains(QStringLiteral("已拔出")));
+        dialog.click("pushButton_save");
+        QCOMPARE(ControllersFile(m_file).boards().value(0).name, QStringLiteral("bench"));
+        QCOMPARE(ControllersFile(m_file).boards().value(0).axes.size(), 3);
+    }
+
+    void aFileThatCannotBeReadIsKept_data()
+    {
+        QTest::addColumn<QString>("content");
+        QTest::newRow("damaged") << R"({"controllers": [)";
+        QTest::newRow("of a newer program") << R"({"version": 2})";
+        QTest::newRow("no list") << R"({"controllers": 3})";
+    }
+    void aFileThatCannotBeReadIsKept()
+    {
+        QFETCH(QString, content);
+        write("before");
+        QVERIFY(QFile::rename(m_file, m_file + ".bak")); // from an earlier time
+        write(content);
+        const Dialog dialog;
+        QVERIFY(dialog.text("label_msg").contains("controllers.json.bak2"));
+        QCOMPARE(text(m_file + ".bak2"), content);
+        QCOMPARE(text(m_file + ".bak"), QStringLiteral("before"));
+        QVERIFY(!QFile::exists(m_file));
+    }
+    void aFileThatCannotBeWrittenIsTold()
+    {
+        QVERIFY(QDir().mkpath(m_file)); // a folder in its place
+        const Dialog dialog;
+        QVERIFY(QDir().mkpath(m_file));
+        dialog.click("radioButton_grbl");
+        QVERIFY2(dialog.text("label_msg").contains(QStringLiteral("无法写入")), qPrintable(dialog.text("label_msg")));
+        QVERIFY(dialog.in<QRadioButton>("radioButton_automatic")->isChecked());
+    }
+    void theSecondProgramOnlyShows()
+    {
+        write(R"({"controllers": [{"id": 7, "kind": "grbl", "port": "/dev/none", "axes": [{}]}]})");
+        const Dialog first;
+        const Dialog second;
+        QVERIFY(second.text("label_msg").contains(QStringLiteral("只能查看")));
+        QCOMPARE(second.in<QListWidget>("listWidget_boards")->count(), 1);
+        for (const char *button : {"pushButton_add", "pushButton_open", "pushButton_remove"})
+            QVERIFY(!second.in(button)->isEnabled());
+        QVERIFY(!second.in<QRadioButton>("radioButton_grbl")->isEnabled());
+        QVERIFY(first.in("pushButton_add")->isEnabled());
+    }
+
+    void aHeldPressMovesAMillimetreAndProposesTheSteps()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.showTab("widget_firstMove");
+        QVERIFY(!dialog.in("pushButton_propose")->isEnabled()); // nothing has moved yet
+        hold(dialog, "pushButton_forward", [&] { return dialog.text("label_moved").contains("1.000 mm"); });
+        QTRY_VERIFY(dialog.in("pushButton_propose")->isEnabled());
+        QCOMPARE(stepsOf(0), 250LL);
+        // The stage went 2 mm, the wrong way.
+        dialog.in<QDoubleSpinBox>("doubleSpinBox_measured")->setValue(2);
+        dialog.in<QCheckBox>("checkBox_rightWay")->setChecked(false);
+        dialog.click("pushButton_propose");
+        QCOMPARE(dialog.rows(), (QStringList{"$3 0 1", "$100 250 125"}));
+        QVERIFY(m_port->use([](emulator::Board &it) { return it.settings()[100] == 250; })); // not before it is said
+        dialog.click("pushButton_write");
+        QTRY_VERIFY(dialog.text("label_msg").contains(QStringLiteral("已写入")));
+        QVERIFY(m_port->use([](emulator::Board &it) { return it.settings()[100] == 125 && it.settings()[3] == 1; }));
+    }
+    void aReleasedPressStopsAtOnce()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.showTab("widget_firstMove");
+        hold(dialog, "pushButton_backward", [&] { return stepsOf(0) < -20; });
+        QTRY_VERIFY(dialog.in("pushButton_propose")->isEnabled());
+        QVERIFY(stepsOf(0) > -250);
+        const long long there = stepsOf(0);
+        QVERIFY2(
+            dialog.text("label_moved").contains(QString::number(double(there) / 250, 'f', 3)),
+            qPrintable(dialog.text("label_moved")));
+    }
+    void theStopKeyStopsTheSetUpToo()
+    {
+        m_options.settings[22] = 1;
+        m_options.settings[24] = 100;
+        m_options.settings[25] = 300;
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.showTab("widget_firstMove");
+        const MessageBoxes boxes;
+        dialog.click("pushButton_home");
+        QTRY_VERIFY(m_port->use([](emulator::Board &it) { return it.state() == emulator::State::Home; }));
+        ControlSession::instance()->stopAll(); // F12
+        QTRY_VERIFY(m_port->use([](emulator::Board &it) { return it.state() == emulator::State::Alarm; }));
+    }
+    void switchesAreShownAsTheyAre()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.showTab("widget_firstMove");
+        QCOMPARE(dialog.text("label_switches"), QStringLiteral("X 断开    Y 断开    Z 断开"));
+        m_port->use([](emulator::Board &it) { it.forceSwitch(1, 1); });
+        QTRY_COMPARE(dialog.text("label_switches"), QStringLiteral("X 断开    Y 闭合    Z 断开"));
+        m_port->use([](emulator::Board &it) { it.forceSwitch(1, 0); });
+        QTRY_COMPARE(dialog.text("label_switches"), QStringLiteral("X 断开    Y 断开    Z 断开"));
+        dialog.click("pushButton_invertSwitches");
+        QCOMPARE(dialog.rows(), QStringList{"$5 0 1"});
+    }
+    void homesWhenTheUserHasAgreed()
+    {
+        m_options.settings[22] = 1;
+        m_options.settings[24] = 600;
+        m_options.settings[25] = 6000;
+        m_options.settings[110] = 6000;
+        m_options.settings[111] = 6000;
+        m_options.settings[112] = 6000;
+        plugIn(8);
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.showTab("widget_firstMove");
+        QVERIFY(dialog.text("label_where").contains(QStringLiteral("已锁定")));
+        QVERIFY(!dialog.in("pushButton_forward")->isEnabled());
+        {
+            const MessageBoxes refusing(QStringLiteral("取消"));
+            dialog.click("pushButton_home");
+            QVERIFY(refusing.texts().value(0).contains("XYZ"));
+        }
+        QVERIFY(m_port->use([](emulator::Board &it) { return it.state() == emulator::State::Alarm; }));
+        const MessageBoxes boxes;
+        dialog.click("pushButton_home");
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.text("label_homing").contains(QStringLiteral("已回零")), 30000);
+        dialog.click("pushButton_homeTheOtherWay");
+        QCOMPARE(dialog.rows(), QStringList{"$23 0 1"});
+    }
+    void unlockingIsRefusedOnAClosedSwitch()
+    {
+        m_options.settings[21] = 1;
+        m_options.settings[22] = 1;
+        plugIn();
+        m_port->use([](emulator::Board &it) { it.forceSwitch(0, 1); });
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.showTab("widget_firstMove");
+        dialog.click("pushButton_unlock");
+        QVERIFY(dialog.text("label_msg").contains(QStringLiteral("有限位开关闭合")));
+        m_port->use([](emulator::Board &it) { it.forceSwitch(0, 0); });
+        QTRY_VERIFY(dialog.text("label_switches").startsWith(QStringLiteral("X 断开")));
+        dialog.click("pushButton_unlock");
+        QTRY_VERIFY(dialog.text("label_where").contains(QStringLiteral("静止")));
+    }
+
+    void settingsComeBackFromTheirBackUp()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        auto *settings = dialog.in<BoardSettingsWidget>("widget_settings");
+        dialog.showTab("widget_settings");
+        QCOMPARE(dialog.rows().size(), 34);
+        const QString file = m_folder->filePath("board.txt");
+        QVERIFY(settings->backUpTo(file));
+        QVERIFY(settings->restoreFrom(file));
+        QCOMPARE(dialog.rows(), QStringList());
+        QVERIFY(!dialog.in("pushButton_write")->isEnabled());
+
+        // Soft limits can be switched on only with homing, whatever the order of their numbers.
+        QString text = this->text(file);
+        text.replace("$20=0.000", "$20=1.000").replace("$22=0.000", "$22=1.000").replace("$10=3.000", "$10=1.000");
+        QFile changed(file);
+        QVERIFY(changed.open(QIODevice::WriteOnly));
+        changed.write(text.toUtf8());
+        changed.close();
+        QVERIFY(settings->restoreFrom(file));
+        QCOMPARE(dialog.rows(), (QStringList{"$20 0 1", "$22 0 1"}));
+        dialog.click("pushButton_write");
+        QTRY_VERIFY(dialog.text("label_msg").contains(QStringLiteral("已写入")));
+        QVERIFY(m_port->use([](emulator::Board &it) { return it.settings()[20] == 1 && it.settings()[22] == 1; }));
+        QCOMPARE(dialog.rows().size(), 34);
+    }
+    void aFileThatIsNoBackUpChangesNothing_data()
+    {
+        QTest::addColumn<QString>("content");
+        QTest::newRow("empty") << "";
+        QTest::newRow("words") << "Dear colleague,\n";
+        QTest::newRow("no number") << "$100=abc\n";
+        QTest::newRow("infinite") << "$100=inf\n";
+        QTest::newRow("a command among them") << "$100=250\n$H\n";
+    }
+    void aFileThatIsNoBackUpChangesNothing()
+    {
+        QFETCH(QString, content);
+        BoardLink link;
+        BoardSettingsWidget settings;
+        settings.begin(&link);
+        write(content);
+        QVERIFY(!settings.restoreFrom(m_file));
+    }
+    void theBoardIsFittedToTheModelsWhenTheUserSaysSo()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.in<QComboBox>("comboBox_model1")->setCurrentText("LIN-25"); // 8 mm/s, 40 mm/s², 25 mm
+        dialog.click("pushButton_adapt");
+        QCOMPARE(dialog.rows(), (QStringList{"$110 600 480", "$120 500 400", "$130 200 25"}));
+        dialog.click("pushButton_discard");
+        QCOMPARE(dialog.rows().size(), 34);
+    }
+
+    void speaksBothLanguages()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        const Catalogue english;
+        const auto labels = dialog.widget.findChildren<QLabel *>();
+        for (const QLabel *label : labels)
+            QVERIFY2(!isChinese(label->text()), qPrintable(label->objectName() + ": " + label->text()));
+        const auto buttons = dialog.widget.findChildren<QAbstractButton *>();
+        for (const QAbstractButton *button : buttons)
+            QVERIFY2(!isChinese(button->text()), qPrintable(button->text()));
+    }
+
+private:
+    void plugIn(double speed = 1)
+    {
+        m_port = std::make_unique<emulator::SerialPort>(m_options, speed, board().toStdString());
+    }
+    QString board() const { return m_folder->filePath("board"); }
+    void write(const QString &content) const
+    {
+        QFile file(m_file);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content.toUtf8());
+    }
+    static QString text(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+    /** Of an axis since the board was switched on. */
+    long long stepsOf(int axis)
+    {
+        return m_port->use([axis](emulator::Board &it) { return it.steps(axis); });
+    }
+    static void hold(const Dialog &dialog, const char *name, const std::function<bool()> &until)
+    {
+        QPushButton *button = dialog.in(name);
+        QVERIFY(button->isEnabled());
+        QTest::mousePress(button, Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(until(), moveMs);
+        QTest::mouseRelease(button, Qt::LeftButton);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_file;
+    emulator::Options m_options;
+    std::unique_ptr<emulator::SerialPort> m_port;
+};
+
+QTEST_MAIN(tst_ControllerSetupWidget)
+#include "tst_ControllerSetupWidget.moc"
