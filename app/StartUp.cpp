@@ -152,10 +152,9 @@ void setAsideUnreadableControllers()
         return;
     const QString aside = ControllersFile::setAside(path);
     const QString kept = QDir::toNativeSeparators(aside.isEmpty() ? path : aside);
-    const QString message = QStringLiteral(
-                                "无法读取控制器文件 %1：\n%2\n它已保留为 %3，请重新设置控制器。\n\n"
-                                "The file of controllers %1 cannot be read:\n%2\n"
-                                "It is kept as %3. Please set up the controllers again.")
+    const QString message = QStringLiteral("无法读取控制器文件 %1：\n%2\n它已保留为 %3，请重新设置控制器。\n\n"
+                                           "The file of controllers %1 cannot be read:\n%2\n"
+                                           "It is kept as %3. Please set up the controllers again.")
                                 .arg(QDir::toNativeSeparators(path), fault, kept);
     std::fprintf(stderr, "%s\n", qUtf8Printable(message));
     QMessageBox(QMessageBox::Warning, QStringLiteral("mover"), message, QMessageBox::Ok).exec();

@@ -112,9 +112,8 @@ std::optional<MotionLibrary::Fault> MotionLibrary::loadFound(bool ignoresStored)
     const auto *const place = std::find_if(
         std::begin(places), std::end(places), [&](const Place &one) { return stored == QLatin1String(one.word); });
     std::optional<Fault> fault =
-        place == std::end(places)
-            ? Fault{stored, QStringLiteral("\"library\" in %1").arg(ControllersFile::path()), {}}
-            : loadFile(fileOf(place->kind), Origin::Chosen);
+        place == std::end(places) ? Fault{stored, QStringLiteral("\"library\" in %1").arg(ControllersFile::path()), {}}
+                                  : loadFile(fileOf(place->kind), Origin::Chosen);
     if (fault)
         fault->wasStored = true;
     return fault;

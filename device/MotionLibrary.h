@@ -20,8 +20,8 @@ public:
     /** Why a library cannot be used. */
     struct Fault {
         QString file;
-        QString reason;      // the loader's own words; empty when functions are missing
-        QStringList missing; // functions that it lacks
+        QString reason;         // the loader's own words; empty when functions are missing
+        QStringList missing;    // functions that it lacks
         bool wasStored = false; // it is what the user has chosen in the program, earlier
 
         /** In Chinese and English: nobody has chosen a language yet. */

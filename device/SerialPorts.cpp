@@ -88,9 +88,8 @@ QVector<SerialPorts::Port> SerialPorts::list(const QString &system, const QStrin
     for (const QString &name : names) {
         const QString entry = system + QLatin1Char('/') + name;
         const QFileInfo device(entry + QStringLiteral("/device"));
-        const QString driver = QFileInfo(entry + QStringLiteral("/device/driver")).canonicalFilePath();
-        // Consoles have no device, and the built-in driver shows ports that are nowhere to be plugged into.
-        if (!device.exists() || driver.isEmpty() || driver.endsWith(QStringLiteral("/serial8250")))
+        // Consoles have no device; the built-in driver shows ports without a chip, which are of type 0.
+        if (!device.exists() || firstLine(entry + QStringLiteral("/type")) == QLatin1String("0"))
             continue;
         Port port;
         port.device = devices + QLatin1Char('/') + name;
@@ -108,11 +107,11 @@ QVector<SerialPorts::Port> SerialPorts::list(const QString &system, const QStrin
         const auto isTwin = [&port](const Port &other) {
             return other.device != port.device && other.serialNumber == port.serialNumber;
         };
-        port.isBySocket =
-            !port.socket.isEmpty() &&
-            (port.serialNumber.isEmpty() || std::any_of(ports.cbegin(), ports.cend(), isTwin));
+        port.isBySocket = !port.socket.isEmpty() &&
+                          (port.serialNumber.isEmpty() || std::any_of(ports.cbegin(), ports.cend(), isTwin));
         port.lasting = linkTo(
-            port.device, devices + (port.isBySocket ? QStringLiteral("/serial/by-path") : QStringLiteral("/serial/by-id")));
+            port.device,
+            devices + (port.isBySocket ? QStringLiteral("/serial/by-path") : QStringLiteral("/serial/by-id")));
         if (port.lasting.isEmpty())
             port.lasting = port.device;
     }

@@ -8,11 +8,11 @@
 namespace SerialPorts {
 
 struct Port {
-    QString device;       ///< /dev/ttyUSB0, COM3
-    QString lasting;      ///< a name that it keeps when others come and go; the device's where there is none
-    QString product;      ///< of the USB device; may be empty
-    QString serialNumber; ///< of the USB device; may be empty
-    QString socket;       ///< where it is plugged in; may be empty
+    QString device;          ///< /dev/ttyUSB0, COM3
+    QString lasting;         ///< a name that it keeps when others come and go; the device's where there is none
+    QString product;         ///< of the USB device; may be empty
+    QString serialNumber;    ///< of the USB device; may be empty
+    QString socket;          ///< where it is plugged in; may be empty
     bool isBySocket = false; ///< the lasting name is the socket's: nothing else tells the device from others
 };
 

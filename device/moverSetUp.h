@@ -45,11 +45,11 @@ struct MoverBoard {
     int locked;  ///< 1: it moves only once it has been unlocked or homed
     int axes;    ///< how many it has; 0 as long as it has not said so
     int homesSingly;
-    unsigned pins;  ///< bits of the axes whose limit switch is closed
-    unsigned homed; ///< bits of the axes that have been homed
-    int written;    ///< status of the last write() once the board rests again
-    double positions[moverSetUp::maxAxes]; ///< machine positions
-    double speeds[moverSetUp::maxAxes];    ///< per s: no axis is ever driven faster
+    unsigned pins;                          ///< bits of the axes whose limit switch is closed
+    unsigned homed;                         ///< bits of the axes that have been homed
+    int written;                            ///< status of the last write() once the board rests again
+    double positions[moverSetUp::maxAxes];  ///< machine positions
+    double speeds[moverSetUp::maxAxes];     ///< per s: no axis is ever driven faster
     int speedSettings[moverSetUp::maxAxes]; ///< the number of the setting that lifts it
     char firmware[64];                      ///< what it says of itself
 };

@@ -75,8 +75,8 @@ void BoardSettingsWidget::propose(const BoardLink::Settings &settings)
 {
     m_proposed.clear();
     for (auto setting = settings.begin(); setting != settings.end(); ++setting) {
-        const bool isOwn = std::find(std::begin(ownSettings), std::end(ownSettings), setting.key()) !=
-                           std::end(ownSettings);
+        const bool isOwn =
+            std::find(std::begin(ownSettings), std::end(ownSettings), setting.key()) != std::end(ownSettings);
         const auto now = m_link->settings().find(setting.key());
         if (!isOwn && now != m_link->settings().end() && std::abs(*now - *setting) >= same)
             m_proposed.insert(setting.key(), setting.value());
@@ -146,8 +146,8 @@ bool BoardSettingsWidget::restoreFrom(const QString &path)
 
 void BoardSettingsWidget::on_pushButton_backUp_clicked()
 {
-    const QString path = QFileDialog::getSaveFileName(
-        this, tr("备份控制板参数"), QStringLiteral("board.txt"), QStringLiteral("*.txt"));
+    const QString path =
+        QFileDialog::getSaveFileName(this, tr("备份控制板参数"), QStringLiteral("board.txt"), QStringLiteral("*.txt"));
     if (path.isEmpty())
         return;
     if (backUpTo(path))

@@ -64,5 +64,5 @@ private:
     const QSharedPointer<ControlSession> m_session;
     QTimer m_hideTimer;
     ControllerSetupWidget *m_setUp = nullptr; // made when it is opened first
-    std::function<QString()> m_message; // what label_msg says, in the current language
+    std::function<QString()> m_message;       // what label_msg says, in the current language
 };

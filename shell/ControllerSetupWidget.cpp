@@ -95,7 +95,9 @@ void ControllerSetupWidget::reload()
         return;
     const QString fault = m_file.fault();
     const QString aside = ControllersFile::setAside(path);
-    tell([fault, aside] { return tr("无法读取控制器文件（%1），它已保留为 %2").arg(fault, QFileInfo(aside).fileName()); });
+    tell([fault, aside] {
+        return tr("无法读取控制器文件（%1），它已保留为 %2").arg(fault, QFileInfo(aside).fileName());
+    });
     m_file = ControllersFile(path);
 }
 
@@ -103,8 +105,8 @@ bool ControllerSetupWidget::store()
 {
     const bool stored = m_file.save();
     if (!stored) {
-        tell([] { return tr("无法写入 %1").arg(QDir::toNativeSeparators(ControllersFile::path())); });
         reload();
+        tell([] { return tr("无法写入 %1").arg(QDir::toNativeSeparators(ControllersFile::path())); });
     }
     showOverview();
     return stored;
@@ -173,7 +175,7 @@ void ControllerSetupWidget::showOverview()
         choice.button->setToolTip(QDir::toNativeSeparators(file));
         choice.button->setChecked(chosen == MotionLibrary::word(choice.kind));
         // One that was chosen and is gone stays to be seen.
-        choice.button->setEnabled(!m_bReadOnly && (QFileInfo::exists(file) || choice.button->isChecked()));
+        choice.button->setEnabled(!m_bReadOnly && (isInUse || QFileInfo::exists(file) || choice.button->isChecked()));
     }
     const Kind automatic = MotionLibrary::automatic();
     ui->radioButton_automatic->setText(tr("自动：%1").arg(nameOf(automatic)));
@@ -183,10 +185,9 @@ void ControllerSetupWidget::showOverview()
     const QString next = chosen.isEmpty() ? MotionLibrary::word(automatic) : chosen;
     const QString now =
         inUse.mark().isEmpty() ? MotionLibrary::word(Kind::Makers) : inUse.mark(); // of what is not ours
-    const bool restarts =
-        !isNamed && (next != now || (m_bBoardsChanged && now == MotionLibrary::word(Kind::Grbl)));
+    const bool restarts = !isNamed && (next != now || (m_bBoardsChanged && now == MotionLibrary::word(Kind::Grbl)));
     ui->label_restart->setText(
-        restarts ? tr("重新启动程序后生效。")
+        restarts  ? tr("重新启动程序后生效。")
         : isNamed ? tr("启动时的 --library 或 MOVER_LIBRARY 优先于这里的选择。")
                   : QString());
     ui->pushButton_restart->setVisible(restarts);
@@ -238,14 +239,15 @@ void ControllerSetupWidget::on_pushButton_restart_clicked()
 void ControllerSetupWidget::on_listWidget_boards_currentRowChanged(int row)
 {
     ui->pushButton_open->setEnabled(row >= 0 && !m_bReadOnly);
-    ui->pushButton_remove->setEnabled(row >= 0 && !m_bReadOnly);
+    ui->pushButton_removeBoard->setEnabled(row >= 0 && !m_bReadOnly);
 }
 
-void ControllerSetupWidget::on_pushButton_remove_clicked()
+void ControllerSetupWidget::on_pushButton_removeBoard_clicked()
 {
     const ControllersFile::Board board = m_file.boards().value(ui->listWidget_boards->currentRow());
     if (board.id == 0 ||
-        !MessageBox::confirm(this, tr("移除 %1 ？\n控制板自身的参数保持不变。").arg(board.name.isEmpty() ? board.port : board.name)))
+        !MessageBox::confirm(
+            this, tr("移除 %1 ？\n控制板自身的参数保持不变。").arg(board.name.isEmpty() ? board.port : board.name)))
         return;
     m_file.remove(board.id);
     m_bBoardsChanged = true;
@@ -277,7 +279,8 @@ void ControllerSetupWidget::showPorts()
     ui->comboBox_port->clear();
     const QVector<SerialPorts::Port> ports = SerialPorts::list();
     for (const SerialPorts::Port &port : ports) {
-        const QString title = port.product.isEmpty() ? port.device : QStringLiteral("%1    %2").arg(port.device, port.product);
+        const QString title =
+            port.product.isEmpty() ? port.device : QStringLiteral("%1    %2").arg(port.device, port.product);
         QString info = port.serialNumber.isEmpty() ? tr("没有序列号") : tr("序列号 %1").arg(port.serialNumber);
         if (!port.socket.isEmpty())
             info += tr("，USB 插座 %1").arg(port.socket);
@@ -291,6 +294,7 @@ void ControllerSetupWidget::showPorts()
         ui->comboBox_port->setCurrentIndex(place);
     else if (!before.isEmpty() || ports.isEmpty())
         ui->comboBox_port->setEditText(before);
+    on_comboBox_port_currentTextChanged(ui->comboBox_port->currentText());
     showPage(ui->page_port);
     showBoard();
     ui->comboBox_port->setFocus();
@@ -379,9 +383,11 @@ void ControllerSetupWidget::showBoard()
     if (ui->stackedWidget_pages->currentWidget() != ui->page_board)
         return;
     ui->label_board->setText(
-        m_link.isOpen()
-            ? tr("%1，%2 个轴，%3 个参数").arg(QString::fromUtf8(board.firmware)).arg(board.axes).arg(m_link.settings().size())
-            : whyNot());
+        m_link.isOpen() ? tr("%1，%2 个轴，%3 个参数")
+                              .arg(QString::fromUtf8(board.firmware))
+                              .arg(board.axes)
+                              .arg(m_link.settings().size())
+                        : whyNot());
     ui->pushButton_stop->setEnabled(m_link.isOpen());
     ui->widget_axes->showBoard();
     ui->widget_firstMove->showBoard();

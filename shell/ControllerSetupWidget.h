@@ -49,7 +49,7 @@ private slots:
     void on_pushButton_restart_clicked();
     void on_pushButton_add_clicked();
     void on_pushButton_open_clicked();
-    void on_pushButton_remove_clicked();
+    void on_pushButton_removeBoard_clicked();
     void on_listWidget_boards_currentRowChanged(int row);
     void on_listWidget_boards_itemActivated() { on_pushButton_open_clicked(); }
     void on_comboBox_port_currentTextChanged(const QString &text);

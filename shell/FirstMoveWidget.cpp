@@ -40,7 +40,7 @@ void FirstMoveWidget::begin(BoardLink *link)
 {
     m_link = link;
     m_from.reset();
-    m_dMoved = 0;
+    m_moved.reset();
     ui->comboBox_axis->clear();
     for (int k = 0; k < link->board().axes; ++k)
         ui->comboBox_axis->addItem(letters.mid(k, 1));
@@ -61,20 +61,23 @@ void FirstMoveWidget::showBoard()
     const MoverBoard &board = m_link->board();
     const bool rests = m_link->isResting();
     if (m_from && m_link->isOpen())
-        m_dMoved = board.positions[axis()] - *m_from;
+        m_moved = board.positions[axis()] - *m_from;
+    if (rests)
+        m_from.reset();
+    if (m_link->setting(stepsPerUnit + axis(), m_dSteps) != m_dSteps)
+        m_moved.reset(); // it was measured with other steps
 
     QString state = tr("没有应答");
     if (m_link->isOpen() && board.answers)
         state = board.locked ? tr("已锁定") : rests ? tr("静止") : tr("忙");
-    ui->label_where->setText(
-        tr("位置 %1 mm，%2").arg(QString::number(board.positions[axis()], 'f', 3), state));
+    ui->label_where->setText(tr("位置 %1 mm，%2").arg(QString::number(board.positions[axis()], 'f', 3), state));
     ui->pushButton_unlock->setEnabled(rests && board.locked);
     // A button that is held must see its release.
     for (QPushButton *button : {ui->pushButton_backward, ui->pushButton_forward})
         button->setEnabled(button->isDown() || (rests && !board.locked));
     ui->label_moved->setText(
-        m_from ? tr("控制板走了 %1 mm").arg(QString::number(m_dMoved, 'f', 3)) : tr("松开即停止，最多走 1 mm"));
-    ui->pushButton_propose->setEnabled(rests && std::abs(m_dMoved) >= leastMove);
+        m_moved ? tr("控制板走了 %1 mm").arg(QString::number(*m_moved, 'f', 3)) : tr("松开即停止，最多走 1 mm"));
+    ui->pushButton_propose->setEnabled(rests && std::abs(m_moved.value_or(0)) >= leastMove);
 
     QStringList switches;
     for (int k = 0; k < board.axes; ++k)
@@ -99,7 +102,7 @@ void FirstMoveWidget::showBoard()
 void FirstMoveWidget::on_comboBox_axis_currentIndexChanged(int)
 {
     m_from.reset();
-    m_dMoved = 0;
+    m_moved.reset();
     showBoard();
 }
 
@@ -116,8 +119,11 @@ void FirstMoveWidget::on_pushButton_unlock_clicked()
 
 void FirstMoveWidget::move(double distance)
 {
-    m_from = m_link->board().positions[axis()];
+    const double from = m_link->board().positions[axis()];
+    m_dSteps = m_link->setting(stepsPerUnit + axis(), 0);
+    m_moved.reset();
     const int status = m_link->move(axis(), distance, speed);
+    m_from = from; // not before it runs
     if (status < 0)
         m_from.reset();
     tell(status);
@@ -141,7 +147,8 @@ void FirstMoveWidget::on_pushButton_propose_clicked()
     const double measured = ui->doubleSpinBox_measured->value();
     const int number = stepsPerUnit + axis();
     if (measured > 0)
-        settings.insert(number, std::round(m_link->setting(number, 0) * std::abs(m_dMoved) / measured * 1000) / 1000);
+        settings.insert(
+            number, std::round(m_link->setting(number, 0) * std::abs(m_moved.value_or(0)) / measured * 1000) / 1000);
     if (!ui->checkBox_rightWay->isChecked())
         settings.insert(directions, double(unsigned(m_link->setting(directions, 0)) ^ (1U << axis())));
     emit signal_proposeSettings(settings);

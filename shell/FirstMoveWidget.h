@@ -60,6 +60,7 @@ private:
 
     std::unique_ptr<Ui::FirstMoveWidget> ui;
     BoardLink *m_link = nullptr;
-    std::optional<double> m_from; // where the last move began
-    double m_dMoved = 0;          // how far it went, by the board
+    std::optional<double> m_from;  // where the move under way began
+    std::optional<double> m_moved; // how far the last one went, by the board
+    double m_dSteps = 0;           // the board's steps per mm meanwhile
 };

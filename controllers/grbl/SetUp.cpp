@@ -170,7 +170,9 @@ void SetUp::look(MoverBoard *told)
         told->speeds[i] = axis.speedLimit();
         told->speedSettings[i] = axis.speedSetting();
     }
-    const std::string firmware = found->banner() + (found->version().empty() ? "" : " [" + found->version() + "]");
+    // "Grbl 1.1h ['$' for help]"
+    const std::string name = found->banner().substr(0, found->banner().find(" ["));
+    const std::string firmware = name + (found->version().empty() ? "" : " [" + found->version() + "]");
     firmware.copy(told->firmware, sizeof told->firmware - 1);
 }
 

@@ -44,9 +44,9 @@ private:
     std::map<std::string, std::unique_ptr<Controller>> m_controllers;
     Controller *m_controller = nullptr;
     unsigned m_attempt = 0;
-    bool m_begins = false;  ///< the port is being opened
+    bool m_begins = false;   ///< the port is being opened
     bool m_answered = false; ///< the board has said what it is
-    int m_refusal = 0;      ///< moverSetUp::Failure of opening
+    int m_refusal = 0;       ///< moverSetUp::Failure of opening
 };
 
 } // namespace grbl

@@ -67,10 +67,6 @@ actual travel of the stage!</translation>
         <translation>Name:</translation>
     </message>
     <message>
-        <source>例如：三号房间的平台</source>
-        <translation>for example: bench in room 3</translation>
-    </message>
-    <message>
         <source>轴</source>
         <translation>Axis</translation>
     </message>

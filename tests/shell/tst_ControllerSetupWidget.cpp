@@ -108,7 +108,7 @@ private slots:
         qputenv("MOVER_CONTROLLERS", m_file.toUtf8());
         m_options = {};
         m_options.storeTime = 0.001;
-        m_options.settings = {{1, 255},   {10, 3},   {22, 0},   {100, 250}, {101, 250}, {102, 250},
+        m_options.settings = {{1, 255},   {10, 3},    {22, 0},    {100, 250}, {101, 250}, {102, 250},
                               {110, 600}, {120, 500}, {130, 200}, {131, 200}, {132, 200}};
     }
     void cleanup()
@@ -178,7 +178,7 @@ private slots:
         const ControllersFile::Board saved = ControllersFile(m_file).boards().value(0);
         QCOMPARE(saved.id, 7);
         QCOMPARE(saved.axes[0].stage["modelName"].toString(), QStringLiteral("LIN-25"));
-        QVERIFY(text(m_file).contains("\"offset\": 3")); // what the dialog knows nothing of
+        QVERIFY(text(m_file).contains("\"offset\": 3"));      // what the dialog knows nothing of
         QVERIFY(!text(kept.fileName()).contains("maxSpeed")); // or it would come before the new stage
         QVERIFY(text(kept.fileName()).contains("\"jogCount\": 9"));
     }
@@ -189,12 +189,12 @@ private slots:
         const Dialog dialog;
         {
             const MessageBoxes boxes(QStringLiteral("取消"));
-            dialog.click("pushButton_remove");
+            dialog.click("pushButton_removeBoard");
             QCOMPARE(boxes.count(), 1);
         }
         QCOMPARE(ControllersFile(m_file).boards().size(), 1);
         const MessageBoxes boxes;
-        dialog.click("pushButton_remove");
+        dialog.click("pushButton_removeBoard");
         QCOMPARE(ControllersFile(m_file).boards().size(), 0);
         QVERIFY(text(m_file).contains("\"other\""));
         QCOMPARE(ControllersFile(m_file).library(), QStringLiteral("grbl"));
@@ -233,13 +233,20 @@ private slots:
     {
         QTest::addColumn<QString>("what");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("no such port") << "none" << "没有这个串口";
-        QTest::newRow("no serial port") << "file" << "没有这个串口";
-        QTest::newRow("another program has it") << "used" << "串口被另一个程序占用";
-        QTest::newRow("no permission") << "forbidden" << "没有打开串口的权限";
-        QTest::newRow("silence") << "silent" << "没有应答";
-        QTest::newRow("another baud rate") << "garbled" << "波特率不是 115200";
-        QTest::newRow("another device") << "other" << "它不是 Grbl 控制板";
+        QTest::newRow("no such port") << "none"
+                                      << "没有这个串口";
+        QTest::newRow("no serial port") << "file"
+                                        << "没有这个串口";
+        QTest::newRow("another program has it") << "used"
+                                                << "串口被另一个程序占用";
+        QTest::newRow("no permission") << "forbidden"
+                                       << "没有打开串口的权限";
+        QTest::newRow("silence") << "silent"
+                                 << "没有应答";
+        QTest::newRow("another baud rate") << "garbled"
+                                           << "波特率不是 115200";
+        QTest::newRow("another device") << "other"
+                                        << "它不是 Grbl 控制板";
     }
     void saysWhyAPortIsOfNoUse()
     {
@@ -291,8 +298,9 @@ private slots:
     }
     void aPortCannotBeSetUpTwice()
     {
-        write(R"({"controllers": [{"id": 7, "kind": "grbl", "name": "first", "port": ")" + board() +
-              R"(", "axes": [{}]}]})");
+        write(
+            R"({"controllers": [{"id": 7, "kind": "grbl", "name": "first", "port": ")" + board() +
+            R"(", "axes": [{}]}]})");
         const Dialog dialog;
         dialog.ask(board());
         QVERIFY(dialog.text("label_reason").contains("first"));
@@ -347,7 +355,7 @@ private slots:
         const Dialog second;
         QVERIFY(second.text("label_msg").contains(QStringLiteral("只能查看")));
         QCOMPARE(second.in<QListWidget>("listWidget_boards")->count(), 1);
-        for (const char *button : {"pushButton_add", "pushButton_open", "pushButton_remove"})
+        for (const char *button : {"pushButton_add", "pushButton_open", "pushButton_removeBoard"})
             QVERIFY(!second.in(button)->isEnabled());
         QVERIFY(!second.in<QRadioButton>("radioButton_grbl")->isEnabled());
         QVERIFY(first.in("pushButton_add")->isEnabled());

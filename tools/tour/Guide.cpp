@@ -190,6 +190,14 @@ void Guide::click(const QWidget *widget)
     clickAt(widget, inGui([=] { return widget->rect().center(); }));
 }
 
+void Guide::hold(const QWidget *widget, const Condition &until, int limitMs)
+{
+    const QPoint middle = inGui([=] { return widget->rect().center(); });
+    xdotool(QStringList{"mousemove"} + onScreen(widget, middle) + QStringList{"mousedown", "1"});
+    wait(until, limitMs);
+    xdotool({"mouseup", "1"});
+}
+
 void Guide::doubleClickAt(const QWidget *widget, QPoint position)
 {
     xdotool(

@@ -56,6 +56,8 @@ public:
     /** Moves the mouse onto the middle of a widget and clicks. */
     static void click(const QWidget *widget);
     static void clickAt(const QWidget *widget, QPoint position);
+    /** Holds the mouse button down on a widget until the condition, asked in the GUI thread, holds. */
+    static void hold(const QWidget *widget, const Condition &until, int limitMs = 5000);
     static void doubleClickAt(const QWidget *widget, QPoint position);
     static void drag(const QWidget *widget, QPoint from, QPoint by);
     /** Moves the mouse out of everybody's way. */

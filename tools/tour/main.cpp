@@ -11,6 +11,7 @@
 #include "axis/MoverControlWidget.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
+#include "controllers/emulator/SerialPort.h"
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/Robot.h"
 
@@ -23,6 +24,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QStackedWidget>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -153,12 +155,112 @@ private:
             [options] { return !options->isVisible(); });
     }
 
+    /** Sets up a board, an emulated one, from the open connection dialog, and comes back to it. */
+    void setUpABoard(QWidget *connection)
+    {
+        const QTemporaryDir folder;
+        emulator::Options options;
+        options.settings = {{1, 255},    {22, 1},     {24, 600},  {25, 3000}, {110, 3000},
+                            {111, 3000}, {112, 3000}, {120, 500}, {121, 500}, {122, 500}};
+        const QString path = folder.filePath("board");
+        emulator::SerialPort port(options, 4, path.toStdString());
+
+        m_guide.step(
+            "set-up", [&] { Guide::click(in(connection, "label_setUp")); },
+            [] {
+                const QWidget *active = QApplication::activeWindow();
+                return active && active->inherits("ControllerSetupWidget");
+            });
+        QWidget *setUp = window("ControllerSetupWidget");
+        const auto isOn = [=](const char *page) {
+            return in<QStackedWidget>(setUp, "stackedWidget_pages")->currentWidget()->objectName() ==
+                   QLatin1String(page);
+        };
+        const auto showTab = [=](int tab) {
+            Guide::clickAt(in<QTabWidget>(setUp, "tabWidget_board")->tabBar(), inGui([=] {
+                               return in<QTabWidget>(setUp, "tabWidget_board")->tabBar()->tabRect(tab).center();
+                           }));
+        };
+        m_guide.step(
+            "set-up-add", [=] { Guide::click(in(setUp, "pushButton_add")); }, [=] { return isOn("page_port"); });
+        m_guide.step(
+            "set-up-no-port",
+            [=] {
+                Guide::fill(in(setUp, "comboBox_port"), "/dev/ttyUSB9");
+                Guide::click(in(setUp, "pushButton_ask"));
+            },
+            [=] { return in<QLabel>(setUp, "label_reason")->text().contains(word("没有这个串口", "no such port")); });
+        m_guide.step(
+            "set-up-board",
+            [=] {
+                Guide::fill(in(setUp, "comboBox_port"), path);
+                Guide::click(in(setUp, "pushButton_ask"));
+            },
+            [=] { return isOn("page_board"); }, 12000);
+        m_guide.step(
+            "set-up-stages",
+            [=] {
+                Guide::fill(in(setUp, "lineEdit_name"), "Room 3");
+                for (const char *model : {"comboBox_model1", "comboBox_model2"}) {
+                    Guide::click(in(setUp, model));
+                    Guide::wait([] { return QApplication::activePopupWidget() != nullptr; }, 5000);
+                    for (const char *key : {"Down", "Down", "Return"})
+                        Guide::press(key);
+                    Guide::wait([] { return QApplication::activePopupWidget() == nullptr; }, 5000);
+                }
+            },
+            [=] { return in<QComboBox>(setUp, "comboBox_model2")->currentText() == "LIN-50"; });
+        m_guide.step(
+            "set-up-first-move", [=] { showTab(1); }, [=] { return in(setUp, "widget_firstMove")->isVisible(); });
+        m_guide.step(
+            "set-up-unlocked", [=] { Guide::click(in(setUp, "pushButton_unlock")); },
+            [=] { return in(setUp, "pushButton_forward")->isEnabled(); });
+        m_guide.step(
+            "set-up-moved",
+            [=] {
+                Guide::hold(in(setUp, "pushButton_forward"), [=] {
+                    return in<QLabel>(setUp, "label_moved")->text().contains("1.000");
+                });
+            },
+            [=] { return in(setUp, "pushButton_propose")->isEnabled(); });
+        m_guide.step(
+            "set-up-proposal",
+            [=] {
+                Guide::fill(in(setUp, "doubleSpinBox_measured"), "1.25");
+                Guide::click(in(setUp, "pushButton_propose"));
+            },
+            [=] { return in(setUp, "pushButton_write")->isEnabled(); });
+        m_guide.step(
+            "set-up-written", [=] { Guide::click(in(setUp, "pushButton_write")); },
+            [=] { return in<QLabel>(setUp, "label_msg")->text().contains(word("已写入", "has taken")); });
+        m_guide.step(
+            "set-up-switch",
+            [&] {
+                showTab(1);
+                port.use([](emulator::Board &board) { board.forceSwitch(1, 1); });
+            },
+            [=] { return in<QLabel>(setUp, "label_switches")->text().contains(word("Y 闭合", "Y closed")); });
+        port.use([](emulator::Board &board) { board.forceSwitch(1, -1); });
+        m_guide.step(
+            "set-up-home", [=] { Guide::click(in(setUp, "pushButton_home")); }, [] { return box() != nullptr; });
+        m_guide.step(
+            "set-up-homed", [] { confirm(); },
+            [=] { return in<QLabel>(setUp, "label_homing")->text().contains(word("已回零", "is homed")); }, 60000);
+        m_guide.step(
+            "set-up-saved", [=] { Guide::click(in(setUp, "pushButton_save")); },
+            [=] { return isOn("page_overview") && in(setUp, "pushButton_restart")->isVisible(); });
+        m_guide.step(
+            "set-up-closed", [] { Guide::press("Escape"); },
+            [=] { return !setUp->isVisible() && connection->isVisible(); });
+    }
+
     void connectController()
     {
         QWidget *dialog = window("ConnectionWidget");
         m_guide.step(
             "connection-dialog", [this] { Guide::click(own("pushButton_connect")); },
             [&] { return dialog->isVisible() && in<QComboBox>(dialog, "comboBox_comList")->count() == 1; });
+        setUpABoard(dialog);
         m_guide.step(
             "connected", [&] { Guide::click(in(dialog, "pushButton_connectSerial")); },
             [&] {
