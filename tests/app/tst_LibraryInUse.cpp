@@ -80,6 +80,10 @@ private slots:
     void isTheMakersWhenItLiesBesideTheProgram();
     void isTheSimulatedControllerWhenThereIsNoOther();
     void isSearchedInThisOrder();
+    void isTheOneThatWasChosenInTheProgram_data();
+    void isTheOneThatWasChosenInTheProgram();
+    void aChosenOneThatIsGoneIsNotPassedOver();
+    void aFileOfControllersThatCannotBeReadIsKeptAndNamed();
     void aWrongOneIsNeverPassedOver_data();
     void aWrongOneIsNeverPassedOver();
     void saysWhichFunctionsAreMissing();
@@ -95,6 +99,7 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_calledFunctions;
+    QString m_controllers;
 };
 
 void tst_LibraryInUse::init()
@@ -103,6 +108,7 @@ void tst_LibraryInUse::init()
     QVERIFY(m_folder->isValid());
     copyProgram(m_folder->path());
     m_calledFunctions = file(QStringLiteral("calledFunctions"));
+    m_controllers.clear();
 }
 
 /** Starts the copied program, notes the motion libraries that it has loaded, and leaves it. */
@@ -123,6 +129,7 @@ QString tst_LibraryInUse::libraryOf(const QStringList &arguments, const QString 
 {
     Child child(file(QStringLiteral("mover")), QStringList{QStringLiteral("--version")} + arguments);
     child.set("MOVER_LIBRARY", named);
+    child.set("MOVER_CONTROLLERS", m_controllers);
     child.process.setWorkingDirectory(m_folder->path());
     child.run();
     const QString output = QString::fromUtf8(child.process.readAllStandardOutput());
@@ -168,6 +175,60 @@ void tst_LibraryInUse::isSearchedInThisOrder()
     QVERIFY(QFile::copy(anotherLibrary, chosen));
     // Relative to the working folder.
     QCOMPARE(libraryOf({QStringLiteral("--library"), QStringLiteral("chosen.so")}, named), chosen);
+}
+
+void tst_LibraryInUse::isTheOneThatWasChosenInTheProgram_data()
+{
+    QTest::addColumn<QString>("controllers");
+    QTest::addColumn<bool>("hasMakers");
+    QTest::addColumn<QString>("expected"); // the folder
+    const QString board =
+        QStringLiteral(R"("controllers": [{"id": 1, "kind": "grbl", "port": "/dev/x", "axes": [{}]}])");
+    QTest::newRow("chosen") << R"({"library": "grbl"})" << true << "grbl/";
+    QTest::newRow("simulated, by choice") << R"({"library": "simulated", )" + board + "}" << true << "simulator/";
+    QTest::newRow("a board and no maker's") << "{" + board + "}" << false << "grbl/";
+    QTest::newRow("a board and a maker's") << "{" + board + "}" << true << "";
+    QTest::newRow("another library's board")
+        << R"({"controllers": [{"id": 1, "kind": "other"}]})" << false << "simulator/";
+    QTest::newRow("damaged") << "{" << false << "simulator/";
+}
+
+void tst_LibraryInUse::isTheOneThatWasChosenInTheProgram()
+{
+    QFETCH(QString, controllers);
+    QFETCH(bool, hasMakers);
+    QFETCH(QString, expected);
+    QDir().mkpath(file(QStringLiteral("mover-configuration")));
+    m_controllers = file(QStringLiteral("mover-configuration/controllers.json"));
+    write(m_controllers, controllers.toUtf8());
+    if (hasMakers)
+        QVERIFY(QFile::copy(anotherLibrary, file(libraryName)));
+    const QString used = libraryOf({});
+    QVERIFY2(used.startsWith(file(expected + libraryName)), qPrintable(used));
+    QCOMPARE(libraryOf({}, anotherLibrary), anotherLibrary); // one that is named comes before
+}
+
+void tst_LibraryInUse::aChosenOneThatIsGoneIsNotPassedOver()
+{
+    m_controllers = file(QStringLiteral("controllers.json"));
+    write(m_controllers, R"({"library": "makers"})");
+    Child child(file(QStringLiteral("mover")), {QStringLiteral("--version")});
+    child.set("MOVER_CONTROLLERS", m_controllers);
+    QCOMPARE(child.run(), 3);
+    QVERIFY(child.complaints().first().contains(file(libraryName)));
+}
+
+void tst_LibraryInUse::aFileOfControllersThatCannotBeReadIsKeptAndNamed()
+{
+    m_controllers = file(QStringLiteral("controllers.json"));
+    write(m_controllers, R"({"version": 9})");
+    Child child(QStringLiteral(MOVER_DRIVEN_PROGRAM), {QStringLiteral("refused"), QStringLiteral("button")});
+    child.set("MOVER_CONTROLLERS", m_controllers);
+    QCOMPARE(child.run(), 0); // the program starts all the same
+    QVERIFY(child.output().contains("controllers.json.bak"));
+    QVERIFY(child.output().contains("version 9"));
+    QVERIFY(!QFile::exists(m_controllers));
+    QVERIFY(QFile::exists(m_controllers + QStringLiteral(".bak")));
 }
 
 void tst_LibraryInUse::aWrongOneIsNeverPassedOver_data()
