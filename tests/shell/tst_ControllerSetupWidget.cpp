@@ -182,6 +182,24 @@ private slots:
         QVERIFY(!text(kept.fileName()).contains("maxSpeed")); // or it would come before the new stage
         QVERIFY(text(kept.fileName()).contains("\"jogCount\": 9"));
     }
+    void aBoardOfMoreAxesLendsThree()
+    {
+        m_options.axes = 4;
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        auto *third = dialog.in<QComboBox>("comboBox_letter3");
+        third->setCurrentText("X");
+        dialog.click("pushButton_save");
+        QVERIFY(dialog.text("label_msg").contains(QStringLiteral("相同的字母")));
+        third->setCurrentText("A");
+        dialog.click("pushButton_save");
+        QStringList letters;
+        for (const ControllersFile::Axis &axis : ControllersFile(m_file).boards().value(0).axes)
+            letters.append(axis.letter);
+        QCOMPARE(letters, (QStringList{"X", "Y", "A"}));
+    }
     void removingABoardAsksFirst()
     {
         write(R"({"library": "grbl", "controllers": [{"id": 7, "kind": "grbl", "port": "/dev/none", "axes": [{}]},
