@@ -6,7 +6,8 @@
 //            target position with a decimal comma), reading (every file that it reads, as often as READS in the
 //            environment says; it tells what it has read), refused (the motion library cannot be used: what the box
 //            says)
-//     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), nothing (somebody else
+//     WAY:   button, close (Alt+F4), session (its end), code (the event loop ends with code 7), restart (it starts
+//            again, and then only writes the file that RESTARTED in the environment names), nothing (somebody else
 //            sends a signal)
 // It writes "ready" before it is left, and what it finds on the way there.
 
@@ -76,6 +77,8 @@ void leave(MoverWidget *window)
         QApplication::closeAllWindows();
     else if (way == "code")
         QCoreApplication::exit(7);
+    else if (way == "restart")
+        emit window->findChild<ConnectionWidget *>()->signal_restart();
 }
 
 void connectController(MoverWidget *window)
@@ -261,6 +264,8 @@ Q_COREAPP_STARTUP_FUNCTION(waitForTheEventLoop)
 
 int main(int argc, char *argv[])
 {
+    if (argc == 1 && qEnvironmentVariableIsSet("RESTARTED"))
+        return QFile(qEnvironmentVariable("RESTARTED")).open(QIODevice::WriteOnly) ? 0 : 98;
     if (argc != 3)
         return 99;
     state = argv[1];

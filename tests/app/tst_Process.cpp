@@ -31,6 +31,7 @@ private slots:
     void takesARelativeScenarioPath_data();
     void takesARelativeScenarioPath();
     void isSetUpBeforeItsWindowIsShown();
+    void startsAgainWhenItHasLeft();
     void aTypedCommaIsADecimalPointInEveryLocale_data();
     void aTypedCommaIsADecimalPointInEveryLocale();
     void leavesOnASignal_data();
@@ -164,6 +165,16 @@ void tst_Process::isSetUpBeforeItsWindowIsShown()
     QVERIFY(child.process.waitForFinished(startLimitMs));
     QVERIFY(child.hasSaid("made after, styled, numbers as in C\nshown after addMotor, styled, numbers as in C\n"));
     QCOMPARE(child.process.exitCode(), 0);
+}
+
+void tst_Process::startsAgainWhenItHasLeft()
+{
+    const QTemporaryDir folder;
+    const QString restarted = folder.filePath(QStringLiteral("restarted"));
+    Child child(drivenProgram, {QStringLiteral("connected"), QStringLiteral("restart")});
+    child.set("RESTARTED", restarted);
+    QCOMPARE(child.run(), 0);
+    QTRY_VERIFY(QFile::exists(restarted));
 }
 
 void tst_Process::aTypedCommaIsADecimalPointInEveryLocale_data()

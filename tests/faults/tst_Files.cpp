@@ -2,6 +2,7 @@
 // Every file that the program reads, in every wrong state, and settings that are saved when the machine does not let
 // them.
 #include "app/Child.h"
+#include "device/ControllersFile.h"
 #include "settings/LanguageStore.h"
 
 #include <QDir>
@@ -160,6 +161,7 @@ private slots:
     void isDamagedInside();
     void aSpoiltScenarioIsRefused_data();
     void aSpoiltScenarioIsRefused();
+    void aKillAtAnySystemCallLosesNoSetting_data();
     void aKillAtAnySystemCallLosesNoSetting();
     void aFullDiskLosesNoSetting();
 };
@@ -311,11 +313,36 @@ void tst_Files::aSpoiltScenarioIsRefused()
     QVERIFY2(complaints.first().startsWith(scenario + QLatin1Char(':')), qPrintable(complaints.first()));
 }
 
+using Save = void (*)(const QString &folder, int value);
+Q_DECLARE_METATYPE(Save)
+
+void tst_Files::aKillAtAnySystemCallLosesNoSetting_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<Save>("save");
+    const Save language = [](const QString &folder, int value) {
+        LanguageStore(folder, folder + QStringLiteral("/user")).save(value);
+    };
+    const Save controllers = [](const QString &folder, int value) {
+        ControllersFile file(folder + QStringLiteral("/controllers.json"));
+        file.setLibrary(value == 0 ? QStringLiteral("grbl") : QStringLiteral("simulated"));
+        file.save();
+    };
+    QTest::newRow("language") << "appConfig.ini" << language;
+    QTest::newRow("controllers") << "controllers.json" << controllers;
+}
+
 /** Every system call of a save is one after which the process may be gone. */
 void tst_Files::aKillAtAnySystemCallLosesNoSetting()
 {
-    const QByteArray before("[language]\ntype=0\n");
-    const QByteArray after("[language]\ntype=1\n");
+    QFETCH(QString, name);
+    QFETCH(Save, save);
+    const QTemporaryDir model;
+    save(model.path(), 0);
+    const QByteArray before = read(model.filePath(name));
+    save(model.path(), 1);
+    const QByteArray after = read(model.filePath(name));
+    QVERIFY(!before.isEmpty() && before != after);
     bool sawBefore = false;
     bool sawAfter = false;
     bool ended = false;
@@ -324,15 +351,14 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting()
         const QTemporaryDir folder;
         const QString program = folder.filePath(QStringLiteral("program"));
         QVERIFY(QDir().mkpath(program));
-        const LanguageStore store(program, folder.filePath(QStringLiteral("user")));
-        store.save(0);
+        save(program, 0);
         const pid_t child = fork();
         if (child == 0) {
             if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
                 _exit(1);
             qputenv("TMPDIR", QFile::encodeName(folder.path())); // for what it leaves behind
             raise(SIGSTOP);
-            store.save(1);
+            save(program, 1);
             _exit(0);
         }
         int status = 0;
@@ -348,9 +374,8 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting()
             kill(child, SIGKILL);
             waitpid(child, &status, 0);
         }
-        const QByteArray found = read(program + QStringLiteral("/appConfig.ini"));
+        const QByteArray found = read(program + QLatin1Char('/') + name);
         QVERIFY2(found == before || found == after, found.constData());
-        QCOMPARE(store.load(), found == after ? 1 : 0);
         sawBefore = sawBefore || found == before;
         sawAfter = sawAfter || found == after;
     }
