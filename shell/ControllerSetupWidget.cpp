@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QListView>
+#include <QShowEvent>
 
 namespace {
 
@@ -66,6 +67,9 @@ ControllerSetupWidget::~ControllerSetupWidget() = default;
 
 void ControllerSetupWidget::showEvent(QShowEvent *event)
 {
+    QWidget::showEvent(event);
+    if (event->spontaneous()) // was minimised
+        return;
     const QString path = ControllersFile::path();
     QDir().mkpath(QFileInfo(path).path());
     m_lock = std::make_unique<QLockFile>(path + QStringLiteral(".lock"));
@@ -77,14 +81,15 @@ void ControllerSetupWidget::showEvent(QShowEvent *event)
     if (m_bReadOnly)
         tell([] { return tr("另一个正在运行的程序打开了控制器设置：这里只能查看。"); });
     showPage(ui->page_overview);
-    QWidget::showEvent(event);
 }
 
 void ControllerSetupWidget::hideEvent(QHideEvent *event)
 {
+    QWidget::hideEvent(event);
+    if (event->spontaneous())
+        return;
     m_link.close();
     m_lock.reset();
-    QWidget::hideEvent(event);
 }
 
 void ControllerSetupWidget::reload()

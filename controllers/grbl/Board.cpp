@@ -312,7 +312,8 @@ void Board::takeReport(const Report &told)
             restAt(report, m_then);
         return;
     case Phase::Homing:
-        if (idle || cannotMove) {
+        // Not one that was on its way when homing began.
+        if ((idle || cannotMove) && m_reportAsked > m_since) {
             say({HomingFailed, "Homing has ended without an answer; the position is not known"});
             notHomed();
             restAt(report, Then::Stand);

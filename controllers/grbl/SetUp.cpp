@@ -61,7 +61,6 @@ SetUp &SetUp::instance()
 void SetUp::open(const std::string &port)
 {
     close();
-    const std::lock_guard lock(m_mutex);
     m_begins = true;
     m_answered = false;
     m_refusal = moverSetUp::NoFailure;
@@ -83,24 +82,29 @@ void SetUp::begin(const std::string &port, unsigned attempt)
         lock.lock();
     }
     if (attempt != m_attempt)
-        return; // another port meanwhile, or none
-    m_begins = false;
-    if (!isFree) {
-        m_refusal = moverSetUp::Connected;
+        return;                         // another port meanwhile, or none
+    controller->board().axes().clear(); // of another board, perhaps
+    m_opens = true;
+    const int refusal = isFree ? failureOf(controller->startLink()) : static_cast<int>(moverSetUp::Connected);
+    m_opens = false;
+    if (attempt != m_attempt) {
+        controller->releaseLink();
         return;
     }
-    controller->board().axes().clear(); // of another board, perhaps
-    m_refusal = failureOf(controller->startLink());
-    if (m_refusal == moverSetUp::NoFailure)
+    m_refusal = refusal;
+    if (refusal == moverSetUp::NoFailure)
         m_controller = controller.get();
+    m_begins = false;
 }
 
 void SetUp::close()
 {
     stop();
-    const std::lock_guard lock(m_mutex);
     ++m_attempt;
     m_begins = false;
+    if (m_opens)
+        return; // whoever opens it sees that it is not wanted any more
+    const std::lock_guard lock(m_mutex);
     if (Controller *controller = std::exchange(m_controller, nullptr)) {
         controller->releaseLink();
     }
@@ -143,8 +147,11 @@ int SetUp::failure() const
 
 void SetUp::look(MoverBoard *told)
 {
-    const std::lock_guard lock(m_mutex);
     *told = {};
+    told->phase = m_begins ? moverSetUp::Opening : moverSetUp::Closed;
+    if (m_opens)
+        return;
+    const std::lock_guard lock(m_mutex);
     const Board *found = board();
     told->failure = failure();
     if (!found) {
@@ -178,6 +185,8 @@ void SetUp::look(MoverBoard *told)
 
 int SetUp::settings(MoverSetting *settings, int capacity)
 {
+    if (m_opens)
+        return 0;
     const std::lock_guard lock(m_mutex);
     const Board *found = board();
     int count = 0;
@@ -192,6 +201,8 @@ int SetUp::settings(MoverSetting *settings, int capacity)
 
 bool SetUp::takeMessage(MoverMessage *message)
 {
+    if (m_opens)
+        return false;
     const std::lock_guard lock(m_mutex);
     return m_controller && m_controller->takeMessage(message);
 }
@@ -223,6 +234,8 @@ int SetUp::move(int number, double distance, double speed)
 
 void SetUp::stop()
 {
+    if (m_opens)
+        return; // nothing moves yet
     const std::lock_guard lock(m_mutex);
     if (Board *found = board()) {
         for (const auto &axis : found->axes())

@@ -3,6 +3,7 @@
 
 #include "device/moverSetUp.h"
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -43,10 +44,12 @@ private:
     /** By their ports. Never destroyed: each has a thread for as long as its port is open. */
     std::map<std::string, std::unique_ptr<Controller>> m_controllers;
     Controller *m_controller = nullptr;
-    unsigned m_attempt = 0;
-    bool m_begins = false;   ///< the port is being opened
-    bool m_answered = false; ///< the board has said what it is
-    int m_refusal = 0;       ///< moverSetUp::Failure of opening
+    // A port may take seconds to be opened, with the mutex locked: what is asked meanwhile is answered without it.
+    std::atomic<bool> m_opens{false};
+    std::atomic<unsigned> m_attempt{0};
+    std::atomic<bool> m_begins{false};   ///< the port is to be opened
+    std::atomic<bool> m_answered{false}; ///< the board has said what it is
+    std::atomic<int> m_refusal{0};       ///< moverSetUp::Failure of opening
 };
 
 } // namespace grbl

@@ -108,6 +108,7 @@ private slots:
         qputenv("MOVER_CONTROLLERS", m_file.toUtf8());
         m_options = {};
         m_options.storeTime = 0.001;
+        m_options.bootTime = 0.05; // or it says nothing by itself for three seconds
         m_options.settings = {{1, 255},   {10, 3},    {22, 0},    {100, 250}, {101, 250}, {102, 250},
                               {110, 600}, {120, 500}, {130, 200}, {131, 200}, {132, 200}};
     }

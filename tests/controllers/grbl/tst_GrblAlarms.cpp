@@ -15,6 +15,7 @@ private slots:
     void homingTellsWhereTheTravelBegins_data();
     void homingTellsWhereTheTravelBegins();
     void homesOneAxisWhereTheBoardCan();
+    void aReportOnItsWayIsNotTheEndOfHoming();
     void aStopEndsHoming();
     void aFailedHomingIsNotHomed();
     void moveNeedsAReference();
@@ -156,6 +157,20 @@ void tst_GrblAlarms::homesOneAxisWhereTheBoardCan()
     QVERIFY(!bench.axis(0).isHomed());
     QCOMPARE(bench.axis(1).reportedPosition(), 1.0);
     QCOMPARE(bench.firmware.steps(0), 0LL);
+}
+
+void tst_GrblAlarms::aReportOnItsWayIsNotTheEndOfHoming()
+{
+    Bench bench(homingBoard());
+    bench.firmware.toHost().setDelay(0.15);
+    bench.run(1);
+    QVERIFY(bench.board.locked());
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), int(Ok));
+    bench.run(1);
+    QCOMPARE(bench.board.phase(), grbl::Board::Phase::Homing);
+    bench.stop(0);
+    QVERIFY(bench.runUntil([&] { return bench.firmware.state() == emulator::State::Alarm; }, 3));
 }
 
 void tst_GrblAlarms::aStopEndsHoming()
