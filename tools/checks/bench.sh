@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 #
 # bench.sh [--short]: measures every row of the performance table and writes it to docs/performance.md; fails when a row
-# is 30 % beyond its goal. With --short it takes a third of the time and leaves the document alone, for CI.
+# is 30 % beyond its goal. With --short it takes a quarter of the time and leaves the document alone, for CI.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh

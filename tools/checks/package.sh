@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 #
-# Builds the packages, looks at what is in them, installs the .deb, drives a move with what its menu entry starts, and
-# removes it without leftovers; then the same drive with the .tar.gz, unpacked in a folder with a difficult name.
-# Needs root for the .deb; the program itself is run by somebody who may not write to its folder.
+# Runs the kits' examples. Builds the packages, looks at what is in them, installs the .deb, drives a move with what its
+# menu entry starts, and removes it without leftovers; then the same drive with the .tar.gz, unpacked in a folder with a
+# difficult name. Needs root for the .deb; the program itself is run by somebody who may not write to its folder.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
-install_missing "${build_packages[@]}" "${desktop_packages[@]}" "${package_packages[@]}"
+install_missing "${build_packages[@]}" "${desktop_packages[@]}" "${kit_packages[@]}" "${package_packages[@]}"
 
 export LC_ALL=C.UTF-8 # the manual has a Chinese name, which cpack cannot pack in the C locale
 
@@ -63,6 +63,9 @@ if cmake --build --preset release --target help | grep -q '^manual:'; then
     install_missing "${manual_packages[@]}"
     build release manual
 fi
+
+say "Kits"
+ctest --test-dir build/release --no-tests=error --output-on-failure
 
 say "Packing"
 out=build/release/packages
