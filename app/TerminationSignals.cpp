@@ -67,7 +67,8 @@ TerminationSignals::~TerminationSignals()
 {
     if (!m_notifier)
         return;
-    handleSignals(SIG_DFL);
+    // Who asks twice changes nothing: the program ends. "Ignored" would be inherited by a program started from here.
+    handleSignals([](int) {});
     ::alarm(0);
     handle(SIGALRM, SIG_DFL);
     m_notifier.reset();

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/controllers/emulator/Host.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <algorithm>
@@ -27,7 +26,6 @@ private slots:
     void cancelsOnTheCommonPath();
     void runsDryWhenTheHostStalls_data();
     void runsDryWhenTheHostStalls();
-    void simulatesFasterThanTheClock();
 };
 
 namespace {
@@ -228,17 +226,6 @@ void tst_Streams::runsDryWhenTheHostStalls()
         speedsIn(stream.host.board.takeSteps(0), stream.start() + 0.8, stream.start() + 1.2 + stall, 0.02);
     const double slowest = *std::min_element(speeds.begin(), speeds.end());
     QVERIFY2(isDry ? slowest < 3 : slowest > 9.7, qPrintable(QString::number(slowest)));
-}
-
-void tst_Streams::simulatesFasterThanTheClock()
-{
-    Stream stream(0.05, 0.15, 1, {10, -6, 1});
-    QElapsedTimer timer;
-    timer.start();
-    stream.run(120);
-    const double times = 120.0 / (static_cast<double>(timer.elapsed() + 1) / 1000);
-    qInfo("%.0f times as fast as the clock", times);
-    QVERIFY(times > 20);
 }
 
 QTEST_APPLESS_MAIN(tst_Streams)
