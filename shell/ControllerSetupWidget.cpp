@@ -61,7 +61,10 @@ ControllerSetupWidget::ControllerSetupWidget(QWidget *parent)
     connect(ui->widget_settings, &BoardSettingsWidget::signal_tell, this, &ControllerSetupWidget::tell);
 }
 
-ControllerSetupWidget::~ControllerSetupWidget() = default;
+ControllerSetupWidget::~ControllerSetupWidget()
+{
+    hide(); // as long as its pages have their board
+}
 
 // ---- Coming and going
 
