@@ -10,7 +10,8 @@
 #include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
-#include "widgets/SmallFile.h"
+#include "session/ParameterHistory.h"
+#include "session/SmallFile.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -293,6 +294,7 @@ int StartUp::run(int argc, char *argv[])
     {
         MoverWidget window;
         const ScreenFit fit(&window);
+        const auto history = ParameterHistory::instance(); // keeps snapshots also while nobody looks at them
         registerStageModel();
         const TerminationSignals signalsToClose([&window] { window.close(); });
         window.show();

@@ -42,6 +42,7 @@ struct ConsoleCommand {
         StateGetter, UnlockedCall, DeviceGetter, DeviceSetter, DeviceTextSetter, DeviceTextGetter>
         operation;
     std::optional<OperationType> motion = std::nullopt; // of those that make an axis move or stop
+    bool writesParameters = false;                      // of the stage
 };
 
 inline constexpr ConsoleCommand consoleCommands[] = {
@@ -97,11 +98,11 @@ inline constexpr ConsoleCommand consoleCommands[] = {
     {51, "读设备名称", "getDevModelName", &MoverFunctions::getDevModelName},
     {42, "写设备序列号", "setDevSerialNumber", &MoverFunctions::setDevSerialNumber},
     {52, "读设备序列号", "getDevSerialNumber", &MoverFunctions::getDevSerialNumber},
-    {46, "写位移台名称", "setMotorModelName", &MoverFunctions::setMotorModelName},
+    {46, "写位移台名称", "setMotorModelName", &MoverFunctions::setMotorModelName, std::nullopt, true},
     {56, "读位移台名称", "getMotorModelName", &MoverFunctions::getMotorModelName},
-    {45, "写位移台序列号", "setMotorSerialNumber", &MoverFunctions::setMotorSerialNumber},
+    {45, "写位移台序列号", "setMotorSerialNumber", &MoverFunctions::setMotorSerialNumber, std::nullopt, true},
     {55, "读位移台序列号", "getMotorSerialNumber", &MoverFunctions::getMotorSerialNumber},
-    {48, "写位移台单位", "setMotorUnitType", &MoverFunctions::setMotorUnitType},
+    {48, "写位移台单位", "setMotorUnitType", &MoverFunctions::setMotorUnitType, std::nullopt, true},
     {58, "读位移台单位", "getMotorUnitType", &MoverFunctions::getMotorUnitType},
     // Device
     {43, "写设备轴数", "setDevAxisCount", ConsoleCommand::DeviceSetter{&MoverFunctions::setDevAxisCount}},

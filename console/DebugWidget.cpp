@@ -10,7 +10,7 @@
 #include "widgets/BusyCursor.h"
 #include "widgets/Dialogs.h"
 #include "widgets/Form.h"
-#include "widgets/SmallFile.h"
+#include "session/SmallFile.h"
 
 #include "ui_DebugWidget.h"
 
@@ -144,6 +144,11 @@ void DebugWidget::run(int button)
                     {axis, *command.motion, direction, MotionCommand::Console, value});
             return statusText(value);
         };
+        const auto written = [&](int value) {
+            if (command.writesParameters && value >= 0)
+                SerialComDev::instance()->noteParametersWritten(axis);
+            return statusText(value);
+        };
         const auto real = [](double value) { return QString::number(value, 'g', 8); };
         const QByteArray bytes = input.toLatin1();
         result = std::visit(
@@ -152,10 +157,10 @@ void DebugWidget::run(int button)
                 [&](ConsoleCommand::Directed go) {
                     return status(call(go.start, axis, go.direction), go.direction == 1 ? 1 : -1);
                 },
-                [&](ConsoleCommand::IntegerSetter set) { return statusText(call(set, axis, number(int()))); },
+                [&](ConsoleCommand::IntegerSetter set) { return written(call(set, axis, number(int()))); },
                 [&](ConsoleCommand::RealSetter set) { return statusText(call(set, axis, number(double()))); },
                 [&](ConsoleCommand::TextSetter set) {
-                    return statusText(call(set, axis, bytes.constData(), bytes.size()));
+                    return written(call(set, axis, bytes.constData(), bytes.size()));
                 },
                 [&](ConsoleCommand::RealGetter get) { return real(call(get, axis)); },
                 [&](ConsoleCommand::PositionGetter get) { return real(call(get, axis, static_cast<int *>(nullptr))); },
@@ -240,6 +245,7 @@ void DebugWidget::on_pushButton_writeMotorParams_clicked()
         showResult("setMotorParams", [result] { return tr("写入电机参数失败：error（%1）").arg(statusText(result)); });
         return;
     }
+    SerialComDev::instance()->noteParametersWritten(axis());
     showResult("setMotorParams", [] { return tr("写入电机参数成功"); });
 
     // On purpose nobody reaches the library until the user has seen that the controller is still writing. Whatever
@@ -276,6 +282,7 @@ void DebugWidget::on_pushButton_clear_clicked()
     // On purpose without LibraryLock, and no result is shown.
     const BusyCursor busy;
     UnlockedCalls::setClearIDChip(deviceId(), ui->comboBox_chipAxis->currentIndex());
+    SerialComDev::instance()->noteParametersWritten(ui->comboBox_chipAxis->currentIndex());
 }
 
 // ---- Position compensation -----------------------------------------------------------------------------------------
@@ -287,6 +294,8 @@ void DebugWidget::setPosConpen(int enable)
         const BusyCursor busy;
         const LibraryLock library;
         result = library->setPosConpenEnable(deviceId(), axis(), enable);
+        if (result >= 0)
+            SerialComDev::instance()->noteParametersWritten(axis());
     }
     showResult("setPosConpenEnable", [result] { return statusText(result); });
 }
@@ -336,6 +345,8 @@ void DebugWidget::on_pushButton_pos_conpen_write_clicked()
         const LibraryLock library;
         positiveResult = library->setPositivePosConpen(deviceId(), axis(), positive.values.data(), positive.count);
         negativeResult = library->setNegativePosConpen(deviceId(), axis(), negative.values.data(), negative.count);
+        if (positiveResult >= 0 || negativeResult >= 0)
+            SerialComDev::instance()->noteParametersWritten(axis());
     }
     showResult("setPositivePosConpen, setNegativePosConpen", [positiveResult, negativeResult] {
         return QStringLiteral("%1 %2").arg(positiveResult).arg(negativeResult);

@@ -41,6 +41,12 @@ public:
     virtual void pollFailed(int axis, Time at) = 0;
     /** The library has accepted or refused a command. */
     virtual void commandAnswered(const MotionCommand &command, Time at) = 0;
+    /** The motor parameters or the compensation of the axis were written, by whomever. */
+    virtual void parametersWritten(int axis, Time at)
+    {
+        Q_UNUSED(axis)
+        Q_UNUSED(at)
+    }
 
 protected:
     ~AnswerListener() = default;

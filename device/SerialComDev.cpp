@@ -37,11 +37,18 @@ Singleton &singleton()
 }
 
 constexpr std::chrono::milliseconds slowCall(20);
+constexpr std::chrono::seconds behindPatience(1);
 constexpr int maxAxes = 8;   // more than any controller has
 constexpr int usualAxes = 3; // of a controller that has not told
 constexpr int mostMessages = 200;
 
 using Library = const MoverFunctions &; // of a LibraryLock
+
+QEvent::Type behindEvent()
+{
+    static const auto type = QEvent::Type(QEvent::registerEventType());
+    return type;
+}
 
 struct StartMode {
     int mode;
@@ -287,6 +294,38 @@ SerialComDev::SerialComDev()
     connectCommand(&SerialComDev::signal_setPosConpenEnable, &SerialComDev::slot_setPosConpenEnable);
 }
 
+void SerialComDev::runBehind(std::function<void()> step)
+{
+    {
+        const QMutexLocker lock(&m_behindMutex);
+        m_behind.push_back({std::move(step), QDeadlineTimer(behindPatience)});
+    }
+    QCoreApplication::postEvent(this, new QEvent(behindEvent()), Qt::LowEventPriority);
+}
+
+bool SerialComDev::event(QEvent *event)
+{
+    if (event->type() != behindEvent())
+        return QObject::event(event);
+    runNextBehind();
+    return true;
+}
+
+/** A step that has had its turn early leaves an event behind, for which there may be nothing to do. */
+void SerialComDev::runNextBehind()
+{
+    std::function<void()> step;
+    {
+        const QMutexLocker lock(&m_behindMutex);
+        if (m_behind.empty())
+            return;
+        step = std::move(m_behind.front().step);
+        m_behind.pop_front();
+    }
+    if (!m_bLeft)
+        step();
+}
+
 /** Runs the slot in the worker thread, in the order of emission, polls included. */
 template <typename Signal, typename Slot>
 void SerialComDev::connectCommand(Signal signal, Slot slot)
@@ -327,6 +366,12 @@ void SerialComDev::runPolls(quint32 round)
         if (m_iStopsWaiting > 0 && timer.elapsed() > slowCall.count())
             m_polls.drop(m_uStopRound);
     }
+    // Where polls fill the link, low priority would never have its turn.
+    QMutexLocker lock(&m_behindMutex);
+    const bool isOverdue = !m_behind.empty() && m_behind.front().patience.hasExpired();
+    lock.unlock();
+    if (isOverdue && m_iStopsWaiting == 0)
+        runNextBehind();
 }
 
 SerialComDev::~SerialComDev()
@@ -442,7 +487,10 @@ int SerialComDev::getRockerEnable()
 int SerialComDev::setPosConpenEnable(int axis, int enable)
 {
     const LibraryLock library;
-    return library->setPosConpenEnable(m_iDeviceId, axis, enable);
+    const int result = library->setPosConpenEnable(m_iDeviceId, axis, enable);
+    if (result >= 0)
+        noteParametersWritten(axis);
+    return result;
 }
 
 int SerialComDev::getPosConpenEnable(int axis)
@@ -496,7 +544,10 @@ int SerialComDev::setMotorModelName(int axis, const QString &name)
 {
     const QByteArray bytes = name.toLatin1();
     const LibraryLock library;
-    return library->setMotorModelName(m_iDeviceId, axis, bytes.constData(), bytes.size());
+    const int result = library->setMotorModelName(m_iDeviceId, axis, bytes.constData(), bytes.size());
+    if (result >= 0)
+        noteParametersWritten(axis);
+    return result;
 }
 
 int SerialComDev::getMotorParams(int axis, MotorParams &params)
@@ -508,7 +559,10 @@ int SerialComDev::getMotorParams(int axis, MotorParams &params)
 int SerialComDev::setMotorParams(int axis, const MotorParams &params)
 {
     const LibraryLock library;
-    return library->setMotorParams(m_iDeviceId, axis, params);
+    const int result = library->setMotorParams(m_iDeviceId, axis, params);
+    if (result >= 0)
+        noteParametersWritten(axis);
+    return result;
 }
 
 QString SerialComDev::getDevSoftVersion()
@@ -875,6 +929,11 @@ void SerialComDev::sendStops()
 void SerialComDev::noteCommand(const MotionCommand &command)
 {
     m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) { listener.commandAnswered(command, at); });
+}
+
+void SerialComDev::noteParametersWritten(int axis)
+{
+    m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) { listener.parametersWritten(axis, at); });
 }
 
 /**

@@ -15,6 +15,8 @@
 #include <QVector>
 
 #include <atomic>
+#include <deque>
+#include <functional>
 #include <optional>
 
 /** States of an operation message, see SerialComDev::signal_showOperationMsg. The worker sends FAIL and OK. */
@@ -176,6 +178,8 @@ public:
     AnswerFeed &answers() { return m_feed; }
     /** For whoever makes library calls of its own: what the controller has answered. Any thread. */
     void noteCommand(const MotionCommand &command);
+    /** For the same: motor parameters or compensation of the axis that were written. Any thread. */
+    void noteParametersWritten(int axis);
     void noteRockerOn(bool on) { m_bRockerOn = on; }
     /** 0 or below says nothing: what was known before stays. */
     void noteAxisCount(int count)
@@ -183,6 +187,12 @@ public:
         if (count > 0)
             m_iAxisCount = count;
     }
+    /**
+     * Runs `step` in the worker's thread behind everything that is asked for until it runs, also what comes later. It
+     * makes one library call at most. On a link that polls fill it has its turn after a second. Steps keep their order;
+     * none runs once the program has left the controller. Any thread.
+     */
+    void runBehind(std::function<void()> step);
     /** The next answers to polls of the axis count as changed: somebody new listens. */
     void announceAnew(int axis);
 
@@ -248,6 +258,8 @@ public slots:
     /** As slot_heartBeat, answered by signal_consoleHeartBeatInfo. */
     void slot_consoleHeartBeat();
 
+    bool event(QEvent *event) override;
+
 private:
     SerialComDev();
 
@@ -266,6 +278,7 @@ private:
     bool closeOpenDevice(QDeadlineTimer deadline);
     void requestPoll(const PollQueue::Poll &poll);
     void runPolls(quint32 round);
+    void runNextBehind();
     template <typename Signal, typename Slot>
     void connectCommand(Signal signal, Slot slot);
     template <typename Change>
@@ -286,6 +299,12 @@ private:
     QMap<int, int> m_autoDetect;
     QMutex m_requestMutex; // held while a round is begun and the worker is called for it
     PollQueue m_polls;
+    struct Behind {
+        std::function<void()> step;
+        QDeadlineTimer patience;
+    };
+    QMutex m_behindMutex;
+    std::deque<Behind> m_behind;
     QMap<int, quint64> m_reports;     // number of the report that an axis has told last
     QVector<MoverMessage> m_messages; // of the library, until their axis is polled
     AnswerFeed m_feed;

@@ -128,6 +128,8 @@ public:
 
 signals:
     void stateChanged();
+    /** An axis has become known; one that is described again has been already. */
+    void axisAdded(int index);
     /** Somebody stops everything. Whatever would start something later must end, and must not go on by itself. */
     void stopAllRequested();
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/LanguageStore.h"
 
-#include "widgets/SmallFile.h"
+#include "session/SmallFile.h"
 
 #include <QDir>
 #include <QFileInfo>

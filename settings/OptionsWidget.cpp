@@ -7,7 +7,7 @@
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/Form.h"
-#include "widgets/SmallFile.h"
+#include "session/SmallFile.h"
 
 #include "ui_OptionsWidget.h"
 

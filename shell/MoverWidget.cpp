@@ -21,6 +21,8 @@
 #include "widgets/Dialogs.h"
 #include "widgets/Form.h"
 #include "widgets/MessageBox.h"
+#include "workbench/HistoryWidget.h"
+#include "workbench/WorkbenchWidget.h"
 
 #include "ui_MoverWidget.h"
 
@@ -28,6 +30,7 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QPointer>
+#include <QShortcut>
 #include <QStyle>
 
 #include <algorithm>
@@ -110,6 +113,10 @@ MoverWidget::MoverWidget(QWidget *parent)
     m_stopAllPatience.setInterval(stopAllPatienceMs);
     connect(&m_stopAllPatience, &QTimer::timeout, this, &MoverWidget::showStopAll);
     connect(ui->pushButton_stopAll, &QPushButton::clicked, this, &MoverWidget::stopAll);
+    connect(ui->pushButton_workbench, &QPushButton::clicked, this, &MoverWidget::openWorkbench);
+    auto *const workbenchKey = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_B), this);
+    workbenchKey->setContext(Qt::ApplicationShortcut);
+    connect(workbenchKey, &QShortcut::activated, this, &MoverWidget::openWorkbench);
     new StopKeys([this] { stopAll(); }, this);
     connect(
         m_heart.data(), &Heart::controlerStateChanged, this, &MoverWidget::slot_updateControlerState,
@@ -464,6 +471,16 @@ void MoverWidget::on_pushButton_debug_clicked()
     m_console->activateWindow();
 }
 
+void MoverWidget::openWorkbench()
+{
+    if (!m_workbench) {
+        m_workbench = std::make_unique<WorkbenchWidget>();
+        m_workbench->addPage(new HistoryWidget);
+        Dialogs::centreOn(m_workbench.get(), this);
+    }
+    m_workbench->open();
+}
+
 void MoverWidget::on_pushButton_showMin_clicked()
 {
     showMinimized();
@@ -485,6 +502,8 @@ void MoverWidget::on_pushButton_close_clicked()
         return;
     m_bClosing = true;
     m_console->close(); // before the device: it may hold the library
+    if (m_workbench)
+        m_workbench->close();
     qDebug() << "on_pushButton_close_clicked: close the device";
     {
         const BusyCursor busy;

@@ -23,6 +23,7 @@ class MyBorderContainer;
 class OptionsWidget;
 class PlaceholderWidget;
 class SerialPortChangeFilter;
+class WorkbenchWidget;
 
 namespace Ui {
 class MoverWidget;
@@ -86,6 +87,7 @@ private:
     void showStopAll();
     void stopAllDone();
     void showCentred(QWidget *popup);
+    void openWorkbench();
     void showHint();
 
     std::unique_ptr<Ui::MoverWidget> ui;
@@ -93,7 +95,8 @@ private:
     AddControlsWidget *m_addControls = nullptr;
     HelpWidget *m_help = nullptr;
     ConnectionWidget *m_connection = nullptr;
-    std::unique_ptr<DebugWidget> m_console; // a window of its own, without a parent
+    std::unique_ptr<DebugWidget> m_console;       // a window of its own, without a parent
+    std::unique_ptr<WorkbenchWidget> m_workbench; // the same, and only once it has been opened
     std::unique_ptr<SerialPortChangeFilter> m_portWatcher;
     QTimer m_portCheck; // runs while a look for the port is pending
     OptionsWidget *m_options = nullptr;

@@ -11,7 +11,7 @@ catalogue=resources/i18n/mover_en_US.ts
 lupdate=${LUPDATE:-lupdate}
 
 sources=
-for folder in app device shell axis models settings console widgets; do
+for folder in app device shell axis models settings console workbench widgets; do
     [ -d "$folder" ] && sources="$sources $folder"
 done
 

@@ -1016,6 +1016,163 @@ Is the way free?</translation>
     </message>
 </context>
 <context>
+    <name>HistoryWidget</name>
+    <message>
+        <source>参数历史</source>
+        <translation>Parameter history</translation>
+    </message>
+    <message>
+        <source>快照</source>
+        <translation>Snapshots</translation>
+    </message>
+    <message>
+        <source>拍摄快照</source>
+        <translation>Take snapshot</translation>
+    </message>
+    <message>
+        <source>时间</source>
+        <translation>Time</translation>
+    </message>
+    <message>
+        <source>控制器</source>
+        <translation>Controller</translation>
+    </message>
+    <message>
+        <source>轴</source>
+        <translation>Axis</translation>
+    </message>
+    <message>
+        <source>原因</source>
+        <translation>Why</translation>
+    </message>
+    <message>
+        <source>还没有快照。连接控制器后，每个轴的参数会自动保存在这里。</source>
+        <translation>No snapshots yet. Once a controller is connected, the parameters of each axis are kept here by themselves.</translation>
+    </message>
+    <message>
+        <source>差异</source>
+        <translation>Differences</translation>
+    </message>
+    <message>
+        <source>只看不同</source>
+        <translation>Changed only</translation>
+    </message>
+    <message>
+        <source>比较对象</source>
+        <translation>Compare with</translation>
+    </message>
+    <message>
+        <source>参数</source>
+        <translation>Field</translation>
+    </message>
+    <message>
+        <source>导入…</source>
+        <translation>Import …</translation>
+    </message>
+    <message>
+        <source>导出…</source>
+        <translation>Export …</translation>
+    </message>
+    <message>
+        <source>恢复…</source>
+        <translation>Restore …</translation>
+    </message>
+    <message>
+        <source>快照未能写入磁盘，将随下一个快照一起保存。</source>
+        <translation>The snapshot could not be written to the disk. It will be saved with the next one.</translation>
+    </message>
+    <message>
+        <source>该文件不是参数历史。</source>
+        <translation>This file is no parameter history.</translation>
+    </message>
+    <message>
+        <source>已导入 %1 个快照。</source>
+        <translation>%1 snapshots imported.</translation>
+    </message>
+    <message>
+        <source>导入的快照未能写入磁盘。</source>
+        <translation>The imported snapshots could not be written to the disk.</translation>
+    </message>
+    <message>
+        <source>已导出到 %1</source>
+        <translation>Exported to %1</translation>
+    </message>
+    <message>
+        <source>无法写入 %1</source>
+        <translation>%1 could not be written</translation>
+    </message>
+    <message>
+        <source>以下文件已损坏，已另存保留：%1</source>
+        <translation>Damaged, and kept aside as: %1</translation>
+    </message>
+    <message>
+        <source>所有轴</source>
+        <translation>All axes</translation>
+    </message>
+    <message>
+        <source>控制器当前值</source>
+        <translation>Controller now</translation>
+    </message>
+    <message>
+        <source>%2 项中有 %1 项不同。恢复前会先保存快照。</source>
+        <translation>%1 of %2 fields differ. Restoring keeps a snapshot first.</translation>
+    </message>
+    <message>
+        <source>正在读取控制器…</source>
+        <translation>Reading the controller …</translation>
+    </message>
+    <message>
+        <source>该控制器的这个轴未连接。</source>
+        <translation>This axis of this controller is not connected.</translation>
+    </message>
+    <message>
+        <source>%1：%2 → %3</source>
+        <translation>%1: %2 → %3</translation>
+    </message>
+    <message>
+        <source>另有 %1 项</source>
+        <translation>and %1 more</translation>
+    </message>
+    <message>
+        <source>控制器的值与该快照相同，无需恢复。</source>
+        <translation>The controller has the values of this snapshot already.</translation>
+    </message>
+    <message>
+        <source>要把 %1 恢复为 %2 的快照吗？将更改：
+%3</source>
+        <translation>Restore %1 to the snapshot of %2? This changes:
+%3</translation>
+    </message>
+    <message>
+        <source>未能读取控制器的当前参数，没有写入任何内容。</source>
+        <translation>What the controller has now could not be read. Nothing was written.</translation>
+    </message>
+    <message>
+        <source>未能保存恢复前的快照，没有写入任何内容。</source>
+        <translation>The snapshot before the restore could not be saved. Nothing was written.</translation>
+    </message>
+    <message>
+        <source>恢复过程中控制器已断开，请重新连接后检查参数。</source>
+        <translation>The controller was disconnected during the restore. Connect it again and check the parameters.</translation>
+    </message>
+    <message>
+        <source>已恢复，并已从控制器读回确认。</source>
+        <translation>Restored, and confirmed by reading it back.</translation>
+    </message>
+    <message>
+        <source>以下参数未生效：%1</source>
+        <translation>These did not take effect: %1</translation>
+    </message>
+    <message>
+        <source>导出快照</source>
+        <translation>Export snapshots</translation>
+    </message>
+    <message>
+        <source>导入快照</source>
+        <translation>Import snapshots</translation>
+    </message>
+</context>
+<context>
     <name>JogParamWidget</name>
     <message>
         <source>步长：</source>
@@ -1322,6 +1479,14 @@ is correctly connected!</translation>
         <source>正在停止…</source>
         <translation>Stopping…</translation>
     </message>
+    <message>
+        <source>工作台</source>
+        <translation>Workbench</translation>
+    </message>
+    <message>
+        <source>工作台（Ctrl+B）</source>
+        <translation>Workbench (Ctrl+B)</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>
@@ -1540,6 +1705,149 @@ is correctly connected!</translation>
         <source>关闭</source>
         <comment>the dialog</comment>
         <translation>Close</translation>
+    </message>
+</context>
+<context>
+    <name>ParameterTexts</name>
+    <message>
+        <source>型号</source>
+        <translation>Model name</translation>
+    </message>
+    <message>
+        <source>序列号</source>
+        <translation>Serial number</translation>
+    </message>
+    <message>
+        <source>每转脉冲数</source>
+        <translation>Pulses per turn</translation>
+    </message>
+    <message>
+        <source>导程</source>
+        <translation>Lead</translation>
+    </message>
+    <message>
+        <source>复位速度</source>
+        <translation>Homing speed</translation>
+    </message>
+    <message>
+        <source>位移台类型</source>
+        <translation>Stage type</translation>
+    </message>
+    <message>
+        <source>单位类型</source>
+        <translation>Unit type</translation>
+    </message>
+    <message>
+        <source>正限位极性</source>
+        <translation>Positive limit</translation>
+    </message>
+    <message>
+        <source>负限位极性</source>
+        <translation>Negative limit</translation>
+    </message>
+    <message>
+        <source>零位极性</source>
+        <translation>Zero position</translation>
+    </message>
+    <message>
+        <source>运动方向</source>
+        <translation>Moving direction</translation>
+    </message>
+    <message>
+        <source>限位方向</source>
+        <translation>Limiting direction</translation>
+    </message>
+    <message>
+        <source>光耦顺序</source>
+        <translation>Opto-coupler order</translation>
+    </message>
+    <message>
+        <source>光耦数量</source>
+        <translation>Opto-couplers</translation>
+    </message>
+    <message>
+        <source>零位光耦宽度</source>
+        <translation>Zero opto-coupler width</translation>
+    </message>
+    <message>
+        <source>最大速度</source>
+        <translation>Highest speed</translation>
+    </message>
+    <message>
+        <source>最大加速度</source>
+        <translation>Highest acceleration</translation>
+    </message>
+    <message>
+        <source>最小位置</source>
+        <translation>Lower end of travel</translation>
+    </message>
+    <message>
+        <source>最大位置</source>
+        <translation>Upper end of travel</translation>
+    </message>
+    <message>
+        <source>回程间隙</source>
+        <translation>Backlash</translation>
+    </message>
+    <message>
+        <source>电机相数</source>
+        <translation>Motor phases</translation>
+    </message>
+    <message>
+        <source>摇杆最大速度</source>
+        <translation>Highest joystick speed</translation>
+    </message>
+    <message>
+        <source>修改日期</source>
+        <translation>Date of change</translation>
+    </message>
+    <message>
+        <source>位置补偿</source>
+        <translation type="unfinished">Pos Conpen</translation>
+    </message>
+    <message>
+        <source>正向补偿表</source>
+        <translation>Positive compensation table</translation>
+    </message>
+    <message>
+        <source>负向补偿表</source>
+        <translation>Negative compensation table</translation>
+    </message>
+    <message>
+        <source>连接时</source>
+        <translation>connected</translation>
+    </message>
+    <message>
+        <source>写入后</source>
+        <translation>after writing</translation>
+    </message>
+    <message>
+        <source>手动</source>
+        <translation>by hand</translation>
+    </message>
+    <message>
+        <source>恢复前</source>
+        <translation>before restoring</translation>
+    </message>
+    <message>
+        <source>未知</source>
+        <translation>unknown</translation>
+    </message>
+    <message>
+        <source>开</source>
+        <translation>on</translation>
+    </message>
+    <message>
+        <source>关</source>
+        <translation>off</translation>
+    </message>
+    <message>
+        <source>空</source>
+        <translation>empty</translation>
+    </message>
+    <message>
+        <source>脉冲</source>
+        <translation>pulses</translation>
     </message>
 </context>
 <context>
@@ -1809,6 +2117,21 @@ is correctly connected!</translation>
     <message>
         <source>未回零</source>
         <translation>not homed</translation>
+    </message>
+</context>
+<context>
+    <name>WorkbenchWidget</name>
+    <message>
+        <source>工作台</source>
+        <translation>Workbench</translation>
+    </message>
+    <message>
+        <source>最大化</source>
+        <translation>Maximize</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
     </message>
 </context>
 </TS>

@@ -38,7 +38,7 @@ for form in $(git ls-files '*.ui'); do
     [ -f "${form%.ui}.h" ] || complain "$form: no class of that name beside it"
 done
 # A header that declares one QObject class has that class's name.
-for header in $(git grep -l Q_OBJECT -- app device session shell axis models settings console widgets | grep '\.h$'); do
+for header in $(git grep -l Q_OBJECT -- app device session shell axis models settings console workbench widgets | grep '\.h$'); do
     grep -qE "^class $(basename "$header" .h)\b" "$header" || complain "$header: declares no class of its name"
 done
 # Tests mirror the tree, and say that they are tests.
@@ -53,8 +53,9 @@ say "Includes"
 # folder: what it may include, files or whole folders, beside its own
 allowed='
 app: shell session widgets device
-shell: console settings axis models session widgets device
+shell: console workbench settings axis models session widgets device
 console: session widgets device
+workbench: session widgets device
 settings: session widgets device
 axis: models session widgets device
 models: session widgets device
@@ -80,7 +81,7 @@ done <<<"$allowed"
 
 say "Library calls"
 # A call without the lock does not compile, as long as only device/ knows the header.
-for file in $(git grep -l 'moverLibrary.h"' -- app shell session axis models settings console widgets); do
+for file in $(git grep -l 'moverLibrary.h"' -- app shell session axis models settings console workbench widgets); do
     complain "$file: includes the motion library's header"
 done
 

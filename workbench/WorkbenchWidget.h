@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "widgets/TitleBarDrag.h"
+
+#include <QWidget>
+
+#include <memory>
+
+namespace Ui {
+class WorkbenchWidget;
+}
+
+/**
+ * The workbench: a frameless, modeless window of its own beside the main window, with a tab for each page. It is made
+ * when it is first opened, and closing only hides it. GUI thread.
+ */
+class WorkbenchWidget final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit WorkbenchWidget(QWidget *parent = nullptr);
+    ~WorkbenchWidget() override;
+
+    /** Adds a page as the last tab and owns it. Its window title is the tab's text, also when it changes. */
+    void addPage(QWidget *page);
+    /** Shows the window, or brings it to the front. */
+    void open();
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private slots:
+    void on_pushButton_showMax_clicked();
+    void on_pushButton_close_clicked();
+
+private:
+    std::unique_ptr<Ui::WorkbenchWidget> ui;
+    TitleBarDrag m_drag;
+};
