@@ -239,11 +239,6 @@ QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription 
     AxisDescription whole = description;
     // Boards home all axes together, and lose their position by more than a lost link.
     whole.tellsHoming = library().mark() == QLatin1String("grbl");
-<<<<<<< HEAD
-    QSharedPointer<ControlAxis> &axis = m_axes[description.index];
-    axis = axis ? QSharedPointer<ControlAxis>::create(whole, *axis) : QSharedPointer<ControlAxis>::create(whole);
-    m_recorder->describe(whole);
-=======
     const QSharedPointer<ControlAxis> before = find(description.index);
     const auto axis =
         before ? QSharedPointer<ControlAxis>::create(whole, *before) : QSharedPointer<ControlAxis>::create(whole);
@@ -251,9 +246,9 @@ QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription 
         const QMutexLocker lock(&m_mutex);
         m_axes.insert(description.index, axis);
     }
+    m_recorder->describe(whole);
     if (!before)
         emit axisAdded(description.index);
->>>>>>> de74619 (Workbench: a window with a tab for each page, and the parameter history)
     return axis;
 }
 

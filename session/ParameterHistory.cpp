@@ -146,7 +146,7 @@ void ParameterHistory::run(const std::shared_ptr<Job> &job)
         bool isOpen = false;
         {
             const LibraryLock library;
-            isOpen = worker->deviceId() == job->id;
+            isOpen = job->id != 0 && worker->deviceId() == job->id;
             if (isOpen)
                 job->steps[job->done++](*library, job->id);
         }
@@ -235,11 +235,11 @@ void ParameterHistory::restore(const ParameterSnapshot &wanted)
             return;
         }
         save(*before, [this, result, before = *before](bool isSaved) mutable {
-            if (isSaved) {
+            if (isSaved && isConnected(before)) {
                 write(result.wanted, before);
                 return;
             }
-            result.outcome = ParameterRestore::NotKept;
+            result.outcome = isSaved ? ParameterRestore::Vanished : ParameterRestore::NotKept;
             end(result);
         });
     });

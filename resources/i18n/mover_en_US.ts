@@ -1803,7 +1803,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>位置补偿</source>
-        <translation type="unfinished">Pos Conpen</translation>
+        <translation>Position compensation</translation>
     </message>
     <message>
         <source>正向补偿表</source>
