@@ -45,6 +45,9 @@ public:
     void listenToWorker();
     /** Logs `text` and the stage's serial number. */
     void writeFirstLogLines(const QString &text);
+    QString logText() const { return m_log.text(); }
+    /** A red line in the log. */
+    void warn(const QString &text) { log(OPERATION_TYPE_WARNING, text, OPERATION_STATE_NONE); }
     /** Asks for position and state no more. */
     void stopPolling() { m_updateTimer.stop(); }
 

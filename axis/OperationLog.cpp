@@ -83,3 +83,8 @@ void OperationLog::removeLastEntry()
     cursor.movePosition(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
 }
+
+QString OperationLog::text() const
+{
+    return m_browser->toPlainText();
+}

@@ -16,6 +16,8 @@ public:
 
     /** type: OperationType; state: OperationState. Those without a word, also unknown ones, show none. */
     void append(int type, const QString &text, int state);
+    /** All of it. */
+    QString text() const;
 
 private:
     void removeLastEntry();

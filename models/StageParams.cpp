@@ -75,6 +75,14 @@ MotorParams toMotorParams(const MoverDevParam &stage)
 
 AxisDescription describe(int index, const QString &modelName, const MoverDevParam &stage)
 {
-    return {index,        modelName,      stage.unitString, stage.minPos,
-            stage.maxPos, stage.maxSpeed, stage.maxAcc,     stage.maxRockerSpeed};
+    return {
+        index,
+        modelName,
+        stage.unitString,
+        stage.minPos,
+        stage.maxPos,
+        stage.maxSpeed,
+        stage.maxAcc,
+        stage.maxRockerSpeed,
+        double(stage.restoreSpeed)};
 }

@@ -9,6 +9,6 @@ QString unitOf(int stageType)
 
 AxisDescription describe(int index, const QString &modelName, const MotorParams &stage)
 {
-    return {index,        modelName,      unitOf(stage.moveType), stage.minPos,
-            stage.maxPos, stage.maxSpeed, stage.maxAcc,           stage.maxRockerSpeed};
+    return {index,          modelName,    unitOf(stage.moveType), stage.minPos,      stage.maxPos,
+            stage.maxSpeed, stage.maxAcc, stage.maxRockerSpeed,   stage.restoreSpeed};
 }

@@ -5,6 +5,7 @@
 #include "device/LibraryText.h"
 #include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
+#include "session/MoveWatchdog.h"
 #include "session/Recorder.h"
 
 #include <QWeakPointer>
@@ -68,11 +69,14 @@ QSharedPointer<ControlSession> ControlSession::instance()
 ControlSession::ControlSession()
     : m_worker(SerialComDev::instance())
     , m_recorder(std::make_unique<Recorder>())
+    , m_watchdog(
+          std::make_unique<MoveWatchdog>([worker = m_worker.data()](int axis) { return worker->axisInfo(axis); }))
     , m_told(state())
     , m_iDeviceId(m_worker->isOpened() ? m_worker->deviceId() : 0)
 {
     m_worker->answers().add(this);
     m_worker->answers().add(m_recorder.get());
+    m_worker->answers().add(m_watchdog.get());
     if (isConnected())
         m_recorder->begin(m_sSerialNumber);
 }
@@ -80,6 +84,7 @@ ControlSession::ControlSession()
 ControlSession::~ControlSession()
 {
     m_worker->answers().remove(m_recorder.get());
+    m_worker->answers().remove(m_watchdog.get());
     m_worker->answers().remove(this);
 }
 
@@ -247,6 +252,7 @@ QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription 
         m_axes.insert(description.index, axis);
     }
     m_recorder->describe(whole);
+    m_watchdog->describe(whole);
     if (!before)
         emit axisAdded(description.index);
     return axis;
@@ -260,6 +266,7 @@ QSharedPointer<const ControlAxis> ControlSession::axis(int index) const
 void ControlSession::clearAxes()
 {
     m_iAxisCount = 0;
+    m_watchdog->clear();
     const QMutexLocker lock(&m_mutex);
     m_axes.clear();
 }

@@ -13,6 +13,7 @@
 #include <optional>
 
 class MotionLibrary;
+class MoveWatchdog;
 class Recorder;
 class SerialComDev;
 
@@ -125,6 +126,8 @@ public:
 
     /** What the axes do, from connecting to disconnecting. */
     Recorder &recorder() const { return *m_recorder; }
+    /** Tells of motions that should be over, and of axes that should move. */
+    const MoveWatchdog &watchdog() const { return *m_watchdog; }
 
 signals:
     void stateChanged();
@@ -146,6 +149,7 @@ private:
 
     const QSharedPointer<SerialComDev> m_worker;
     const std::unique_ptr<Recorder> m_recorder;
+    const std::unique_ptr<MoveWatchdog> m_watchdog;
     bool m_bConnecting = false; // the worker knows whether a controller is open
     State m_told;
     int m_iDeviceId = 0;

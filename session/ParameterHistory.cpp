@@ -168,8 +168,11 @@ void ParameterHistory::read(int axis, ParameterSnapshot::Why why, Then then)
     job->id = m_session->deviceId();
     for (const auto read : reads)
         job->steps.emplace_back([read, snapshot](Library library, int id) { read(library, id, *snapshot); });
-    job->then = [snapshot, then = std::move(then)](bool isWhole) {
-        snapshot->time = QDateTime::currentDateTimeUtc();
+    job->then = [this, snapshot, then = std::move(then)](bool isWhole) {
+        // Each has a time of its own: by that it is known.
+        const qint64 now = QDateTime::currentMSecsSinceEpoch();
+        m_lastTime = now > m_lastTime || now < m_lastTime - 1000 ? now : m_lastTime + 1;
+        snapshot->time = QDateTime::fromMSecsSinceEpoch(m_lastTime, Qt::UTC);
         then(isWhole ? snapshot.get() : nullptr);
     };
     run(job);

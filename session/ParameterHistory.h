@@ -105,5 +105,6 @@ private:
     QThreadPool m_files;                         // one thread
     QVector<ParameterSnapshot> m_unsaved;        // of that thread
     QMap<int, ParameterSnapshot::Why> m_waiting; // axes whose reading has not begun
+    qint64 m_lastTime = 0;                       // of a snapshot
     bool m_bRestoring = false;
 };

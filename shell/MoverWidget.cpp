@@ -9,6 +9,7 @@
 #include "models/AddControlsWidget.h"
 #include "models/StageParams.h"
 #include "session/ControlSession.h"
+#include "session/MoveWatchdog.h"
 #include "settings/OptionsWidget.h"
 #include "shell/ConnectionWidget.h"
 #include "shell/HelpWidget.h"
@@ -113,6 +114,7 @@ MoverWidget::MoverWidget(QWidget *parent)
     m_stopAllPatience.setInterval(stopAllPatienceMs);
     connect(&m_stopAllPatience, &QTimer::timeout, this, &MoverWidget::showStopAll);
     connect(ui->pushButton_stopAll, &QPushButton::clicked, this, &MoverWidget::stopAll);
+    connect(&m_session->watchdog(), &MoveWatchdog::signal_moveOverdue, this, &MoverWidget::showOverdue);
     connect(ui->pushButton_workbench, &QPushButton::clicked, this, &MoverWidget::openWorkbench);
     auto *const workbenchKey = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_B), this);
     workbenchKey->setContext(Qt::ApplicationShortcut);
@@ -471,11 +473,32 @@ void MoverWidget::on_pushButton_debug_clicked()
     m_console->activateWindow();
 }
 
+void MoverWidget::showOverdue(int axis, int finding, double expectedSeconds)
+{
+    MoverControlWidget *panel = m_board->find(AxisDescription::nameOf(axis));
+    if (!panel)
+        return;
+    panel->warn(
+        finding == MoveWatchdog::DoesNotMove
+            ? tr("运动命令已被接受，但轴没有动")
+            : tr("运动预计 %1 s 完成，至今仍未结束").arg(QString::number(expectedSeconds, 'f', 1)));
+}
+
+/** For whoever helps. */
+QVector<Diagnostics::File> MoverWidget::logs() const
+{
+    QVector<Diagnostics::File> files;
+    for (const MoverControlWidget *panel : m_board->panels())
+        files.append({QStringLiteral("log/%1.txt").arg(panel->axisName()), panel->logText().toUtf8()});
+    return files;
+}
+
 void MoverWidget::openWorkbench()
 {
     if (!m_workbench) {
         m_workbench = std::make_unique<WorkbenchWidget>();
         m_workbench->addPage(new HistoryWidget);
+        m_workbench->setLogs([this] { return logs(); });
         Dialogs::centreOn(m_workbench.get(), this);
     }
     m_workbench->open();

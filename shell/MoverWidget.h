@@ -6,6 +6,7 @@
 #include "shell/AxisTabs.h"
 #include "shell/PanelBoard.h"
 #include "widgets/TitleBarDrag.h"
+#include "workbench/Diagnostics.h"
 
 #include <QSharedPointer>
 #include <QTimer>
@@ -88,6 +89,8 @@ private:
     void stopAllDone();
     void showCentred(QWidget *popup);
     void openWorkbench();
+    void showOverdue(int axis, int finding, double expectedSeconds);
+    QVector<Diagnostics::File> logs() const;
     void showHint();
 
     std::unique_ptr<Ui::MoverWidget> ui;

@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "workbench/WorkbenchWidget.h"
 
+#include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/Form.h"
+#include "widgets/MessageBox.h"
 
 #include "ui_WorkbenchWidget.h"
 
+#include <QDateTime>
+#include <QFileDialog>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QSizeGrip>
 
 WorkbenchWidget::WorkbenchWidget(QWidget *parent)
@@ -42,6 +47,22 @@ void WorkbenchWidget::open()
     show();
     raise();
     activateWindow();
+}
+
+void WorkbenchWidget::on_pushButton_diagnostics_clicked()
+{
+    const QString name =
+        QStringLiteral("mover-%1.zip").arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")));
+    const QPointer<WorkbenchWidget> alive(this);
+    const QString path = QFileDialog::getSaveFileName(this, tr("保存诊断信息"), name, QStringLiteral("ZIP (*.zip)"));
+    if (!alive || path.isEmpty())
+        return;
+    bool isSaved = false;
+    {
+        const BusyCursor busy;
+        isSaved = Diagnostics::save(path, Diagnostics::collect() + (m_logs ? m_logs() : QVector<Diagnostics::File>()));
+    }
+    MessageBox::inform(this, isSaved ? tr("诊断信息已保存到\n%1").arg(path) : tr("诊断信息未能保存到\n%1").arg(path));
 }
 
 void WorkbenchWidget::on_pushButton_showMax_clicked()

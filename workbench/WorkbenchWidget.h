@@ -2,9 +2,11 @@
 #pragma once
 
 #include "widgets/TitleBarDrag.h"
+#include "workbench/Diagnostics.h"
 
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 namespace Ui {
@@ -25,6 +27,8 @@ public:
 
     /** Adds a page as the last tab and owns it. Its window title is the tab's text, also when it changes. */
     void addPage(QWidget *page);
+    /** What the diagnostics take along beside what they find themselves. */
+    void setLogs(std::function<QVector<Diagnostics::File>()> logs) { m_logs = std::move(logs); }
     /** Shows the window, or brings it to the front. */
     void open();
 
@@ -34,10 +38,12 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private slots:
+    void on_pushButton_diagnostics_clicked();
     void on_pushButton_showMax_clicked();
     void on_pushButton_close_clicked();
 
 private:
     std::unique_ptr<Ui::WorkbenchWidget> ui;
     TitleBarDrag m_drag;
+    std::function<QVector<Diagnostics::File>()> m_logs;
 };

@@ -576,6 +576,15 @@ Situation everyWindow()
                 OpenWindow::click(session.program().titleButton("pushButton_help"));
                 return session.dialog<HelpWidget>();
             }),
+         in("workbench",
+            [](Session &session, MoverControlWidget *) -> QWidget * {
+                OpenWindow::click(session.program().titleButton("pushButton_workbench"));
+                session.settle();
+                const QWidgetList windows = QApplication::topLevelWidgets();
+                return *std::find_if(windows.begin(), windows.end(), [](const QWidget *window) {
+                    return window->inherits("WorkbenchWidget");
+                });
+            }),
          in("move parameters",
             [popup](Session &, MoverControlWidget *panel) { return popup(panel->findChild<MoveParamWidget *>()); }),
          in("drive parameters",
@@ -806,7 +815,10 @@ const Shown shownFailures[] = {
     // Stop all in every window
     {"everyWindow", "startDrive", "log: 推进 正方向Drive 操作失败"},
     {"everyWindow", "stopRuning", "log: 停止 停止运行 操作失败"},
-    {"everyWindow", "getMotorParams", nullptr}, // the answer of the write stands there
+    {"everyWindow", "getMotorParams", nullptr},     // the answer of the write stands there
+    {"everyWindow", "getPosConpenEnable", nullptr}, // unknown in the snapshot
+    {"everyWindow", "getPositivePosConpen", nullptr},
+    {"everyWindow", "getNegativePosConpen", nullptr},
     {"everyWindow", "setMotorParams", "console: 写入电机参数失败：error（%1）"},
 
     // Settings: what cannot be read stays as it was

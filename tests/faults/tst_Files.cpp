@@ -3,6 +3,7 @@
 // them.
 #include "app/Child.h"
 #include "device/ControllersFile.h"
+#include "session/ParameterStore.h"
 #include "settings/LanguageStore.h"
 
 #include <QDir>
@@ -146,6 +147,15 @@ private:
 
 const QStringList arguments{QStringLiteral("reading"), QStringLiteral("button")};
 
+ParameterSnapshot snapshotAt(int minute)
+{
+    ParameterSnapshot snapshot;
+    snapshot.time = QDateTime(QDate(2026, 3, 1), QTime(0, minute), Qt::UTC);
+    snapshot.controller = QStringLiteral("SIM");
+    snapshot.params = MotorParams{};
+    return snapshot;
+}
+
 } // namespace
 
 class tst_Files : public QObject
@@ -164,6 +174,7 @@ private slots:
     void aKillAtAnySystemCallLosesNoSetting_data();
     void aKillAtAnySystemCallLosesNoSetting();
     void aFullDiskLosesNoSetting();
+    void aFullDiskLosesNoSnapshot();
 };
 
 void tst_Files::isReadWholeOrNotAtAll_data()
@@ -329,7 +340,9 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting_data()
         file.save();
     };
     QTest::newRow("language") << "appConfig.ini" << language;
+    const Save history = [](const QString &folder, int value) { ParameterStore(folder).add({snapshotAt(value)}); };
     QTest::newRow("controllers") << "controllers.json" << controllers;
+    QTest::newRow("parameter history") << "SIM-Axis1.json" << history;
 }
 
 /** Every system call of a save is one after which the process may be gone. */
@@ -411,6 +424,29 @@ void tst_Files::aFullDiskLosesNoSetting()
         store.save(1);
         QCOMPARE(store.load(), 1);
     }
+}
+
+void tst_Files::aFullDiskLosesNoSnapshot()
+{
+    const QTemporaryDir folder;
+    const QByteArray mountPoint = QFile::encodeName(folder.path());
+    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=64k") != 0)
+        QSKIP("a disk cannot be mounted here");
+    const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
+    const ParameterStore store(folder.filePath(QStringLiteral("history")));
+    QVERIFY(store.add({snapshotAt(1)}));
+    QFile filler(folder.filePath(QStringLiteral("filler")));
+    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (filler.write(QByteArray(4096, 'x')) == 4096) {
+    }
+    filler.close();
+    QVERIFY(!store.add({snapshotAt(2)}));
+    const ParameterStore::Contents found = store.load();
+    QCOMPARE(found.damaged, QStringList());
+    QCOMPARE(found.snapshots.size(), 1);
+    QVERIFY(QFile::remove(filler.fileName()));
+    QVERIFY(store.add({snapshotAt(2)}));
+    QCOMPARE(store.load().snapshots.size(), 2);
 }
 
 QTEST_GUILESS_MAIN(tst_Files)

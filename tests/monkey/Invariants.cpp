@@ -4,6 +4,7 @@
 #include "axis/CycleOperationWidget.h"
 #include "axis/MoverControlWidget.h"
 #include "console/DebugWidget.h"
+#include "workbench/WorkbenchWidget.h"
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "shell/MoverWidget.h"
@@ -84,19 +85,24 @@ QString panelBroken(const MoverControlWidget *panel)
     return QString();
 }
 
-/** Windows are the main one, the console, and what belongs to either; a message box may belong to nobody. */
+/** Whether it has a life of its own beside the main window. */
+bool standsAlone(const QWidget *window)
+{
+    return qobject_cast<const DebugWidget *>(window) || qobject_cast<const WorkbenchWidget *>(window) ||
+           qobject_cast<const QMessageBox *>(window);
+}
+
+/** Windows are the main one, those beside it, and what belongs to one of them; a message box may belong to nobody. */
 QString orphan(const MoverWidget &window)
 {
     for (const QWidget *candidate : Invariants::visibleWindows()) {
-        if (candidate == &window || qobject_cast<const DebugWidget *>(candidate) ||
-            qobject_cast<const QMessageBox *>(candidate) || candidate->inherits("QTipLabel"))
+        if (candidate == &window || standsAlone(candidate) || candidate->inherits("QTipLabel"))
             continue;
         const QWidget *owner = candidate->parentWidget();
         while (owner && owner->parentWidget())
             owner = owner->parentWidget();
         // A context menu has the widget that it was opened for as its owner.
-        if (!owner ||
-            !(owner == &window || qobject_cast<const DebugWidget *>(owner) || qobject_cast<const QMessageBox *>(owner)))
+        if (!owner || !(owner == &window || standsAlone(owner)))
             return Fingers::nameOf(candidate);
     }
     return QString();

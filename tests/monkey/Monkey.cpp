@@ -342,7 +342,8 @@ void Monkey::act()
         m_window->show();
         return;
     }
-    if (m_actingLevel >= deepest) {
+    // The files behind a file dialog are not the program's: it is only left.
+    if (m_actingLevel >= deepest || window->inherits("QFileDialog")) {
         leave();
         return;
     }

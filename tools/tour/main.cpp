@@ -10,6 +10,7 @@
 #include "app/StartUp.h"
 #include "axis/MoverControlWidget.h"
 #include "device/SerialComDev.h"
+#include "session/ParameterHistory.h"
 #include "shell/MoverWidget.h"
 #include "controllers/emulator/SerialPort.h"
 #include "controllers/simulated/SimulatorControl.h"
@@ -27,6 +28,7 @@
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QTextStream>
@@ -64,6 +66,7 @@ public:
         joystick();
         settings();
         console();
+        workbench();
         helpAndWindow();
         lostLink();
         disconnectAndReconnect();
@@ -94,6 +97,15 @@ private:
                 return candidate;
         }
         qFatal("There is no %s", className);
+    }
+    /** A window of its own that may not be there yet. In the GUI thread. */
+    static QWidget *topLevel(const char *className)
+    {
+        for (QWidget *candidate : QApplication::topLevelWidgets()) {
+            if (candidate->inherits(className))
+                return candidate;
+        }
+        return nullptr;
     }
     QWidget *own(const char *name) const { return in(m_window, name); }
     QWidget *panel(int axis) const
@@ -584,6 +596,47 @@ private:
             "console-closed", [] { Guide::press("alt+F4"); }, [&] { return !debug->isVisible(); });
     }
 
+    void workbench()
+    {
+        m_guide.step(
+            "workbench-history", [this] { Guide::click(own("pushButton_workbench")); },
+            [this] {
+                const QWidget *bench = topLevel("WorkbenchWidget");
+                const auto *status = bench ? bench->findChild<QLabel *>("label_status") : nullptr;
+                return bench && bench->isActiveWindow() && status->text().contains(word("项不同", "fields differ"));
+            });
+        QWidget *bench = inGui([] { return topLevel("WorkbenchWidget"); });
+        const auto *status = in<QLabel>(bench, "label_status");
+        const auto *list = in<QTableWidget>(bench, "tableWidget_snapshots");
+        const int count = inGui([&] { return list->rowCount(); });
+        m_guide.step(
+            "workbench-snapshot", [&] { Guide::click(in(bench, "pushButton_snapshot")); },
+            [&] { return list->rowCount() == count + 3; });
+        m_guide.step(
+            "workbench-differences",
+            [&] {
+                MotorParams params = {};
+                SerialComDev::instance()->getMotorParams(0, params);
+                params.pulseOneCircle += 200;
+                params.restoreSpeed += 3;
+                SerialComDev::instance()->setMotorParams(0, params);
+                Guide::wait([&] { return list->rowCount() == count + 4; }, 5000);
+                inGui([&] { in<QTableWidget>(bench, "tableWidget_snapshots")->setCurrentCell(3, 0); });
+            },
+            [&] { return status->text().contains(word("2 项不同", "2 of")); });
+        m_guide.step(
+            "workbench-changed-only", [&] { Guide::click(in(bench, "checkBox_changedOnly")); },
+            [&] { return in<QTableWidget>(bench, "tableWidget_differences")->isRowHidden(0); });
+        m_guide.step(
+            "workbench-restore", [&] { Guide::click(in(bench, "pushButton_restore")); },
+            [] { return box() != nullptr; });
+        m_guide.step(
+            "workbench-restored", [] { confirm(); },
+            [&] { return status->text().contains(word("已恢复", "Restored")); });
+        m_guide.step(
+            "workbench-closed", [] { Guide::press("Escape"); }, [&] { return !bench->isVisible(); });
+    }
+
     void helpAndWindow()
     {
         QWidget *help = window("HelpWidget");
@@ -684,6 +737,7 @@ int main(int argc, char *argv[])
     {
         MoverWidget window;
         const ScreenFit fit(&window);
+        const auto history = ParameterHistory::instance();
         window.show();
         const std::unique_ptr<QThread> script(QThread::create([&] {
             failures =

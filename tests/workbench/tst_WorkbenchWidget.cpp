@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+#include "workbench/WorkbenchWidget.h"
+
+#include "shell/OpenWindow.h"
+
+#include <QStandardPaths>
+#include <QTabBar>
+
+/** The workbench of the main window. */
+class tst_WorkbenchWidget : public WindowTest
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void init() { begin(); }
+    void cleanup() { end(); }
+
+    void itsButtonMovesNothingElseOfTheTitleBar()
+    {
+        OpenWindow program;
+        const QWidget &window = program.window();
+        const auto leftOf = [&](const char *name) {
+            return window.width() - program.titleButton(name)->mapTo(&window, QPoint()).x();
+        };
+        QCOMPARE(leftOf("pushButton_stopAll"), 550);
+        QCOMPARE(leftOf("pushButton_workbench"), 270);
+        QCOMPARE(leftOf("pushButton_help"), 225);
+        QCOMPARE(program.titleButton("pushButton_workbench")->size(), QSize(33, 33));
+    }
+
+    void isMadeWhenItIsFirstOpened()
+    {
+        OpenWindow program;
+        QVERIFY(!bench());
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        QVERIFY(bench() && bench()->isVisible());
+        QCOMPARE(bench()->size(), QSize(1200, 760));
+        QVERIFY(!bench()->isModal());
+        QCOMPARE(bench()->findChild<QTabBar *>(QStringLiteral("tabBar"))->tabText(0), QStringLiteral("参数历史"));
+        const QWidget *first = bench();
+        QTest::keyClick(bench(), Qt::Key_Escape);
+        QVERIFY(!bench()->isVisible());
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        QCOMPARE(bench(), first);
+        QVERIFY(first->isVisible());
+        program.destroy();
+        QVERIFY(!bench());
+    }
+
+    void opensByItsKey()
+    {
+        OpenWindow program;
+        QVERIFY(QTest::qWaitForWindowActive(&program.window()));
+        QTest::keyClick(&program.window(), Qt::Key_B, Qt::ControlModifier);
+        QVERIFY(bench() && bench()->isVisible());
+    }
+
+    void itsKeysStopEverything_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::newRow("F12") << int(Qt::Key_F12);
+        QTest::newRow("Pause") << int(Qt::Key_Pause);
+    }
+    void itsKeysStopEverything()
+    {
+        QFETCH(int, key);
+        OpenWindow program;
+        program.connectTo();
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        simulator::clearJournal();
+        QTest::keyClick(bench(), Qt::Key(key));
+        QTRY_COMPARE(simulator::callCount("stopRuning"), 3);
+    }
+
+    void speaksTheChosenLanguage()
+    {
+        OpenWindow program;
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        auto *options = program.dialog<OptionsWidget>();
+        options->setLanguage(1);
+        QTRY_COMPARE(bench()->windowTitle(), QStringLiteral("Workbench"));
+        QTRY_COMPARE(
+            bench()->findChild<QTabBar *>(QStringLiteral("tabBar"))->tabText(0), QStringLiteral("Parameter history"));
+        options->setLanguage(0);
+        QTRY_COMPARE(bench()->windowTitle(), QStringLiteral("工作台"));
+    }
+
+    void closesWithTheProgram()
+    {
+        OpenWindow program;
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        OpenWindow::click(program.titleButton("pushButton_close"));
+        QVERIFY(!bench()->isVisible());
+    }
+
+private:
+    static WorkbenchWidget *bench()
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget *window : windows) {
+            if (auto *found = qobject_cast<WorkbenchWidget *>(window))
+                return found;
+        }
+        return nullptr;
+    }
+};
+
+QTEST_MAIN(tst_WorkbenchWidget)
+#include "tst_WorkbenchWidget.moc"
