@@ -157,6 +157,11 @@ void MoverControlWidget::writeFirstLogLines(const QString &text)
         log(OPERATION_TYPE_GENERAL, tr("位移台序列号：") + serialNo, OPERATION_STATE_NONE);
 }
 
+void MoverControlWidget::warn(const QString &text)
+{
+    log(OPERATION_TYPE_WARNING, text, OPERATION_STATE_NONE);
+}
+
 void MoverControlWidget::setMoveBtnEnabled(bool b)
 {
     m_bRockerMode = !b;

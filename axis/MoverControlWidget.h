@@ -47,7 +47,7 @@ public:
     void writeFirstLogLines(const QString &text);
     QString logText() const { return m_log.text(); }
     /** A red line in the log. */
-    void warn(const QString &text) { log(OPERATION_TYPE_WARNING, text, OPERATION_STATE_NONE); }
+    void warn(const QString &text);
     /** Asks for position and state no more. */
     void stopPolling() { m_updateTimer.stop(); }
 

@@ -2,7 +2,7 @@
 #include "shell/BoardSettingsWidget.h"
 
 #include "widgets/Form.h"
-#include "widgets/SmallFile.h"
+#include "session/SmallFile.h"
 
 #include "ui_BoardSettingsWidget.h"
 

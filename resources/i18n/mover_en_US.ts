@@ -1487,6 +1487,14 @@ is correctly connected!</translation>
         <source>工作台（Ctrl+B）</source>
         <translation>Workbench (Ctrl+B)</translation>
     </message>
+    <message>
+        <source>运动命令已被接受，但轴没有动</source>
+        <translation>The axis was told to move, but does not</translation>
+    </message>
+    <message>
+        <source>运动预计 %1 s 完成，至今仍未结束</source>
+        <translation>This motion should take %1 s and has not ended</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>
@@ -2132,6 +2140,30 @@ is correctly connected!</translation>
     <message>
         <source>关闭</source>
         <translation>Close</translation>
+    </message>
+    <message>
+        <source>保存诊断信息…</source>
+        <translation>Save diagnostics …</translation>
+    </message>
+    <message>
+        <source>日志、事件、最近的记录、版本和设置，存为一个 ZIP 文件，发给协助您的人</source>
+        <translation>Log, events, what was recorded last, versions and settings in one ZIP file, for whoever helps you</translation>
+    </message>
+    <message>
+        <source>保存诊断信息</source>
+        <translation>Save diagnostics</translation>
+    </message>
+    <message>
+        <source>诊断信息已保存到
+%1</source>
+        <translation>The diagnostics are saved to
+%1</translation>
+    </message>
+    <message>
+        <source>诊断信息未能保存到
+%1</source>
+        <translation>The diagnostics could not be saved to
+%1</translation>
     </message>
 </context>
 </TS>
