@@ -53,7 +53,7 @@ HistoryWidget::HistoryWidget(QWidget *parent)
     qRegisterMetaType<ParameterSnapshot>();
     setUpTable(ui->tableWidget_snapshots);
     setUpTable(ui->tableWidget_differences);
-    const int widths[] = {188, 100, 72};
+    const int widths[] = {174, 132, 64};
     for (int column = 0; column < 3; ++column)
         ui->tableWidget_snapshots->setColumnWidth(column, widths[column]);
     ui->tableWidget_differences->setItemDelegate(m_delegate);
@@ -63,8 +63,11 @@ HistoryWidget::HistoryWidget(QWidget *parent)
     ui->comboBox_axis->setView(new QListView(this));
     ui->comboBox_compareWith->setView(new QListView(this));
 
-    connect(ui->tableWidget_snapshots, &QTableWidget::currentItemChanged, this, [this] {
+    connect(ui->tableWidget_snapshots, &QTableWidget::currentCellChanged, this, [this](int row, int, int before) {
+        if (row == before)
+            return;
         m_now.reset();
+        m_sNotice.clear();
         showChoices();
         readNow();
     });
@@ -142,12 +145,11 @@ void HistoryWidget::add(const ParameterSnapshot &snapshot)
         return;
     const auto before = chosen() ? std::optional(*chosen()) : std::nullopt;
     m_snapshots.prepend(snapshot);
+    if (before && snapshot.isOfSameAxis(*before))
+        m_now = snapshot;
     showAxes();
     showList();
     select(before);
-    if (chosen() && snapshot.isOfSameAxis(*chosen()))
-        m_now = snapshot;
-    showDifferences();
 }
 
 /** The axes that have snapshots or are connected, behind "all". */
@@ -201,10 +203,13 @@ void HistoryWidget::select(const std::optional<ParameterSnapshot> &snapshot)
 {
     const auto place = std::find_if(
         m_listed.begin(), m_listed.end(), [&](int k) { return snapshot && m_snapshots.at(k).isSame(*snapshot); });
-    if (!m_listed.isEmpty())
+    if (!m_listed.isEmpty()) {
+        const QSignalBlocker quiet(ui->tableWidget_snapshots);
         ui->tableWidget_snapshots->setCurrentCell(place == m_listed.end() ? 0 : int(place - m_listed.begin()), 0);
+    }
     showChoices();
-    readNow();
+    if (!chosen() || !m_now || !m_now->isOfSameAxis(*chosen()))
+        readNow();
 }
 
 const ParameterSnapshot *HistoryWidget::chosen() const
@@ -294,6 +299,7 @@ void HistoryWidget::readNow()
 
 void HistoryWidget::on_comboBox_compareWith_currentIndexChanged(int)
 {
+    m_sNotice.clear();
     readNow();
 }
 
@@ -329,19 +335,27 @@ void HistoryWidget::showDifferences()
     }
     const int count = parameterFields().size();
     if (!one)
-        tell(QString());
+        showStatus(QString());
     else if (two)
-        tell(tr("%2 项中有 %1 项不同。恢复前会先保存快照。").arg(different.size()).arg(count));
+        showStatus(tr("%2 项中有 %1 项不同。恢复前会先保存快照。").arg(different.size()).arg(count));
     else
-        tell(isConnected ? tr("正在读取控制器…") : tr("该控制器的这个轴未连接。"));
+        showStatus(isConnected ? tr("正在读取控制器…") : tr("该控制器的这个轴未连接。"));
     ui->pushButton_export->setEnabled(one != nullptr);
     ui->pushButton_restore->setEnabled(isConnected && !m_history->isRestoring() && !m_before);
 }
 
+/** Stays until the user turns to something else. */
 void HistoryWidget::tell(const QString &text)
 {
-    ui->label_status->setText(text);
-    ui->label_status->setToolTip(text);
+    m_sNotice = text;
+    showStatus(text);
+}
+
+void HistoryWidget::showStatus(const QString &text)
+{
+    const QString &shown = m_sNotice.isEmpty() ? text : m_sNotice;
+    ui->label_status->setText(shown);
+    ui->label_status->setToolTip(shown);
 }
 
 // ---- Restoring -----------------------------------------------------------------------------------------------------
@@ -350,6 +364,7 @@ void HistoryWidget::on_pushButton_restore_clicked()
 {
     if (!chosen())
         return;
+    m_sNotice.clear();
     // Asked with what the controller has now, not with what it had when the window was last looked at.
     const ParameterSnapshot wanted = *chosen();
     const auto once = std::make_shared<QMetaObject::Connection>();
@@ -448,6 +463,7 @@ void HistoryWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange) {
         const auto before = chosen() ? std::optional(*chosen()) : std::nullopt;
+        m_sNotice.clear();
         ui->retranslateUi(this);
         showAxes();
         showList();

@@ -61,6 +61,7 @@ private:
     void readNow();
     void restored(const ParameterRestore &result);
     void tell(const QString &text);
+    void showStatus(const QString &text);
     const ParameterSnapshot *chosen() const;
     const ParameterSnapshot *other() const;
     bool comparesWithNow() const;
@@ -74,5 +75,6 @@ private:
     QVector<int> m_choices;                    // and those to compare with, behind the controller
     std::optional<ParameterSnapshot> m_now;    // the controller, as it was read last for the chosen axis
     std::optional<ParameterSnapshot> m_before; // to be restored once it was read what that changes
+    QString m_sNotice;                         // what has happened; shown in place of the count
     bool m_isLoaded = false;
 };

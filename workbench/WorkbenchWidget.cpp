@@ -45,6 +45,8 @@ void WorkbenchWidget::open()
 {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
+    if (!focusWidget())
+        ui->tabBar->setFocus(); // not on a button that nobody means
     raise();
     activateWindow();
 }
