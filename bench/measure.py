@@ -42,6 +42,11 @@ ROWS = [
     ("panels", "adding and closing a panel 1,000 times: growth of memory", 1, "MiB"),
     ("library call", "one simulated library call", 1, "µs"),
     ("model file", "a model file of 1,000 models, read, offered and listed in the add-axis dialog", 100, "ms"),
+    ("recorder answer", "recorder: one answer kept, in the worker", 1, "µs"),
+    ("recorder memory 3", "recorder: memory of a day at 10 Hz, three axes, with what drawing needs", 40, "MiB"),
+    ("recorder memory 8", "the same, eight axes", 100, "MiB"),
+    ("recorder frame", "recorder: drawing a million samples of three axes, median", 16, "ms"),
+    ("recorder frame 99", "the same: 99th percentile", 33, "ms"),
     ("grbl wire out", "Grbl board, three axes moving: use of the wire to it", 15, "%"),
     ("grbl wire in", "the same: of the wire from it", 15, "%"),
     ("grbl ripple", "the same: ripple of the speed in windows of 20 ms", 5, "%"),
@@ -56,7 +61,9 @@ STEPS = {
     "click idle": "click idle", "click busy": "click busy", "slow link": "slow link", "slow link growth": "slow link",
     "slow link time": "slow link", "stop all idle": "stop all idle", "stop all busy": "stop all busy",
     "poll": "poll", "poll touches": "poll", "log entry": "log", "run count": "log", "panels": "panels",
-    "library call": "library call", "model file": "model file",
+    "library call": "library call", "model file": "model file", "recorder answer": "recorder",
+    "recorder memory 3": "recorder", "recorder memory 8": "recorder", "recorder frame": "recorder",
+    "recorder frame 99": "recorder",
 }
 
 

@@ -12,6 +12,7 @@
 #include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <chrono>
@@ -266,15 +267,22 @@ SerialComDev::SerialComDev()
     connect(
         this, &SerialComDev::signal_startMotor, this,
         [this](int axis, int mode) {
-            QMetaObject::invokeMethod(
-                this, [this, axis, mode, stops = m_uStopAlls.load()] { start(axis, mode, stops); });
+            ++m_iCommandsWaiting;
+            QMetaObject::invokeMethod(this, [this, axis, mode, stops = m_uStopAlls.load()] {
+                start(axis, mode, stops);
+                --m_iCommandsWaiting;
+            });
             m_polls.endRound();
         },
         Qt::DirectConnection);
     connect(
         this, &SerialComDev::signal_home, this,
         [this](int axis) {
-            QMetaObject::invokeMethod(this, [this, axis, stops = m_uStopAlls.load()] { home(axis, stops); });
+            ++m_iCommandsWaiting;
+            QMetaObject::invokeMethod(this, [this, axis, stops = m_uStopAlls.load()] {
+                home(axis, stops);
+                --m_iCommandsWaiting;
+            });
             m_polls.endRound();
         },
         Qt::DirectConnection);
@@ -330,7 +338,10 @@ void SerialComDev::runNextBehind()
 template <typename Signal, typename Slot>
 void SerialComDev::connectCommand(Signal signal, Slot slot)
 {
+    connect(
+        this, signal, this, [this] { ++m_iCommandsWaiting; }, Qt::DirectConnection);
     connect(this, signal, this, slot); // first: the command must be on its way before the round ends
+    connect(this, signal, this, [this] { --m_iCommandsWaiting; });
     connect(
         this, signal, this, [this] { m_polls.endRound(); }, Qt::DirectConnection);
 }
@@ -752,23 +763,83 @@ void SerialComDev::slot_getCurrentPos(int Axis)
     if (m_bLeft)
         return;
     tellMessages(Axis);
-    int status = 0;
-    const double position = library->getCurrentPos(m_iDeviceId, Axis, &status);
-    if (status < 0) {
+    double position = 0;
+    if (readPosition(library, Axis, &position) < 0)
         reportFailedPoll(Axis, tr("读取当前位置出错"));
-        return;
-    }
+    else
+        emit signal_updateCurrentPos(Axis, position);
+}
+
+/** Tells the listeners. Returns the library's status. */
+int SerialComDev::readPosition(const LibraryLock &library, int axis, double *position)
+{
+    int status = 0;
+    *position = library->getCurrentPos(m_iDeviceId, axis, &status);
+    if (status < 0)
+        return status;
     // Reports of the controller are told once, with the time that they are of.
     MoverReport report{};
     const bool fromReport = MotionLibrary::inUse().lastReport(m_iDeviceId, &report);
-    if (!fromReport || std::exchange(m_reports[Axis], report.number) != report.number) {
+    if (!fromReport || std::exchange(m_reports[axis], report.number) != report.number) {
         const auto age = std::chrono::duration_cast<AnswerListener::Time::duration>(
             std::chrono::duration<double>(fromReport ? report.age : 0));
         m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) {
-            listener.positionAnswered(Axis, position, at - age);
+            listener.positionAnswered(axis, *position, at - age);
         });
     }
-    emit signal_updateCurrentPos(Axis, position);
+    return status;
+}
+
+void SerialComDev::setCapture(const QVector<int> &axes, int hz)
+{
+    QMetaObject::invokeMethod(this, [this, axes, hz] {
+        const quint32 generation = m_capture.generation + 1;
+        m_capture = {};
+        m_capture.generation = generation;
+        if (axes.isEmpty() || hz <= 0)
+            return;
+        m_capture.axes = axes;
+        m_capture.interval = std::chrono::microseconds(1000000 / hz);
+        m_capture.due = std::chrono::steady_clock::now();
+        capture(generation);
+    });
+}
+
+/** Reads one axis and comes again for the next: what was requested meanwhile is done in between. */
+void SerialComDev::capture(quint32 generation)
+{
+    using Clock = std::chrono::steady_clock;
+    if (generation != m_capture.generation || m_iDeviceId == 0 || m_bLeft)
+        return;
+    const auto again = [this, generation](std::chrono::milliseconds delay) {
+        QTimer::singleShot(delay, Qt::PreciseTimer, this, [this, generation] { capture(generation); });
+    };
+    if (m_iCommandsWaiting > 0 || m_iStopsWaiting > 0) {
+        again(std::chrono::milliseconds(0));
+        return;
+    }
+    const int axis = m_capture.axes.at(m_capture.next);
+    bool failed = false;
+    {
+        const LibraryLock library;
+        const auto begin = Clock::now();
+        double position = 0;
+        failed = readPosition(library, axis, &position) < 0;
+        m_capture.spent += Clock::now() - begin;
+    }
+    if (failed)
+        m_feed.tell([axis](AnswerListener &listener, AnswerListener::Time at) { listener.pollFailed(axis, at); });
+    m_capture.next = (m_capture.next + 1) % m_capture.axes.size();
+    if (m_capture.next != 0) {
+        again(std::chrono::milliseconds(0));
+        return;
+    }
+    // The link is left to others for as long as it was used, and a link that is lost is asked ten times a second.
+    const auto now = Clock::now();
+    const auto rest =
+        std::max<Clock::duration>(std::exchange(m_capture.spent, {}), std::chrono::milliseconds(failed ? 100 : 0));
+    m_capture.due = std::max(m_capture.due + m_capture.interval, now + rest);
+    again(std::chrono::round<std::chrono::milliseconds>(m_capture.due - now));
 }
 
 void SerialComDev::slot_getCurrentState(int Axis)

@@ -15,9 +15,12 @@
 #include <QVector>
 
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <optional>
+
+class LibraryLock;
 
 /** States of an operation message, see SerialComDev::signal_showOperationMsg. The worker sends FAIL and OK. */
 enum OperationState {
@@ -193,6 +196,12 @@ public:
      * none runs once the program has left the controller. Any thread.
      */
     void runBehind(std::function<void()> step);
+    /**
+     * Asks for the positions of `axes` up to `hz` times a second, until the controller is closed or it is called again;
+     * none, or 0 Hz, ends it. Only listeners to answers() hear of them. Never before a command that waits, and for half
+     * of the link's time at most. Any thread.
+     */
+    void setCapture(const QVector<int> &axes, int hz);
     /** The next answers to polls of the axis count as changed: somebody new listens. */
     void announceAnew(int axis);
 
@@ -279,6 +288,8 @@ private:
     void requestPoll(const PollQueue::Poll &poll);
     void runPolls(quint32 round);
     void runNextBehind();
+    int readPosition(const LibraryLock &library, int axis, double *position);
+    void capture(quint32 generation);
     template <typename Signal, typename Slot>
     void connectCommand(Signal signal, Slot slot);
     template <typename Change>
@@ -290,7 +301,8 @@ private:
     std::atomic<bool> m_bRockerOn{false};
     std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped; starts requested before do nothing
     std::atomic<int> m_iStoppingAll{0};
-    std::atomic<int> m_iStopsWaiting{0};  // on their way to the worker
+    std::atomic<int> m_iStopsWaiting{0}; // on their way to the worker
+    std::atomic<int> m_iCommandsWaiting{0};
     std::atomic<quint32> m_uStopRound{0}; // the last round of polls before the last of them
     StopThread m_stopThread;
     bool m_bOpened = false;
@@ -307,6 +319,15 @@ private:
     std::deque<Behind> m_behind;
     QMap<int, quint64> m_reports;     // number of the report that an axis has told last
     QVector<MoverMessage> m_messages; // of the library, until their axis is polled
+    // Of the worker's thread.
+    struct Capture {
+        QVector<int> axes;
+        std::chrono::microseconds interval;
+        quint32 generation = 0; // one that is over is not called any more
+        int next = 0;           // in `axes`
+        std::chrono::steady_clock::time_point due;
+        std::chrono::steady_clock::duration spent{}; // in calls of this round
+    } m_capture;
     AnswerFeed m_feed;
     AnswerFilter<double> m_positions;
     AnswerFilter<MotorStageState> m_states;

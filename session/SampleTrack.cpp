@@ -23,11 +23,15 @@ public:
     {
     }
 
-    qint64 columnOf(qint64 us) const { return us / m_widthUs; }
+    bool areInOneColumn(qint64 fromUs, qint64 toUs) const
+    {
+        // Most are in the open one, and a division for each sample would take long.
+        return m_isOpen && fromUs < m_endUs ? toUs < m_endUs : fromUs / m_widthUs == toUs / m_widthUs;
+    }
     void add(qint64 us, double value) { add(us, us, value, value, value, value); }
     void add(qint64 fromUs, qint64 toUs, double first, double lowest, double highest, double last)
     {
-        if (m_isOpen && columnOf(toUs) == m_column) {
+        if (m_isOpen && toUs < m_endUs) {
             m_lowest = std::min(m_lowest, lowest);
             m_highest = std::max(m_highest, highest);
             m_last = last;
@@ -37,7 +41,7 @@ public:
         }
         flush();
         m_isOpen = true;
-        m_column = columnOf(toUs);
+        m_endUs = (toUs / m_widthUs + 1) * m_widthUs;
         m_firstUs = fromUs;
         m_lastUs = toUs;
         m_first = first;
@@ -89,7 +93,7 @@ private:
 
     const qint64 m_widthUs;
     bool m_isOpen = false;
-    qint64 m_column = 0;
+    qint64 m_endUs = 0; // of the open column
     qint64 m_firstUs = 0;
     qint64 m_lastUs = 0;
     double m_first = 0;
@@ -276,7 +280,7 @@ TrackView::Lines TrackView::columns(qint64 fromUs, qint64 toUs, int columns, Qua
         const int end = std::min((number + 1) * SampleChunk::BlockSize, chunk.size());
         const qint64 us = chunk.timeAt(index);
         if (index % SampleChunk::BlockSize == 0 && !chunk.hasGapIn(number) && chunk.timeAt(end - 1) <= toUs &&
-            result.columnOf(us) == result.columnOf(chunk.timeAt(end - 1))) {
+            result.areInOneColumn(us, chunk.timeAt(end - 1))) {
             const SampleChunk::Block &block = chunk.block(number);
             if (quantity == Position)
                 result.add(

@@ -18,12 +18,12 @@ struct Sample {
     bool isAfterGap = false; // nothing is known of the time since the sample before
 };
 
-/** Up to 1024 samples in a row, with the extremes of each 64 of them. Does not change any more once it is full. */
+/** Up to 1024 samples in a row, with the extremes of each 32 of them. Does not change any more once it is full. */
 class SampleChunk final
 {
 public:
     static constexpr int Capacity = 1024;
-    static constexpr int BlockSize = 64;
+    static constexpr int BlockSize = 32;
 
     /** Extremes of one block. Without a velocity `slowest` is above `fastest`. */
     struct Block {

@@ -9,7 +9,9 @@
 #include "models/AddControlsWidget.h"
 #include "models/StageParams.h"
 #include "session/ControlSession.h"
+#include "session/IncidentFiles.h"
 #include "session/MoveWatchdog.h"
+#include "session/Recorder.h"
 #include "settings/OptionsWidget.h"
 #include "shell/ConnectionWidget.h"
 #include "shell/HelpWidget.h"
@@ -23,6 +25,7 @@
 #include "widgets/Form.h"
 #include "widgets/MessageBox.h"
 #include "workbench/HistoryWidget.h"
+#include "workbench/RecorderView.h"
 #include "workbench/WorkbenchWidget.h"
 
 #include "ui_MoverWidget.h"
@@ -30,6 +33,7 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDebug>
+#include <QDir>
 #include <QPointer>
 #include <QShortcut>
 #include <QStyle>
@@ -83,6 +87,14 @@ MoverWidget::MoverWidget(QWidget *parent)
     QCoreApplication::instance()->installNativeEventFilter(m_portWatcher.get());
 
     m_heart = QSharedPointer<Heart>(new Heart);
+
+    auto *const incidents = new IncidentFiles(m_session->recorder(), IncidentFiles::usualFolder(), this);
+    connect(incidents, &IncidentFiles::signal_written, this, [this](int axis, const QString &path) {
+        logIncident(axis, OPERATION_TYPE_GENERAL, tr("此前 60 秒的记录已存入 %1").arg(QDir::toNativeSeparators(path)));
+    });
+    connect(incidents, &IncidentFiles::signal_failed, this, [this](int axis, const QString &error) {
+        logIncident(axis, OPERATION_TYPE_WARNING, tr("此前 60 秒的记录无法保存：%1").arg(error));
+    });
 
     // Later, and one check for many notices: Windows sends them in bursts and waits for the answer to each, which a
     // message box would hold up.
@@ -282,6 +294,15 @@ void MoverWidget::slot_addControl(QString model, int Asix, MoverDevParam param, 
     if (ui->radioButton_Rocker->isChecked()) {
         panel->setRockerSpeed(int(m_dRockerSpeed));
         panel->setMoveBtnEnabled(false);
+    }
+}
+
+/** Into the log of a panel, or of all of them. */
+void MoverWidget::logIncident(int axis, int type, const QString &text)
+{
+    for (int each = 0; each < m_session->axisCount(); ++each) {
+        if (axis == RecorderEvent::AllAxes || axis == each)
+            emit SerialComDev::instance()->signal_showOperationMsg(each, OPERATION_STATE_NONE, type, text);
     }
 }
 
@@ -497,6 +518,7 @@ void MoverWidget::openWorkbench()
 {
     if (!m_workbench) {
         m_workbench = std::make_unique<WorkbenchWidget>();
+        m_workbench->addPage(new RecorderView);
         m_workbench->addPage(new HistoryWidget);
         m_workbench->setLogs([this] { return logs(); });
         Dialogs::centreOn(m_workbench.get(), this);

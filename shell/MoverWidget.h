@@ -83,6 +83,7 @@ private slots:
 private:
     bool initialiseAxis(int axis);
     void wire(MoverControlWidget *panel);
+    void logIncident(int axis, int type, const QString &text);
     void refreshRockerSpeed();
     void stopAll();
     void showStopAll();

@@ -3,7 +3,7 @@
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qtbase5-dev qtbase5-private-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n
+    qtbase5-dev qtbase5-private-dev libqt5svg5-dev libqwt-qt5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n
     libudev-dev nlohmann-json3-dev
     fonts-noto-cjk python3-fonttools
 )

@@ -20,5 +20,6 @@ void operationLog(int effort);
 void panels(int effort);
 void libraryCall(int effort);
 void modelFile(int effort);
+void recorder(int effort);
 
 } // namespace Rows

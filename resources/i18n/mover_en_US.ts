@@ -840,6 +840,101 @@ The serial number does not tell it apart: the board has to stay in this socket.<
     </message>
 </context>
 <context>
+    <name>EventWords</name>
+    <message>
+        <source>%1 移动</source>
+        <translation>%1 moves</translation>
+    </message>
+    <message>
+        <source>%1 正向驱动</source>
+        <translation>%1 drives +</translation>
+    </message>
+    <message>
+        <source>%1 负向驱动</source>
+        <translation>%1 drives −</translation>
+    </message>
+    <message>
+        <source>%1 正向点动</source>
+        <translation>%1 jogs +</translation>
+    </message>
+    <message>
+        <source>%1 负向点动</source>
+        <translation>%1 jogs −</translation>
+    </message>
+    <message>
+        <source>%1 正向循环</source>
+        <translation>%1 loops +</translation>
+    </message>
+    <message>
+        <source>%1 负向循环</source>
+        <translation>%1 loops −</translation>
+    </message>
+    <message>
+        <source>%1 开始回零</source>
+        <translation>%1 starts homing</translation>
+    </message>
+    <message>
+        <source>%1 停止指令</source>
+        <translation>%1 is told to stop</translation>
+    </message>
+    <message>
+        <source>%1 负限位光耦失效</source>
+        <translation>%1 negative opto-coupler failed</translation>
+    </message>
+    <message>
+        <source>%1 原点光耦失效</source>
+        <translation>%1 origin opto-coupler failed</translation>
+    </message>
+    <message>
+        <source>%1 正限位光耦失效</source>
+        <translation>%1 positive opto-coupler failed</translation>
+    </message>
+    <message>
+        <source>%1（控制台）</source>
+        <translation>%1 (console)</translation>
+    </message>
+    <message>
+        <source>%1（全部停止）</source>
+        <translation>%1 (stop all)</translation>
+    </message>
+    <message>
+        <source>%1 已到位</source>
+        <translation>%1 arrived</translation>
+    </message>
+    <message>
+        <source>%1 已停止</source>
+        <translation>%1 stopped</translation>
+    </message>
+    <message>
+        <source>%1 已回零</source>
+        <translation>%1 homed</translation>
+    </message>
+    <message>
+        <source>%1 到达正限位</source>
+        <translation>%1 positive limit</translation>
+    </message>
+    <message>
+        <source>%1 到达负限位</source>
+        <translation>%1 negative limit</translation>
+    </message>
+    <message>
+        <source>%1 被拒绝：%2</source>
+        <translation>%1 was refused: %2</translation>
+    </message>
+    <message>
+        <source>连接中断</source>
+        <translation>Link lost</translation>
+    </message>
+    <message>
+        <source>%1 连接中断</source>
+        <translation>%1 link lost</translation>
+    </message>
+    <message>
+        <source>%1 秒后恢复连接</source>
+        <translation>Link back after %1 s</translation>
+    </message>
+</context>
+<context>
     <name>FirstMoveWidget</name>
     <message>
         <source>轴：</source>
@@ -1495,6 +1590,14 @@ is correctly connected!</translation>
         <source>运动预计 %1 s 完成，至今仍未结束</source>
         <translation>This motion should take %1 s and has not ended</translation>
     </message>
+    <message>
+        <source>此前 60 秒的记录已存入 %1</source>
+        <translation>The 60 s before are kept in %1</translation>
+    </message>
+    <message>
+        <source>此前 60 秒的记录无法保存：%1</source>
+        <translation>The 60 s before could not be kept: %1</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>
@@ -1856,6 +1959,180 @@ is correctly connected!</translation>
     <message>
         <source>脉冲</source>
         <translation>pulses</translation>
+    </message>
+</context>
+<context>
+    <name>RecorderPlot</name>
+    <message>
+        <source>位置</source>
+        <translation>Position</translation>
+    </message>
+    <message>
+        <source>速度</source>
+        <translation>Velocity</translation>
+    </message>
+    <message>
+        <source>事件</source>
+        <translation>Events</translation>
+    </message>
+    <message>
+        <source>尚无记录</source>
+        <translation>Nothing recorded yet</translation>
+    </message>
+    <message>
+        <source>连接设备后自动开始记录。</source>
+        <translation>Connect a device; recording begins by itself.</translation>
+    </message>
+    <message>
+        <source>无法显示曲线：%1</source>
+        <translation>The plots cannot be shown: %1</translation>
+    </message>
+</context>
+<context>
+    <name>RecorderView</name>
+    <message>
+        <source>记录</source>
+        <translation>Recorder</translation>
+    </message>
+    <message>
+        <source>暂停</source>
+        <translation>Pause</translation>
+    </message>
+    <message>
+        <source>停住画面，记录继续</source>
+        <translation>Holds the picture; recording goes on</translation>
+    </message>
+    <message>
+        <source>实时</source>
+        <translation>Live</translation>
+    </message>
+    <message>
+        <source>范围</source>
+        <translation>Range</translation>
+    </message>
+    <message>
+        <source>10 秒</source>
+        <translation>10 s</translation>
+    </message>
+    <message>
+        <source>1 分钟</source>
+        <translation>1 min</translation>
+    </message>
+    <message>
+        <source>10 分钟</source>
+        <translation>10 min</translation>
+    </message>
+    <message>
+        <source>1 小时</source>
+        <translation>1 h</translation>
+    </message>
+    <message>
+        <source>全部</source>
+        <translation>All</translation>
+    </message>
+    <message>
+        <source>采样率</source>
+        <translation>Rate</translation>
+    </message>
+    <message>
+        <source>导出 CSV</source>
+        <translation>Export CSV</translation>
+    </message>
+    <message>
+        <source>导出图片</source>
+        <translation>Export picture</translation>
+    </message>
+    <message>
+        <source>轴</source>
+        <translation>Axis</translation>
+    </message>
+    <message>
+        <source>当前</source>
+        <translation>Now</translation>
+    </message>
+    <message>
+        <source>光标</source>
+        <translation>Cursor</translation>
+    </message>
+    <message>
+        <source>暂无轴</source>
+        <translation>No axis yet</translation>
+    </message>
+    <message>
+        <source>事件</source>
+        <translation>Events</translation>
+    </message>
+    <message>
+        <source>暂无事件</source>
+        <translation>No events yet</translation>
+    </message>
+    <message>
+        <source>取消</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>当前显示的时段 …</source>
+        <translation>What is shown …</translation>
+    </message>
+    <message>
+        <source>全部记录 …</source>
+        <translation>Everything recorded …</translation>
+    </message>
+    <message>
+        <source>已记录：无</source>
+        <translation>Recorded: nothing</translation>
+    </message>
+    <message>
+        <source>%1 小时 %2 分</source>
+        <translation>%1 h %2 min</translation>
+    </message>
+    <message>
+        <source>%1 分 %2 秒</source>
+        <translation>%1 min %2 s</translation>
+    </message>
+    <message>
+        <source>%1 秒</source>
+        <translation>%1 s</translation>
+    </message>
+    <message>
+        <source>已记录 %1，%2 个采样点</source>
+        <translation>Recorded: %1, %2 samples</translation>
+    </message>
+    <message>
+        <source>未连接</source>
+        <translation>Not connected</translation>
+    </message>
+    <message>
+        <source>实际每秒 %1 个采样点</source>
+        <translation>%1 samples per second reached</translation>
+    </message>
+    <message>
+        <source>CSV，逗号和小数点</source>
+        <translation>CSV, comma and decimal point</translation>
+    </message>
+    <message>
+        <source>CSV，分号和小数逗号</source>
+        <translation>CSV, semicolon and decimal comma</translation>
+    </message>
+    <message>
+        <source>已保存：%1</source>
+        <translation>Saved: %1</translation>
+    </message>
+    <message>
+        <source>导出已取消</source>
+        <translation>Export cancelled</translation>
+    </message>
+    <message>
+        <source>无法保存文件：%1</source>
+        <translation>The file cannot be saved: %1</translation>
+    </message>
+    <message>
+        <source>PNG 图片</source>
+        <translation>PNG picture</translation>
+    </message>
+    <message>
+        <source>SVG 图片</source>
+        <translation>SVG picture</translation>
     </message>
 </context>
 <context>

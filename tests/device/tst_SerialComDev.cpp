@@ -4,6 +4,7 @@
 #include "device/moverLibrary.h"
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/DebugLog.h"
+#include "support/SignalCounter.h"
 
 #include <QFile>
 #include <QSemaphore>
@@ -83,6 +84,51 @@ private slots:
         simulator::releaseHung();
         QVERIFY(SerialComDev::endThread(5000));
         QCOMPARE(QString::fromStdString(simulator::overlap()), QString());
+    }
+
+    // ---- Capture
+
+    void aCaptureIsHeardByListenersAlone()
+    {
+        const auto worker = SerialComDev::instance();
+        QCOMPARE(worker->open(device), device);
+        SignalCounter positions(worker.data(), &SerialComDev::signal_updateCurrentPos);
+        simulator::clearJournal();
+        worker->setCapture({0, 2}, 100);
+        QTRY_VERIFY(simulator::callCount("getCurrentPos") >= 20);
+        QVERIFY(calls().contains("getCurrentPos(1001, 0)") && calls().contains("getCurrentPos(1001, 2)"));
+        QVERIFY(!calls().contains("getCurrentPos(1001, 1)"));
+        QCOMPARE(positions.count(), 0);
+        worker->close();
+        simulator::clearJournal();
+        QTest::qWait(50); // five times as long as it takes while it is open
+        QCOMPARE(simulator::callCount("getCurrentPos"), 0);
+    }
+    void aCaptureLeavesHalfOfTheLink()
+    {
+        const auto worker = SerialComDev::instance();
+        QCOMPARE(worker->open(device), device);
+        simulator::delayCall("getCurrentPos", 20, 1000);
+        simulator::clearJournal();
+        QElapsedTimer timer;
+        timer.start();
+        worker->setCapture({0, 1}, 100);
+        QTRY_VERIFY(simulator::callCount("getCurrentPos") >= 10);
+        QVERIFY(timer.elapsed() >= 10 * 20 + 4 * 40);
+    }
+    void aCommandGoesBeforeACapture()
+    {
+        const auto worker = SerialComDev::instance();
+        QCOMPARE(worker->open(device), device);
+        simulator::delayCall("getCurrentPos", 20, 1000);
+        worker->setCapture({0, 1, 2}, 100);
+        for (int k = 0; k < 5; ++k) {
+            QTRY_VERIFY(simulator::callInFlight() == "getCurrentPos");
+            simulator::clearJournal();
+            emit worker->signal_home(0);
+            QTRY_VERIFY(simulator::callCount("home") == 1);
+            QVERIFY(calls().indexOf("home(1001, 0)") <= 1); // behind the call in flight at most
+        }
     }
 
     // ---- Singleton

@@ -86,6 +86,7 @@ done
 program_files() {
     printf '%s\n' LICENSES.txt deviceModelsParam font-LICENSE.txt font.ttf mover mover_en_US.qm qtbase_zh_CN.qm \
         grbl/libmoverLibrary.so \
+        plots/moverPlots.so \
         simulator/libmoverLibrary.so
     git ls-files controllers/simulated/scenarios | sed 's:^controllers/simulated:simulator:'
     (cd "$program" && find help -type f -not -path '*/__pycache__/*')

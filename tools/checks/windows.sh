@@ -93,10 +93,11 @@ setup=$PWD/$out/mover-$version-win64-setup.exe
 say "Contents"
 program=build/windows/mover
 program_files() {
-    printf '%s\n' mover.exe Qt5Core.dll Qt5Gui.dll Qt5Widgets.dll platforms/qwindows.dll styles/qwindowsvistastyle.dll \
+    printf '%s\n' mover.exe Qt5Core.dll Qt5Gui.dll Qt5Widgets.dll Qt5Svg.dll Qt5Concurrent.dll Qt5PrintSupport.dll \
+        qwt-qt5.dll plots/moverPlots.dll platforms/qwindows.dll styles/qwindowsvistastyle.dll \
         libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll \
         LICENSES.txt README.md GPL-3.txt deviceModelsParam font-LICENSE.txt font.ttf mover_en_US.qm qtbase_zh_CN.qm
-    printf 'licenses/%s.txt\n' README Qt LGPL-3 GPL-3 GCC MinGW-w64
+    printf 'licenses/%s.txt\n' README Qt QtSvg Qwt LGPL-3 GPL-3 GCC MinGW-w64
     (cd "$program" && find . -name moverLibrary.dll -printf '%P\n')
     git ls-files controllers/simulated/scenarios | sed 's:^controllers/simulated:simulator:'
     (cd "$program" && find help -type f -not -path '*/__pycache__/*')

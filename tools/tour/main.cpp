@@ -15,6 +15,8 @@
 #include "controllers/emulator/SerialPort.h"
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/Robot.h"
+#include "workbench/AxisRow.h"
+#include "workbench/RecorderPlot.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -599,14 +601,44 @@ private:
     void workbench()
     {
         m_guide.step(
-            "workbench-history", [this] { Guide::click(own("pushButton_workbench")); },
+            "workbench-recorder",
             [this] {
+                Guide::click(in(panel(0), "pushButton_driveRight"));
+                Guide::click(own("pushButton_workbench"));
+            },
+            [] {
                 const QWidget *bench = topLevel("WorkbenchWidget");
-                const auto *status = bench ? bench->findChild<QLabel *>("label_status") : nullptr;
-                return bench && bench->isActiveWindow() && status->text().contains(word("项不同", "fields differ"));
+                return bench && bench->isActiveWindow() && bench->findChild<RecorderPlot *>()->isLive() &&
+                       bench->findChildren<AxisRow *>().size() == 3;
             });
         QWidget *bench = inGui([] { return topLevel("WorkbenchWidget"); });
+        auto *plot = in<RecorderPlot>(bench, "plot");
+        m_guide.step(
+            "workbench-recorder-cursor",
+            [&] {
+                Guide::click(in(bench, "pushButton_range1min"));
+                Guide::click(in(bench, "pushButton_pause"));
+                Guide::click(plot);
+            },
+            [&] { return !plot->isLive() && plot->cursorSample(0); });
+        m_guide.step(
+            "workbench-recorder-zoomed", [] { Guide::press("plus"); }, [&] { return plot->span() == 40000000; });
+        m_guide.step(
+            "workbench-recorder-live",
+            [&] {
+                Guide::click(in(bench, "pushButton_rate100"));
+                Guide::click(in(bench, "pushButton_range10s"));
+                Guide::click(in(bench, "pushButton_pause"));
+                Guide::press("F12"); // parameters are written to no axis that moves
+            },
+            [&] {
+                return plot->isLive() && !isRunning(0) && in(bench, "pushButton_rate100")->property("checked").toBool();
+            });
+        inGui([&] { in<QPushButton>(bench, "pushButton_rate10")->click(); });
         const auto *status = in<QLabel>(bench, "label_status");
+        m_guide.step(
+            "workbench-history", [&] { inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(1); }); },
+            [&] { return status->isVisible() && status->text().contains(word("项不同", "fields differ")); });
         const auto *list = in<QTableWidget>(bench, "tableWidget_snapshots");
         const int count = inGui([&] { return list->rowCount(); });
         m_guide.step(

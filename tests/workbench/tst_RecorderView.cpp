@@ -1,0 +1,385 @@
+// SPDX-License-Identifier: MIT
+#include "workbench/RecorderView.h"
+
+#include "device/SerialComDev.h"
+#include "session/ControlSession.h"
+#include "support/Catalogue.h"
+#include "support/OnMessageBox.h"
+#include "support/WorkerFixture.h"
+#include "workbench/AxisRow.h"
+#include "workbench/EventList.h"
+#include "workbench/PlotModule.h"
+#include "workbench/RecorderPlot.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QSvgRenderer>
+#include <QTemporaryDir>
+
+using namespace std::chrono_literals;
+
+/** The recorder's page over a recorder that is told made-up times: nothing here waits for an axis. */
+class tst_RecorderView : public WorkerFixture
+{
+    Q_OBJECT
+
+    QSharedPointer<ControlSession> m_session;
+    std::unique_ptr<RecorderView> m_view;
+    AnswerListener::Time m_now;
+
+    template <typename Widget = QPushButton>
+    Widget *in(const char *name) const
+    {
+        auto *found = m_view->findChild<Widget *>(QLatin1String(name));
+        if (!found)
+            qFatal("There is no %s", name);
+        return found;
+    }
+    QString text(const char *label) const { return in<QLabel>(label)->text(); }
+    void click(const char *name) const { QTest::mouseClick(in(name), Qt::LeftButton); }
+    Recorder &recorder() const { return m_session->recorder(); }
+    RecorderPlot *plot() const { return m_view->plot(); }
+
+    /** Two axes at 10 Hz for the last `seconds`, in which the first has moved by 1 mm/s. */
+    void record(double seconds)
+    {
+        recorder().describe({0, QStringLiteral("LIN-100")});
+        recorder().describe({1, QStringLiteral("ROT-60"), QStringLiteral("°")});
+        const auto end = AnswerListener::Time::clock::now();
+        const int count = int(seconds * 10);
+        for (int k = 0; k <= count; ++k) {
+            m_now = end - (count - k) * 100ms;
+            recorder().positionAnswered(0, 5 + k * 0.1, m_now);
+            recorder().positionAnswered(1, 90, m_now);
+        }
+    }
+    void show()
+    {
+        m_view = std::make_unique<RecorderView>();
+        m_view->resize(1198, 665);
+        m_view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+    }
+    /** The colours that stand in the plots. */
+    bool draws(const char *colour) const
+    {
+        const QImage image = plot()->grab().toImage();
+        const QRgb wanted = QColor(QLatin1String(colour)).rgb();
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if ((image.pixel(x, y) | 0xFF000000) == wanted)
+                    return true;
+            }
+        }
+        return false;
+    }
+    QString exported(const char *action, const QString &name, int filter)
+    {
+        const QString path = m_folder->filePath(name);
+        m_view->setAskPath([path, filter](QWidget *, const QString &, const QStringList &filters, QString *chosen) {
+            *chosen = filters.at(filter);
+            return path;
+        });
+        if (QLatin1String(action) == QLatin1String("picture"))
+            click("pushButton_exportPicture");
+        else
+            in<QMenu>("menu_exportCsv")->actions().at(QLatin1String(action) == QLatin1String("all") ? 1 : 0)->trigger();
+        return path;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<Catalogue> m_english;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(PlotModule::functions(), qPrintable(PlotModule::error()));
+        QFile sheet(QStringLiteral(":/style.qss"));
+        QVERIFY(sheet.open(QIODevice::ReadOnly));
+        qApp->setStyleSheet(QString::fromUtf8(sheet.readAll()));
+    }
+    void init()
+    {
+        m_english = std::make_unique<Catalogue>();
+        begin();
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_session = ControlSession::instance();
+        recorder().begin(QStringLiteral("SIM-A"));
+    }
+    void cleanup()
+    {
+        m_view.reset();
+        m_session.reset();
+        end();
+        m_english.reset();
+    }
+
+    void saysWhatToDoWhileNothingIsRecorded()
+    {
+        show();
+        QCOMPARE(text("label_held"), QStringLiteral("Recorded: nothing"));
+        QVERIFY(!in("pushButton_pause")->isEnabled());
+        QVERIFY(!in("pushButton_exportCsv")->isEnabled());
+        QVERIFY(!in("pushButton_exportPicture")->isEnabled());
+        QVERIFY(in("pushButton_range1h")->isEnabled());
+        QVERIFY(in<QLabel>("label_noAxis")->isVisible() && in<QLabel>("label_noEvent")->isVisible());
+        QVERIFY(!plot()->picture(800).emptyTitle.isEmpty());
+    }
+
+    void showsWhatIsHeldAndTheRateReached()
+    {
+        record(75);
+        show();
+        QCOMPARE(text("label_held"), QStringLiteral("Recorded: 1 min 15 s, 1\u202F502 samples"));
+        QCOMPARE(text("label_reached"), QStringLiteral("10.0 samples per second reached"));
+        const QStringList now = in<AxisRow>("axisRow_0")->texts();
+        QCOMPARE(now.mid(0, 2), (QStringList{"80.000", "1.000"}));
+    }
+
+    void drawsEachShownAxisInItsColour()
+    {
+        record(30);
+        show();
+        QVERIFY(draws("#A5D4FF") && draws("#D49B2B"));
+        in<AxisRow>("axisRow_0")->click();
+        QVERIFY(!draws("#A5D4FF") && draws("#D49B2B"));
+        const PlotPicture picture = plot()->picture(800);
+        QVERIFY(picture.leftUnit.isNull()); // no axis reads on it
+        QCOMPARE(picture.rightUnit, QStringLiteral("°"));
+    }
+
+    void timeWithoutSamplesIsNotBridged()
+    {
+        record(20);
+        recorder().positionAnswered(0, 50, m_now + 8s);
+        recorder().positionAnswered(1, 90, m_now + 8s);
+        show();
+        plot()->showTime(recorder().usOf(m_now + 4s));
+        const PlotPicture picture = plot()->picture(800);
+        QVERIFY(!picture.gaps.isEmpty());
+        QVERIFY(std::abs(picture.gaps.first().second - picture.gaps.first().first - 8) < 0.01);
+        QCOMPARE(picture.traces.first().position.size(), 2);
+    }
+
+    void pauseHoldsThePictureNotTheRecording()
+    {
+        record(30);
+        show();
+        click("pushButton_pause");
+        QCOMPARE(in("pushButton_pause")->text(), QStringLiteral("Live"));
+        const qint64 to = plot()->toUs();
+        const qint64 size = plot()->recording().sampleCount();
+        recorder().positionAnswered(0, 7, m_now + 200ms);
+        QTRY_COMPARE(plot()->recording().sampleCount(), size + 1);
+        QCOMPARE(plot()->toUs(), to);
+        click("pushButton_pause");
+        QVERIFY(plot()->isLive());
+        QVERIFY(plot()->toUs() > to);
+    }
+
+    void rangesAndKeys()
+    {
+        record(600);
+        show();
+        QCOMPARE(plot()->span(), qint64(60000000));
+        click("pushButton_range10s");
+        QCOMPARE(plot()->span(), qint64(10000000));
+        QVERIFY(in("pushButton_range10s")->isChecked());
+        click("pushButton_rangeAll");
+        QCOMPARE(plot()->fromUs(), plot()->recording().startUs());
+        click("pushButton_range1min");
+
+        plot()->setFocus();
+        const qint64 live = plot()->toUs();
+        QTest::keyClick(plot(), Qt::Key_Left);
+        QVERIFY(!plot()->isLive());
+        QVERIFY(std::abs(live - 6000000 - plot()->toUs()) < 1000000);
+        QTest::keyClick(plot(), Qt::Key_Plus);
+        QCOMPARE(plot()->span(), qint64(40000000));
+        QVERIFY(!in("pushButton_range1min")->isChecked());
+        QTest::keyClick(plot(), Qt::Key_Home);
+        QCOMPARE(plot()->fromUs(), plot()->recording().startUs());
+        QTest::keyClick(plot(), Qt::Key_End);
+        QVERIFY(plot()->isLive());
+        QTest::keyClick(plot(), Qt::Key_Space);
+        QVERIFY(!plot()->isLive());
+    }
+
+    void wheelZoomsAboutThePointerAndDraggingShifts()
+    {
+        record(600);
+        show();
+        plot()->setLive(false);
+        const PlotLayout layout{QRectF(plot()->rect())};
+        const QPointF at(layout.position.left() + layout.position.width() / 4, layout.position.center().y());
+        const auto timeThere = [&] { return plot()->fromUs() + (plot()->toUs() - plot()->fromUs()) / 4; };
+        const qint64 there = timeThere();
+        QWheelEvent wheel(
+            at, plot()->mapToGlobal(at.toPoint()), {}, {0, 240}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+            false);
+        QApplication::sendEvent(plot(), &wheel);
+        QCOMPARE(plot()->span(), qint64(60000000 / 1.5625));
+        QVERIFY(std::abs(timeThere() - there) < 1000);
+        const qint64 to = plot()->toUs();
+        QTest::mousePress(plot(), Qt::LeftButton, {}, at.toPoint());
+        QMouseEvent drag(QEvent::MouseMove, at + QPointF(100, 0), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(plot(), &drag);
+        QTest::mouseRelease(plot(), Qt::LeftButton, {}, at.toPoint() + QPoint(100, 0));
+        QVERIFY(
+            std::abs(to - plot()->toUs() - qint64(100 / layout.position.width() * double(plot()->span()))) < 100000);
+    }
+
+    void cursorReadsTheSampleUnderIt()
+    {
+        record(60);
+        show();
+        plot()->setLive(false);
+        QCOMPARE(in<AxisRow>("axisRow_0")->texts().at(2), QStringLiteral("–"));
+        const PlotLayout layout{QRectF(plot()->rect())};
+        QTest::mouseMove(plot(), layout.position.center().toPoint());
+        const auto sample = plot()->cursorSample(0);
+        QVERIFY(sample);
+        QCOMPARE(in<AxisRow>("axisRow_0")->texts().at(2), QString::number(sample->position, 'f', 3));
+        QVERIFY(plot()->picture(plot()->width()).traces.first().cursorPosition);
+        QTest::mouseMove(plot(), QPoint(2, 2));
+        QVERIFY(!plot()->cursorSample(0));
+    }
+
+    void eventsAreListedNewestFirstAndLeadToTheirTime()
+    {
+        record(600);
+        recorder().commandAnswered({0, OPERATION_TYPE_DRIVE, 1}, m_now - 300s);
+        recorder().commandAnswered({1, OPERATION_TYPE_STOP, 0, MotionCommand::StopAll}, m_now - 10s);
+        show();
+        auto *list = in<EventList>("listView_events");
+        QCOMPARE(list->texts().size(), 2);
+        QVERIFY(list->texts().at(0).endsWith(QStringLiteral(" Axis2 is told to stop (stop all)")));
+        QVERIFY(list->texts().at(1).endsWith(QStringLiteral(" Axis1 drives +")));
+        QCOMPARE(plot()->picture(800).marks.size(), 1); // in the last minute
+        emit list->activated(list->model()->index(1, 0));
+        QVERIFY(!plot()->isLive());
+        QCOMPARE((plot()->fromUs() + plot()->toUs()) / 2, recorder().usOf(m_now - 300s));
+    }
+
+    void hiddenItLooksAtNothing()
+    {
+        record(10);
+        show();
+        m_view->hide();
+        const qint64 size = plot()->recording().sampleCount();
+        record(0.3);
+        QTest::qWait(200); // four times what it takes while it is shown
+        QCOMPARE(plot()->recording().sampleCount(), size);
+        m_view->show();
+        QVERIFY(plot()->recording().sampleCount() > size);
+    }
+
+    void tablesAreWrittenBesideTheWindow_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<int>("filter");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<QString>("first");
+        QTest::newRow("shown") << "shown" << 0 << 1200 << "\uFEFFtime,seconds,";
+        QTest::newRow("all") << "all" << 1 << 6002 << "\uFEFFtime;seconds;";
+    }
+    void tablesAreWrittenBesideTheWindow()
+    {
+        QFETCH(QString, action);
+        QFETCH(int, filter);
+        QFETCH(int, rows);
+        QFETCH(QString, first);
+        record(300);
+        show();
+        plot()->setLive(false);
+        QFile file(exported(action.toLatin1().constData(), QStringLiteral("a"), filter) + QStringLiteral(".csv"));
+        QTRY_VERIFY(!m_view->isExporting());
+        QVERIFY(text("label_note").startsWith(QStringLiteral("Saved: ")));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString all = QString::fromUtf8(file.readAll());
+        QVERIFY(all.startsWith(first));
+        QVERIFY(std::abs(all.count(QStringLiteral("\r\n")) - 1 - rows) <= 12); // what is shown moves while it opens
+    }
+
+    void aTableCanBeCancelled()
+    {
+        for (int k = 0; k < 800000; ++k)
+            recorder().positionAnswered(0, k, AnswerListener::Time::clock::now() - 80000s + k * 100ms);
+        show();
+        const QString path = exported("all", QStringLiteral("a.csv"), 0);
+        QVERIFY(m_view->isExporting());
+        QVERIFY(!in("pushButton_exportCsv")->isEnabled());
+        QVERIFY(in("pushButton_cancelExport")->isVisible());
+        click("pushButton_cancelExport");
+        QTRY_VERIFY(!m_view->isExporting());
+        QCOMPARE(text("label_note"), QStringLiteral("Export cancelled"));
+        QVERIFY(!QFile::exists(path));
+    }
+
+    void pictures_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("filter");
+        QTest::newRow("png") << "a.png" << 0;
+        QTest::newRow("svg") << "a.svg" << 0;
+        QTest::newRow("by the filter") << "b" << 1;
+    }
+    void pictures()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, filter);
+        record(30);
+        show();
+        QString path = exported("picture", name, filter);
+        if (filter == 1)
+            path += QStringLiteral(".svg");
+        if (path.endsWith(QLatin1String("png"))) {
+            QCOMPARE(QImage(path).size(), plot()->size() * 2);
+        } else {
+            QSvgRenderer svg(path);
+            QVERIFY(svg.isValid());
+            QCOMPARE(svg.viewBox().size(), plot()->size());
+        }
+    }
+
+    void whatCannotBeWrittenIsSaid()
+    {
+        record(30);
+        show();
+        for (const char *action : {"picture", "all"}) {
+            OnMessageBox box;
+            exported(action, QStringLiteral("no/a.csv"), 0);
+            QTRY_COMPARE(box.shown(), 1);
+            QVERIFY(box.text().startsWith(QStringLiteral("The file cannot be saved: ")));
+            QVERIFY(!m_view->isExporting());
+        }
+    }
+
+    void aHigherRateIsAskedOfTheShownAxes()
+    {
+        record(1);
+        show();
+        SerialComDev::instance()->setOpened(true);
+        recorder().positionAnswered(0, 1, AnswerListener::Time::clock::now());
+        recorder().positionAnswered(1, 1, AnswerListener::Time::clock::now());
+        QTRY_COMPARE(m_view->findChildren<AxisRow *>().size(), 2);
+        click("pushButton_rate100");
+        in<AxisRow>("axisRow_1")->click();
+        QTest::qWait(20);
+        simulator::clearJournal();
+        QTRY_VERIFY(simulator::callCount("getCurrentPos") > 20);
+        for (const simulator::Call &call : simulator::journal())
+            QCOMPARE(call.arguments, std::string("1001, 0"));
+        click("pushButton_rate10");
+        QTest::qWait(30);
+        simulator::clearJournal();
+        QTest::qWait(50);
+        QCOMPARE(simulator::callCount("getCurrentPos"), 0);
+        SerialComDev::instance()->setOpened(false);
+    }
+};
+
+QTEST_MAIN(tst_RecorderView)
+#include "tst_RecorderView.moc"
