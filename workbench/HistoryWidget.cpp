@@ -189,8 +189,11 @@ void HistoryWidget::showList()
             const QString texts[] = {
                 ParameterTexts::time(snapshot), snapshot.controller, axisName(snapshot.axis),
                 ParameterTexts::why(snapshot.why)};
-            for (int column = 0; column < 4; ++column)
-                table->setItem(row, column, new QTableWidgetItem(texts[column]));
+            for (int column = 0; column < 4; ++column) {
+                auto *item = new QTableWidgetItem(texts[column]);
+                item->setToolTip(texts[column]); // a long serial number is cut
+                table->setItem(row, column, item);
+            }
         }
     }
     table->setVisible(!m_listed.isEmpty());
