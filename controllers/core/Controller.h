@@ -39,7 +39,8 @@ public:
      * `open` is the caller's to set.
      */
     virtual int openLink(std::unique_lock<std::mutex> &lock) = 0;
-    virtual void closeLink() {}
+    /** The same for closing: what is in motion is told to stop. */
+    virtual void closeLink(std::unique_lock<std::mutex> &) {}
 
     virtual bool joystickPresent() const { return false; }
     /** -10 to 10, tenths of maxRockerSpeed. */

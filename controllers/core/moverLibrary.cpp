@@ -273,7 +273,7 @@ int removeDev(int id)
     LibraryCall call(__func__, id);
     if (Controller *controller = call.addedController(id)) {
         if (std::exchange(controller->open, false))
-            controller->closeLink();
+            controller->closeLink(call.lock());
         controller->added = false;
     }
     return call.finish(call.status());
@@ -297,7 +297,7 @@ int closeTSDevice(int id)
     LibraryCall call(__func__, id);
     if (Controller *controller = call.addedController(id)) {
         if (std::exchange(controller->open, false))
-            controller->closeLink();
+            controller->closeLink(call.lock());
         else
             call.refuse(NotOpen);
     }

@@ -16,6 +16,7 @@ namespace {
 constexpr int homingOn = 22;
 constexpr int homingDirection = 23;
 constexpr int slowHoming = 24;
+constexpr int homingPullOff = 27;
 constexpr int stepsPerUnit = 100;
 constexpr int highestSpeed = 110;
 constexpr int ramp = 120;
@@ -42,15 +43,32 @@ double Axis::toBoard(double position) const
     return sign * (position - toStage(0));
 }
 
+bool Axis::homesToMinus() const
+{
+    return (static_cast<unsigned>(m_board.setting(homingDirection, 0)) >> boardAxis() & 1U) != 0;
+}
+
+void Axis::reference(double mm)
+{
+    // Most boards set their position such that the switch is at an end of [-travel, 0], give or take a step; some make
+    // it 0 where they stand.
+    const bool atMinus = homesToMinus();
+    const double pullOff = m_board.setting(homingPullOff, 1);
+    const double at = atMinus ? mm - pullOff : mm + pullOff;
+    const double length = m_board.setting(travel + boardAxis(), stage().maxPos - stage().minPos);
+    if (std::abs(at - (atMinus ? -length : 0)) > 0.05)
+        m_switchAt = at;
+}
+
 double Axis::toStage(double mm) const
 {
     const double sign = stage().phaseDirction == 1 ? -1 : 1;
     double zero = m_setup.offset; // position of the stage at machine position 0
     if (!m_setup.hasOffset && m_board.setting(homingOn, 0) != 0) {
         // The board's machine space is [-travel, 0], and its homing switch is at one end of the stage.
-        const bool atMinus = (static_cast<unsigned>(m_board.setting(homingDirection, 0)) >> boardAxis() & 1U) != 0;
+        const bool atMinus = homesToMinus();
         const double length = m_board.setting(travel + boardAxis(), stage().maxPos - stage().minPos);
-        const double boardEnd = atMinus ? -length : 0;
+        const double boardEnd = m_switchAt.value_or(atMinus ? -length : 0);
         const double stageEnd = atMinus == (sign > 0) ? stage().minPos : stage().maxPos;
         zero = stageEnd - sign * boardEnd;
     }

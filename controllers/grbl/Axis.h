@@ -4,6 +4,7 @@
 #include "controllers/core/Axis.h"
 
 #include <functional>
+#include <optional>
 
 namespace grbl {
 
@@ -59,7 +60,13 @@ public:
     bool isStopped() const { return m_stopped; }
     void setStopped(bool stopped) { m_stopped = stopped; }
     bool isHomed() const { return m_homed; }
-    void setHomed(bool homed) { m_homed = homed; }
+    void setHomed(bool homed)
+    {
+        m_homed = homed;
+        m_switchAt.reset();
+    }
+    /** Has homed, and stands at `mm` of the board: its pull-off from the switch. */
+    void reference(double mm);
     /** What is kept for the axis replaces its stage. */
     void restore(const MotorParams &stage) { setStored(stage); }
     /** The finest that the board tells apart, in mm. */
@@ -78,6 +85,7 @@ protected:
     void leaves() override;
 
 private:
+    bool homesToMinus() const;
     void sayCap(double asked);
     void sayResolution();
 
@@ -86,6 +94,7 @@ private:
     bool m_enabled = true;
     bool m_homed = false;
     bool m_stopped = false;
+    std::optional<double> m_switchAt; ///< in the board's mm, where that is not at an end of [-travel, 0]
     double m_toldCap = 0;        ///< what has been said of the speed, so that it is said once
     double m_toldResolution = 0; ///< the same for the resolution
 };

@@ -14,7 +14,9 @@ namespace {
 
 constexpr char askReport = '?';
 constexpr double reportTimeout = 1;
-constexpr double askAgainAfter = 0.12; // a "?" may get lost
+constexpr double askAgainAfter = 0.25; // a "?" may get lost
+constexpr double forgetAsked = 1.5;    // and never be answered
+constexpr double longestPause = 0.3;   // between two run(); beyond it what has arrived may not have been read yet
 constexpr double movingPoll = 0.1;
 constexpr double restingPoll = 0.2;
 constexpr double answerTimeout = 0.7;
@@ -76,7 +78,9 @@ void Board::opened(double now)
     m_toSay.clear();
     m_saying = false;
     m_settings.clear();
-    m_asked = -1;
+    m_hasSettings = m_hasChanged = false;
+    m_alarm = 0;
+    m_asked.clear();
     m_lost = false;
     m_reports = 0;
     m_resetSaid = false;
@@ -88,6 +92,7 @@ void Board::opened(double now)
 
 void Board::closed()
 {
+    breakWrite();
     m_phase = Phase::Closed;
     endRuns();
     notHomed();
@@ -175,8 +180,10 @@ void Board::takeAnswer(const Reply &reply)
     }
     if (m_phase == Phase::Homing) {
         for (auto &axis : m_axes) {
-            if (m_homing == maxBoardAxes || axis->boardAxis() == m_homing)
-                axis->setHomed(!failed);
+            if (m_homing != maxBoardAxes && axis->boardAxis() != m_homing)
+                continue;
+            axis->setHomed(!failed);
+            m_referenced |= failed ? 0 : 1U << axis->boardAxis();
         }
         if (failed) {
             say({HomingFailed, "The board refused to home: error " + std::to_string(reply.number)});
@@ -184,7 +191,7 @@ void Board::takeAnswer(const Reply &reply)
         }
         m_phase = Phase::Asking; // where it stands now
         m_since = m_now;
-        m_asked = -1;
+        m_asked.clear();
         poll();
     } else if (failed && m_phase == Phase::Ready) {
         if (reply.number == 15) {
@@ -198,6 +205,7 @@ void Board::takeAnswer(const Reply &reply)
 
 void Board::takeBanner(const std::string &text)
 {
+    breakWrite();
     m_banner = text;
     m_homesSingly = m_homesSingly || text.find("FluidNC") != std::string::npos;
     m_awaited.clear();
@@ -205,10 +213,10 @@ void Board::takeBanner(const std::string &text)
     m_toSay.clear();
     m_saying = false;
     m_pending.clear();
-    m_asked = -1;
+    m_asked.clear();
     m_resetAt = -1;
     m_bannerSeen = true;
-    if (m_phase == Phase::Booting || (m_phase == Phase::Asking && m_reports == 0)) {
+    if (m_phase == Phase::Booting || !m_hasSettings) {
         begin({"$I", "$$"}, Phase::Asking);
         return;
     }
@@ -232,6 +240,11 @@ void Board::takeAlarm(int number)
                                       : BoardAlarm,
          "The board is in alarm " + std::to_string(number) + ": " + alarmWords(number), -1,
          static_cast<double>(number)});
+    // Behind some alarms the board hears nothing but a reset; behind the others it starts anew by itself.
+    const bool waits = number == 1 || number == 2 || number == 4 || number == 5;
+    if (opening() && !waits)
+        return; // as it was when the port was opened: it says its settings all the same
+    breakWrite();
     if (number == 1) {
         for (std::size_t one = 1; one < m_slices.size(); ++one) {
             for (int i = 0; i < m_boardAxes; ++i) {
@@ -251,8 +264,6 @@ void Board::takeAlarm(int number)
     m_phase = Phase::Resetting;
     m_bannerSeen = false;
     m_since = m_now;
-    // Behind some alarms the board hears nothing but a reset; behind the others it starts anew by itself.
-    const bool waits = number == 1 || number == 2 || number == 4 || number == 5;
     m_resetAt = m_now + (waits ? 0.6 : 1.5);
     m_urgent = true;
 }
@@ -263,14 +274,15 @@ void Board::poll()
 {
     m_output += askReport;
     m_lastAsk = m_now;
-    if (m_asked < 0)
-        m_asked = m_now;
+    while (!m_asked.empty() && m_now - m_asked.front() > forgetAsked)
+        m_asked.pop_front();
+    m_asked.push_back(m_now);
 }
 
 void Board::takeReport(const Report &told)
 {
-    // The first report tells how many axes there are; one with fewer has lost some on the wire.
-    if (m_reports > 0 && told.axes != m_boardAxes)
+    // A report tells how many axes there are; one with fewer has lost some on the wire.
+    if (m_reports > 0 && told.axes < m_boardAxes)
         return;
     Report report = told;
     if (report.hasOffset)
@@ -279,8 +291,10 @@ void Board::takeReport(const Report &told)
         for (int i = 0; i < report.axes; ++i)
             report.position[i] += m_offset[i];
     }
-    m_reportAsked = m_asked >= 0 ? m_asked : m_lastAsk;
-    m_asked = -1;
+    m_reportAsked = m_asked.empty() ? m_lastAsk : m_asked.front();
+    if (!m_asked.empty())
+        m_asked.pop_front();
+    m_heard = m_now;
     ++m_reports;
     m_report = report;
     m_sentSinceReport = 0;
@@ -289,6 +303,7 @@ void Board::takeReport(const Report &told)
     const bool idle = report.state == Report::State::Idle;
     const bool cannotMove = report.state == Report::State::Alarm || report.state == Report::State::Sleep ||
                             report.state == Report::State::Check;
+    const bool held = report.state == Report::State::Hold || report.state == Report::State::Door;
     if (idle && m_awaited.empty() && m_reportAsked >= m_lastAnswer)
         m_idleSeen = true;
     if (idle)
@@ -300,7 +315,7 @@ void Board::takeReport(const Report &told)
     case Phase::Writing:
         return;
     case Phase::Asking:
-        if (m_saying || !m_toSay.empty() || m_settings.empty())
+        if (m_saying || !m_toSay.empty() || !m_hasSettings)
             return;
         if (idle || cannotMove)
             restAt(report, Then::Stand);
@@ -308,8 +323,12 @@ void Board::takeReport(const Report &told)
             reset("The board was not at rest"); // in motion, held, or in a homing that does not end
         return;
     case Phase::Resetting:
-        if (m_bannerSeen && (idle || cannotMove))
+        if (m_bannerSeen && (idle || cannotMove)) {
             restAt(report, m_then);
+        } else if (m_bannerSeen && held && m_now - m_since > 1) {
+            say({OnHold, "The board is on hold: close its door, then unlock"});
+            restAt(report, Then::Stand); // which locks it
+        }
         return;
     case Phase::Homing:
         // Not one that was on its way when homing began.
@@ -336,7 +355,10 @@ void Board::takeReport(const Report &told)
             endRuns();
             restAt(report, Then::Stand);
         }
-    } else if (report.state == Report::State::Hold || report.state == Report::State::Door) {
+    } else if (held && m_locked) {
+        return; // until it is unlocked
+    } else if (held || (report.holdPressed && !m_rests)) {
+        // A hold in a jog shows in its button alone: what has been sent behind it would go on.
         say({OnHold, "Somebody has put the board on hold; all axes are stopped"});
         cancel(Then::Stand);
     } else {
@@ -372,7 +394,11 @@ double Board::run(double now)
     m_urgent = false;
     if (m_phase == Phase::Closed)
         return 1;
-    watch();
+    const double pause = m_now - std::exchange(m_lastRun, m_now);
+    if (pause > longestPause)
+        m_heard += pause;
+    else
+        watch();
     switch (m_phase) {
     case Phase::Closed:
         return 1;
@@ -396,7 +422,7 @@ double Board::run(double now)
     // Reports. None comes while the board boots, stores a setting or homes.
     const bool mayAsk = m_phase == Phase::Ready || m_phase == Phase::Cancelling ||
                         (m_phase == Phase::Resetting && m_bannerSeen) ||
-                        (m_phase == Phase::Asking && !m_saying && m_toSay.empty() && !m_settings.empty()) ||
+                        (m_phase == Phase::Asking && !m_saying && m_toSay.empty() && m_hasSettings) ||
                         (m_phase == Phase::Homing && m_now > m_homeLimit);
     double period = m_rests ? restingPoll : movingPoll;
     if (m_phase != Phase::Ready || (m_rests && !m_idleSeen && m_now >= m_lineEnd - slice))
@@ -405,7 +431,7 @@ double Board::run(double now)
     // Between two lines, so that the report tells whether the last one has been read.
     const bool justSent = !m_awaited.empty() && m_now < m_awaited.back().since + onTheWay && m_now < m_nextPoll + slice;
     if (mayAsk && m_now >= m_nextPoll && !(justSent && m_phase == Phase::Ready) &&
-        (m_asked < 0 || m_now >= m_lastAsk + askAgainAfter)) {
+        (m_asked.empty() || m_now >= m_lastAsk + askAgainAfter)) {
         poll();
         m_nextPoll = m_now + period;
     }
@@ -445,7 +471,7 @@ void Board::watch()
             sendByte(softReset);
             m_since = m_now;
             m_bannerSeen = false;
-            m_asked = -1;
+            m_asked.clear();
             m_lastAsk = m_now; // an answer before the banner means nothing
         } else if (m_now - m_since > 3) {
             m_resetAt = m_now; // it was lost, or the board is gone
@@ -459,7 +485,6 @@ void Board::watch()
         return;
     case Phase::Writing:
         if (!m_awaited.empty() && m_now - m_awaited.front().since > 3) {
-            m_written = WriteFailed;
             reset("The board does not answer a setting");
         }
         return;
@@ -472,7 +497,7 @@ void Board::watch()
     default:
         break;
     }
-    if (m_asked >= 0 && m_now - m_asked > reportTimeout && !m_lost)
+    if (!m_asked.empty() && m_now - m_heard > reportTimeout && !m_lost)
         lose("The board does not answer");
     if (m_phase == Phase::Ready && !m_lost && !m_awaited.empty() &&
         m_now - std::max(m_lastAnswer, m_awaited.front().since) > answerTimeout)
@@ -496,6 +521,7 @@ void Board::endRuns()
 
 void Board::notHomed()
 {
+    m_referenced = 0;
     for (auto &axis : m_axes)
         axis->setHomed(false);
 }

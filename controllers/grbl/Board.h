@@ -122,7 +122,7 @@ public:
     void hurry() { m_urgent = true; }
     void say(const Note &note) { m_log(note); }
     void say(const std::string &text) { m_log({moverMessages::General, text}); }
-    /** Ends all that moves, because nobody is there any more to stop it. */
+    /** Ends all that moves, a homing too, because nobody is there any more to stop it. */
     void stopAll();
 
 private:
@@ -152,6 +152,8 @@ private:
     void begin(std::vector<std::string> lines, Phase phase);
     void asked();
     void wrote();
+    void undo();
+    void breakWrite();
 
     void stream();
     void sendSlice(double end);
@@ -165,6 +167,7 @@ private:
     void sendCancel();
     void watchCancel();
     void reset(const std::string &why, moverMessages::Code code = moverMessages::General);
+    void stopHoming();
     void restAt(const Report &report, Then then);
     void lose(const std::string &why);
     void trouble(const std::string &what);
@@ -174,6 +177,8 @@ private:
     // A board takes 0 as well, and then does not move: see refusal().
     double stepsPerMm(int axis) const { return std::max(setting(100 + axis, 250), 1e-3); }
     long long toSteps(int boardAxis, double mm) const;
+    /** The same for a target: never a step beyond the end that the board's own limits leave. */
+    long long targetSteps(int boardAxis, double mm) const;
     /** A jog of all axes to `steps`, without its feed. */
     std::string jogTo(const std::array<long long, maxBoardAxes> &steps) const;
 
@@ -197,8 +202,10 @@ private:
     // Reports
     Report m_report;
     std::array<double, maxBoardAxes> m_offset{};
-    double m_asked = -1; ///< when the unanswered "?" was sent; below 0: none is
+    std::deque<double> m_asked; ///< when each "?" was sent that has no report yet, the oldest first
     double m_lastAsk = 0;
+    double m_heard = 0;   ///< when the last report came
+    double m_lastRun = 0; ///< of run()
     unsigned long long m_reports = 0; ///< reports since the port was opened
     double m_reportAsked = 0;         ///< when the last report was asked for
     bool m_lost = false;
@@ -209,6 +216,8 @@ private:
 
     // The board
     std::map<int, double> m_settings;
+    bool m_hasSettings = false; ///< the board has been asked for them, however few it told
+    bool m_hasChanged = false;  ///< it has been told what reports have to have
     std::map<int, double> m_read; ///< settings of a list that is coming in
     std::string m_banner;
     std::string m_version;
@@ -247,8 +256,10 @@ private:
     double m_homeLimit = 0;
     int m_homing = -1; ///< axis that homes, or maxBoardAxes for all
     double m_homeAsked = -100;
+    unsigned m_referenced = 0; ///< bits of the axes that have just homed and wait for the report of where they are
     std::map<int, double> m_writing;
     std::map<int, double> m_before;
+    std::map<int, double> m_toUndo; ///< of a write that was broken off, until the board listens again
     int m_written = 0;
     bool m_undoing = false;
     double m_resetAt = -1; ///< when a reset has to be sent, below 0: not

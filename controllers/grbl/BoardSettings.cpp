@@ -43,23 +43,35 @@ void Board::asked()
 {
     if (!m_read.empty())
         m_settings = std::exchange(m_read, {});
-    // Reports have to have machine positions and the room in the buffers, in mm.
-    const int mask = static_cast<int>(setting(10, 3));
-    if (m_phase == Phase::Asking && (mask & 3) != 3) {
-        say("The board's setting $10 is made " + std::to_string(mask | 3));
-        begin({"$10=" + std::to_string(mask | 3), "$$"}, Phase::Asking);
+    m_hasSettings = true;
+    if (m_phase == Phase::Asking && setting(13, 0) != 0 && m_hasChanged) {
+        say("The board does not take $13=0: its positions are in inches");
+        closed();
         return;
     }
-    if (m_phase == Phase::Asking && setting(13, 0) != 0) {
-        say("The board's setting $13 is made 0: positions in mm");
-        begin({"$13=0", "$$"}, Phase::Asking);
-        return;
+    // Reports have to have machine positions, in mm; and the room in the buffers, where the board can tell that.
+    if (m_phase == Phase::Asking && !std::exchange(m_hasChanged, true)) {
+        std::vector<std::string> lines;
+        const int mask = static_cast<int>(setting(10, 3));
+        if ((mask & 3) != 3) {
+            say("The board's setting $10 is made " + std::to_string(mask | 3));
+            lines.push_back("$10=" + std::to_string(mask | 3));
+        }
+        if (setting(13, 0) != 0) {
+            say("The board's setting $13 is made 0: positions in mm");
+            lines.emplace_back("$13=0");
+        }
+        if (!lines.empty()) {
+            lines.emplace_back("$$");
+            begin(lines, Phase::Asking);
+            return;
+        }
     }
     if (m_phase == Phase::Asking && m_reports == 0 && setting(1, 255) != 255)
         say({MotorsDropOut, "The board's setting $1 is not 255: the motors lose their current after each stop"});
     m_phase = Phase::Asking; // where it stands comes last
     m_since = m_now;
-    m_asked = -1;
+    m_asked.clear();
     m_lastAsk = 0;
     m_urgent = true;
 }
@@ -105,24 +117,44 @@ void Board::wrote()
     };
     const bool failed = std::any_of(m_writing.begin(), m_writing.end(), differs);
     if (failed && !m_undoing) {
-        say({SettingsUndone, "The board did not take its settings; what was written is undone"});
-        m_written = WriteFailed;
-        m_undoing = true;
-        std::vector<std::string> lines;
-        for (const auto &[number_, value] : m_before)
-            lines.push_back("$" + std::to_string(number_) + "=" + number(value, 3));
-        lines.emplace_back("$$");
-        m_writing = m_before;
-        begin(lines, Phase::Writing);
+        undo();
         return;
     }
     if (failed)
         say("The board's settings could not be put back: read them");
     for (const auto &[number_, value] : m_writing) {
-        if (number_ >= 100 && number_ < 100 + maxBoardAxes)
-            notHomed();
+        // The place of the machine's zero depends on the travel as well.
+        for (const int first : {100, 130}) {
+            if (number_ >= first && number_ < first + maxBoardAxes)
+                notHomed();
+        }
     }
     asked();
+}
+
+void Board::undo()
+{
+    say({SettingsUndone, "The board did not take its settings; what was written is undone"});
+    m_written = WriteFailed;
+    m_undoing = true;
+    if (!m_toUndo.empty())
+        m_before = std::exchange(m_toUndo, {});
+    std::vector<std::string> lines;
+    for (const auto &[number_, value] : m_before)
+        lines.push_back("$" + std::to_string(number_) + "=" + number(value, 3));
+    lines.emplace_back("$$");
+    m_writing = m_before;
+    begin(lines, Phase::Writing);
+}
+
+/** The board hears nothing any more in the middle of a write: what was written is undone when it does again. */
+void Board::breakWrite()
+{
+    if (m_phase != Phase::Writing)
+        return;
+    m_written = WriteFailed;
+    if (!m_writing.empty())
+        m_toUndo = m_before;
 }
 
 int Board::switchDirection(int boardAxis) const
@@ -168,7 +200,7 @@ int Board::home(Axis &axis)
     }
     if (!m_locked && !still())
         return AxisRunning;
-    if (setting(22, 0) == 0)
+    if (setting(22, 1) == 0) // a board that does not say so is asked to, and may refuse
         return NotAvailable;
     std::string line = "$H";
     if (m_homesSingly) {
@@ -193,7 +225,7 @@ int Board::home(Axis &axis)
     }
     m_phase = Phase::Homing;
     m_since = m_now;
-    m_asked = -1;
+    m_asked.clear();
     sendLine(line);
     m_urgent = true;
     return Ok;

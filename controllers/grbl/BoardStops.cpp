@@ -37,9 +37,7 @@ int Board::refusal() const
 int Board::stop(Axis &axis)
 {
     if (m_phase == Phase::Homing) {
-        reset("Homing was stopped; the position is lost", HomingStopped);
-        notHomed();
-        m_urgent = true;
+        stopHoming();
         return Ok;
     }
     if (m_phase != Phase::Ready) {
@@ -59,11 +57,19 @@ int Board::stop(Axis &axis)
     return Ok;
 }
 
+void Board::stopHoming()
+{
+    reset("Homing was stopped; the position is lost", HomingStopped);
+    notHomed();
+    m_urgent = true;
+}
+
 void Board::stopAll()
 {
-    if (m_phase != Phase::Ready)
-        return;
-    if (still() && m_awaited.empty())
+    m_then = Then::Stand; // whatever was to be taken up
+    if (m_phase == Phase::Homing)
+        stopHoming();
+    else if (m_phase != Phase::Ready || (still() && m_awaited.empty()))
         endRuns(); // in the pause between two legs, or not yet begun
     else
         cancel(Then::Stand);
@@ -154,6 +160,7 @@ void Board::watchCancel()
 
 void Board::reset(const std::string &why, Code code)
 {
+    breakWrite();
     say({code, why});
     sendByte(softReset);
     m_awaited.clear();
@@ -167,7 +174,7 @@ void Board::reset(const std::string &why, Code code)
     m_bannerSeen = false;
     m_since = m_now;
     m_resetAt = -1;
-    m_asked = -1;
+    m_asked.clear();
     m_lastAsk = m_now + 0.6; // the banner comes first, and after a stop in motion half a second later
     m_nextPoll = m_now + 0.6;
 }
@@ -199,6 +206,8 @@ void Board::restAt(const Report &report, Then then)
         m_sent[i] = toSteps(i, report.position[i]);
     m_slices.assign(1, {m_now, m_sent});
     for (auto &axis : m_axes) {
+        if ((m_referenced >> axis->boardAxis() & 1U) != 0)
+            axis->reference(report.position[axis->boardAxis()]);
         const double position = axis->toStage(m_sent[axis->boardAxis()] / stepsPerMm(axis->boardAxis()));
         if (then == Then::TakeUp && !m_locked && axis->running())
             axis->takeUp(position, m_now);
@@ -209,7 +218,10 @@ void Board::restAt(const Report &report, Then then)
         axis->settle(m_now); // a run begins now, not at the time before
     }
     m_then = Then::Stand;
+    m_referenced = 0;
     m_urgent = true;
+    if (!m_toUndo.empty())
+        undo();
 }
 
 void Board::trouble(const std::string &what)

@@ -39,6 +39,17 @@ long long Board::toSteps(int boardAxis, double mm) const
     return std::llround(mm * stepsPerMm(boardAxis));
 }
 
+long long Board::targetSteps(int boardAxis, double mm) const
+{
+    const long long steps = toSteps(boardAxis, mm);
+    const double lowest = -setting(130 + boardAxis, 0) * stepsPerMm(boardAxis);
+    if (setting(20, 0) == 0 || lowest == 0)
+        return steps;
+    // The board refuses what lies outside, be it by the rounding to a step: then the one before it is the end.
+    const auto first = static_cast<long long>(std::ceil(lowest - 1e-6));
+    return steps < first && steps >= first - 1 ? first : steps;
+}
+
 void Board::settle(double now)
 {
     m_now = std::max(m_now, now);
@@ -97,7 +108,7 @@ void Board::sendSlice(double end)
     std::array<long long, maxBoardAxes> steps = m_sent;
     for (auto &axis : m_axes) {
         axis->settle(end);
-        steps[axis->boardAxis()] = toSteps(axis->boardAxis(), axis->toBoard(axis->position()));
+        steps[axis->boardAxis()] = targetSteps(axis->boardAxis(), axis->toBoard(axis->position()));
     }
     double path = 0;
     m_excess = 0;

@@ -12,6 +12,7 @@ namespace {
 
 constexpr double openTimeout = 10; // banner, reset, settings
 constexpr double writeTimeout = 10;
+constexpr double closeTimeout = 0.015;
 constexpr double keepAfter = 0.5;
 constexpr std::size_t mostUnwritten = 4096;
 constexpr std::size_t mostMessages = 100;
@@ -134,10 +135,15 @@ int Controller::openLink(std::unique_lock<std::mutex> &lock)
     return Ok;
 }
 
-void Controller::closeLink()
+void Controller::closeLink(std::unique_lock<std::mutex> &lock)
 {
     m_board.stopAll(); // nobody is left who could
+    if (!m_board.isUrgent())
+        return;
+    // The process may end behind this call, and a homing would go on without it.
+    m_isWritten = false;
     m_serial.wake();
+    waitFor(lock, &Controller::isWritten, closeTimeout);
 }
 
 void Controller::stored()
@@ -185,9 +191,17 @@ void Controller::serve()
             break;        // nothing of this family at the port
         if (wait >= 0.02) // nothing moves
             keep(lock);
+        const bool tells = !m_isWritten;
         lock.unlock();
         m_changed.notify_all();
-        there = m_serial.write(&out) && out.size() < mostUnwritten && m_serial.read(&in, wait, !out.empty());
+        there = m_serial.write(&out) && out.size() < mostUnwritten;
+        if (tells) {
+            lock.lock();
+            m_isWritten = true;
+            lock.unlock();
+            m_changed.notify_all();
+        }
+        there = there && m_serial.read(&in, wait, !out.empty());
         lock.lock();
     }
     m_board.closed();

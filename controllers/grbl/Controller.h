@@ -42,7 +42,7 @@ public:
         std::size_t unreadable = 0; ///< of them: no text
     };
     const Heard &heard() const { return m_heard; }
-    void closeLink() override;
+    void closeLink(std::unique_lock<std::mutex> &lock) override;
     int mostAxes() const override { return static_cast<int>(m_board.axes().size()); }
     controllers::Axis &axis(int number) override { return *m_board.axes()[number]; }
     void stored() override;
@@ -63,6 +63,7 @@ private:
     void say(const Board::Note &note);
     void serve();
     void waitFor(std::unique_lock<std::mutex> &lock, bool (Controller::*over)() const, double atMost);
+    bool isWritten() const { return m_isWritten || !m_serves; }
     bool isOpened() const { return !m_board.opening(); }
     bool hasWritten() const { return m_board.phase() != Board::Phase::Writing && !m_board.opening(); }
     /** Writes what is kept when something has changed and a moment has passed. */
@@ -78,6 +79,7 @@ private:
     bool m_serves = false;   ///< the thread runs
     bool m_released = false; ///< it has to end
     Heard m_heard;
+    bool m_isWritten = true; ///< what the board had to send is on the wire
     std::condition_variable m_changed;
     double m_keepAt = -1;
 };

@@ -88,8 +88,9 @@ bool readReport(std::string_view text, Report *report)
         } else if (field == "Pn") {
             for (const char pin : values) {
                 const std::size_t axis = axisLetters.find(pin);
-                if (axis != std::string_view::npos)
+                if (axis < static_cast<std::size_t>(report->axes)) // further letters are other pins
                     report->pins |= 1U << axis;
+                report->holdPressed = report->holdPressed || pin == 'H' || pin == 'D';
             }
         }
     }

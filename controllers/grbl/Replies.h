@@ -26,6 +26,7 @@ struct Report {
     int freeBytes = -1;
     double feed = 0;   ///< mm/min along the path
     unsigned pins = 0; ///< bits of the axes whose limit switch is closed
+    bool holdPressed = false; ///< the button for a hold, or the door
 };
 
 /** One line from a board. */
