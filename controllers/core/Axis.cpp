@@ -56,6 +56,11 @@ double Axis::clipped(double position) const
     return std::clamp(position, m_stage.minPos, m_stage.maxPos);
 }
 
+double Axis::limited(double position) const
+{
+    return std::clamp(position, std::min(m_stage.minPos, m_from), std::max(m_stage.maxPos, m_from));
+}
+
 bool Axis::atLowerEnd(double position) const
 {
     return position <= m_stage.minPos + resolution;
@@ -73,12 +78,10 @@ void Axis::settle(double now)
         const double legEnd = m_legStart + m_profile.duration();
         if (now < legEnd) {
             m_motion = m_profile.at(now - m_legStart);
-            // Rounding must not carry it beyond a limit.
-            m_motion.position =
-                std::clamp(m_motion.position, std::min(m_stage.minPos, m_from), std::max(m_stage.maxPos, m_from));
+            m_motion.position = limited(m_motion.position);
             return;
         }
-        m_motion = {clipped(m_profile.end()), 0};
+        m_motion = {limited(m_profile.end()), 0};
         if (m_clipped || m_leg + 1 >= m_legs) {
             endRun();
         } else if (now < legEnd + m_dwell) {
@@ -126,7 +129,10 @@ void Axis::startLeg(double at)
         target = m_base + m_displacement * (m_leg + 1);
     else if (m_run == Run::Loop && m_leg % 2 == 1)
         target = m_base;
-    const double reached = clipped(target);
+    double reached = clipped(target);
+    // From a place outside the travel a direction never leads the other way; only a move finds back by itself.
+    if (m_run != Run::Move && (reached - m_motion.position) * (target - m_motion.position) < 0)
+        reached = m_motion.position;
     m_clipped = std::abs(target - reached) > resolution;
     setProfile(MotionProfile::to(m_motion, reached, m_speed, m_acceleration), at);
 }

@@ -155,6 +155,8 @@ protected:
     static int fault(const MotorParams &stage);
 
 private:
+    /** Rounding must not carry a leg beyond a limit, unless it begins there. */
+    double limited(double position) const;
     void startLeg(double at);
     void setProfile(const MotionProfile &profile, double at);
     void endRun();

@@ -54,7 +54,7 @@ Board::Board(Options options)
     })
 {
     m_forcedSwitches.fill(-1);
-    m_options.homesSingleAxes = m_options.homesSingleAxes || isHal();
+    m_options.homesSingleAxes = m_options.homesSingleAxes || !isStock();
     m_options.stages.resize(maxAxes);
     // From behind: soft limits, 20, want homing, 22.
     for (auto setting = m_options.settings.rbegin(); setting != m_options.settings.rend(); ++setting) {
@@ -252,7 +252,7 @@ bool Board::readLines()
     for (std::size_t i = 0; i < m_received.size(); ++i) {
         char byte = m_received[i];
         const bool hadReturn = std::exchange(m_hadReturn, byte == '\r');
-        if (byte == '\n' && hadReturn && isHal()) {
+        if (byte == '\n' && hadReturn && !isStock()) {
             continue; // one line end, where the stock firmware sees two
         }
         if (byte == '\n' || byte == '\r') {
@@ -312,6 +312,21 @@ void Board::print(const std::string &text)
 void Board::answer(int error)
 {
     print(error ? "error:" + std::to_string(error) : "ok");
+}
+
+void Board::pressHold(bool isPressed)
+{
+    m_isHoldPressed = isPressed;
+    if (isPressed) {
+        m_wantsHold = true;
+        noteCancel('!');
+    }
+}
+
+void Board::setDoor(bool isOpen)
+{
+    m_isDoorOpen = isOpen;
+    m_wantsDoor = m_wantsDoor || isOpen;
 }
 
 void Board::pressReset()

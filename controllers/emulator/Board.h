@@ -27,8 +27,9 @@ struct Stage {
 
 /** What runs on the board. */
 enum class Firmware {
-    Grbl,   ///< stock 1.1h
-    GrblHal ///< its kin with larger buffers, other words and no deaf Idle
+    Grbl,    ///< stock 1.1h
+    GrblHal, ///< its kin with larger buffers, other words and no deaf Idle
+    FluidNc  ///< its kin that keeps its settings in a file: its banner, `$I` without sizes, a short `$$`
 };
 
 struct Options {
@@ -39,6 +40,10 @@ struct Options {
     double clockError = 0;
     /** A board whose firmware homes one axis with "$HX": grblHAL does, the stock firmware does not. */
     bool homesSingleAxes = false;
+    /** After homing the position is 0 on every axis, whatever the travel. */
+    bool homesToZero = false;
+    /** The settings that `$$` shows; empty for all. */
+    std::set<int> listed;
     /** Seconds in which a setting is written. What arrives meanwhile is lost. */
     double storeTime = 0.020;
     /** Seconds that the boot loader takes after power-on and when the port is opened. What arrives meanwhile is lost.
@@ -144,6 +149,10 @@ public:
     void powerCycle();
     /** Holds the switch of an axis closed (1) or open (0), whatever the stage does; -1 ends that. */
     void forceSwitch(int axis, int isClosed);
+    /** The button for a hold: pressed (true) or let go. */
+    void pressHold(bool isPressed);
+    /** The safety door: open (true) or closed. A closed one still wants a "~". */
+    void setDoor(bool isOpen);
     void setProbe(bool isClosed) { m_isProbeClosed = isClosed; }
     /** Moves the stage by hand, in mm, motors off or not: the board does not notice. */
     void pushStage(int axis, double distance);
@@ -160,6 +169,7 @@ private:
     };
 
     bool isHal() const { return m_options.firmware == Firmware::GrblHal; }
+    bool isStock() const { return m_options.firmware == Firmware::Grbl; }
     int receiveBytes() const { return isHal() ? 1023 : 128; }
     double toUser(double boardTime) const { return boardTime / (1 + m_options.clockError); }
     double toBoardTime(double userTime) const { return userTime * (1 + m_options.clockError); }
@@ -295,6 +305,8 @@ private:
     bool m_isHoming = false;
     bool m_isProbing = false;
     bool m_isProbeClosed = false;
+    bool m_isHoldPressed = false;
+    bool m_isDoorOpen = false;
     bool m_hasProbed = false;
     Vector m_probed{};
 

@@ -60,8 +60,10 @@ void Board::command(const std::string &line)
         switch (first) {
         case '$': {
             std::vector<std::string> lines;
-            for (const auto &entry : m_settings.list()) {
-                lines.push_back(entry.second);
+            for (const auto &[number, shown] : m_settings.list()) {
+                if (m_options.listed.empty() || m_options.listed.count(number) != 0) {
+                    lines.push_back(shown);
+                }
             }
             return list(lines);
         }
@@ -122,6 +124,9 @@ void Board::command(const std::string &line)
                          std::string(axisLetters.substr(0, static_cast<std::size_t>(m_options.axes))) + "]",
                      "[NEWOPT:ENUMS,RT+,TC,SED]", "[FIRMWARE:grblHAL]", "[SIGNALS:D]", "[NVS STORAGE:*EEPROM]",
                      "[DRIVER:Simulator]", "[DRIVER VERSION:260324]"});
+            }
+            if (!isStock()) {
+                return list({"[VER:3.7 FluidNC v3.7.8:" + m_info + "]", "[OPT:MPHS]"});
             }
             return list({"[VER:1.1h.20190830:" + m_info + "]", "[OPT:V,15,128]"});
         }

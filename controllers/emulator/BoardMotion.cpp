@@ -88,7 +88,7 @@ std::string Board::stateName() const
     case State::Hold:
         return m_isHeld ? "Hold:0" : "Hold:1";
     case State::Door:
-        return m_isHeld ? "Door:0" : "Door:2";
+        return !m_isHeld ? "Door:2" : m_isDoorOpen ? "Door:1" : "Door:0";
     case State::Home:
         return "Home";
     case State::Alarm:
@@ -126,6 +126,8 @@ void Board::report()
             pins += axisLetters[static_cast<std::size_t>(axis)];
         }
     }
+    pins += m_isDoorOpen ? "D" : "";
+    pins += m_isHoldPressed ? "H" : "";
     if (!pins.empty()) {
         line += "|Pn:" + pins;
     }
@@ -184,7 +186,7 @@ void Board::openDoor()
 void Board::resume()
 {
     m_isDeaf = false;
-    if (!m_isHeld) {
+    if (!m_isHeld || (m_state == State::Door && m_isDoorOpen)) {
         return;
     }
     m_isHeld = false;
@@ -354,6 +356,7 @@ void Board::start(bool isLocked)
     m_hasStopped = m_isHeld = m_isCancelling = m_doorAfterCancel = m_isDeaf = m_hostCancels = m_mustReset =
         m_limitEdge = false;
     m_lateCancel = 0;
+    m_wantsDoor = m_isDoorOpen;
     m_isHoming = m_isProbing = false;
     m_modes = {};
     m_feedOverride = m_rapidOverride = m_spindleOverride = 100;
@@ -363,7 +366,10 @@ void Board::start(bool isLocked)
     m_untilOffsets = m_untilOverrides = 0;
     m_state = isLocked ? State::Alarm : State::Idle;
     print("");
-    print(isHal() ? "GrblHAL 1.1f ['$' or '$HELP' for help]" : "Grbl 1.1h ['$' for help]");
+    print(
+        isHal()     ? "GrblHAL 1.1f ['$' or '$HELP' for help]"
+        : isStock() ? "Grbl 1.1h ['$' for help]"
+                    : "Grbl 3.7 [FluidNC v3.7.8 '$' for help]");
     m_freeAt = std::max(m_freeAt, m_out.end());
     if (m_settings.isOn(21) && limitPins() != 0) {
         print("[MSG:Check Limits]");
@@ -581,7 +587,7 @@ void Board::homed()
     for (int axis = 0; axis < m_options.axes; ++axis) {
         if ((m_homed >> axis & 1U) != 0) {
             const double end = m_settings.hasBit(23, axis) ? m_settings[27] - m_settings.travel(axis) : -m_settings[27];
-            place[axis] = std::llround(end * m_settings.stepsPerMm(axis));
+            place[axis] = m_options.homesToZero ? 0 : std::llround(end * m_settings.stepsPerMm(axis));
         }
     }
     m_stepper.setPosition(place);

@@ -46,6 +46,8 @@ public:
     void clear() { m_bytes.clear(); }
 
     void add(const WireFault &fault) { m_faults.push_back(fault); }
+    /** Forgets the faults that have not come yet. */
+    void mend() { m_faults.clear(); }
     /** Everything that is put comes over so much later (s). */
     void setDelay(double seconds) { m_delay = seconds; }
     /** Nothing comes over any more: a broken wire. */

@@ -17,7 +17,7 @@ constexpr const char *usage =
     "usage: grblEmulator [OPTION]...\n"
     "A controller board with firmware of the Grbl 1.1 family, without the board. Its serial port stands on the first "
     "line.\n"
-    "  --firmware NAME    grbl, or grblhal\n"
+    "  --firmware NAME    grbl, grblhal or fluidnc\n"
     "  --axes N           1 to 6, 3 by default\n"
     "  --speed N          its clock runs N times as fast as the computer's\n"
     "  --clock-error P    its clock runs P percent fast (0.5) or slow (-0.5)\n"
@@ -30,6 +30,8 @@ constexpr const char *usage =
     "  reset              the reset button\n"
     "  power              off and on\n"
     "  unplug, plug       the port goes, and comes back\n"
+    "  hold 1, hold 0     the button for a hold is pressed, and let go\n"
+    "  door 1, door 0     the safety door is opened, and closed\n"
     "  switch AXIS STATE  the limit switch of axis 0, 1 ... stays open (0), closed (1), or works again (-1)\n"
     "  drop LINE BYTE     loses a byte of a line to the board, 0 being the next one; byte -1 is its end\n"
     "  lose LINE          loses the whole line\n"
@@ -67,6 +69,18 @@ void obey(emulator::SerialPort &port, const std::string &line)
     const std::map<std::string, std::function<void(Board &)>> commands = {
         {"reset", [](Board &board) { board.pressReset(); }},
         {"power", [](Board &board) { board.powerCycle(); }},
+        {"hold",
+         [&words](Board &board) {
+             bool isPressed = false;
+             words >> isPressed;
+             board.pressHold(isPressed);
+         }},
+        {"door",
+         [&words](Board &board) {
+             bool isOpen = false;
+             words >> isOpen;
+             board.setDoor(isOpen);
+         }},
         {"switch",
          [&words](Board &board) {
              int axis = 0;
@@ -138,10 +152,15 @@ int main(int argc, char **argv)
          [&](const std::string &name, const char *text) { options.axes = static_cast<int>(number(name, text)); }},
         {"--firmware",
          [&](const std::string &name, const char *text) {
-             if (std::string(text) != "grbl" && std::string(text) != "grblhal") {
+             const std::map<std::string, emulator::Firmware> known = {
+                 {"grbl", emulator::Firmware::Grbl},
+                 {"grblhal", emulator::Firmware::GrblHal},
+                 {"fluidnc", emulator::Firmware::FluidNc}};
+             const auto found = known.find(text);
+             if (found == known.end()) {
                  fail(name + ": unknown");
              }
-             options.firmware = std::string(text) == "grbl" ? emulator::Firmware::Grbl : emulator::Firmware::GrblHal;
+             options.firmware = found->second;
          }},
         {"--speed", [&](const std::string &name, const char *text) { speed = number(name, text); }},
         {"--clock-error",

@@ -43,20 +43,34 @@ double Axis::toBoard(double position) const
     return sign * (position - toStage(0));
 }
 
+bool Axis::hasSwitch() const
+{
+    return m_homed || m_board.setting(homingOn, 0) != 0;
+}
+
+double Axis::length() const
+{
+    return m_board.setting(travel + boardAxis(), stage().maxPos - stage().minPos);
+}
+
 bool Axis::homesToMinus() const
 {
-    return (static_cast<unsigned>(m_board.setting(homingDirection, 0)) >> boardAxis() & 1U) != 0;
+    const auto told = static_cast<unsigned>(m_board.setting(homingDirection, m_endsAtMinus ? ~0U : 0));
+    return (told >> boardAxis() & 1U) != 0;
 }
 
 void Axis::reference(double mm)
 {
     // Most boards set their position such that the switch is at an end of [-travel, 0], give or take a step; some make
     // it 0 where they stand.
-    const bool atMinus = homesToMinus();
     const double pullOff = m_board.setting(homingPullOff, 1);
+    const auto off = [mm](double place) { return std::abs(mm - place); };
+    // For a board that does not tell its direction.
+    m_endsAtMinus =
+        std::min(off(pullOff), off(pullOff - length())) < std::min(off(-pullOff), off(length() - pullOff));
+    const bool atMinus = homesToMinus();
     const double at = atMinus ? mm - pullOff : mm + pullOff;
-    const double length = m_board.setting(travel + boardAxis(), stage().maxPos - stage().minPos);
-    if (std::abs(at - (atMinus ? -length : 0)) > 0.05)
+    if (std::abs(at - (atMinus ? -length() : 0)) > 0.05)
         m_switchAt = at;
 }
 
@@ -64,11 +78,10 @@ double Axis::toStage(double mm) const
 {
     const double sign = stage().phaseDirction == 1 ? -1 : 1;
     double zero = m_setup.offset; // position of the stage at machine position 0
-    if (!m_setup.hasOffset && m_board.setting(homingOn, 0) != 0) {
+    if (!m_setup.hasOffset && hasSwitch()) {
         // The board's machine space is [-travel, 0], and its homing switch is at one end of the stage.
         const bool atMinus = homesToMinus();
-        const double length = m_board.setting(travel + boardAxis(), stage().maxPos - stage().minPos);
-        const double boardEnd = m_switchAt.value_or(atMinus ? -length : 0);
+        const double boardEnd = m_switchAt.value_or(atMinus ? -length() : 0);
         const double stageEnd = atMinus == (sign > 0) ? stage().minPos : stage().maxPos;
         zero = stageEnd - sign * boardEnd;
     }

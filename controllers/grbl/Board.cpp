@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <tuple>
 
 namespace grbl {
 
@@ -306,8 +307,12 @@ void Board::takeReport(const Report &told)
     const bool held = report.state == Report::State::Hold || report.state == Report::State::Door;
     if (idle && m_awaited.empty() && m_reportAsked >= m_lastAnswer)
         m_idleSeen = true;
-    if (idle)
-        m_totalBlocks = std::max(m_totalBlocks, report.freeBlocks);
+    if (idle && m_awaited.empty()) {
+        // Said twice: a byte of one report may be wrong.
+        const std::pair<int, int> free{report.freeBlocks, report.freeBytes};
+        if (std::exchange(m_freeAtRest, free) == free && free.first > 0)
+            std::tie(m_totalBlocks, m_totalBytes) = free;
+    }
 
     switch (m_phase) {
     case Phase::Closed:
@@ -394,9 +399,9 @@ double Board::run(double now)
     m_urgent = false;
     if (m_phase == Phase::Closed)
         return 1;
-    const double pause = m_now - std::exchange(m_lastRun, m_now);
-    if (pause > longestPause)
-        m_heard += pause;
+    m_pause = m_now - std::exchange(m_lastRun, m_now);
+    if (m_pause > longestPause)
+        m_heard += m_pause;
     else
         watch();
     switch (m_phase) {

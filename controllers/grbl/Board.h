@@ -206,6 +206,7 @@ private:
     double m_lastAsk = 0;
     double m_heard = 0;   ///< when the last report came
     double m_lastRun = 0; ///< of run()
+    double m_pause = 0;   ///< before the last run()
     unsigned long long m_reports = 0; ///< reports since the port was opened
     double m_reportAsked = 0;         ///< when the last report was asked for
     bool m_lost = false;
@@ -227,7 +228,8 @@ private:
     bool m_locked = false;
     int m_alarm = 0;
     int m_totalBlocks = 15;
-    int m_totalBytes = 0; ///< of the buffer, as reports say
+    int m_totalBytes = 128; ///< of the buffer, as reports say
+    std::pair<int, int> m_freeAtRest; ///< blocks and bytes in the last report at rest
 
     // Stream
     double m_head = 0;     ///< time up to which the plan has been turned into lines
@@ -237,6 +239,7 @@ private:
     double m_pendingAt = 0;
     std::array<long long, maxBoardAxes> m_sent{};
     std::deque<Slice> m_slices;
+    bool m_isDry = false; ///< the board had nothing more to do, and that has been said
     double m_factor = 1;
     double m_excess = 0; ///< seconds that the board needs longer for the stop at the end of what was sent
     double m_suspectAsked = -1;

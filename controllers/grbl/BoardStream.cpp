@@ -105,6 +105,7 @@ void Board::stream()
 void Board::sendSlice(double end)
 {
     const double begin = std::exchange(m_head, end);
+    m_isDry = false;
     std::array<long long, maxBoardAxes> steps = m_sent;
     for (auto &axis : m_axes) {
         axis->settle(end);
@@ -147,9 +148,16 @@ void Board::sendSlice(double end)
 void Board::ranDry()
 {
     const double stall = std::round((m_now - m_head + effectiveLead()) * 1000);
-    say(
-        {Stall, "The computer stood still for " + number(stall, 0) + " ms: the axes have stopped and begin a new ramp",
-         -1, stall});
+    if (std::exchange(m_isDry, true)) {
+        // said
+    } else if (m_pause > slice) {
+        say(
+            {Stall,
+             "The computer stood still for " + number(stall, 0) + " ms: the axes have stopped and begin a new ramp", -1,
+             stall});
+    } else {
+        say({WireTrouble, "The board does not answer in time: the axes have stopped and begin a new ramp"});
+    }
     m_pending.clear();
     m_head = m_now;
     for (auto &axis : m_axes) {
@@ -166,8 +174,7 @@ void Board::countAnswers(const Report &report)
 {
     // With its buffer empty and room for blocks the board has read and answered whatever had arrived. A lost line
     // leaves one answer too few for ever, while the others keep coming.
-    m_totalBytes = std::max(m_totalBytes, report.freeBytes);
-    const bool allRead = report.freeBlocks > 1 && report.freeBytes == m_totalBytes;
+    const bool allRead = report.freeBlocks > 1 && report.freeBytes >= m_totalBytes;
     const bool missing = allRead && !m_awaited.empty() && m_awaited.front().since < m_reportAsked - onTheWay;
     m_doubts = missing ? m_doubts + 1 : 0;
     if (m_doubts >= reportsInDoubt)

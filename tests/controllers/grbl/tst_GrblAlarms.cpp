@@ -25,7 +25,19 @@ private slots:
     void enableIsAPermission();
     void settingsAreReadBackAndUndone();
     void anotherProtocolIsNoBoard();
-    void lateRepliesAreALostLink();
+    void lateRepliesLoseNothing_data();
+    void lateRepliesLoseNothing();
+    void anAlarmWhileOpeningHidesNoSettings();
+    void aBrokenWriteIsUndone_data();
+    void aBrokenWriteIsUndone();
+    void aButtonForAHoldStopsAJog();
+    void anOpenDoorLocks();
+    void closingEndsAHoming();
+    void closingInTroubleIsAStop();
+    void aBoardThatHomesToZeroIsMapped();
+    void aShortListOfSettingsIsEnough();
+    void theEndOfTheTravelIsReached();
+    void outsideItsTravelADirectionIsKept();
 };
 
 namespace {
@@ -352,20 +364,242 @@ void tst_GrblAlarms::anotherProtocolIsNoBoard()
     QVERIFY(!log.empty());
 }
 
-void tst_GrblAlarms::lateRepliesAreALostLink()
+void tst_GrblAlarms::lateRepliesLoseNothing_data()
 {
+    QTest::addColumn<double>("delay");
+    QTest::addColumn<double>("lasts");
+    for (const double delay : {0.2, 0.5, 1.0, 1.2}) {
+        QTest::addRow("%.1f s, for long", delay) << delay << 6.0;
+        QTest::addRow("%.1f s, for a moment", delay) << delay << 1.3;
+    }
+}
+
+void tst_GrblAlarms::lateRepliesLoseNothing()
+{
+    QFETCH(double, delay);
+    QFETCH(double, lasts);
     Bench bench;
     QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
     bench.run(1);
-    bench.firmware.toHost().setDelay(1.2);
-    QVERIFY(bench.runUntil([&] { return !bench.log.empty(); }, 3));
-    bench.run(5);
+    bench.firmware.toHost().setDelay(delay);
+    bench.run(lasts);
+    QVERIFY(!bench.log.empty());
     bench.firmware.toHost().setDelay(0);
-    QVERIFY(bench.runUntil([&] { return bench.board.answers() && stands(bench); }, 20));
+    const double mended = bench.now();
+    QVERIFY(bench.runUntil([&] { return bench.board.answers() && bench.board.refusal() == Ok; }, 20));
+    QVERIFY2(bench.now() - mended < 5 + delay, qPrintable(QString::number(bench.now() - mended)));
+    QVERIFY(stands(bench));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
     QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
     QVERIFY(stands(bench));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(5));
+}
+
+void tst_GrblAlarms::anAlarmWhileOpeningHidesNoSettings()
+{
+    Bench bench;
+    bench.firmware.powerCycle();
+    bench.board.opened(bench.now());
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Asking; }, 2));
+    bench.firmware.garble("ALARM:11\r\n"); // homing is wanted, as some firmware says behind its banner
+    QVERIFY(bench.runUntil([&] { return !bench.board.opening(); }, 6));
+    QVERIFY(hasSaid(bench, "alarm 11"));
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.board.setting(112, 0), 1800.0);
+    // And one behind which only a reset is heard.
+    bench.firmware.powerCycle();
+    bench.board.opened(bench.now());
+    bench.firmware.garble("ALARM:1\r\n");
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready; }, 8));
+    QCOMPARE(bench.board.setting(112, 0), 1800.0);
+}
+
+void tst_GrblAlarms::aBrokenWriteIsUndone_data()
+{
+    QTest::addColumn<QByteArray>("by");
+    for (const char *const by : {"a reset", "a lost line", "an unplugged port"})
+        QTest::newRow(by) << QByteArray(by);
+}
+
+void tst_GrblAlarms::aBrokenWriteIsUndone()
+{
+    QFETCH(QByteArray, by);
+    Bench bench;
+    if (by == "a lost line")
+        bench.firmware.toBoard().add({emulator::WireFault::Kind::DropLine, 1, 0, 0});
+    QCOMPARE(bench.board.write({{110, 900}, {120, 400}, {121, 450}}), 0);
+    QVERIFY(bench.runUntil([&] { return bench.firmware.settings()[110] == 900; }, 1));
+    if (by == "a reset")
+        bench.firmware.pressReset();
+    if (by == "an unplugged port") {
+        bench.board.closed();
+        bench.firmware.powerCycle();
+        bench.board.opened(bench.now());
+    }
+    QVERIFY(bench.runUntil([&] { return bench.board.written() == WriteFailed; }, 5));
+    QVERIFY(bench.runUntil([&] { return bench.firmware.settings()[110] == 1800; }, 10));
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready; }, 5));
+    QVERIFY(hasSaid(bench, "undone"));
+    QCOMPARE(bench.firmware.settings()[120], 500.0);
+    QCOMPARE(bench.firmware.settings()[121], 500.0);
+    QCOMPARE(bench.board.setting(110, 0), 1800.0);
+}
+
+void tst_GrblAlarms::aButtonForAHoldStopsAJog()
+{
+    for (int phase = 0; phase < 20; ++phase) {
+        Bench bench(Bench::options(), unsigned(phase));
+        QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
+        bench.run(1 + phase * 0.0077);
+        bench.firmware.pressHold(true);
+        bench.run(0.2);
+        bench.firmware.pressHold(false);
+        QVERIFY(stands(bench));
+        QVERIFY(hasSaid(bench, "on hold"));
+        QVERIFY(bench.firmware.steps(0) < Bench::steps(15));
+        QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+        QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
+        QVERIFY(stands(bench));
+        QCOMPARE(bench.firmware.steps(0), Bench::steps(5));
+    }
+}
+
+void tst_GrblAlarms::anOpenDoorLocks()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 30, 10, 50), 0);
+    bench.run(1);
+    bench.firmware.setDoor(true);
+    QVERIFY(bench.runUntil([&] { return bench.board.locked(); }, 8));
+    const std::size_t said = bench.log.size();
+    bench.run(10);
+    QCOMPARE(bench.log.size(), said);
+    QCOMPARE(bench.moveTo(0, 5, 10, 50), int(Locked));
+    bench.firmware.setDoor(false);
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+    QVERIFY(bench.runUntil([&] { return bench.board.refusal() == Ok; }, 5));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(5));
+}
+
+void tst_GrblAlarms::closingEndsAHoming()
+{
+    Bench bench(homingBoard());
+    setStages(bench);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    bench.run(0.5);
+    const double closed = bench.now();
+    bench.call([&] { return bench.board.stopAll(), 0; });
+    bench.run(5);
+    QVERIFY(bench.firmware.lastStep() < closed + 0.1);
+    QVERIFY(hasSaid(bench, "the position is lost"));
+    QVERIFY(!bench.axis(0).isHomed());
+}
+
+void tst_GrblAlarms::closingInTroubleIsAStop()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 40, 10, 50), 0);
+    bench.run(0.73);
+    bench.firmware.toBoard().add({emulator::WireFault::Kind::Drop, 0, 0, 0});
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Cancelling; }, 1));
+    bench.call([&] { return bench.board.stopAll(), 0; });
+    QVERIFY(stands(bench));
+    QVERIFY(bench.firmware.steps(0) < Bench::steps(15)); // it does not take its run up again
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+}
+
+void tst_GrblAlarms::aBoardThatHomesToZeroIsMapped()
+{
+    for (const int toMinus : {7, 0}) {
+        emulator::Options options = homingBoard();
+        options.settings[23] = toMinus;
+        options.homesToZero = true;
+        Bench bench(options);
+        setStages(bench);
+        home(bench, 0);
+        QCOMPARE(home(bench, 0), 0);
+        QVERIFY(stands(bench));
+        const double pulledOff = toMinus ? 1.0 : 39.0;
+        QCOMPARE(bench.axis(0).reportedPosition(), pulledOff);
+        QCOMPARE(bench.moveTo(0, 10, 10, 50), 0);
+        QVERIFY(stands(bench));
+        QCOMPARE(bench.axis(0).reportedPosition(), 10.0);
+        QCOMPARE(bench.firmware.positionMm(0), 10 - pulledOff);
+    }
+}
+
+void tst_GrblAlarms::aShortListOfSettingsIsEnough()
+{
+    emulator::Options options = homingBoard();
+    options.firmware = emulator::Firmware::FluidNc;
+    options.settings[10] = 1;
+    for (const std::set<int> &listed :
+         {std::set<int>{10, 22, 100, 101, 102, 110, 111, 112, 120, 121, 122}, std::set<int>{32}}) {
+        options.listed = listed;
+        Bench bench(options);
+        setStages(bench);
+        QCOMPARE(bench.board.phase(), grbl::Board::Phase::Ready);
+        QCOMPARE(home(bench, 1), 0); // one axis
+        QVERIFY(stands(bench));
+        QVERIFY(bench.axis(1).isHomed());
+        QCOMPARE(bench.axis(1).reportedPosition(), 1.0);
+        QCOMPARE(bench.firmware.steps(0), 0LL);
+        QCOMPARE(bench.moveTo(1, 10, 10, 50), 0);
+        QVERIFY(stands(bench));
+        QCOMPARE(bench.firmware.positionMm(1), -30.0);
+        QVERIFY(bench.firmware.violations().empty());
+    }
+}
+
+void tst_GrblAlarms::theEndOfTheTravelIsReached()
+{
+    // Its soft limits are refused by the rounding to a step, where that leads outside.
+    emulator::Options options = homingBoard();
+    options.settings[20] = 1;
+    options.settings[27] = 0.5;
+    for (int i = 0; i < 3; ++i)
+        options.settings[100 + i] = 333.34;
+    Bench bench(options);
+    setStages(bench);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    for (const double end : {0.0, 40.0}) {
+        QCOMPARE(bench.moveTo(0, end, 20, 50), 0);
+        QVERIFY(stands(bench));
+        QVERIFY2(std::abs(bench.axis(0).reportedPosition() - end) < 0.004, qPrintable(QString::number(end)));
+    }
+    QVERIFY(!hasSaid(bench, "refused"));
+}
+
+void tst_GrblAlarms::outsideItsTravelADirectionIsKept()
+{
+    Bench bench;
+    MotorParams stage = Bench::stage();
+    stage.minPos = 10; // without homing it stands at 0, where the board was switched on
+    bench.axis(0).restore(stage);
+    bench.axis(0).settings.relativeDisp = 12;
+    QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(-1); }), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.steps(0), 0LL);
+    // And a stop on the way stands where it stops.
+    QCOMPARE(bench.moveTo(1, 90, 10, 50), 0);
+    QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(1); }), 0);
+    bench.run(0.5);
+    QCOMPARE(bench.stop(0), 0);
+    bench.run(1);
+    QVERIFY(bench.firmware.steps(0) > 0 && bench.firmware.steps(0) < Bench::steps(9));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    QVERIFY(bench.axis(1).running());
+    bench.axis(0).settings.relativeDisp = 20;
+    QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(1); }), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(bench.firmware.steps(0) > Bench::steps(20));
+    QVERIFY(bench.log.empty());
 }
 
 QTEST_GUILESS_MAIN(tst_GrblAlarms)
