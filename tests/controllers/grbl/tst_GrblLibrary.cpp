@@ -5,6 +5,7 @@
 
 #include "device/moverLibrary.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -26,6 +27,7 @@ private slots:
     void readsJoystickTriggerAndChipAsAbsent();
     void writesOnlyWhatDiffers();
     void homesAtTheSecondPress();
+    void noCallWaitsForTheWire();
     void losesAndFindsThePort();
 
 private:
@@ -168,6 +170,46 @@ void tst_GrblLibrary::writesOnlyWhatDiffers()
 void tst_GrblLibrary::homesAtTheSecondPress()
 {
     QCOMPARE(home(s_id, 0), int(NotAvailable)); // $22=0
+}
+
+void tst_GrblLibrary::noCallWaitsForTheWire()
+{
+    QCOMPARE(setRelativeDispEnable(s_id, 0, 0), int(Ok));
+    QCOMPARE(setSpeed(s_id, 0, 2), int(Ok));
+    MotorStageState state{};
+    CONTROLER_STATE info{};
+    const std::pair<const char *, std::function<void()>> calls[] = {
+        {"startDrive", [] { startDrive(s_id, 0, 1); }},
+        {"getCurrentPos", [] { getCurrentPos(s_id, 0, nullptr); }},
+        {"getRuningState", [&state] { getRuningState(s_id, 0, &state); }},
+        {"getRockerInfo", [&info] { getRockerInfo(s_id, &info); }},
+        {"setTargetPos", [] { setTargetPos(s_id, 0, 1); }},
+        {"setMotorEnable", [] { setMotorEnable(s_id, 1, 1); }},
+        {"home", [] { home(s_id, 2); }},
+        {"stopRuning", [] { stopRuning(s_id, 0); }},
+        {"closeTSDevice", [] { closeTSDevice(s_id); }},
+        {"openTSDevice", [] { openTSDevice(s_id); }}, // of a port that is open
+    };
+    constexpr int rounds = 5;
+    // The board neither reads nor says anything for as long as this holds it.
+    std::map<QByteArray, double> shortest;
+    m_port->use([&](const emulator::Board &) {
+        QElapsedTimer timer;
+        for (int round = 0; round < rounds; ++round) {
+            for (const auto &[name, call] : calls) {
+                timer.start();
+                call();
+                const double ms = double(timer.nsecsElapsed()) / 1e6;
+                // A busy computer may take a call's time away once, and the wire would every time.
+                shortest[name] = round == 0 ? ms : std::min(shortest[name], ms);
+            }
+        }
+        return 0;
+    });
+    for (const auto &[name, ms] : shortest)
+        QVERIFY2(ms <= 20, name + QByteArray(": ") + QByteArray::number(ms));
+    QTRY_VERIFY(getRuningState(s_id, 0, &state) >= 0 && state.isStop == 1);
+    QTRY_COMPARE(position(0), static_cast<int>(steps(0) * 4));
 }
 
 void tst_GrblLibrary::losesAndFindsThePort()
