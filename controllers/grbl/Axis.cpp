@@ -45,7 +45,8 @@ double Axis::toBoard(double position) const
 
 bool Axis::hasSwitch() const
 {
-    return m_homed || m_board.setting(homingOn, 0) != 0;
+    // A board that does not tell has one when it has homed.
+    return m_board.setting(homingOn, m_homed ? 1 : 0) != 0;
 }
 
 double Axis::length() const
@@ -66,8 +67,7 @@ void Axis::reference(double mm)
     const double pullOff = m_board.setting(homingPullOff, 1);
     const auto off = [mm](double place) { return std::abs(mm - place); };
     // For a board that does not tell its direction.
-    m_endsAtMinus =
-        std::min(off(pullOff), off(pullOff - length())) < std::min(off(-pullOff), off(length() - pullOff));
+    m_endsAtMinus = std::min(off(pullOff), off(pullOff - length())) < std::min(off(-pullOff), off(length() - pullOff));
     const bool atMinus = homesToMinus();
     const double at = atMinus ? mm - pullOff : mm + pullOff;
     if (std::abs(at - (atMinus ? -length() : 0)) > 0.05)

@@ -96,10 +96,10 @@ private:
     bool m_enabled = true;
     bool m_homed = false;
     bool m_stopped = false;
-    bool m_endsAtMinus = false; ///< where the last homing ended, as far as one can tell
+    bool m_endsAtMinus = false;       ///< where the last homing ended, as far as one can tell
     std::optional<double> m_switchAt; ///< in the board's mm, where that is not at an end of [-travel, 0]
-    double m_toldCap = 0;        ///< what has been said of the speed, so that it is said once
-    double m_toldResolution = 0; ///< the same for the resolution
+    double m_toldCap = 0;             ///< what has been said of the speed, so that it is said once
+    double m_toldResolution = 0;      ///< the same for the resolution
 };
 
 } // namespace grbl

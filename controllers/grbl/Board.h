@@ -204,9 +204,9 @@ private:
     std::array<double, maxBoardAxes> m_offset{};
     std::deque<double> m_asked; ///< when each "?" was sent that has no report yet, the oldest first
     double m_lastAsk = 0;
-    double m_heard = 0;   ///< when the last report came
-    double m_lastRun = 0; ///< of run()
-    double m_pause = 0;   ///< before the last run()
+    double m_heard = 0;               ///< when the last report came
+    double m_lastRun = 0;             ///< of run()
+    double m_pause = 0;               ///< before the last run()
     unsigned long long m_reports = 0; ///< reports since the port was opened
     double m_reportAsked = 0;         ///< when the last report was asked for
     bool m_lost = false;
@@ -217,8 +217,8 @@ private:
 
     // The board
     std::map<int, double> m_settings;
-    bool m_hasSettings = false; ///< the board has been asked for them, however few it told
-    bool m_hasChanged = false;  ///< it has been told what reports have to have
+    bool m_hasSettings = false;   ///< the board has been asked for them, however few it told
+    bool m_hasChanged = false;    ///< it has been told what reports have to have
     std::map<int, double> m_read; ///< settings of a list that is coming in
     std::string m_banner;
     std::string m_version;
@@ -228,7 +228,7 @@ private:
     bool m_locked = false;
     int m_alarm = 0;
     int m_totalBlocks = 15;
-    int m_totalBytes = 128; ///< of the buffer, as reports say
+    int m_totalBytes = 128;           ///< of the buffer, as reports say
     std::pair<int, int> m_freeAtRest; ///< blocks and bytes in the last report at rest
 
     // Stream

@@ -178,8 +178,7 @@ void Controller::serve()
     std::unique_lock lock(m_mutex);
     // A port that is given back: not in the middle of a motion, nor before what ends one is on the wire.
     const auto mayGo = [this] {
-        return !m_board.isUrgent() &&
-               (m_board.still() || m_board.opening() || m_board.locked() || !m_board.answers());
+        return !m_board.isUrgent() && (m_board.still() || m_board.opening() || m_board.locked() || !m_board.answers());
     };
     while (there && !(m_released && mayGo())) {
         m_heard.bytes += in.size();

@@ -24,8 +24,8 @@ struct Report {
     std::array<double, maxBoardAxes> offset{}; ///< of the work coordinates
     int freeBlocks = -1;                       ///< -1: not said
     int freeBytes = -1;
-    double feed = 0;   ///< mm/min along the path
-    unsigned pins = 0; ///< bits of the axes whose limit switch is closed
+    double feed = 0;          ///< mm/min along the path
+    unsigned pins = 0;        ///< bits of the axes whose limit switch is closed
     bool holdPressed = false; ///< the button for a hold, or the door
 };
 

@@ -612,7 +612,7 @@ void tst_GrblGuarantees::aResetInMotionIsSeen()
     bench.firmware.pressReset();
     QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Ready && bench.isStill(); }, 5));
     QVERIFY(!bench.log.empty());
-    QVERIFY(!bench.axis(0).isHomed());
+    QVERIFY2(!bench.axis(0).isHomed(), said(bench));
     QCOMPARE(bench.moveTo(0, 0, 10, 50), bench.board.locked() ? int(moverStatus::Locked) : 0);
     if (bench.board.locked())
         QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
