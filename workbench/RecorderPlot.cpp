@@ -207,6 +207,8 @@ PlotPicture RecorderPlot::picture(double width, bool withCursor) const
         picture.traces.append(trace);
 
         QVector<TrackView::Span> own = axis.samples.gaps(from, to);
+        if (axis.samples.startUs() > m_recording.startUs()) // it came later than the others
+            own.prepend({m_recording.startUs(), axis.samples.startUs()});
         const qint64 end = axis.samples.endUs();
         if (end < to && m_recording.nowUs - end > silentAfter)
             own.append({end, m_recording.nowUs});
