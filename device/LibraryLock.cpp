@@ -65,6 +65,12 @@ public:
         handOn();
     }
 
+    bool waits(const QThread *thread)
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::any_of(
+            m_waiting.begin(), m_waiting.end(), [thread](const Waiter *each) { return each->thread == thread; });
+    }
     Clock::duration takenFor()
     {
         const std::lock_guard lock(m_mutex);
@@ -156,6 +162,11 @@ void LibraryLock::retract(Urgency urgency)
 void LibraryLock::retractAll(QThread *thread)
 {
     gate().retractAll(thread);
+}
+
+bool LibraryLock::isAwaitedBy(const QThread *thread)
+{
+    return gate().waits(thread);
 }
 
 std::chrono::steady_clock::duration LibraryLock::heldFor()

@@ -44,6 +44,8 @@ public:
     /** Takes back everything that was announced for this thread: it comes no more. */
     static void retractAll(QThread *thread);
 
+    /** Whether this thread waits for the mutex. Any thread. */
+    static bool isAwaitedBy(const QThread *thread);
     /** How long the present holder has had the mutex; 0 when it is free. Any thread. */
     static std::chrono::steady_clock::duration heldFor();
 

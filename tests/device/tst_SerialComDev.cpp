@@ -6,17 +6,16 @@
 #include "support/DebugLog.h"
 #include "support/SignalCounter.h"
 
-#include <QFile>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QThread>
 #include <QtTest>
 
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <functional>
-
-#include <unistd.h>
+#include <thread>
 
 namespace {
 
@@ -48,21 +47,15 @@ std::string functionOf(const char *call)
     return std::string(call, std::strcspn(call, "("));
 }
 
-/** Starts a thread that asks for the mutex, which somebody else holds; returns when it sleeps there. */
+/** Starts a thread that asks for the mutex, which somebody else holds; returns when it waits there. */
 std::thread startWaiting(const std::function<void()> &function)
 {
-    std::atomic<pid_t> id{0};
+    std::atomic<const QThread *> id{nullptr};
     std::thread thread([&id, function] {
-        id = gettid();
+        id = QThread::currentThread();
         function();
     });
-    while (id == 0)
-        std::this_thread::yield();
-    const auto hasEndedOrSleeps = [&id] {
-        QFile status(QStringLiteral("/proc/self/task/%1/stat").arg(id.load()));
-        return !status.open(QIODevice::ReadOnly) || status.readAll().contains(") S ");
-    };
-    [&] { QTRY_VERIFY(hasEndedOrSleeps()); }();
+    [&] { QTRY_VERIFY(LibraryLock::isAwaitedBy(id)); }();
     return thread;
 }
 

@@ -12,7 +12,11 @@
 
 #include <cstring>
 
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#else
 #include <sys/mman.h>
+#endif
 
 namespace {
 
@@ -73,6 +77,16 @@ class AtTheEdge final
 public:
     explicit AtTheEdge(const QByteArray &bytes)
         : m_size((std::size_t(bytes.size()) / page + 2) * page)
+#ifdef Q_OS_WIN
+        , m_memory(static_cast<char *>(VirtualAlloc(nullptr, m_size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)))
+        , m_begin(m_memory + m_size - page - bytes.size())
+    {
+        DWORD before = 0;
+        VirtualProtect(m_memory + m_size - page, page, PAGE_NOACCESS, &before);
+        std::memcpy(m_begin, bytes.constData(), std::size_t(bytes.size()));
+    }
+    ~AtTheEdge() { VirtualFree(m_memory, 0, MEM_RELEASE); }
+#else
         , m_memory(
               static_cast<char *>(mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
         , m_begin(m_memory + m_size - page - bytes.size())
@@ -81,6 +95,7 @@ public:
         std::memcpy(m_begin, bytes.constData(), std::size_t(bytes.size()));
     }
     ~AtTheEdge() { munmap(m_memory, m_size); }
+#endif
 
     const uchar *data() const { return reinterpret_cast<const uchar *>(m_begin); }
 
