@@ -14,52 +14,29 @@ import os
 import subprocess
 import sys
 import tempfile
-import time
 
 import gi
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
+from driving import TARGET, Failure, path_with, report, stand_in_for_opener, watch_move, xdotool  # noqa: E402
+from driving import wait as wait_for  # noqa: E402
+from driving import wait_for_end  # noqa: E402
+
 MANUAL = "help/台式步进电机驱动控制器用户手册.pdf"
-LIMIT = 60  # seconds that anything may take
-TARGET = 12.5  # mm
-
-
-class Failure(Exception):
-    pass
 
 
 def wait(what, condition):
-    """Returns what the condition returns as soon as that is true."""
-    deadline = time.monotonic() + LIMIT
-    while time.monotonic() < deadline:
-        try:
-            result = condition()
-        except GLib.Error:  # it went away while it was looked at
-            result = None
-        if result:
-            return result
-        time.sleep(0.02)  # how often it looks
-    raise Failure(what)
-
-
-def xdotool(*arguments):
-    subprocess.run(["xdotool", *map(str, arguments)], check=True)
+    """An element that goes away while it is looked at is none."""
+    return wait_for(what, condition, gone=GLib.Error)
 
 
 class Program:
     def __init__(self, command, scratch):
-        # Stands in for the desktop's opener and notes what it is to open.
-        opener = os.path.join(scratch, "xdg-open")
-        self.opened = os.path.join(scratch, "opened")
-        with open(opener, "w", encoding="utf-8") as file:
-            file.write(f'#!/bin/sh\nprintf %s "$1" >"{self.opened}"\n')
-        os.chmod(opener, 0o755)
-
+        self.opened = stand_in_for_opener(scratch)
         self.folder = os.path.dirname(os.path.realpath(command[0]))
-        path = scratch + os.pathsep + os.environ["PATH"]
-        environment = dict(os.environ, PATH=path, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        environment = dict(os.environ, PATH=path_with(scratch), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
         self.process = subprocess.Popen(command, env=environment, cwd="/")
 
     def root(self):
@@ -118,12 +95,7 @@ class Program:
 
     def close(self, text):
         self.press(text)
-        try:
-            code = self.process.wait(LIMIT)
-        except subprocess.TimeoutExpired:
-            raise Failure("the program does not end") from None
-        if code != 0:
-            raise Failure(f"the program ended with {code}")
+        wait_for_end(self.process)
 
     def print_screen(self):
         for element in self.elements():
@@ -145,18 +117,11 @@ def connect_and_move(program):
     program.press("确认")
     program.press("移动到目标位置")
 
-    passed = []
-
-    def arrived():
+    def shown():
         position.clear_cache()
-        passed.append(position.get_name())
-        return passed[-1] == f"{TARGET:.3f} mm"
+        return position.get_name()
 
-    wait("the axis does not arrive", arrived)
-    between = [place for place in dict.fromkeys(passed) if 0 < float(place.split()[0]) < TARGET]
-    if not between:
-        raise Failure("the axis was nowhere in between")
-    print(f"The axis moved to {TARGET} mm and was seen at {len(between)} places in between.")
+    watch_move(shown)
 
 
 def open_manual(program):
@@ -166,7 +131,7 @@ def open_manual(program):
 
     def opened():
         with open(program.opened, encoding="utf-8") as file:
-            return Gio.File.new_for_uri(file.read()).equal(manual)
+            return Gio.File.new_for_uri(file.read().strip()).equal(manual)
 
     wait(f"{manual.get_path()} is not opened", lambda: os.path.exists(program.opened) and opened())
     xdotool("key", "Escape")
@@ -207,11 +172,7 @@ def drive(scratch):
         program.close("Quit")
         print("It kept English and closed with exit code 0, twice.")
     except Failure as failure:
-        print(f"{sys.argv[0]}: {failure}; on the screen:", file=sys.stderr)
-        if program:
-            program.print_screen()
-            program.process.kill()
-            program.process.wait()
+        report(failure, program)
         return 1
     return 0
 

@@ -344,9 +344,6 @@ void tst_StageModelCatalogue::keepsModelsWhenFileCannotBeOpened_data()
 {
     QTest::addColumn<QString>("path");
     const QString file = writeFile(newModel);
-    const QString locked = m_folder.filePath("locked");
-    QVERIFY(QFile::copy(file, locked));
-    QVERIFY(QFile::setPermissions(locked, {}));
 
     QTest::newRow("missing") << m_folder.filePath("nothing");
     QTest::newRow("no path") << QString();
@@ -357,9 +354,12 @@ void tst_StageModelCatalogue::keepsModelsWhenFileCannotBeOpened_data()
     QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     QTest::newRow("pipe") << pipe;
     QTest::newRow("endless device") << "/dev/zero";
-#endif
+    const QString locked = m_folder.filePath("locked"); // Qt takes no rights away on Windows
+    QVERIFY(QFile::copy(file, locked));
+    QVERIFY(QFile::setPermissions(locked, {}));
     if (!QFileInfo(locked).isReadable()) // root reads everything
         QTest::newRow("not permitted") << locked;
+#endif
 }
 
 void tst_StageModelCatalogue::keepsModelsWhenFileCannotBeOpened()

@@ -57,6 +57,9 @@ private:
         // On a desktop Qt may still ask for a window that the window manager has just let go.
         if (message.startsWith(QLatin1String("QXcbConnection: XCB error: 3 (BadWindow)")))
             return;
+        // Qt asks the desktop for the pictures of its message boxes, and Wine has none.
+        if (message.startsWith(QLatin1String("QPixmap::fromWinHICON()")))
+            return;
         const QMutexLocker lock(mutex());
         if (!self()) // another thread wrote while the log was destroyed
             return;

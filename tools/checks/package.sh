@@ -31,7 +31,7 @@ trap end EXIT
 
 # The user sees the scratch folder, but not necessarily the project's.
 mkdir -p "$scratch/tools" "$home"
-cp tools/with-desktop.sh tools/drive.py "$scratch/tools"
+cp tools/with-desktop.sh tools/driving.py tools/drive.py "$scratch/tools"
 chmod 755 "$scratch"
 
 # drive PROGRAM|MENU_ENTRY: see drive.py; run by a user with a new home.

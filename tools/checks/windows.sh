@@ -42,7 +42,7 @@ trap end EXIT
 
 # The user sees the scratch folder, but not necessarily the project's.
 mkdir -m 700 "$home" "$home/run"
-cp -r tools/with-desktop.sh tools/windows/drive.py "$scratch"
+cp -r tools/with-desktop.sh tools/driving.py tools/windows/drive.py "$scratch"
 chmod 755 "$scratch"
 own() { [ ${#user[@]} -eq 0 ] || chown -R nobody:nogroup "$@"; }
 own "$home"
@@ -69,10 +69,11 @@ if [ "${1:-}" = tests ]; then
     say "Testing under Wine"
     export WINEPREFIX=$scratch/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
     wineboot --init
-    # One after the other: they share the desktop.
+    wineserver --wait # until Wine's session without a screen has ended, whose windows no screen would activate
+    # One after the other: they share the desktop, and one session of Wine.
     result=0
-    tools/with-desktop.sh ctest --preset windows-tests "${@:2}" || result=$?
-    wineserver --kill
+    tools/with-desktop.sh sh -c 'wineserver --persistent; ctest --preset windows-tests "$@"; result=$?; wineserver --kill; exit $result' \
+        - "${@:2}" || result=$?
     exit $result
 fi
 

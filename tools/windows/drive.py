@@ -18,9 +18,11 @@ import time
 import urllib.parse
 from typing import NamedTuple
 
+# Beside this script where that was copied, or in the folder above.
+sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir))
+from driving import TARGET, Failure, path_with, report, stand_in_for_opener, wait, wait_for_end, watch_move, xdotool  # noqa: E402
+
 MANUAL = "台式步进电机驱动控制器用户手册.pdf"
-LIMIT = 60  # seconds that anything may take
-TARGET = 12.5  # mm
 LONGEST_START = 2.5  # times an empty window's; 1.5 is wanted, 1.9 was measured on a busy machine
 # Messages of Windows and their first parameter.
 DEVICES_CHANGED = (0x219, 7)
@@ -35,10 +37,6 @@ SCENARIO = """{ "controllers": [
 """
 
 
-class Failure(Exception):
-    pass
-
-
 class Widget(NamedTuple):
     window: str
     active: bool
@@ -49,21 +47,6 @@ class Widget(NamedTuple):
     width: int
     height: int
     text: str
-
-
-def wait(what, condition):
-    """Returns what the condition returns as soon as that is true."""
-    deadline = time.monotonic() + LIMIT
-    while time.monotonic() < deadline:
-        result = condition()
-        if result:
-            return result
-        time.sleep(0.05)  # how often it looks
-    raise Failure(what)
-
-
-def xdotool(*arguments):
-    subprocess.run(["xdotool", *map(str, arguments)], check=True)
 
 
 def windows_path(path):
@@ -77,16 +60,11 @@ class Program:
         self.seen = os.path.join(scratch, "seen")
         if os.path.exists(self.seen):
             os.remove(self.seen)
-        # Stands in for the desktop's opener and notes what it is to open.
-        self.opened = os.path.join(scratch, "opened")
-        opener = os.path.join(scratch, "xdg-open")
-        with open(opener, "w", encoding="utf-8") as file:
-            file.write(f'#!/bin/sh\nprintf "%s\\n" "$1" >>"{self.opened}"\n')
-        os.chmod(opener, 0o755)
+        self.opened = stand_in_for_opener(scratch)
         self.tools = tools
         environment = dict(
             os.environ,
-            PATH=scratch + os.pathsep + os.environ["PATH"],
+            PATH=path_with(scratch),
             # Wine hands over what begins with QT_ under these names only.
             WINEQT_QPA_GENERIC_PLUGINS="onlooker",
             WINEQT_PLUGIN_PATH=windows_path(os.path.join(tools, "plugins")),
@@ -169,12 +147,7 @@ class Program:
             raise Failure(f"{how} {count} messages {message:#x}: only {result.stdout} were taken; {result.stderr}")
 
     def ended(self):
-        try:
-            code = self.process.wait(LIMIT)
-        except subprocess.TimeoutExpired:
-            raise Failure("the program does not end") from None
-        if code != 0:
-            raise Failure(f"the program ended with {code}")
+        wait_for_end(self.process)
 
     def close(self):
         self.click("MoverWidget", "pushButton_close")
@@ -199,17 +172,7 @@ def move(program):
     program.type("MoveParamWidget", "doubleSpinBox_disp", TARGET)
     program.click("MoveParamWidget", "pushButton_confirm")
     program.click("MoverWidget", "pushButton_move")
-    passed = []
-
-    def arrived():
-        passed.append(program.text("MoverWidget", "label_currentPos"))
-        return passed[-1] == f"{TARGET:.3f} mm"
-
-    wait("the axis does not arrive", arrived)
-    between = [place for place in dict.fromkeys(passed) if 0 < float(place.split()[0]) < TARGET]
-    if not between:
-        raise Failure("the axis was nowhere in between")
-    print(f"The axis moved to {TARGET} mm and was seen at {len(between)} places in between.")
+    watch_move(lambda: program.text("MoverWidget", "label_currentPos"))
 
 
 def loop_run(program):
@@ -353,11 +316,7 @@ def drive(folder, tools, scratch, short):
             program.ended()
             print("It kept English, and closed with exit code 0 by its button, Alt+F4 and the end of the session.")
     except Failure as failure:
-        print(f"{sys.argv[0]}: {failure}; on the screen:", file=sys.stderr)
-        if program:
-            program.print_screen()
-            program.process.kill()
-            program.process.wait()
+        report(failure, program)
         return 1
     return 0
 

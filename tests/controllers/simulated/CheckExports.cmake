@@ -1,9 +1,16 @@
 # SPDX-License-Identifier: MIT
-# Compares what LIBRARY exports, as NM lists it, with the functions that HEADER declares. The
-# mark and the ways to messages and reports are data, not functions.
-execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
-    OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX MATCHALL "[^\n]+" exported "${exported}")
+# Compares what LIBRARY exports, as NM lists it, or OBJDUMP for a DLL, with the functions that HEADER declares. The
+# mark and the ways to messages and reports are data, not functions; objdump does not tell the difference.
+if(LIBRARY MATCHES "\\.dll$")
+    execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX REPLACE "^.*\\[Ordinal/Name Pointer\\] Table" "" exported "${exported}")
+    string(REGEX MATCHALL "\t\\[ *[0-9]+\\] [A-Za-z]+" exported "${exported}")
+    list(TRANSFORM exported REPLACE "^.* ([A-Za-z]+)$" "\\1 D ")
+else()
+    execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
+        OUTPUT_VARIABLE exported COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "[^\n]+" exported "${exported}")
+endif()
 list(REMOVE_ITEM exported "")
 list(FILTER exported EXCLUDE REGEX "^moverLibrary(Mark|Messages|Reports|SetUp) [RD] ")
 list(TRANSFORM exported REPLACE " .*$" "")
