@@ -61,7 +61,10 @@ int SerialPort::open(const std::string &path)
     DCB settings{};
     settings.DCBlength = sizeof settings;
     COMMTIMEOUTS timeouts{};
-    timeouts.ReadIntervalTimeout = MAXDWORD; // a read gives what is there
+    // A read gives what is there, or waits for the first byte; read() ends it when it is to wait no longer.
+    timeouts.ReadIntervalTimeout = MAXDWORD;
+    timeouts.ReadTotalTimeoutMultiplier = MAXDWORD;
+    timeouts.ReadTotalTimeoutConstant = 60000;
     timeouts.WriteTotalTimeoutConstant = 20;
     if (!GetCommState(port, &settings)) {
         CloseHandle(port);
@@ -78,7 +81,7 @@ int SerialPort::open(const std::string &path)
     settings.fInX = FALSE;
     settings.fDtrControl = DTR_CONTROL_ENABLE;
     settings.fRtsControl = RTS_CONTROL_ENABLE;
-    if (!SetCommState(port, &settings) || !SetCommTimeouts(port, &timeouts) || !SetCommMask(port, EV_RXCHAR)) {
+    if (!SetCommState(port, &settings) || !SetCommTimeouts(port, &timeouts)) {
         CloseHandle(port);
         return LinkLost;
     }
@@ -111,26 +114,19 @@ bool SerialPort::write(std::string *bytes)
 
 bool SerialPort::read(std::string *bytes, double seconds, bool)
 {
-    OVERLAPPED waiting{};
-    waiting.hEvent = m_handles->done;
-    ResetEvent(m_handles->done);
-    DWORD mask = 0;
-    if (!WaitCommEvent(m_handles->port, &mask, &waiting)) {
-        if (GetLastError() != ERROR_IO_PENDING)
-            return false;
-        const HANDLE events[] = {m_handles->done, m_handles->woken};
-        WaitForMultipleObjects(2, events, FALSE, static_cast<DWORD>(std::ceil(seconds * 1000)));
-        CancelIo(m_handles->port);
-        DWORD ignored = 0;
-        GetOverlappedResult(m_handles->port, &waiting, &ignored, TRUE);
-    }
     char buffer[512];
     DWORD count = 0;
     OVERLAPPED reading{};
     reading.hEvent = m_handles->done;
-    if (!ReadFile(m_handles->port, buffer, sizeof buffer, nullptr, &reading) && GetLastError() != ERROR_IO_PENDING)
-        return false;
-    if (!GetOverlappedResult(m_handles->port, &reading, &count, TRUE))
+    if (!ReadFile(m_handles->port, buffer, sizeof buffer, nullptr, &reading)) {
+        if (GetLastError() != ERROR_IO_PENDING)
+            return false;
+        const HANDLE events[] = {m_handles->done, m_handles->woken};
+        if (WaitForMultipleObjects(2, events, FALSE, static_cast<DWORD>(std::ceil(seconds * 1000))) != WAIT_OBJECT_0)
+            CancelIo(m_handles->port);
+    }
+    // What came before it was cancelled is there all the same.
+    if (!GetOverlappedResult(m_handles->port, &reading, &count, TRUE) && GetLastError() != ERROR_OPERATION_ABORTED)
         return false;
     bytes->append(buffer, count);
     return true;

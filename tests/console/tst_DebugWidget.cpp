@@ -9,6 +9,7 @@
 #include "support/OnMessageBox.h"
 #include "support/English.h"
 #include "support/FailOnDeadSlot.h"
+#include "support/LiveObjects.h"
 #include "support/SignalCounter.h"
 
 #include <QAbstractItemModel>
@@ -24,6 +25,7 @@
 #include <QTableView>
 #include <QtTest>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <functional>
@@ -227,6 +229,7 @@ class tst_DebugWidget : public QObject
 private slots:
     void initTestCase()
     {
+        LiveObjects::install();
         QStandardPaths::setTestModeEnabled(true);
         registerDeviceRecords();
     }
@@ -1084,14 +1087,10 @@ private:
     }
     static int heartThreads()
     {
-        int count = 0;
-        const QDir tasks(QStringLiteral("/proc/self/task"));
-        for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            QFile name(tasks.filePath(task + QStringLiteral("/comm")));
-            if (name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "Heart")
-                ++count;
-        }
-        return count;
+        const auto threads = LiveObjects::all<QThread>();
+        return int(std::count_if(threads.begin(), threads.end(), [](const QThread *thread) {
+            return thread->isRunning() && thread->objectName() == QLatin1String("Heart");
+        }));
     }
 
     FailOnDeadSlot m_deadSlots;

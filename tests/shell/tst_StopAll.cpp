@@ -182,6 +182,7 @@ void tst_StopAll::theKeysStopInEveryWindow()
         MoverControlWidget *panel = m_program->panel(0);
         OpenWindow::click(panel->findChild<QPushButton *>(QStringLiteral("pushButton_moveParam")));
         target = panel->findChild<MoveParamWidget *>();
+        QVERIFY(QTest::qWaitForWindowActive(target)); // or a desktop may still deactivate it, which closes it
         field = target->findChild<QDoubleSpinBox *>(QStringLiteral("doubleSpinBox_disp"));
         QTest::keyClicks(field, QStringLiteral("12.5"));
         typed = field->text();

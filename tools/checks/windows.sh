@@ -60,7 +60,7 @@ in_wine() {
 # configure_build PRESET: a build folder of another Qt is of no use
 configure_build() {
     grep -qs "^MOVER_WINDOWS_QT:.*=$MOVER_WINDOWS_QT\$" "build/$1/CMakeCache.txt" || rm -rf "build/$1"
-    build release imageRenderer textManual # they run during the build
+    build release imageRenderer textManual grblEmulator # what runs here
     build "$@"
 }
 
@@ -185,6 +185,30 @@ in_wine wine "$trials/kit/linked.exe" || controllers=$?
 [ "$controllers" = 1 ] || die "The program that lld-link has linked says $controllers."
 functions=$(in_wine wine "$trials/caller.exe" "$(in_wine winepath -w "$trials/moverLibrary.dll")" | tr -d '\r')
 [ "$functions" = 71 ] || die "Not called as they were built: $functions"
+
+say "A Grbl board at a COM port"
+# The emulated board at a pty, of the user who is to open it.
+mkdir "$trials/grbl"
+cc -shared -fPIC -O2 -Wall -Wextra -Werror -o "$trials/grbl/modemLines.so" tools/windows/modemLines.c
+cp build/release/controllers/emulator/grblEmulator "$trials/kit/example.exe" "$place/grbl/moverLibrary.dll" "$trials/grbl"
+cat >"$trials/grbl/controllers.json" <<'END'
+{"controllers": [{"id": 2001, "kind": "grbl", "port": "COM5", "axes": [
+  {"offset": 0, "stage": {"modelName": "ML-100", "pulseOneCircle": 250, "dispOneCircle": 1, "restoreSpeed": 5, "maxSpeed": 20,
+                          "maxAcc": 50, "minPos": 0, "maxPos": 100}}]}]}
+END
+coproc board { "${user[@]}" "$trials/grbl/grblEmulator" --axes 1 --set 120=500 --link "$home/com5"; }
+read -r _ <&"${board[0]}" # it has its port
+in_wine wine reg add 'HKLM\Software\Wine\Ports' /v COM5 /d "$home/com5" /f >/dev/null
+in_wine wineserver --wait # Wine looks for ports when its session begins
+in_wine LD_PRELOAD="$trials/grbl/modemLines.so" \
+    MOVER_CONTROLLERS="$(in_wine winepath -w "$trials/grbl/controllers.json")" \
+    wine "$trials/grbl/example.exe" 5 2>"$trials/grbl/log" | tr -d '\r' | tail -n 1 | tee "$trials/grbl/end"
+grep -qx 'stands at 5' "$trials/grbl/end" || {
+    cat "$trials/grbl/log" >&2
+    die "The board at the COM port does not move."
+}
+exec {board[1]}>&- # it ends with its input
+in_wine wine reg delete 'HKLM\Software\Wine\Ports' /v COM5 /f >/dev/null
 
 say "Driving it"
 install
