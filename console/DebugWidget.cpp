@@ -104,6 +104,7 @@ DebugWidget::DebugWidget(QWidget *parent)
     ui->tableView_conpen->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     showInputWrong(false);
     restoreGeometry(SmallFile::read(placeFile(), maxPlaceSize)); // what is no place on this screen changes nothing
+    resize(size().expandedTo(minimumSizeHint()));                // of a file that is cut off, Qt takes the size 0
 }
 
 DebugWidget::~DebugWidget() = default;

@@ -85,7 +85,10 @@ public:
         VirtualProtect(m_memory + m_size - page, page, PAGE_NOACCESS, &before);
         std::memcpy(m_begin, bytes.constData(), std::size_t(bytes.size()));
     }
-    ~AtTheEdge() { VirtualFree(m_memory, 0, MEM_RELEASE); }
+    ~AtTheEdge()
+    {
+        VirtualFree(m_memory, 0, MEM_RELEASE);
+    }
 #else
         , m_memory(
               static_cast<char *>(mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
@@ -94,10 +97,16 @@ public:
         mprotect(m_memory + m_size - page, page, PROT_NONE);
         std::memcpy(m_begin, bytes.constData(), std::size_t(bytes.size()));
     }
-    ~AtTheEdge() { munmap(m_memory, m_size); }
+    ~AtTheEdge()
+    {
+        munmap(m_memory, m_size);
+    }
 #endif
 
-    const uchar *data() const { return reinterpret_cast<const uchar *>(m_begin); }
+    const uchar *data() const
+    {
+        return reinterpret_cast<const uchar *>(m_begin);
+    }
 
 private:
     Q_DISABLE_COPY(AtTheEdge)

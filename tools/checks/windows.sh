@@ -72,6 +72,7 @@ if [ "${1:-}" = tests ]; then
     wineserver --wait # until Wine's session without a screen has ended, whose windows no screen would activate
     # One after the other: they share the desktop, and one session of Wine.
     result=0
+    # shellcheck disable=SC2016 # it is the inner shell's
     tools/with-desktop.sh sh -c 'wineserver --persistent; ctest --preset windows-tests "$@"; result=$?; wineserver --kill; exit $result' \
         - "${@:2}" || result=$?
     exit $result
@@ -200,14 +201,16 @@ coproc board { "${user[@]}" "$trials/grbl/grblEmulator" --axes 1 --set 120=500 -
 read -r _ <&"${board[0]}" # it has its port
 in_wine wine reg add 'HKLM\Software\Wine\Ports' /v COM5 /d "$home/com5" /f >/dev/null
 in_wine wineserver --wait # Wine looks for ports when its session begins
-in_wine LD_PRELOAD="$trials/grbl/modemLines.so" \
+told=$(in_wine LD_PRELOAD="$trials/grbl/modemLines.so" \
     MOVER_CONTROLLERS="$(in_wine winepath -w "$trials/grbl/controllers.json")" \
-    wine "$trials/grbl/example.exe" 5 2>"$trials/grbl/log" | tr -d '\r' | tail -n 1 | tee "$trials/grbl/end"
-grep -qx 'stands at 5' "$trials/grbl/end" || {
+    wine "$trials/grbl/example.exe" 5 2>"$trials/grbl/log" | tr -d '\r') || true
+[ "${told##*$'\n'}" = "stands at 5" ] || {
     cat "$trials/grbl/log" >&2
-    die "The board at the COM port does not move."
+    die "The board at the COM port does not move to 5: $told"
 }
-exec {board[1]}>&- # it ends with its input
+echo "It moved to 5 mm."
+input=${board[1]}
+exec {input}>&- # it ends with its input
 in_wine wine reg delete 'HKLM\Software\Wine\Ports' /v COM5 /f >/dev/null
 
 say "Driving it"

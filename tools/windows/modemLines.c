@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* Loaded into Wine before the C library: a serial port that has no modem lines (a pty) takes what is set of them, and none
- * is ever raised. Wine refuses such a port otherwise. */
+/* Loaded into Wine before the C library: a serial port that has no modem lines (a pty) takes what is set of them, and
+ * none is ever raised. Wine refuses such a port otherwise. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
