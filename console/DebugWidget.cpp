@@ -103,8 +103,9 @@ DebugWidget::DebugWidget(QWidget *parent)
     ui->tableView_conpen->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     ui->tableView_conpen->verticalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     showInputWrong(false);
-    restoreGeometry(SmallFile::read(placeFile(), maxPlaceSize)); // what is no place on this screen changes nothing
-    resize(size().expandedTo(minimumSizeHint()));                // of a file that is cut off, Qt takes the size 0
+    const QByteArray place = SmallFile::read(placeFile(), maxPlaceSize);
+    if (place.size() == saveGeometry().size()) // of a file that is cut off, Qt would take the size 0
+        restoreGeometry(place);                // what is no place on this screen changes nothing
 }
 
 DebugWidget::~DebugWidget() = default;
