@@ -201,8 +201,9 @@ coproc board { "${user[@]}" "$trials/grbl/grblEmulator" --axes 1 --set 120=500 -
 read -r _ <&"${board[0]}" # it has its port
 in_wine wine reg add 'HKLM\Software\Wine\Ports' /v COM5 /d "$home/com5" /f >/dev/null
 in_wine wineserver --wait # Wine looks for ports when its session begins
-told=$(in_wine LD_PRELOAD="$trials/grbl/modemLines.so" \
-    MOVER_CONTROLLERS="$(in_wine winepath -w "$trials/grbl/controllers.json")" \
+# Its server tells at length of a read that is still under way when a program ends.
+controllers=$(in_wine winepath -w "$trials/grbl/controllers.json" 2>"$trials/grbl/server.log")
+told=$(in_wine LD_PRELOAD="$trials/grbl/modemLines.so" MOVER_CONTROLLERS="$controllers" \
     wine "$trials/grbl/example.exe" 5 2>"$trials/grbl/log" | tr -d '\r') || true
 [ "${told##*$'\n'}" = "stands at 5" ] || {
     cat "$trials/grbl/log" >&2
