@@ -9,12 +9,29 @@
 #include <QFile>
 #include <QLibrary>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <tuple>
 
 namespace {
 
 constexpr int lookMs = 50;
 constexpr int mostSettings = 256;
+
+/** Not byte by byte: there may be anything between the members. */
+bool differ(const MoverBoard &a, const MoverBoard &b)
+{
+    const auto numbers = [](const MoverBoard &board) {
+        return std::tie(
+            board.phase, board.failure, board.answers, board.locked, board.axes, board.homesSingly, board.pins,
+            board.homed, board.written);
+    };
+    return numbers(a) != numbers(b) || !std::equal(std::begin(a.positions), std::end(a.positions), b.positions) ||
+           !std::equal(std::begin(a.speeds), std::end(a.speeds), b.speeds) ||
+           !std::equal(std::begin(a.speedSettings), std::end(a.speedSettings), b.speedSettings) ||
+           std::strcmp(a.firmware, b.firmware) != 0;
+}
 
 } // namespace
 
@@ -100,7 +117,7 @@ void BoardLink::look()
         settings.insert(list[i].number, list[i].value);
     if (count == 0)
         settings = m_settings; // what was read last, of a board that is gone
-    const bool isNew = std::memcmp(&board, &m_board, sizeof board) != 0 || settings != m_settings;
+    const bool isNew = differ(board, m_board) || settings != m_settings;
     m_board = board;
     m_settings = settings;
     if (isNew)

@@ -57,7 +57,7 @@ QString faultOf(const QJsonDocument &document, const QJsonParseError &error)
 QString ControllersFile::path()
 {
     // As the library for such boards finds it.
-    const QString named = qEnvironmentVariable("MOVER_CONTROLLERS");
+    QString named = qEnvironmentVariable("MOVER_CONTROLLERS");
     if (!named.isEmpty())
         return named;
 #ifdef Q_OS_WIN

@@ -107,10 +107,11 @@ void ControlSession::change(bool connecting, bool opened)
     if (state() == m_told)
         return;
     m_told = state();
-    if (m_told == State::Connected)
+    if (m_told == State::Connected) {
         m_recorder->begin(m_sSerialNumber);
-    else if (m_told == State::Disconnected)
+    } else if (m_told == State::Disconnected) {
         m_recorder->end();
+    }
     emit stateChanged();
 }
 

@@ -31,8 +31,8 @@ public:
     void clear();
 
     // In the thread that made the call.
-    void positionAnswered(int axis, double position, Time at) override;
-    void stateAnswered(int axis, const MotorStageState &state, Time at) override;
+    void positionAnswered(int index, double position, Time at) override;
+    void stateAnswered(int index, const MotorStageState &state, Time at) override;
     void pollFailed(int, Time) override {}
     void commandAnswered(const MotionCommand &command, Time at) override;
 

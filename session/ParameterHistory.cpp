@@ -218,7 +218,7 @@ void ParameterHistory::readNow(int axis)
 
 // ---- Restoring -----------------------------------------------------------------------------------------------------
 
-void ParameterHistory::end(ParameterRestore result)
+void ParameterHistory::end(const ParameterRestore &result)
 {
     m_bRestoring = false;
     emit signal_restored(result);

@@ -81,7 +81,6 @@ signals:
 private:
     struct Job;
     struct Link;
-    struct Link;
     using Then = std::function<void(const ParameterSnapshot *)>; // null: the controller was closed
 
     // In the thread that made the call.
@@ -96,7 +95,7 @@ private:
     void run(const std::shared_ptr<Job> &job);
     void save(const ParameterSnapshot &snapshot, const std::function<void(bool)> &then);
     void write(const ParameterSnapshot &wanted, const ParameterSnapshot &before);
-    void end(ParameterRestore result);
+    void end(const ParameterRestore &result);
 
     const QSharedPointer<ControlSession> m_session;
     const QSharedPointer<SerialComDev> m_worker;

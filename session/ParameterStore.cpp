@@ -30,13 +30,13 @@ void thin(QVector<ParameterSnapshot> &snapshots)
 {
     if (snapshots.size() <= ParameterStore::MostOfAnAxis)
         return;
-    const auto half = snapshots.begin() + snapshots.size() / 2;
-    auto kept = std::unique(snapshots.begin(), half, [](const ParameterSnapshot &one, const ParameterSnapshot &other) {
+    auto *const half = snapshots.begin() + snapshots.size() / 2;
+    auto *kept = std::unique(snapshots.begin(), half, [](const ParameterSnapshot &one, const ParameterSnapshot &other) {
         return one.hasSameValues(other);
     });
     if (kept == half) {
         kept = snapshots.begin();
-        for (auto each = kept; each < half; each += 2)
+        for (auto *each = kept; each < half; each += 2)
             *kept++ = *each;
     }
     snapshots.erase(kept, half);

@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+#include <utility>
+
 /**
  * The files of the parameter history: one for each axis of each controller, as docs/parameter-history.md describes
  * them. Each is replaced as a whole or stays as it was. Any thread, one at a time; other programs may use the same
@@ -20,8 +22,8 @@ public:
         QStringList damaged;                  // full names of the files that were kept aside
     };
 
-    explicit ParameterStore(const QString &folder)
-        : m_sFolder(folder)
+    explicit ParameterStore(QString folder)
+        : m_sFolder(std::move(folder))
     {
     }
 

@@ -50,7 +50,7 @@ qint64 Recording::wallMs(qint64 us) const
 {
     if (clock.isEmpty())
         return 0;
-    auto mark = std::upper_bound(
+    const auto *mark = std::upper_bound(
         clock.begin(), clock.end(), us, [](qint64 time, const ClockMark &each) { return time < each.us; });
     if (mark != clock.begin())
         --mark;
@@ -303,7 +303,7 @@ void Recorder::noteEnd(Axis &axis, int index, const MotorStageState &state, qint
 void Recorder::add(const RecorderEvent &event)
 {
     markClock(event.us);
-    const auto later =
+    auto *const later =
         std::upper_bound(m_events.begin(), m_events.end(), event, [](const RecorderEvent &a, const RecorderEvent &b) {
             return a.us < b.us;
         });
@@ -311,7 +311,7 @@ void Recorder::add(const RecorderEvent &event)
     if (m_events.size() > mostEvents) {
         // Of the older half, every other one that is no incident goes.
         bool isKept = false;
-        const auto end =
+        auto *const end =
             std::remove_if(m_events.begin(), m_events.begin() + mostEvents / 2, [&isKept](const RecorderEvent &each) {
                 return !each.isIncident() && (isKept = !isKept);
             });

@@ -80,7 +80,7 @@ public:
     void begin(const QString &controller);
     void end();
     bool isRecording() const { return m_isRecording; }
-    void describe(const AxisDescription &axis);
+    void describe(const AxisDescription &description);
 
     /** Changes with each sample and event. */
     quint64 revision() const { return m_revision; }
@@ -91,9 +91,9 @@ public:
     qint64 usOf(Time at) const { return std::chrono::duration_cast<std::chrono::microseconds>(at - m_epoch).count(); }
 
     // In the thread that made the call.
-    void positionAnswered(int axis, double position, Time at) override;
-    void stateAnswered(int axis, const MotorStageState &state, Time at) override;
-    void pollFailed(int axis, Time at) override;
+    void positionAnswered(int index, double position, Time at) override;
+    void stateAnswered(int index, const MotorStageState &state, Time at) override;
+    void pollFailed(int index, Time at) override;
     void commandAnswered(const MotionCommand &command, Time at) override;
 
 signals:

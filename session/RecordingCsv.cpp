@@ -20,7 +20,7 @@ QByteArray number(double value, char decimal)
     if (!std::isfinite(value))
         return {};
     char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    auto *const end = std::to_chars(text, text + sizeof text, value).ptr;
     QByteArray result(text, int(end - text));
     return result.replace('.', decimal);
 }
@@ -152,7 +152,7 @@ RecordingCsv::Outcome RecordingCsv::write(
     QVector<TrackView::Reader> readers;
     for (const Recording::Axis &axis : recording.axes)
         readers.append(TrackView::Reader(axis.samples, fromUs));
-    auto event = std::lower_bound(
+    const auto *event = std::lower_bound(
         recording.events.begin(), recording.events.end(), fromUs,
         [](const RecorderEvent &each, qint64 us) { return each.us < us; });
     const qint64 startUs = recording.startUs();

@@ -165,7 +165,7 @@ std::shared_ptr<SampleChunk> SampleChunk::halved(const SampleChunk &first, const
     int shift = std::max(first.m_iShift, second.m_iShift);
     while ((second.endUs() - startUs) >> shift >= qint64(gapBit))
         ++shift;
-    const auto result = std::make_shared<SampleChunk>(startUs, std::max(first.m_iLevel, second.m_iLevel) + 1, shift);
+    auto result = std::make_shared<SampleChunk>(startUs, std::max(first.m_iLevel, second.m_iLevel) + 1, shift);
     const int count = first.size() + second.size();
     const auto at = [&](int index) { return index < first.size() ? first.at(index) : second.at(index - first.size()); };
     bool gapBefore = false;

@@ -23,7 +23,7 @@ public:
     int rowCount(const QModelIndex &parent) const override { return parent.isValid() ? 0 : m_recording.events.size(); }
     QVariant data(const QModelIndex &index, int role) const override
     {
-        const RecorderEvent &each = event(index.row());
+        const RecorderEvent &each = eventAt(index.row());
         if (role == Qt::DisplayRole || role == Qt::ToolTipRole)
             return EventWords::of(each);
         if (role == Qt::AccessibleTextRole)
@@ -37,7 +37,7 @@ public:
         m_recording.clock = recording.clock;
         endResetModel();
     }
-    const RecorderEvent &event(int row) const { return m_recording.events.at(m_recording.events.size() - 1 - row); }
+    const RecorderEvent &eventAt(int row) const { return m_recording.events.at(m_recording.events.size() - 1 - row); }
     QString timeOf(const RecorderEvent &event) const
     {
         return QDateTime::fromMSecsSinceEpoch(m_recording.wallMs(event.us)).toString(QStringLiteral("HH:mm:ss"));
@@ -57,7 +57,7 @@ public:
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
     {
-        const RecorderEvent &event = m_model->event(index.row());
+        const RecorderEvent &event = m_model->eventAt(index.row());
         const PlotColours colours = plot->colours();
         const PlotPicture::Mark mark = EventWords::markOf(event, colours);
         painter->save();
@@ -100,7 +100,7 @@ EventList::EventList(QWidget *parent)
     setModel(m_model.get());
     setUniformItemSizes(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    const auto choose = [this](const QModelIndex &index) { emit signal_eventChosen(m_model->event(index.row()).us); };
+    const auto choose = [this](const QModelIndex &index) { emit signal_eventChosen(m_model->eventAt(index.row()).us); };
     connect(this, &QListView::activated, this, choose);
     connect(this, &QListView::doubleClicked, this, choose);
 }

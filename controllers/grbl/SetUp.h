@@ -23,14 +23,14 @@ public:
 
     void open(const std::string &port);
     void close();
-    void look(MoverBoard *board);
+    void look(MoverBoard *told);
     int settings(MoverSetting *settings, int capacity);
     bool takeMessage(MoverMessage *message);
     int write(const std::map<int, double> &settings);
-    int move(int axis, double distance, double speed);
+    int move(int number, double distance, double speed);
     void stop();
     int unlock();
-    int home(int axis);
+    int home(int number);
 
 private:
     SetUp() = default;

@@ -42,13 +42,14 @@ public:
         }
         return result;
     }
+    /** Those that repeat; the others end by themselves. */
     static int runningTimers()
     {
         const QMutexLocker lock(&mutex());
         int result = 0;
         for (const QObject *object : qAsConst(objects())) {
             const auto *timer = qobject_cast<const QTimer *>(object);
-            result += timer && timer->isActive() ? 1 : 0;
+            result += timer && timer->isActive() && !timer->isSingleShot() ? 1 : 0;
         }
         return result;
     }

@@ -616,13 +616,13 @@ private:
         m_guide.step(
             "workbench-recorder-cursor",
             [&] {
-                Guide::click(in(bench, "pushButton_range1min"));
+                Guide::click(in(bench, "pushButton_range10s"));
                 Guide::click(in(bench, "pushButton_pause"));
                 Guide::click(plot);
             },
             [&] { return !plot->isLive() && plot->cursorSample(0); });
         m_guide.step(
-            "workbench-recorder-zoomed", [] { Guide::press("plus"); }, [&] { return plot->span() == 40000000; });
+            "workbench-recorder-zoomed", [] { Guide::press("plus"); }, [&] { return plot->span() < 10000000; });
         m_guide.step(
             "workbench-recorder-live",
             [&] {

@@ -253,9 +253,8 @@ private:
         QList<double> rows;
         for (int k = 0; k <= scale.divisions; ++k)
             rows.append(scale.low + k * scale.step);
-        QList<double> columns;
-        for (const double at : timeTicks().first)
-            columns.append(at);
+        const auto ticks = timeTicks().first;
+        const QList<double> columns(ticks.begin(), ticks.end());
         QColor colour = m_colours.line;
         colour.setAlphaF(0.45);
         QwtPlotGrid grid;
