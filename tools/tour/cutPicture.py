@@ -12,7 +12,7 @@ from PIL import Image
 
 def cut(directory, step, parts, target):
     """Ends the program when there is no such picture or part. 256 colours are enough for windows."""
-    taken = list(pathlib.Path(directory).glob(f"[0-9][0-9]-{step}.png"))
+    taken = [file for file in pathlib.Path(directory).glob("*.png") if file.stem.split("-", 1)[-1] == step]
     if len(taken) != 1:
         sys.exit(f"{directory}: {len(taken)} pictures of the step {step}")
     with Image.open(taken[0]) as picture:
