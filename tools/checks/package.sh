@@ -152,6 +152,6 @@ tar --extract --file "$archive" --directory "$place" --strip-components 1
 [ ${#user[@]} -eq 0 ] || chown -R nobody:nogroup "$place"
 drive "$place/mover"
 [ "$(cat "$place/appConfig.ini")" = $'[language]\ntype=1' ] || die "The settings are not kept beside the program."
-[ ! -e "$home/.config/mover" ] || die "The program wrote to the user's folder without need."
+[ ! -e "$home/.config/mover/appConfig.ini" ] || die "The settings are kept in the user's folder without need."
 
 say "Packages are in $out"
