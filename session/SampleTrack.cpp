@@ -81,8 +81,11 @@ private:
         put(m_lastUs, m_last);
     }
     /** A point on a level line moves its end. */
-    void put(qint64 us, double value)
+    void put(qint64 us, double answered)
     {
+        if (std::isnan(answered))
+            return;
+        const double value = std::clamp(answered, -TrackView::DrawnAtMost, TrackView::DrawnAtMost);
         const QPointF point(double(us) / 1e6, value);
         const int size = m_line.size();
         if (size >= 2 && m_line.at(size - 1).y() == value && m_line.at(size - 2).y() == value)

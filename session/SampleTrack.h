@@ -102,9 +102,11 @@ public:
 
     /** The sample nearest to the time; nothing in a gap or outside. */
     std::optional<Sample> nearest(qint64 us) const;
+    /** What is farther from zero is drawn there: no stage gets so far, and neither do a painter's coordinates. */
+    static constexpr double DrawnAtMost = 1e12;
     /**
      * What a line of `columns` columns shows of the time, with one sample beyond each end: in each column at most the
-     * first, the lowest, the highest and the last. Time without samples ends a line.
+     * first, the lowest, the highest and the last. Time without samples ends a line. What is no number is left out.
      */
     Lines columns(qint64 fromUs, qint64 toUs, int columns, Quantity quantity) const;
     /** Times without samples that reach into this one. */

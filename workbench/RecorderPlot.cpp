@@ -172,6 +172,9 @@ PlotPicture RecorderPlot::picture(double width, bool withCursor) const
     const qint64 from = fromUs();
     const qint64 to = toUs();
     const auto seconds = [](qint64 us) { return double(us) / 1e6; };
+    const auto bounded = [](double value) {
+        return std::clamp(value, -TrackView::DrawnAtMost, TrackView::DrawnAtMost);
+    };
     picture.from = seconds(from);
     picture.to = seconds(to);
     picture.wallMsAtZero = m_recording.wallMs(to) - to / 1000;
@@ -199,9 +202,9 @@ PlotPicture RecorderPlot::picture(double width, bool withCursor) const
         trace.velocity = axis.samples.columns(from, to, columns, TrackView::Velocity);
         const auto sample = withCursor ? cursorSample(index) : std::nullopt;
         if (sample) {
-            trace.cursorPosition = QPointF(seconds(sample->us), sample->position);
+            trace.cursorPosition = QPointF(seconds(sample->us), bounded(sample->position));
             if (!sample->isAfterGap)
-                trace.cursorVelocity = QPointF(seconds(sample->us), sample->velocity);
+                trace.cursorVelocity = QPointF(seconds(sample->us), bounded(sample->velocity));
         }
         (trace.isRight ? picture.rightUnit : picture.leftUnit) = axis.description.unit;
         picture.traces.append(trace);

@@ -133,6 +133,7 @@ public:
         QProcess::execute(QStringLiteral("chown"), {QStringLiteral("-R"), QString::number(nobody), m_folder.path()});
         chmod(QFile::encodeName(path("home")), 0700);
         child.set("XDG_RUNTIME_DIR", path("home"));
+        child.set("GCOV_PREFIX", path("home")); // where a build that counts lines may write
         child.process.setArguments(
             QStringList{
                 QStringLiteral("--reuid=%1").arg(nobody), QStringLiteral("--regid=%1").arg(nobody),

@@ -88,6 +88,13 @@ private slots:
         QCOMPARE(lines, (TrackView::Lines{{{0, 0}, {0.1, 1}, {0.2, 3}, {0.3, 2}}}));
     }
 
+    void whatNoPainterCanDrawIsBounded()
+    {
+        const double most = TrackView::DrawnAtMost;
+        const auto lines = sampled({1e308, qQNaN(), -qInf(), 2}).columns(0, 3 * tenth, 300, TrackView::Position);
+        QCOMPARE(lines, (TrackView::Lines{{{0, most}, {0.2, -most}, {0.3, 2}}}));
+    }
+
     void aLevelLineHasTwoPoints()
     {
         const auto lines = sampled(QVector<double>(500, 7)).columns(0, 500 * tenth, 700, TrackView::Position);

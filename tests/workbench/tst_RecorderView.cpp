@@ -150,6 +150,16 @@ private slots:
         QCOMPARE(picture.rightUnit, QStringLiteral("°"));
     }
 
+    void anyAnswerIsDrawn()
+    {
+        recorder().describe({0, QStringLiteral("LIN-100")});
+        for (const double position : {1e308, 1e308, -1e308, qInf(), qQNaN()}) {
+            recorder().positionAnswered(0, position, AnswerListener::Time::clock::now());
+            show();
+            QVERIFY(draws("#A5D4FF"));
+        }
+    }
+
     void timeWithoutSamplesIsNotBridged()
     {
         record(20);
