@@ -89,7 +89,7 @@ QVector<Diagnostics::File> Diagnostics::collect()
     return files;
 }
 
-QByteArray Diagnostics::withoutNames(QByteArray text, const QString &home, const QString &user)
+QByteArray Diagnostics::withoutNames(const QByteArray &text, const QString &home, const QString &user)
 {
     QString words = QString::fromUtf8(text);
     if (home.size() > 1) {

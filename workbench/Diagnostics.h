@@ -20,7 +20,7 @@ struct File {
 QVector<File> collect();
 
 /** The text with "~" for the user's folder and "user" for the user's name. */
-QByteArray withoutNames(QByteArray text, const QString &home, const QString &user);
+QByteArray withoutNames(const QByteArray &text, const QString &home, const QString &user);
 
 /** Packs the files, without names of this user, into a zip archive that is there whole or not at all. */
 bool save(const QString &path, const QVector<File> &files);

@@ -41,7 +41,7 @@ QString commandWords(const RecorderEvent &event, const QString &axis)
     for (const Word &word : commands) {
         if (word.type != event.type || word.direction != event.direction)
             continue;
-        const QString text = tr(word.text).arg(axis);
+        QString text = tr(word.text).arg(axis);
         switch (event.source) {
         case MotionCommand::Request:
             return text;

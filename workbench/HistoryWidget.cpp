@@ -204,11 +204,11 @@ void HistoryWidget::showList()
 /** The snapshot, or the newest where it is not in the list. */
 void HistoryWidget::select(const std::optional<ParameterSnapshot> &snapshot)
 {
-    const auto place = std::find_if(
-        m_listed.begin(), m_listed.end(), [&](int k) { return snapshot && m_snapshots.at(k).isSame(*snapshot); });
+    const auto *const place = std::find_if(
+        m_listed.cbegin(), m_listed.cend(), [&](int k) { return snapshot && m_snapshots.at(k).isSame(*snapshot); });
     if (!m_listed.isEmpty()) {
         const QSignalBlocker quiet(ui->tableWidget_snapshots);
-        ui->tableWidget_snapshots->setCurrentCell(place == m_listed.end() ? 0 : int(place - m_listed.begin()), 0);
+        ui->tableWidget_snapshots->setCurrentCell(place == m_listed.cend() ? 0 : int(place - m_listed.cbegin()), 0);
     }
     showChoices();
     if (!chosen() || !m_now || !m_now->isOfSameAxis(*chosen()))

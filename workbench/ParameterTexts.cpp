@@ -86,7 +86,7 @@ QString ParameterTexts::unit(int field, const ParameterSnapshot &snapshot)
     const QJsonValue value = row.get(snapshot);
     if (value.isUndefined() || (value.isArray() && value.toArray().isEmpty()))
         return QString();
-    const QString length = lengthUnitOf(snapshot);
+    QString length = lengthUnitOf(snapshot);
     switch (row.unit) {
     case ParameterField::None:
         break;

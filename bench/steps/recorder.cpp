@@ -71,6 +71,7 @@ void Rows::recorder(int effort)
         auto at = AnswerListener::Time::clock::now();
         double position = 0;
         std::vector<double> times;
+        times.reserve(std::size_t(effort));
         for (int k = 0; k < effort; ++k) {
             times.push_back(
                 double(Measure::timed(

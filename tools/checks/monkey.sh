@@ -27,7 +27,7 @@ run() {
     local folder=build/asan/monkey/$1
     rm -rf "$folder"
     mkdir -p "$folder"
-    cp -l build/asan/tests/monkey/{monkey,mover_en_US.qm,deviceModelsParam} "$folder"
+    cp -lr build/asan/tests/monkey/{monkey,mover_en_US.qm,deviceModelsParam,plots} "$folder"
     if "$folder/monkey" "$1" "$steps" >"$folder/log" 2>&1; then
         tail -n 1 "$folder/log"
         return 0

@@ -36,6 +36,7 @@
 #include <QTextStream>
 #include <QThread>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -103,11 +104,10 @@ private:
     /** A window of its own that may not be there yet. In the GUI thread. */
     static QWidget *topLevel(const char *className)
     {
-        for (QWidget *candidate : QApplication::topLevelWidgets()) {
-            if (candidate->inherits(className))
-                return candidate;
-        }
-        return nullptr;
+        const QWidgetList all = QApplication::topLevelWidgets();
+        const auto found = std::find_if(
+            all.begin(), all.end(), [&](const QWidget *candidate) { return candidate->inherits(className); });
+        return found == all.end() ? nullptr : *found;
     }
     QWidget *own(const char *name) const { return in(m_window, name); }
     QWidget *panel(int axis) const

@@ -202,10 +202,10 @@ private:
         double left = area.left();
         if (!isEmpty) {
             double right = area.right();
-            for (auto trace = m_picture.traces.begin(); trace != m_picture.traces.end(); ++trace) {
-                if (trace->isRight)
+            for (const PlotPicture::Trace &trace : m_picture.traces) {
+                if (trace.isRight)
                     continue;
-                tag(QPointF(left + 9, head), *trace);
+                tag(QPointF(left + 9, head), trace);
                 left += 22;
             }
             for (auto trace = m_picture.traces.rbegin(); trace != m_picture.traces.rend(); ++trace) {
