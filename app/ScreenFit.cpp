@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr double leastScale = 0.5; // texts are then 8 pixels high
-
 constexpr QMargins usualFrame(8, 40, 8, 8);
 
 /** Whether it is a window with a place of its own: not a list, a menu or a tool tip, which Qt places. */
@@ -41,7 +39,7 @@ double ScreenFit::scaleFor(QSize room)
 {
     const double scale =
         std::min(double(room.width()) / MainWindow.width(), double(room.height()) / MainWindow.height());
-    return std::clamp(std::floor(scale * 100) / 100, leastScale, 1.0);
+    return std::min(std::floor(scale * 100) / 100, 1.0);
 }
 
 bool ScreenFit::eventFilter(QObject *watched, QEvent *event)

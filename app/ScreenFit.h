@@ -29,7 +29,7 @@ public:
 
     /**
      * The scale at which a main window fits into `room` (pixels of scale 1): 1 for one that fits anyway, otherwise
-     * whole hundredths, and never so small that texts cannot be read.
+     * whole hundredths.
      */
     static double scaleFor(QSize room);
 

@@ -217,7 +217,8 @@ std::unique_ptr<QApplication> StartUp::makeApplication(int &argc, char *argv[])
     const double told = QGuiApplication::primaryScreen()->devicePixelRatio();
     const double quarters = std::max(1.0, std::round(told * 4) / 4);
     const QSize room = QGuiApplication::primaryScreen()->availableSize() * (told / quarters);
-    const double scale = ScreenFit::scaleFor(room) * quarters / told;
+    // Qt's painter takes a ratio below 1 for 1: smaller than that, all would be painted beyond the windows' edges.
+    const double scale = std::max(1.0, ScreenFit::scaleFor(room) * quarters) / told;
     constexpr char factor[] = "QT_SCALE_FACTOR";
     if (qFuzzyCompare(scale, 1) || qEnvironmentVariableIsSet(factor))
         return application;

@@ -53,9 +53,11 @@ QRect room()
     return QGuiApplication::primaryScreen()->availableGeometry();
 }
 
-bool isScaleChosen()
+/** Nothing is drawn smaller than at scale 1, and nothing changes the scale that a user chose. */
+bool findsNoRoom()
 {
-    return qEnvironmentVariableIsSet("QT_SCALE_FACTOR");
+    return qEnvironmentVariableIsSet("QT_SCALE_FACTOR") ||
+           qRound(QGuiApplication::primaryScreen()->devicePixelRatio() * 100) == 100;
 }
 
 } // namespace
@@ -64,6 +66,12 @@ bool isScaleChosen()
 class tst_SmallScreen : public QObject
 {
     Q_OBJECT
+
+public:
+    explicit tst_SmallScreen(const QByteArray &chosenScale)
+        : m_chosenScale(chosenScale)
+    {
+    }
 
 private slots:
     void initTestCase()
@@ -92,16 +100,26 @@ private slots:
         QCOMPARE(QGuiApplication::platformName(), QString("xcb")); // see main()
     }
     void mainWindowLiesOnTheScreen() { QTRY_VERIFY(room().contains(m_open->window().frameGeometry())); }
-    void mainWindowHasItsWholeSizeUnlessTheUserChoseAScale()
+    void mainWindowHasItsWholeSizeWhereThereIsRoom()
     {
-        QCOMPARE(m_open->window().size() == ScreenFit::MainWindow, !isScaleChosen());
-        if (isScaleChosen())
+        QCOMPARE(m_open->window().size() == ScreenFit::MainWindow, !findsNoRoom());
+        if (findsNoRoom())
             QCOMPARE(m_open->window().size(), ScreenFit::MainWindow.boundedTo(room().size()));
     }
-    void programsStartedFromHereGetNoScale()
+    void programsStartedFromHereGetNoScale() { QCOMPARE(qgetenv("QT_SCALE_FACTOR"), m_chosenScale); }
+    void isPaintedToItsFarthestCorner()
     {
-        if (!isScaleChosen())
-            QVERIFY(qgetenv("QT_SCALE_FACTOR").isNull());
+        QWidget mark(&m_open->window());
+        mark.setStyleSheet(QStringLiteral("background: #ff0000"));
+        mark.setGeometry(QRect(QPoint(0, 0), QSize(10, 10))
+                             .translated(m_open->window().width() - 10, m_open->window().height() - 10));
+        mark.show();
+        QScreen *screen = QGuiApplication::primaryScreen();
+        const auto colour = [&] {
+            const QPointF middle = QPointF(mark.mapToGlobal(QPoint(5, 5))) * screen->devicePixelRatio();
+            return screen->grabWindow(0).toImage().pixelColor(middle.toPoint());
+        };
+        QTRY_COMPARE(colour(), QColor(255, 0, 0));
     }
     void everyControlCanBeReached()
     {
@@ -244,6 +262,7 @@ private:
         QCOMPARE(m_open->panelNames().size(), 3);
         QTRY_VERIFY(m_open->panel(2)->y() > m_open->panel(0)->geometry().bottom()); // laid out
     }
+    const QByteArray m_chosenScale; // QT_SCALE_FACTOR as it was before the start
     std::unique_ptr<OpenWindow> m_open;
     std::unique_ptr<ScreenFit> m_fit;
 };
@@ -258,8 +277,9 @@ int main(int argc, char *argv[])
     char platform[] = "xcb";
     given << option << platform << nullptr;
     int count = given.size() - 1;
+    const QByteArray chosenScale = qgetenv("QT_SCALE_FACTOR");
     const auto application = StartUp::makeApplication(count, given.data());
-    tst_SmallScreen test;
+    tst_SmallScreen test(chosenScale);
     return QTest::qExec(&test, argc, argv);
 }
 #include "tst_SmallScreen.moc"

@@ -273,8 +273,8 @@ void tst_StartUp::scaleFitsTheMainWindow_data()
     QTest::newRow("too low") << QSize(1920, 900) << 0.98;
     QTest::newRow("small notebook") << QSize(1366, 768) << 0.84;
     QTest::newRow("small notebook with a task bar") << QSize(1366, 728) << 0.8;
-    QTest::newRow("too small to be read") << QSize(640, 480) << 0.5;
-    QTest::newRow("none") << QSize(0, 0) << 0.5;
+    QTest::newRow("very small") << QSize(640, 480) << 0.39;
+    QTest::newRow("none") << QSize(0, 0) << 0.0;
 }
 
 void tst_StartUp::scaleFitsTheMainWindow()
