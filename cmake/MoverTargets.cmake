@@ -22,16 +22,21 @@ else()
         # Qt's qCDebug() gives a variadic macro no argument, which only clang minds.
         $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>)
 endif()
+# A test's own lines are not counted, and only its addresses are watched: that takes a third off the time to build them.
+set(test $<BOOL:$<TARGET_PROPERTY:MOVER_TEST>>)
 if(MOVER_SANITIZE)
     # The first finding ends the process, so that a test cannot pass over it.
     set(flags -fsanitize=${MOVER_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     # The instrumentation makes GCC see uses of uninitialised variables where there are none.
     target_compile_options(mover_options INTERFACE ${flags} $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+    if(MOVER_SANITIZE MATCHES undefined)
+        target_compile_options(mover_options INTERFACE $<${test}:-fno-sanitize=undefined>)
+    endif()
     target_link_options(mover_options INTERFACE ${flags})
 endif()
 if(MOVER_COVERAGE)
     # Atomic: a worker thread counts too.
-    target_compile_options(mover_options INTERFACE --coverage -fprofile-update=atomic)
+    target_compile_options(mover_options INTERFACE $<$<NOT:${test}>:--coverage> $<$<NOT:${test}>:-fprofile-update=atomic>)
     target_link_options(mover_options INTERFACE --coverage)
 endif()
 
