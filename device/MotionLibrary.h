@@ -72,7 +72,7 @@ public:
     bool isSimulated() const { return m_sMark == QLatin1String("simulated"); }
     /** Takes the next message of a library of ours; false if there is none. Any thread. */
     bool takeMessage(MoverMessage *message) const { return m_nextMessage && m_nextMessage(message) == 1; }
-    /** The report that positions of the controller rest on; false where each call asks anew. Any thread. */
+    /** The report that positions of the controller rest on; false where each call asks again. Any thread. */
     bool lastReport(int id, MoverReport *report) const { return m_lastReport && m_lastReport(id, report) == 1; }
     /** File and mark, for whoever wants to know which library it is. */
     QString description() const;

@@ -13,7 +13,7 @@ enum Code : int {
     LimitHit = 1,        ///< a limit switch; the position is lost
     HomingFailed = 2,    ///< the position is lost
     BoardAlarm = 3,      ///< value: its number
-    PositionLost = 4,    ///< the controller has started anew
+    PositionLost = 4,    ///< the controller has restarted
     HomingStopped = 5,   ///< by a stop or because it took too long; the position is lost
     NoAnswer = 6,        ///< the link is lost
     AnswersAgain = 7,    ///< after that; everything was stopped

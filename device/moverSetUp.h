@@ -18,7 +18,7 @@ enum Phase : int {
     Closed = 0,
     Opening = 1, ///< the board is asked who it is
     Resting = 2, ///< it has answered, and nothing moves
-    Busy = 3     ///< it moves, homes, stores or starts anew
+    Busy = 3     ///< it moves, homes, stores or restarts
 };
 
 /** Why it is closed. */

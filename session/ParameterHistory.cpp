@@ -139,7 +139,7 @@ ParameterSnapshot ParameterHistory::blank(int axis, ParameterSnapshot::Why why) 
     return snapshot;
 }
 
-/** Runs the next step of the job in the worker's thread; each takes its place in the queue anew. */
+/** Runs the next step of the job in the worker's thread; each takes its own place in the queue. */
 void ParameterHistory::run(const std::shared_ptr<Job> &job)
 {
     m_worker->runBehind([job, link = m_link, worker = m_worker.data()] {

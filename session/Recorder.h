@@ -67,8 +67,9 @@ struct Recording {
 
 /**
  * Keeps what the axes did, from connecting to disconnecting: every answered position with its time, and what happened.
- * Connecting to the same controller again goes on with what there is, another one begins anew. It hears the answers in
- * the thread that got them, and nobody is told of a sample: who shows them asks for a recording. Thread-safe.
+ * Connecting to the same controller again goes on with what there is; another one begins a new record. It hears the
+ * answers in the thread that got them, and nobody is told of a sample: who shows them asks for a recording.
+ * Thread-safe.
  */
 class Recorder final : public QObject, public AnswerListener
 {

@@ -60,7 +60,7 @@ public:
     bool append(const Steps &target, double speed, Block::Kind kind);
     void removeFront() { m_blocks.pop_front(); }
 
-    /** Plans all entry speeds anew; of the first block `left` mm are left, begun with `speed`. */
+    /** Plans all entry speeds again; of the first block `left` mm are left, begun with `speed`. */
     void plan(double speed, double left);
     /** What the first block has to have slowed to at its end. */
     double exitSpeed() const { return m_blocks.size() > 1 ? m_blocks[1].entrySpeed : 0; }

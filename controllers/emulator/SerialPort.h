@@ -20,7 +20,7 @@ class SerialPort
 public:
     /**
      * The board's clock runs `speed` times as fast as the computer's, above 0. `link`, when not empty, is a symbolic
-     * link that leads to the port as long as it is plugged in; the port's own name changes when it is plugged in anew.
+     * link that leads to the port as long as it is plugged in; the port's own name changes when it is plugged in again.
      * Throws std::runtime_error when the system gives no port.
      */
     explicit SerialPort(const Options &options, double speed = 1, std::string link = {});
@@ -45,7 +45,7 @@ public:
 
     /** Pulls the plug: the port is gone, the board loses its power. */
     void unplug();
-    /** Plugs it in again: a port, and a board that starts anew. */
+    /** Plugs it in again: a port, and a board that restarts. */
     void plug();
 
 private:

@@ -222,7 +222,7 @@ void Board::takeBanner(const std::string &text)
         return;
     }
     if (m_phase != Phase::Resetting) {
-        say({PositionLost, "The board has started anew; the position is lost"});
+        say({PositionLost, "The board has restarted; the position is lost"});
         endRuns();
         notHomed();
         m_phase = Phase::Resetting;
@@ -241,7 +241,7 @@ void Board::takeAlarm(int number)
                                       : BoardAlarm,
          "The board is in alarm " + std::to_string(number) + ": " + alarmWords(number), -1,
          static_cast<double>(number)});
-    // Behind some alarms the board hears nothing but a reset; behind the others it starts anew by itself.
+    // Behind some alarms the board hears nothing but a reset; behind the others it restarts by itself.
     const bool waits = number == 1 || number == 2 || number == 4 || number == 5;
     if (opening() && !waits)
         return; // as it was when the port was opened: it says its settings all the same

@@ -258,7 +258,7 @@ void Configuration::restore(const std::string &keptFile, controllers::Controller
                 restoreAxis(kept, static_cast<Axis *>(&controller->axis(axis++)));
         }
     } catch (const JsonError &) {
-        return; // begun anew with the next change
+        return; // begun again with the next change
     }
 }
 

@@ -2362,7 +2362,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>控制板已重新启动，位置已丢失：请回零</source>
-        <translation>The board has started anew, the position is lost: home</translation>
+        <translation>The board has restarted, the position is lost: home</translation>
     </message>
     <message>
         <source>回零已中止，位置已丢失</source>

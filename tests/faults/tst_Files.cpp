@@ -230,7 +230,7 @@ void tst_Files::isReplacedWhileItIsRead_data()
     QTest::addColumn<int>("file");
     QTest::addColumn<bool>("inPlace");
     for (int k = 0; k < 6; ++k) {
-        QTest::addRow("%s: written anew", readFiles[k].name) << k << true;
+        QTest::addRow("%s: written again", readFiles[k].name) << k << true;
         QTest::addRow("%s: by another one", readFiles[k].name) << k << false;
     }
 }

@@ -51,7 +51,7 @@ private slots:
 private:
     static constexpr int s_id = 2001;
     static constexpr int s_limitMs = 15000;
-    // How long the windows may stand still: opening a board that does not start anew by itself takes 4 s.
+    // How long the windows may stand still: opening a board that does not restart by itself takes 4 s.
     static constexpr int s_stallMs = 6000;
 
     void faults();
