@@ -95,15 +95,17 @@ void ScreenFit::fitAll()
     }
 }
 
-/** Makes sure that the main window can be as small as its screen. */
+/** Makes a window no larger than its screen, as far as it can be smaller; the main window always can. */
 void ScreenFit::fit(QWidget *window) const
 {
-    if (window != m_mainWindow)
+    QRect room = Dialogs::screenOf(window)->availableGeometry();
+    if (window == m_mainWindow)
+        window->setMinimumSize(MainWindow.boundedTo(room.size()));
+    if (window->isFullScreen() || window->isMaximized())
         return;
-    const QSize room = Dialogs::screenOf(window)->availableSize();
-    window->setMinimumSize(MainWindow.boundedTo(room));
-    if (!window->isFullScreen())
-        window->resize(window->size().boundedTo(room));
+    if (!(window->windowFlags() & Qt::FramelessWindowHint))
+        room = room.marginsRemoved(usualFrame);
+    window->resize(window->size().boundedTo(room.size()));
 }
 
 /**

@@ -13,8 +13,8 @@ class QWidget;
 
 /**
  * Keeps every window of the application on a screen while it lives: each one as it is shown, all of them when the
- * screens change. A window stays where the program put it, whatever the desktop reports while the window appears. Where
- * there is less room than the main window's minimum size, the main window shrinks to that room and its panels scroll.
+ * screens change. A window stays where the program put it, whatever the desktop reports while the window appears. One
+ * that is larger than the screen shrinks, as far as it can; the main window always can, and its panels scroll.
  * GUI thread.
  */
 class ScreenFit final : public QObject

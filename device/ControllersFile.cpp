@@ -188,25 +188,9 @@ bool ControllersFile::save() const
     return replaceFile(m_sPath, content);
 }
 
-void ControllersFile::forgetKept(int id, bool stagesOnly)
+void ControllersFile::forgetKept(int id)
 {
-    const QString path = QFileInfo(ControllersFile::path()).path() + QStringLiteral("/board-%1.json").arg(id);
-    QFile file(path);
-    if (!stagesOnly) {
-        file.remove();
-        return;
-    }
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    QJsonObject kept = QJsonDocument::fromJson(file.readAll()).object();
-    QJsonArray axes = kept.value(axesKey).toArray();
-    for (QJsonValueRef axis : axes) {
-        QJsonObject one = axis.toObject();
-        one.remove(stageKey);
-        axis = one;
-    }
-    kept.insert(axesKey, axes);
-    replaceFile(path, kept);
+    QFile::remove(QFileInfo(path()).path() + QStringLiteral("/board-%1.json").arg(id));
 }
 
 QString ControllersFile::setAside(const QString &path)

@@ -44,11 +44,8 @@ public:
 
     /** Replaces the file as a whole. False on failure: the file is then as it was. */
     bool save() const;
-    /**
-     * Forgets what the library has kept for a board beside the file; with `stagesOnly` its stages, so that those of
-     * this file count again.
-     */
-    static void forgetKept(int id, bool stagesOnly = false);
+    /** Forgets what the library has kept for a board beside the file. */
+    static void forgetKept(int id);
     /** Renames the file, to .bak or, where that is taken, to .bak2 and so on. The new name; empty on failure. */
     static QString setAside(const QString &path);
 

@@ -426,12 +426,9 @@ void ControllerSetupWidget::on_pushButton_save_clicked()
         tell([] { return tr("两个轴有相同的字母"); });
         return;
     }
-    const bool isNew = board->id == 0;
     m_board.id = m_file.put(*board);
     if (!store())
         return;
-    if (!isNew)
-        ControllersFile::forgetKept(m_board.id, true);
     m_bBoardsChanged = true;
     m_link.close();
     showPage(ui->page_overview);

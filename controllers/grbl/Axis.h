@@ -69,6 +69,8 @@ public:
     void reference(double mm);
     /** What is kept for the axis replaces its stage. */
     void restore(const MotorParams &stage) { setStored(stage); }
+    /** As the file of controllers has it, whatever has been written since. */
+    const MotorParams &setUpStage() const { return m_setup.stage; }
     /** The finest that the board tells apart, in mm. */
     double resolution() const;
     /** Speed and ramp that the axis has, whatever is asked for. */

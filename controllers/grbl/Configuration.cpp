@@ -136,34 +136,6 @@ constexpr std::pair<const char *, std::string controllers::Controller::*> texts[
     {"modelName", &controllers::Controller::modelName},
 };
 
-void restoreAxis(const JsonValue &value, Axis *axis)
-{
-    ObjectReader object(value, "the axis");
-    if (const JsonValue *kept = object.find("stage")) {
-        MotorParams stage = axis->stage();
-        controllers::readStage(*kept, &stage);
-        axis->restore(stage);
-    }
-    AxisSettings settings = axis->settings;
-    for (const auto &[name, member] : numbers)
-        object.number(name, &(settings.*member), -maxNumber, maxNumber);
-    for (const auto &[name, member] : counts)
-        object.number(name, &(settings.*member), 0, maxInt);
-    for (const auto &[name, member] : tables) {
-        Table &table = settings.*member;
-        table.clear();
-        for (const JsonValue &one : object.list(name)) {
-            ObjectReader pair(one, "the pair");
-            table.emplace_back();
-            pair.number("expected", &table.back().first, -maxNumber, maxNumber);
-            pair.number("actual", &table.back().second, -maxNumber, maxNumber);
-        }
-    }
-    settings.speed = std::clamp(settings.speed, 1e-6, axis->stage().maxSpeed);
-    settings.acceleration = std::clamp(settings.acceleration, 1e-6, axis->stage().maxAcc);
-    axis->settings = settings;
-}
-
 nlohmann::ordered_json stageJson(const MotorParams &stage)
 {
     return {
@@ -191,6 +163,38 @@ nlohmann::ordered_json stageJson(const MotorParams &stage)
         {"modifyDate", stage.modifyDate},
         {"maxRockerSpeed", stage.maxRockerSpeed},
     };
+}
+
+void restoreAxis(const JsonValue &value, Axis *axis)
+{
+    ObjectReader object(value, "the axis");
+    MotorParams before = axis->setUpStage();
+    if (const JsonValue *setUp = object.find("setUp"))
+        controllers::readStage(*setUp, &before);
+    const JsonValue *kept = object.find("stage");
+    if (kept && stageJson(before) == stageJson(axis->setUpStage())) { // or another stage has been set up since
+        MotorParams stage = axis->stage();
+        controllers::readStage(*kept, &stage);
+        axis->restore(stage);
+    }
+    AxisSettings settings = axis->settings;
+    for (const auto &[name, member] : numbers)
+        object.number(name, &(settings.*member), -maxNumber, maxNumber);
+    for (const auto &[name, member] : counts)
+        object.number(name, &(settings.*member), 0, maxInt);
+    for (const auto &[name, member] : tables) {
+        Table &table = settings.*member;
+        table.clear();
+        for (const JsonValue &one : object.list(name)) {
+            ObjectReader pair(one, "the pair");
+            table.emplace_back();
+            pair.number("expected", &table.back().first, -maxNumber, maxNumber);
+            pair.number("actual", &table.back().second, -maxNumber, maxNumber);
+        }
+    }
+    settings.speed = std::clamp(settings.speed, 1e-6, axis->stage().maxSpeed);
+    settings.acceleration = std::clamp(settings.acceleration, 1e-6, axis->stage().maxAcc);
+    axis->settings = settings;
 }
 
 } // namespace
@@ -269,8 +273,9 @@ std::string Configuration::kept(controllers::Controller &controller, const Board
         file[name] = controller.*member;
     file["limitsOff"] = board.limitsOff() ? 1 : 0;
     for (int i = 0; i < controller.axisCount; ++i) {
-        const controllers::Axis &axis = controller.axis(i);
+        const auto &axis = static_cast<const Axis &>(controller.axis(i));
         nlohmann::ordered_json one;
+        one["setUp"] = stageJson(axis.setUpStage());
         one["stage"] = stageJson(axis.stage());
         for (const auto &[name, member] : numbers)
             one[name] = axis.settings.*member;

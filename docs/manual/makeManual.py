@@ -3,7 +3,7 @@
 
 The text is zh.md and en.md beside this file; the pictures are cut out of those that the tour took at twice the size
 (DIRECTORY/zh@2x and DIRECTORY/en@2x). "![caption](step){area="Part Part-2"}" is the picture of that step of the tour,
-cut to the box around those parts (the tour tells in its pictures where they are). Ends with code 1 on whatever is
+cut to the box around those parts (the tour tells in its pictures where they are); drawings stand beside this file. Ends with code 1 on whatever is
 missing or is no good: a picture, a part, the target of a link, a character that the font has not got.
 """
 
@@ -11,6 +11,7 @@ import argparse
 import logging
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
@@ -79,6 +80,9 @@ def main():
     given = arguments.parse_args()
 
     document = None
+    given.work.mkdir(parents=True, exist_ok=True)
+    for drawing in HERE.glob("*.svg"):
+        shutil.copy(drawing, given.work)
     for language in LANGUAGES:
         text = (HERE / f"{language}.md").read_text(encoding="utf-8")
         check_characters(text, language)

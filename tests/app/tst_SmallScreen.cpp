@@ -5,10 +5,12 @@
 #include "axis/JogParamWidget.h"
 #include "axis/MoveParamWidget.h"
 #include "console/DebugWidget.h"
+#include "shell/ControllerSetupWidget.h"
 #include "shell/OpenWindow.h"
 #include "support/Desktop.h"
 #include "support/OnMessageBox.h"
 #include "support/TopLevel.h"
+#include "workbench/WorkbenchWidget.h"
 
 #include <QScreen>
 
@@ -187,6 +189,14 @@ private slots:
         opens(m_open->dialog<OptionsWidget>(), m_open->titleButton("pushButton_settings"));
         opens(m_open->dialog<ConnectionWidget>(), m_open->find("pushButton_connect"));
         opens(topLevel<DebugWidget>(), m_open->find("pushButton_debug"));
+        OpenWindow::click(m_open->titleButton("pushButton_workbench"));
+        opens(topLevel<WorkbenchWidget>(), m_open->titleButton("pushButton_workbench"));
+        auto *connection = m_open->dialog<ConnectionWidget>();
+        emit connection->findChild<QLabel *>("label_setUp")->linkActivated(QString());
+        auto *setUp = connection->findChild<ControllerSetupWidget *>();
+        QVERIFY(QTest::qWaitForWindowActive(setUp));
+        QTRY_VERIFY(room().contains(setUp->frameGeometry()));
+        setUp->close();
         auto *panel = m_open->panel(1);
         opens(panel->findChild<MoveParamWidget *>(), panel->findChild<QPushButton *>("pushButton_moveParam"));
         opens(panel->findChild<JogParamWidget *>(), panel->findChild<QPushButton *>("pushButton_jogParam"));

@@ -175,6 +175,7 @@ private slots:
     void aKillAtAnySystemCallLosesNoSetting_data();
     void aKillAtAnySystemCallLosesNoSetting();
     void aFullDiskLosesNoSetting();
+    void aFullDiskLosesNoController();
     void aFullDiskLosesNoSnapshot();
 };
 
@@ -425,6 +426,31 @@ void tst_Files::aFullDiskLosesNoSetting()
         store.save(1);
         QCOMPARE(store.load(), 1);
     }
+}
+
+void tst_Files::aFullDiskLosesNoController()
+{
+    const QTemporaryDir folder;
+    const QByteArray mountPoint = QFile::encodeName(folder.path());
+    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=64k") != 0)
+        QSKIP("a disk cannot be mounted here");
+    const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
+    const QString path = folder.filePath(QStringLiteral("controllers.json"));
+    ControllersFile file(path);
+    file.put({0, QStringLiteral("bench"), QStringLiteral("/dev/none"), {{QStringLiteral("X"), {}}}});
+    QVERIFY(file.save());
+    const QByteArray before = read(path);
+    QFile filler(folder.filePath(QStringLiteral("filler")));
+    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (filler.write(QByteArray(4096, 'x')) == 4096) {
+    }
+    filler.close();
+    file.remove(2001);
+    QVERIFY(!file.save());
+    QCOMPARE(read(path), before);
+    QVERIFY(QFile::remove(filler.fileName()));
+    QVERIFY(file.save());
+    QVERIFY(ControllersFile(path).boards().isEmpty());
 }
 
 void tst_Files::aFullDiskLosesNoSnapshot()

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # Builds the example of the kit KIT (C++, Python or C#) in the folder HELP, in a folder BUILD of its own, and runs it
-# on the simulated controller: it must do what it says.
+# on the simulated controller, and with the library GRBL on a board of the program EMULATOR: it must do what it says.
 file(REMOVE_RECURSE ${BUILD})
 file(MAKE_DIRECTORY ${BUILD})
 set(kit "${HELP}/Tarsel_mover_${KIT}SDK")
@@ -59,3 +59,16 @@ run(${example})
 if(result STREQUAL 0 OR NOT errors MATCHES "no controller is connected")
     message(FATAL_ERROR "Without a controller it ends with ${result}: ${errors}")
 endif()
+
+# On a board: the library is named as the kit's README says.
+unset(ENV{MOVER_SCENARIO})
+if(KIT STREQUAL "C++")
+    run_well(${CMAKE_COMMAND} -S ${kit} -B ${BUILD} -DMOVER_LIBRARY=${GRBL})
+    run_well(${CMAKE_COMMAND} --build ${BUILD})
+elseif(KIT STREQUAL "C#")
+    get_filename_component(folder ${GRBL} DIRECTORY)
+    set(ENV{LD_LIBRARY_PATH} ${folder})
+else()
+    set(ENV{MOVER_LIBRARY} ${GRBL})
+endif()
+run_well(${PYTHON} -B ${CMAKE_CURRENT_LIST_DIR}/runOnBoard.py ${EMULATOR} ${example})

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""runOnBoard.py EMULATOR LIBRARY COMMAND...: runs a kit's example on an emulated Grbl board: it must do what it says."""
+"""runOnBoard.py EMULATOR COMMAND...: runs a kit's example on an emulated Grbl board: it must do what it says."""
 
 import json
 import os
@@ -8,7 +8,7 @@ import subprocess
 import sys
 import tempfile
 
-emulator, library, *example = sys.argv[1:]
+emulator, *example = sys.argv[1:]
 with tempfile.TemporaryDirectory() as name:
     folder = pathlib.Path(name)
     port = folder / "board"
@@ -18,10 +18,7 @@ with tempfile.TemporaryDirectory() as name:
     settings = [word for setting in ("1=255", "110=1800", "120=500") for word in ("--set", setting)]
     with subprocess.Popen([emulator, "--link", port, *settings], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as board:
         board.stdout.readline()  # the port is there
-        environment = os.environ | {
-            "MOVER_LIBRARY": library,
-            "MOVER_CONTROLLERS": str(folder / "controllers.json"),
-        }
+        environment = os.environ | {"MOVER_CONTROLLERS": str(folder / "controllers.json")}
         done = subprocess.run([*example, "2.5"], env=environment, capture_output=True, text=True, timeout=60)
         board.stdin.close()
 expected = """controller 2001

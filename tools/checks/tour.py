@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Checks the pictures of the tour: tour.py DIRECTORY, which holds the passes zh, en, zh@2x and en@2x."""
+"""Checks the pictures of the tour: tour.py DIRECTORY, which holds a folder for each pass."""
 
 import pathlib
 import sys
 
 from PIL import Image
 
+PASSES = ("zh", "en", "zh@2x", "en@2x", "zh@1366x768", "en@1366x768")
 ONLY_ENGLISH = {"settings-language", "settings-english", "start-english"}  # the steps that lead to English
 FRAME = 40  # pixels: what the window manager draws around a window is not drawn at twice the size
 FEWEST_COLOURS = 100  # a blank picture has one, a window with little in it some hundreds
@@ -37,7 +38,7 @@ def check(passes):
 
 def main():
     directory = pathlib.Path(sys.argv[1])
-    passes = {name: pictures(directory / name) for name in ("zh", "en", "zh@2x", "en@2x")}
+    passes = {name: pictures(directory / name) for name in PASSES}
     check(passes)
     for failure in failures:
         print(failure, file=sys.stderr)

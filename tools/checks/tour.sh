@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 #
-# Takes the tour in both languages at 1x and at 2x. Fails on a step that does not end as it should, and on a picture that
+# Takes the tour in both languages at 1x, at 2x and on a small screen. Fails on a step that does not end as it should, and on a picture that
 # is missing, blank or of the wrong size. The pictures stay in build/release/tour-pictures.
 set -euo pipefail
 cd "$(dirname "$0")/../.."

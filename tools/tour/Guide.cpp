@@ -11,6 +11,7 @@
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
+#include <QScrollArea>
 #include <QSemaphore>
 #include <QTextStream>
 #include <QWidget>
@@ -27,10 +28,16 @@ void xdotool(const QStringList &arguments)
         qFatal("xdotool failed");
 }
 
-/** Device pixels of a point of a widget, as two arguments. */
+/** Device pixels of a point of a widget, as two arguments. It is scrolled to where it can be seen. */
 QStringList onScreen(const QWidget *widget, QPoint position)
 {
     return inGui([=]() -> QStringList {
+        for (const QWidget *inner = widget; !inner->isWindow(); inner = inner->parentWidget()) {
+            if (auto *area = qobject_cast<QScrollArea *>(inner->parentWidget())) {
+                const QPoint inside = widget->mapTo(area->widget(), position);
+                area->ensureVisible(inside.x(), inside.y(), 20, 20);
+            }
+        }
         const QPoint point = widget->mapToGlobal(position) * widget->devicePixelRatioF();
         return {QString::number(point.x()), QString::number(point.y())};
     });

@@ -688,7 +688,7 @@ private:
             [&] { return m_window->pos() == before + QPoint(40, -30); });
         const QSize size = inGui([this] { return m_window->size(); });
         m_guide.step(
-            "resized", [&] { Guide::drag(m_window, QPoint(size.width() - 2, size.height() / 2), QPoint(30, 0)); },
+            "resized", [&] { Guide::drag(m_window, QPoint(1, size.height() / 2), QPoint(-30, 0)); },
             [&] { return m_window->size() == size + QSize(30, 0); });
     }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "controllers/emulator/SerialPort.h"
 #include "controllers/grbl/Bench.h"
+#include "controllers/grbl/Controller.h"
 #include "controllers/grbl/SerialPort.h"
 
 #include "device/moverLibrary.h"
@@ -26,6 +27,7 @@ private slots:
     void stopsWithOneCancel();
     void readsJoystickTriggerAndChipAsAbsent();
     void writesOnlyWhatDiffers();
+    void aStageThatIsSetUpLaterCounts();
     void homesAtTheSecondPress();
     void noCallWaitsForTheWire();
     void losesAndFindsThePort();
@@ -165,6 +167,34 @@ void tst_GrblLibrary::writesOnlyWhatDiffers()
     QCOMPARE(read.maxSpeed, 20.0);
     QTRY_VERIFY(QFile::exists(m_folder.filePath("board-2001.json")));
     QVERIFY(stands(1));
+}
+
+/** Also over what a library that was still in use has kept since. */
+void tst_GrblLibrary::aStageThatIsSetUpLaterCounts()
+{
+    grbl::BoardSetup setUp{7, "none", {{}}};
+    setUp.axes[0].stage.pulseOneCircle = 250;
+    setUp.axes[0].stage.dispOneCircle = 0.1;
+    setUp.axes[0].stage.maxSpeed = 10;
+    setUp.axes[0].stage.maxAcc = 50;
+    setUp.axes[0].stage.maxPos = 100;
+    std::mutex mutex;
+    const std::string file = m_folder.filePath("controllers.json").toStdString();
+    grbl::Controller before(setUp, mutex, file);
+    MotorParams written = setUp.axes[0].stage;
+    written.maxSpeed = 8;
+    before.board().axes()[0]->restore(written);
+    before.axis(0).settings.jogCount = 9;
+    QVERIFY(grbl::Configuration::write(
+        grbl::Configuration::keptFile(file, 7), grbl::Configuration::kept(before, before.board())));
+
+    grbl::Controller same(setUp, mutex, file);
+    QCOMPARE(same.axis(0).stage().maxSpeed, 8.0);
+    setUp.axes[0].stage.maxPos = 25;
+    grbl::Controller later(setUp, mutex, file);
+    QCOMPARE(later.axis(0).stage().maxSpeed, 10.0);
+    QCOMPARE(later.axis(0).stage().maxPos, 25.0);
+    QCOMPARE(later.axis(0).settings.jogCount, 9);
 }
 
 void tst_GrblLibrary::homesAtTheSecondPress()
