@@ -175,6 +175,7 @@ void tst_GrblLibrary::aStageThatIsSetUpLaterCounts()
     grbl::BoardSetup setUp{7, "none", {{}}};
     setUp.axes[0].stage.pulseOneCircle = 250;
     setUp.axes[0].stage.dispOneCircle = 0.1;
+    setUp.axes[0].stage.restoreSpeed = 5;
     setUp.axes[0].stage.maxSpeed = 10;
     setUp.axes[0].stage.maxAcc = 50;
     setUp.axes[0].stage.maxPos = 100;
