@@ -174,8 +174,10 @@ void Guide::savePicture(const QString &name) const
     const bool saved = inGui([&] {
         // The console stands beside the main window.
         const QWidget *active = QApplication::activeWindow();
-        const QRect area =
-            active ? m_window->frameGeometry().united(active->frameGeometry()) : m_window->frameGeometry();
+        // A frame that is asked for while the desktop makes it may be told as one of a single pixel.
+        QRect area = m_window->geometry().united(m_window->frameGeometry());
+        if (active)
+            area = area.united(active->geometry()).united(active->frameGeometry());
         QImage picture =
             QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(), area.width(), area.height()).toImage();
         noteParts(&picture, area);
