@@ -42,6 +42,8 @@ ROWS = [
     ("panels", "adding and closing a panel 1,000 times: growth of memory", 1, "MiB"),
     ("library call", "one simulated library call", 1, "µs"),
     ("model file", "a model file of 1,000 models, read, offered and listed in the add-axis dialog", 100, "ms"),
+    ("workbench start", "workbench: what it adds to the start, before it is opened", 3, "ms"),
+    ("workbench hidden", "the same, hidden again: what the GUI thread does for it", 0, ""),
     ("recorder answer", "recorder: one answer kept, in the worker", 1, "µs"),
     ("recorder memory 3", "recorder: memory of a day at 10 Hz, three axes, with what drawing needs", 40, "MiB"),
     ("recorder memory 8", "the same, eight axes", 100, "MiB"),
@@ -63,7 +65,7 @@ STEPS = {
     "poll": "poll", "poll touches": "poll", "log entry": "log", "run count": "log", "panels": "panels",
     "library call": "library call", "model file": "model file", "recorder answer": "recorder",
     "recorder memory 3": "recorder", "recorder memory 8": "recorder", "recorder frame": "recorder",
-    "recorder frame 99": "recorder",
+    "recorder frame 99": "recorder", "workbench start": "recorder", "workbench hidden": "recorder",
 }
 
 

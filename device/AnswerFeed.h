@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "device/moverMessages.h"
 #include "device/moverRecords.h"
 
 #include <QMutex>
@@ -41,6 +42,12 @@ public:
     virtual void pollFailed(int axis, Time at) = 0;
     /** The library has accepted or refused a command. */
     virtual void commandAnswered(const MotionCommand &command, Time at) = 0;
+    /** The controller has said something that answers no call. */
+    virtual void messageHeard(const MoverMessage &message, Time at)
+    {
+        Q_UNUSED(message)
+        Q_UNUSED(at)
+    }
     /** The motor parameters or the compensation of the axis were written, by whomever. */
     virtual void parametersWritten(int axis, Time at)
     {

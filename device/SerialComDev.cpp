@@ -311,12 +311,10 @@ void SerialComDev::runBehind(std::function<void()> step)
     QCoreApplication::postEvent(this, new QEvent(behindEvent()), Qt::LowEventPriority);
 }
 
-bool SerialComDev::event(QEvent *event)
+void SerialComDev::customEvent(QEvent *event)
 {
-    if (event->type() != behindEvent())
-        return QObject::event(event);
-    runNextBehind();
-    return true;
+    if (event->type() == behindEvent())
+        runNextBehind();
 }
 
 /** A step that has had its turn early leaves an event behind, for which there may be nothing to do. */
@@ -736,6 +734,7 @@ void SerialComDev::tellMessages(int axis)
         qCInfo(diagnostics, "controller %d: %s", message.id, message.text);
         if (message.id != m_iDeviceId)
             continue;
+        m_feed.tell([&message](AnswerListener &listener, AnswerListener::Time at) { listener.messageHeard(message, at); });
         const int count = m_iAxisCount > 0 ? m_iAxisCount.load() : usualAxes;
         for (int one = 0; one < count; ++one) {
             if (message.axis >= 0 && message.axis != one)

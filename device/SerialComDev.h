@@ -267,7 +267,7 @@ public slots:
     /** As slot_heartBeat, answered by signal_consoleHeartBeatInfo. */
     void slot_consoleHeartBeat();
 
-    bool event(QEvent *event) override;
+    void customEvent(QEvent *event) override;
 
 private:
     SerialComDev();

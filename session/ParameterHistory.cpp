@@ -349,11 +349,12 @@ void ParameterHistory::importFrom(const QString &file)
         bool isWhole = false;
         const QVector<ParameterSnapshot> snapshots =
             ParameterStore::fromText(SmallFile::read(file, maxImport), &isWhole);
-        const bool isSaved = isWhole && m_store.add(snapshots);
+        const int count = isWhole || !snapshots.isEmpty() ? snapshots.size() : -1;
+        const bool isSaved = count >= 0 && m_store.add(snapshots);
         QMetaObject::invokeMethod(
             this,
-            [this, count = isWhole ? snapshots.size() : -1, isSaved] {
-                emit signal_imported(count, isSaved);
+            [this, count, isWhole, isSaved] {
+                emit signal_imported(count, isWhole, isSaved);
                 if (isSaved)
                     load();
             },

@@ -62,7 +62,7 @@ public:
 
     /** Reads the files: signal_loaded(). */
     void load();
-    /** Adds the snapshots of a file that was exported: signal_imported(). */
+    /** Adds the snapshots of a file that was exported, of a damaged one those that are whole: signal_imported(). */
     void importFrom(const QString &file);
     /** Writes the file: signal_exported(). */
     void exportTo(const QString &file, const QVector<ParameterSnapshot> &snapshots);
@@ -74,8 +74,11 @@ signals:
     void signal_readNow(const ParameterSnapshot &snapshot);
     void signal_restored(const ParameterRestore &result);
     void signal_loaded(const QVector<ParameterSnapshot> &snapshots, const QStringList &damaged);
-    /** `count`: how many were in the file, -1 when it is no such file; `isSaved`: they are kept. */
-    void signal_imported(int count, bool isSaved);
+    /**
+     * `count`: how many could be read, -1 when it is no such file; `isWhole`: that is everything in it; `isSaved`: they
+     * are kept.
+     */
+    void signal_imported(int count, bool isWhole, bool isSaved);
     void signal_exported(const QString &file, bool isSaved);
 
 private:

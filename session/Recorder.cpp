@@ -238,6 +238,25 @@ void Recorder::commandAnswered(const MotionCommand &command, Time at)
     axis.toldAt = axis.track.last().position;
 }
 
+/** Of what a board says by itself, that something went wrong. A lost link is known from the polls. */
+void Recorder::messageHeard(const MoverMessage &message, Time at)
+{
+    using namespace moverMessages;
+    static constexpr int failures[] = {LimitHit, HomingFailed, BoardAlarm,    PositionLost, BoardLocked,
+                                       OnHold,   Astray,       OutsideTravel, WireStop};
+    if (!m_isRecording || std::find(std::begin(failures), std::end(failures), message.code) == std::end(failures))
+        return;
+    RecorderEvent event;
+    event.us = usOf(at);
+    event.kind = RecorderEvent::Failure;
+    event.axis = qint8(message.axis);
+    event.type = RecorderEvent::BoardMessage;
+    event.status = message.code;
+    event.value = message.value;
+    const QMutexLocker lock(&m_mutex);
+    add(event);
+}
+
 void Recorder::stateAnswered(int index, const MotorStageState &state, Time at)
 {
     if (!m_isRecording)

@@ -23,7 +23,9 @@ struct RecorderEvent {
         LinkBack, ///< after `lastedUs`
     };
     static constexpr int AllAxes = -1;
-    static constexpr int OptoFault = -1; ///< the `type` of a failure that is no refused command; `direction`: which one
+    // The `type` of a failure that is no refused command.
+    static constexpr int OptoFault = -1;    ///< `direction`: which one
+    static constexpr int BoardMessage = -2; ///< `status`: its moverMessages::Code
 
     qint64 us = 0; // as Sample
     Kind kind = Command;
@@ -33,6 +35,7 @@ struct RecorderEvent {
     MotionCommand::Source source = MotionCommand::Request;
     int status = 0; // of a command that was refused, below 0
     qint64 lastedUs = 0;
+    double value = 0; // of a board's message
 
     /** Whether it is kept in a file by itself. */
     bool isIncident() const { return kind == Limit || kind == Failure || kind == LinkLost; }
@@ -96,6 +99,7 @@ public:
     void stateAnswered(int index, const MotorStageState &state, Time at) override;
     void pollFailed(int index, Time at) override;
     void commandAnswered(const MotionCommand &command, Time at) override;
+    void messageHeard(const MoverMessage &message, Time at) override;
 
 signals:
     /** A failure, a limit or a lost link, from the thread that heard of it. `axis` is RecorderEvent::AllAxes or one. */

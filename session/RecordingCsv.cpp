@@ -77,6 +77,32 @@ const char *wordOf(int type)
     }
 }
 
+QString boardWords(const RecorderEvent &event)
+{
+    switch (event.status) {
+    case moverMessages::LimitHit:
+        return QStringLiteral("limit switch hit, position lost");
+    case moverMessages::HomingFailed:
+        return QStringLiteral("homing failed, position lost");
+    case moverMessages::BoardAlarm:
+        return QStringLiteral("board alarm %1").arg(event.value);
+    case moverMessages::PositionLost:
+        return QStringLiteral("board started again, position lost");
+    case moverMessages::BoardLocked:
+        return QStringLiteral("board locked");
+    case moverMessages::OnHold:
+        return QStringLiteral("board on hold");
+    case moverMessages::Astray:
+        return QStringLiteral("axis astray");
+    case moverMessages::OutsideTravel:
+        return QStringLiteral("target outside the travel");
+    case moverMessages::WireStop:
+        return QStringLiteral("too much wire trouble");
+    default:
+        return QStringLiteral("board message %1").arg(event.status);
+    }
+}
+
 QString commandWords(const RecorderEvent &event)
 {
     static constexpr const char *sources[] = {"panel", "console", "stop all"};
@@ -119,7 +145,9 @@ QString RecordingCsv::words(const RecorderEvent &event)
         text = event.direction > 0 ? QStringLiteral("positive limit") : QStringLiteral("negative limit");
         break;
     case RecorderEvent::Failure:
-        if (event.type != RecorderEvent::OptoFault)
+        if (event.type == RecorderEvent::BoardMessage)
+            text = boardWords(event);
+        else if (event.type != RecorderEvent::OptoFault)
             text = QStringLiteral("refused %1: %2").arg(event.status).arg(commandWords(event));
         else
             text = event.direction > 0   ? QStringLiteral("positive opto-coupler failed")
@@ -205,7 +233,8 @@ RecordingCsv::Outcome RecordingCsv::save(
 {
     QSaveFile file(path);
     Outcome outcome = Outcome::Failed;
-    if (file.open(QIODevice::WriteOnly))
+    // Unbuffered: commit() does not notice when the disk takes only a part of the buffer.
+    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         outcome = write(recording, fromUs, toUs, format, &file, progress);
     if (outcome == Outcome::Written && !file.commit())
         outcome = Outcome::Failed;

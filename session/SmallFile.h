@@ -26,13 +26,16 @@ inline QByteArray read(const QString &path, qint64 limit)
     return bytes.size() > limit ? QByteArray() : bytes;
 }
 
-/** Replaces the file as a whole. Its folder must exist. False on failure: the file is then as it was. */
-inline bool save(const QString &path, const QByteArray &bytes)
+/** Replaces the file as a whole. Its folder must exist. False on failure: the file is then as it was. `error`: why. */
+inline bool save(const QString &path, const QByteArray &bytes, QString *error = nullptr)
 {
     QSaveFile file(path);
     // Unbuffered: commit() does not notice when the disk takes only a part of the buffer.
-    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(bytes) == bytes.size() &&
-           file.commit();
+    const bool isSaved = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+                         file.write(bytes) == bytes.size() && file.commit();
+    if (!isSaved && error)
+        *error = file.errorString();
+    return isSaved;
 }
 
 } // namespace SmallFile

@@ -65,9 +65,14 @@ QByteArray eventsOf(const Recording &recording)
 
 } // namespace
 
-QVector<Diagnostics::File> Diagnostics::collect()
+Diagnostics::Source Diagnostics::look(const QVector<File> &logs)
 {
-    QVector<File> files{{QStringLiteral("versions.txt"), versions()}};
+    return {versions(), ControlSession::instance()->recorder().recording(), logs};
+}
+
+QVector<Diagnostics::File> Diagnostics::collect(const Source &source)
+{
+    QVector<File> files{{QStringLiteral("versions.txt"), source.versions}};
     const QString user = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
     addFolder(
         files, QCoreApplication::applicationDirPath(), QStringLiteral("appConfig.ini"),
@@ -78,7 +83,7 @@ QVector<Diagnostics::File> Diagnostics::collect()
         files, user + QStringLiteral("/parameterHistory"), QStringLiteral("*.json"), QStringLiteral("parameterHistory"),
         maxHistory);
 
-    const Recording recording = ControlSession::instance()->recorder().recording();
+    const Recording &recording = source.recording;
     files.append({QStringLiteral("events.txt"), eventsOf(recording)});
     QBuffer table;
     table.open(QIODevice::WriteOnly);
@@ -86,7 +91,7 @@ QVector<Diagnostics::File> Diagnostics::collect()
     if (RecordingCsv::write(recording, std::max(recording.startUs(), end - lastUs), end, RecordingCsv::Point, &table) ==
         RecordingCsv::Outcome::Written)
         files.append({QStringLiteral("recording.csv"), table.data()});
-    return files;
+    return files + source.logs;
 }
 
 QByteArray Diagnostics::withoutNames(const QByteArray &text, const QString &home, const QString &user)

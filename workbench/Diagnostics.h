@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "session/Recorder.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QVector>
 
-/** One file for whoever helps: what the program is, what it was told and what the axes did. GUI thread. */
+/** One file for whoever helps: what the program is, what it was told and what the axes did. */
 namespace Diagnostics {
 
 struct File {
@@ -13,16 +15,26 @@ struct File {
     QByteArray contents;
 };
 
+/** What the GUI thread knows. */
+struct Source {
+    QByteArray versions;
+    Recording recording;
+    QVector<File> logs;
+};
+
+/** GUI thread; takes no time. Asks the controller nothing. `logs`: taken along as they are. */
+Source look(const QVector<File> &logs = {});
+
 /**
- * Versions, library and controller, the settings, the parameter history, and of the recorder the events and the last
- * minutes. Asks the controller nothing.
+ * Versions, library and controller, the settings, the parameter history, of the recorder the events and the last
+ * minutes, and the logs. Any thread.
  */
-QVector<File> collect();
+QVector<File> collect(const Source &source);
 
 /** The text with "~" for the user's folder and "user" for the user's name. */
 QByteArray withoutNames(const QByteArray &text, const QString &home, const QString &user);
 
-/** Packs the files, without names of this user, into a zip archive that is there whole or not at all. */
+/** Packs the files, without names of this user, into a zip archive that is there whole or not at all. Any thread. */
 bool save(const QString &path, const QVector<File> &files);
 
 } // namespace Diagnostics

@@ -2,6 +2,8 @@
 #include "workbench/EventWords.h"
 
 #include "device/SerialComDev.h"
+#include "device/StatusWords.h"
+#include "device/moverMessages.h"
 
 #include <QCoreApplication>
 
@@ -75,6 +77,13 @@ QString EventWords::of(const RecorderEvent &event)
     case RecorderEvent::Failure:
         if (event.type == RecorderEvent::OptoFault)
             return tr(faults[event.direction + 1]).arg(axis);
+        if (event.type == RecorderEvent::BoardMessage) {
+            MoverMessage message{};
+            message.code = event.status;
+            message.value = event.value;
+            const QString words = StatusWords::of(message);
+            return axis.isEmpty() ? words : axis + QLatin1Char(' ') + words;
+        }
         return QCoreApplication::translate("EventWords", "%1 被拒绝：%2")
             .arg(commandWords(event, axis), SerialComDev::instance()->statusText(event.status));
     case RecorderEvent::LinkLost:

@@ -5,7 +5,6 @@
 #include "session/ControlSession.h"
 #include "widgets/Form.h"
 #include "widgets/MessageBox.h"
-#include "workbench/DifferenceDelegate.h"
 #include "workbench/ParameterTexts.h"
 
 #include "ui_HistoryWidget.h"
@@ -84,11 +83,12 @@ HistoryWidget::HistoryWidget(QWidget *parent)
         showDifferences();
     });
     connect(m_history.data(), &ParameterHistory::signal_restored, this, &HistoryWidget::restored);
-    connect(m_history.data(), &ParameterHistory::signal_imported, this, [this](int count, bool isSaved) {
+    connect(m_history.data(), &ParameterHistory::signal_imported, this, [this](int count, bool isWhole, bool isSaved) {
         tell(
-            count < 0 ? tr("该文件不是参数历史。")
-            : isSaved ? tr("已导入 %1 个快照。").arg(count)
-                      : tr("导入的快照未能写入磁盘。"));
+            count < 0  ? tr("该文件不是参数历史。")
+            : !isSaved ? tr("导入的快照未能写入磁盘。")
+            : isWhole  ? tr("已导入 %1 个快照。").arg(count)
+                       : tr("该文件已损坏，只导入了其中完好的 %1 个快照。").arg(count));
     });
     connect(m_history.data(), &ParameterHistory::signal_exported, this, [this](const QString &file, bool isSaved) {
         tell(isSaved ? tr("已导出到 %1").arg(file) : tr("无法写入 %1").arg(file));
@@ -104,23 +104,6 @@ HistoryWidget::HistoryWidget(QWidget *parent)
 }
 
 HistoryWidget::~HistoryWidget() = default;
-
-void HistoryWidget::setTextColor(const QColor &colour)
-{
-    m_delegate->colours.text = colour;
-}
-void HistoryWidget::setQuietColor(const QColor &colour)
-{
-    m_delegate->colours.quiet = colour;
-}
-void HistoryWidget::setMarkColor(const QColor &colour)
-{
-    m_delegate->colours.mark = colour;
-}
-void HistoryWidget::setGroundColor(const QColor &colour)
-{
-    m_delegate->colours.ground = colour;
-}
 
 // ---- Snapshots -----------------------------------------------------------------------------------------------------
 

@@ -2,14 +2,13 @@
 #pragma once
 
 #include "session/ParameterHistory.h"
+#include "workbench/DifferenceDelegate.h"
 
 #include <QColor>
 #include <QWidget>
 
 #include <memory>
 #include <optional>
-
-class DifferenceDelegate;
 
 namespace Ui {
 class HistoryWidget;
@@ -22,20 +21,24 @@ class HistoryWidget;
 class HistoryWidget final : public QWidget
 {
     Q_OBJECT
-    // Colours of the table of differences; the style sheet sets them.
-    Q_PROPERTY(QColor textColor WRITE setTextColor)
-    Q_PROPERTY(QColor quietColor WRITE setQuietColor)
-    Q_PROPERTY(QColor markColor WRITE setMarkColor)
-    Q_PROPERTY(QColor groundColor WRITE setGroundColor)
+    // Colours of the table of differences; the style sheet sets them. clazy:excludeall=qproperty-without-notify
+    Q_PROPERTY(QColor textColor READ textColor WRITE setTextColor)
+    Q_PROPERTY(QColor quietColor READ quietColor WRITE setQuietColor)
+    Q_PROPERTY(QColor markColor READ markColor WRITE setMarkColor)
+    Q_PROPERTY(QColor groundColor READ groundColor WRITE setGroundColor)
 
 public:
     explicit HistoryWidget(QWidget *parent = nullptr);
     ~HistoryWidget() override;
 
-    void setTextColor(const QColor &colour);
-    void setQuietColor(const QColor &colour);
-    void setMarkColor(const QColor &colour);
-    void setGroundColor(const QColor &colour);
+    QColor textColor() const { return m_delegate->colours.text; }
+    QColor quietColor() const { return m_delegate->colours.quiet; }
+    QColor markColor() const { return m_delegate->colours.mark; }
+    QColor groundColor() const { return m_delegate->colours.ground; }
+    void setTextColor(const QColor &colour) { m_delegate->colours.text = colour; }
+    void setQuietColor(const QColor &colour) { m_delegate->colours.quiet = colour; }
+    void setMarkColor(const QColor &colour) { m_delegate->colours.mark = colour; }
+    void setGroundColor(const QColor &colour) { m_delegate->colours.ground = colour; }
 
 protected:
     void changeEvent(QEvent *event) override;

@@ -4,6 +4,7 @@
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "session/Recorder.h"
+#include "session/SmallFile.h"
 #include "widgets/Form.h"
 #include "widgets/MessageBox.h"
 #include "workbench/AxisRow.h"
@@ -11,13 +12,13 @@
 
 #include "ui_RecorderView.h"
 
+#include <QBuffer>
 #include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMenu>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -435,11 +436,12 @@ void RecorderView::on_pushButton_exportPicture_clicked()
     m_sFolder = QFileInfo(asked).path();
     const QString ending = QFileInfo(asked).suffix().toLower();
     const bool isSvg = ending == QLatin1String("svg") || (ending != QLatin1String("png") && filter == filters.at(1));
-    QSaveFile file(withEnding(asked, isSvg ? QStringLiteral("svg") : QStringLiteral("png")));
-    bool isWritten = file.open(QIODevice::WriteOnly);
-    if (isWritten && isSvg) {
-        isWritten = plots->writeSvg(&file, size, picture, m_session->serialNumber());
-    } else if (isWritten) {
+    const QString path = withEnding(asked, isSvg ? QStringLiteral("svg") : QStringLiteral("png"));
+    QBuffer bytes;
+    bytes.open(QIODevice::WriteOnly);
+    if (isSvg) {
+        plots->writeSvg(&bytes, size, picture, m_session->serialNumber());
+    } else {
         QImage image(size * pictureScale, QImage::Format_RGB32);
         image.setDevicePixelRatio(pictureScale);
         image.fill(picture.colours.well);
@@ -447,12 +449,13 @@ void RecorderView::on_pushButton_exportPicture_clicked()
         painter.setFont(font());
         plots->draw(&painter, QRectF(QPointF(), QSizeF(size)), picture);
         painter.end();
-        isWritten = image.save(&file, "PNG");
+        image.save(&bytes, "PNG");
     }
-    if (isWritten && file.commit())
-        note(tr("已保存：%1").arg(QDir::toNativeSeparators(file.fileName())));
+    QString error;
+    if (SmallFile::save(path, bytes.data(), &error))
+        note(tr("已保存：%1").arg(QDir::toNativeSeparators(path)));
     else
-        MessageBox::inform(this, tr("无法保存文件：%1").arg(file.errorString()));
+        MessageBox::inform(this, tr("无法保存文件：%1").arg(error));
 }
 
 void RecorderView::changeEvent(QEvent *event)

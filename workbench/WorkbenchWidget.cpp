@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "workbench/WorkbenchWidget.h"
 
-#include "widgets/BusyCursor.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/Form.h"
@@ -14,6 +13,7 @@
 #include <QMouseEvent>
 #include <QPointer>
 #include <QSizeGrip>
+#include <QThread>
 
 WorkbenchWidget::WorkbenchWidget(QWidget *parent)
     : QWidget(parent)
@@ -30,7 +30,11 @@ WorkbenchWidget::WorkbenchWidget(QWidget *parent)
     connect(ui->tabBar, &QTabBar::currentChanged, ui->stackedWidget_pages, &QStackedWidget::setCurrentIndex);
 }
 
-WorkbenchWidget::~WorkbenchWidget() = default;
+WorkbenchWidget::~WorkbenchWidget()
+{
+    if (m_saving)
+        m_saving->wait();
+}
 
 void WorkbenchWidget::addPage(QWidget *page)
 {
@@ -59,12 +63,20 @@ void WorkbenchWidget::on_pushButton_diagnostics_clicked()
     const QString path = QFileDialog::getSaveFileName(this, tr("保存诊断信息"), name, QStringLiteral("ZIP (*.zip)"));
     if (!alive || path.isEmpty())
         return;
-    bool isSaved = false;
-    {
-        const BusyCursor busy;
-        isSaved = Diagnostics::save(path, Diagnostics::collect() + (m_logs ? m_logs() : QVector<Diagnostics::File>()));
-    }
-    MessageBox::inform(this, isSaved ? tr("诊断信息已保存到\n%1").arg(path) : tr("诊断信息未能保存到\n%1").arg(path));
+    const auto isSaved = std::make_shared<bool>(false);
+    const auto source = Diagnostics::look(m_logs ? m_logs() : QVector<Diagnostics::File>());
+    m_saving.reset(QThread::create([isSaved, path, source] {
+        *isSaved = Diagnostics::save(path, Diagnostics::collect(source));
+    }));
+    connect(m_saving.get(), &QThread::finished, this, [this, isSaved, path] {
+        m_saving->wait();
+        m_saving.reset();
+        ui->pushButton_diagnostics->setEnabled(true);
+        MessageBox::inform(
+            this, *isSaved ? tr("诊断信息已保存到\n%1").arg(path) : tr("诊断信息未能保存到\n%1").arg(path));
+    });
+    ui->pushButton_diagnostics->setEnabled(false);
+    m_saving->start(QThread::LowPriority);
 }
 
 void WorkbenchWidget::on_pushButton_showMax_clicked()

@@ -9,6 +9,8 @@
 #include <functional>
 #include <memory>
 
+class QThread;
+
 namespace Ui {
 class WorkbenchWidget;
 }
@@ -46,4 +48,5 @@ private:
     std::unique_ptr<Ui::WorkbenchWidget> ui;
     TitleBarDrag m_drag;
     std::function<QVector<Diagnostics::File>()> m_logs;
+    std::unique_ptr<QThread> m_saving; // the diagnostics
 };

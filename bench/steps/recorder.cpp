@@ -3,11 +3,21 @@
 #include "steps/Measure.h"
 #include "steps/Rows.h"
 
+#include "session/ControlSession.h"
+#include "session/IncidentFiles.h"
+#include "session/MoveWatchdog.h"
+#include "session/ParameterHistory.h"
 #include "session/Recorder.h"
+#include "workbench/HistoryWidget.h"
 #include "workbench/PlotModule.h"
 #include "workbench/RecorderPlot.h"
+#include "workbench/RecorderView.h"
+#include "workbench/WorkbenchWidget.h"
 
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QImage>
+#include <QTemporaryDir>
 
 #include <malloc.h>
 
@@ -61,10 +71,69 @@ void memory(const char *row, int axes)
         picture.traces.size());
 }
 
+/** Counts whatever the GUI thread is told. */
+class Events final : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *) override { return ++count < 0; }
+    int count = 0;
+};
+
+void pass(int ms)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < ms)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+/** What the program makes of the workbench before it is opened. */
+void start(int effort)
+{
+    const QTemporaryDir folder;
+    std::vector<double> times;
+    for (int k = 0; k < effort; ++k) {
+        const auto begin = AnswerListener::Time::clock::now();
+        Recorder recorder;
+        const MoveWatchdog watchdog([](int) { return MotorDevInfo(); });
+        const IncidentFiles incidents(recorder, folder.path());
+        const ParameterHistory history(folder.path());
+        const auto end = AnswerListener::Time::clock::now();
+        times.push_back(std::chrono::duration<double, std::milli>(end - begin).count());
+    }
+    Measure::report(
+        "workbench start", Measure::quantile(times, 0.5), "recorder, watchdog, incident files, history; longest %.2f ms",
+        Measure::quantile(times, 1));
+}
+
+void hidden()
+{
+    WorkbenchWidget bench;
+    bench.addPage(new RecorderView);
+    bench.addPage(new HistoryWidget);
+    bench.open();
+    pass(300);
+    bench.close();
+    pass(300);
+    Recorder &recorder = ControlSession::instance()->recorder();
+    Events events;
+    qApp->installEventFilter(&events);
+    auto at = AnswerListener::Time::clock::now();
+    for (int k = 0; k < 1000; ++k)
+        recorder.positionAnswered(0, k, at += 1ms);
+    pass(500);
+    qApp->removeEventFilter(&events);
+    if (recorder.recording(false).sampleCount() < 1000)
+        qFatal("nothing was recorded");
+    Measure::report("workbench hidden", events.count, "events of the GUI thread in 1,000 answers and half a second");
+}
+
 } // namespace
 
 void Rows::recorder(int effort)
 {
+    start(effort);
+    hidden();
     {
         Recorder recorder;
         recorder.begin(QStringLiteral("bench"));

@@ -1266,6 +1266,10 @@ Is the way free?</translation>
         <source>导入快照</source>
         <translation>Import snapshots</translation>
     </message>
+    <message>
+        <source>该文件已损坏，只导入了其中完好的 %1 个快照。</source>
+        <translation>The file is damaged. Only the %1 snapshots that are whole were imported.</translation>
+    </message>
 </context>
 <context>
     <name>JogParamWidget</name>

@@ -4,6 +4,9 @@
 #include "app/Child.h"
 #include "device/ControllersFile.h"
 #include "session/ParameterStore.h"
+#include "session/Recorder.h"
+#include "session/RecordingCsv.h"
+#include "session/SmallFile.h"
 #include "settings/LanguageStore.h"
 
 #include <QDir>
@@ -151,7 +154,7 @@ const QStringList arguments{QStringLiteral("reading"), QStringLiteral("button")}
 ParameterSnapshot snapshotAt(int minute)
 {
     ParameterSnapshot snapshot;
-    snapshot.time = QDateTime(QDate(2026, 3, 1), QTime(0, minute), Qt::UTC);
+    snapshot.time = QDateTime(QDate(2026, 3, 1), QTime(0, 0), Qt::UTC).addSecs(60 * minute);
     snapshot.controller = QStringLiteral("SIM");
     snapshot.params = MotorParams{};
     return snapshot;
@@ -176,7 +179,8 @@ private slots:
     void aKillAtAnySystemCallLosesNoSetting();
     void aFullDiskLosesNoSetting();
     void aFullDiskLosesNoController();
-    void aFullDiskLosesNoSnapshot();
+    void aFullDiskLosesNoFile_data();
+    void aFullDiskLosesNoFile();
 };
 
 void tst_Files::isReadWholeOrNotAtAll_data()
@@ -328,6 +332,31 @@ void tst_Files::aSpoiltScenarioIsRefused()
 
 using Save = void (*)(const QString &folder, int value);
 Q_DECLARE_METATYPE(Save)
+using TrySave = bool (*)(const QString &folder, int value);
+Q_DECLARE_METATYPE(TrySave)
+
+/** Some 20 KiB of what an axis did. */
+bool saveRecording(const QString &folder, int value)
+{
+    static const Recording recording = [] {
+        Recorder recorder;
+        recorder.begin(QStringLiteral("SIM"));
+        const auto begin = AnswerListener::Time::clock::now();
+        for (int k = 0; k < 400; ++k)
+            recorder.positionAnswered(0, k, begin + std::chrono::milliseconds(100 * k));
+        return recorder.recording();
+    }();
+    QString error;
+    return RecordingCsv::save(
+               recording, recording.startUs(), recording.endUs() - 100000 * value, RecordingCsv::Point,
+               folder + QStringLiteral("/recording.csv"), &error) == RecordingCsv::Outcome::Written;
+}
+
+/** As the workbench saves PNG, SVG, the zip archive of the diagnostics and exported snapshots. */
+bool savePicture(const QString &folder, int value)
+{
+    return SmallFile::save(folder + QStringLiteral("/picture or archive"), QByteArray(20000, char('0' + value)));
+}
 
 void tst_Files::aKillAtAnySystemCallLosesNoSetting_data()
 {
@@ -345,6 +374,10 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting_data()
     const Save history = [](const QString &folder, int value) { ParameterStore(folder).add({snapshotAt(value)}); };
     QTest::newRow("controllers") << "controllers.json" << controllers;
     QTest::newRow("parameter history") << "SIM-Axis1.json" << history;
+    const Save recording = [](const QString &folder, int value) { saveRecording(folder, value); };
+    QTest::newRow("recording") << "recording.csv" << recording;
+    const Save picture = [](const QString &folder, int value) { savePicture(folder, value); };
+    QTest::newRow("picture or archive") << "picture or archive" << picture;
 }
 
 /** Every system call of a save is one after which the process may be gone. */
@@ -453,27 +486,50 @@ void tst_Files::aFullDiskLosesNoController()
     QVERIFY(ControllersFile(path).boards().isEmpty());
 }
 
-void tst_Files::aFullDiskLosesNoSnapshot()
+void tst_Files::aFullDiskLosesNoFile_data()
 {
-    const QTemporaryDir folder;
-    const QByteArray mountPoint = QFile::encodeName(folder.path());
-    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=64k") != 0)
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<TrySave>("save");
+    QTest::newRow("parameter history") << "SIM-Axis1.json" << TrySave([](const QString &folder, int value) {
+        QVector<ParameterSnapshot> snapshots; // more than the pages that are left
+        for (int k = 0; k < 20; ++k)
+            snapshots.append(snapshotAt(100 * value + k));
+        return ParameterStore(folder).add(snapshots);
+    });
+    QTest::newRow("recording") << "recording.csv" << TrySave(saveRecording);
+    QTest::newRow("picture or archive") << "picture or archive" << TrySave(savePicture);
+}
+
+/** It is refused, and what was there stays, with nothing beside it. */
+void tst_Files::aFullDiskLosesNoFile()
+{
+    QFETCH(QString, name);
+    QFETCH(TrySave, save);
+    const QTemporaryDir disk;
+    const QByteArray mountPoint = QFile::encodeName(disk.path());
+    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=128k") != 0)
         QSKIP("a disk cannot be mounted here");
     const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
-    const ParameterStore store(folder.filePath(QStringLiteral("history")));
-    QVERIFY(store.add({snapshotAt(1)}));
-    QFile filler(folder.filePath(QStringLiteral("filler")));
-    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    while (filler.write(QByteArray(4096, 'x')) == 4096) {
+    const QString folder = disk.filePath(QStringLiteral("files"));
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(save(folder, 1));
+    const QString path = folder + QLatin1Char('/') + name;
+    const QByteArray before = read(path);
+    QVERIFY(before.size() > 2 * 4096);
+    for (int free = 0; free < 2; ++free) { // pages that are left: none of it can be written, or its beginning
+        QFile filler(disk.filePath(QStringLiteral("filler")));
+        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        while (filler.write(QByteArray(4096, 'x')) == 4096) {
+        }
+        QVERIFY(filler.resize(filler.size() - 4096 * free));
+        filler.close();
+        QVERIFY(!save(folder, 2));
+        QVERIFY(read(path) == before);
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{name});
+        QVERIFY(filler.remove());
     }
-    filler.close();
-    QVERIFY(!store.add({snapshotAt(2)}));
-    const ParameterStore::Contents found = store.load();
-    QCOMPARE(found.damaged, QStringList());
-    QCOMPARE(found.snapshots.size(), 1);
-    QVERIFY(QFile::remove(filler.fileName()));
-    QVERIFY(store.add({snapshotAt(2)}));
-    QCOMPARE(store.load().snapshots.size(), 2);
+    QVERIFY(save(folder, 2));
+    QVERIFY(read(path) != before);
 }
 
 QTEST_GUILESS_MAIN(tst_Files)

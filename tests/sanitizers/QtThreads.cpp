@@ -4,11 +4,13 @@
 // everything handed over by a QMutex, a semaphore or the event queue for a race. The functions here stand before Qt's
 // own, do what those do, and say what happens before what. Linked into the tests of the thread sanitizer's build only.
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QMutex>
 #include <QObject>
 #include <QSemaphore>
 #include <QThread>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <dlfcn.h>
@@ -103,6 +105,66 @@ bool QMetaObject::invokeMethod(
         object, member, type, result, a0, a1, a2, a3, a4, a5, a6, a7, a8, a9);
     __tsan_acquire(&eventQueues);
     return called;
+}
+
+void QCoreApplication::postEvent(QObject *receiver, QEvent *event, int priority)
+{
+    __tsan_release(&eventQueues);
+    callQt<void>("_ZN16QCoreApplication9postEventEP7QObjectP6QEventi", receiver, event, priority);
+}
+
+/** A single shot's slot is called by an object of Qt's own, and may be the last thing that its thread does. */
+void QTimer::singleShotImpl(int msec, Qt::TimerType type, const QObject *receiver, QtPrivate::QSlotObjectBase *slot)
+{
+    class Told final : public QtPrivate::QSlotObjectBase
+    {
+    public:
+        explicit Told(QSlotObjectBase *slot)
+            : QSlotObjectBase(&run)
+            , m_slot(slot)
+        {
+        }
+
+    private:
+        static void run(int which, QSlotObjectBase *self, QObject *receiver, void **arguments, bool *)
+        {
+            auto *const told = static_cast<Told *>(self);
+            if (which == Call) {
+                __tsan_acquire(&eventQueues);
+                told->m_slot->call(receiver, arguments);
+                __tsan_release(&eventQueues);
+            } else if (which == Destroy) {
+                told->m_slot->destroyIfLastRef();
+                delete told;
+            }
+        }
+
+        QSlotObjectBase *const m_slot;
+    };
+    __tsan_release(&eventQueues);
+    callQt<void>(
+        "_ZN6QTimer14singleShotImplEiN2Qt9TimerTypeEPK7QObjectPN9QtPrivate15QSlotObjectBaseE", msec, type, receiver,
+        static_cast<QtPrivate::QSlotObjectBase *>(new Told(slot)));
+}
+
+void QThreadPool::start(std::function<void()> function, int priority)
+{
+    auto *const kept = new std::function<void()>(std::move(function));
+    const std::function<void()> told = [kept] {
+        __tsan_acquire(&eventQueues);
+        (*kept)();
+        delete kept;
+        __tsan_release(&eventQueues);
+    };
+    __tsan_release(&eventQueues);
+    callQt<void>("_ZN11QThreadPool5startESt8functionIFvvEEi", this, told, priority);
+}
+
+bool QThreadPool::waitForDone(int msecs)
+{
+    const bool done = callQt<bool>("_ZN11QThreadPool11waitForDoneEi", this, msecs);
+    __tsan_acquire(&eventQueues);
+    return done;
 }
 
 void QTimer::start()

@@ -249,9 +249,22 @@ private slots:
         m_history->importFrom(file);
         QTRY_COMPARE(m_loaded.size(), 1);
         QCOMPARE(imported.first().at(0).toInt(), 1);
+        QVERIFY(imported.first().at(1).toBool());
         m_history->importFrom(path() + QStringLiteral("/lock"));
         QTRY_COMPARE(imported.size(), 2);
         QCOMPARE(imported.last().at(0).toInt(), -1);
+        // Of a file that was cut off, what is whole.
+        QVector<ParameterSnapshot> two{m_loaded.first(), m_loaded.first()};
+        two[0].axis = 1;
+        const QByteArray text = ParameterStore::toText(two);
+        QFile damaged(m_folder->filePath(QStringLiteral("damaged.json")));
+        QVERIFY(damaged.open(QIODevice::WriteOnly));
+        damaged.write(text.left(text.size() - 40));
+        damaged.close();
+        m_history->importFrom(damaged.fileName());
+        QTRY_COMPARE(imported.size(), 3);
+        QCOMPARE(imported.last(), (QVariantList{1, false, true}));
+        QTRY_COMPARE(m_loaded.size(), 2);
         m_history->exportTo(QStringLiteral("/nowhere/at/all"), m_loaded);
         QSignalSpy failed(m_history.get(), &ParameterHistory::signal_exported);
         QTRY_COMPARE(failed.size(), 1);

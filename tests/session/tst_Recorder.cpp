@@ -171,6 +171,21 @@ private slots:
         QCOMPARE(incidents.size(), 2);
     }
 
+    void whatABoardSaysOfAFailure()
+    {
+        QSignalSpy incidents(m_recorder.get(), &Recorder::signal_incident);
+        MoverMessage message{};
+        message.axis = -1;
+        for (const int code : {moverMessages::LimitHit, moverMessages::Capped, moverMessages::BoardAlarm}) {
+            message.code = code;
+            message.value = 3;
+            m_recorder->messageHeard(message, m_now);
+            message.axis = 0;
+        }
+        QCOMPARE(events(), (QStringList{"limit switch hit, position lost", "Axis1: board alarm 3"}));
+        QCOMPARE(incidents.size(), 2);
+    }
+
     void stopOfAllIsNamed()
     {
         command(OPERATION_TYPE_STOP, 0, MotionCommand::StopAll);

@@ -2,9 +2,14 @@
 #include "workbench/WorkbenchWidget.h"
 
 #include "shell/OpenWindow.h"
+#include "support/OnMessageBox.h"
 
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QStandardPaths>
 #include <QTabBar>
+#include <QTemporaryDir>
+#include <private/qzipreader_p.h>
 
 /** The workbench of the main window. */
 class tst_WorkbenchWidget : public WindowTest
@@ -84,6 +89,31 @@ private slots:
             bench()->findChild<QTabBar *>(QStringLiteral("tabBar"))->tabText(1), QStringLiteral("Parameter history"));
         options->setLanguage(0);
         QTRY_COMPARE(bench()->windowTitle(), QStringLiteral("工作台"));
+    }
+
+    void savesTheDiagnosticsBesideTheWindow()
+    {
+        OpenWindow program;
+        program.connectTo();
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("diagnostics.zip"));
+        QTimer::singleShot(0, this, [&path] {
+            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(path);
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        auto *button = bench()->findChild<QPushButton *>(QStringLiteral("pushButton_diagnostics"));
+        OnMessageBox answer([](QMessageBox &box) { box.close(); });
+        button->click();
+        QVERIFY(!button->isEnabled()); // it is under way, and nobody waits for it
+        QCOMPARE(answer.shown(), 0);
+        QTRY_COMPARE(answer.shown(), 1);
+        QVERIFY2(answer.text().contains(path), qPrintable(answer.text()));
+        QVERIFY(button->isEnabled());
+        const QZipReader zip(path);
+        QVERIFY(zip.fileData(QStringLiteral("log/Axis1.txt")).size() > 0);
     }
 
     void closesWithTheProgram()

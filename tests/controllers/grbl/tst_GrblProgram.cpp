@@ -5,9 +5,11 @@
 #include "console/ConsoleCommands.h"
 #include "console/DebugWidget.h"
 #include "controllers/emulator/SerialPort.h"
+#include "device/LibraryLock.h"
 #include "device/MotionLibrary.h"
 #include "session/ControlAxis.h"
 #include "session/ControlSession.h"
+#include "session/Recorder.h"
 #include "shell/OpenWindow.h"
 #include "support/MessageBoxes.h"
 
@@ -19,7 +21,9 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 
 /**
  * The program on an emulated board: once through what a user does, and what befalls a board while the user does it. The
@@ -189,8 +193,25 @@ void tst_GrblProgram::tour()
     QVERIFY(says(1, QStringLiteral("所有轴都将移动：Axis1, Axis2, Axis3；请再按一次")));
     for (int axis = 0; axis < 3; ++axis) // those, too, whose button nobody has pressed
         QTRY_COMPARE(ControlSession::instance()->axis(axis)->trust().kind, AxisTrust::Homed);
+    // Captured faster than the board reports: each of its reports counts once.
+    const auto report = [] {
+        MoverReport last{};
+        const LibraryLock library;
+        return MotionLibrary::inUse().lastReport(s_id, &last) ? last.number : 0;
+    };
+    const Recorder &recorder = ControlSession::instance()->recorder();
+    SerialComDev::instance()->setCapture({0}, 100);
+    const quint64 firstReport = report();
+    const qint64 from = recorder.usOf(AnswerListener::Time::clock::now());
     for (int axis = 0; axis < 3; ++axis)
         sendMove(axis, 12.5 - axis);
+    const auto captured = [&] {
+        return recorder.recording().axes.first().samples.countBetween(from, std::numeric_limits<qint64>::max());
+    };
+    QTRY_VERIFY(captured() > 10);
+    const int count = captured();
+    QVERIFY2(quint64(count) <= report() - firstReport + 1, qPrintable(QString::number(count)));
+    SerialComDev::instance()->setCapture({}, 0);
     for (int axis = 0; axis < 3; ++axis) {
         QTRY_COMPARE_WITH_TIMEOUT(shown(axis), QString::number(12.5 - axis, 'f', 3) + " mm", s_limitMs);
         QCOMPARE(counted(axis), shown(axis));
@@ -283,6 +304,13 @@ void tst_GrblProgram::strikes(const std::function<void()> &situation)
     else
         board([](emulator::Board &it) { it.send("!"); });
     QTest::qWait(1300);
+    if (fault == QLatin1String("hold")) { // the recorder has it, and keeps the minute before it in a file
+        const auto events = ControlSession::instance()->recorder().recording().events;
+        QVERIFY(std::any_of(events.begin(), events.end(), [](const RecorderEvent &event) {
+            return event.type == RecorderEvent::BoardMessage && event.status == moverMessages::OnHold;
+        }));
+        QTRY_VERIFY_WITH_TIMEOUT(says(0, QStringLiteral("此前 60 秒的记录已存入")), s_limitMs);
+    }
     if (fault == QLatin1String("unplugged"))
         m_port->plug();
     board([](emulator::Board &it) {
