@@ -734,7 +734,8 @@ void SerialComDev::tellMessages(int axis)
         qCInfo(diagnostics, "controller %d: %s", message.id, message.text);
         if (message.id != m_iDeviceId)
             continue;
-        m_feed.tell([&message](AnswerListener &listener, AnswerListener::Time at) { listener.messageHeard(message, at); });
+        m_feed.tell(
+            [&message](AnswerListener &listener, AnswerListener::Time at) { listener.messageHeard(message, at); });
         const int count = m_iAxisCount > 0 ? m_iAxisCount.load() : usualAxes;
         for (int one = 0; one < count; ++one) {
             if (message.axis >= 0 && message.axis != one)

@@ -31,8 +31,8 @@ inline bool save(const QString &path, const QByteArray &bytes, QString *error = 
 {
     QSaveFile file(path);
     // Unbuffered: commit() does not notice when the disk takes only a part of the buffer.
-    const bool isSaved = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-                         file.write(bytes) == bytes.size() && file.commit();
+    const bool isSaved =
+        file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(bytes) == bytes.size() && file.commit();
     if (!isSaved && error)
         *error = file.errorString();
     return isSaved;

@@ -65,9 +65,8 @@ void WorkbenchWidget::on_pushButton_diagnostics_clicked()
         return;
     const auto isSaved = std::make_shared<bool>(false);
     const auto source = Diagnostics::look(m_logs ? m_logs() : QVector<Diagnostics::File>());
-    m_saving.reset(QThread::create([isSaved, path, source] {
-        *isSaved = Diagnostics::save(path, Diagnostics::collect(source));
-    }));
+    m_saving.reset(
+        QThread::create([isSaved, path, source] { *isSaved = Diagnostics::save(path, Diagnostics::collect(source)); }));
     connect(m_saving.get(), &QThread::finished, this, [this, isSaved, path] {
         m_saving->wait();
         m_saving.reset();

@@ -102,8 +102,8 @@ void start(int effort)
         times.push_back(std::chrono::duration<double, std::milli>(end - begin).count());
     }
     Measure::report(
-        "workbench start", Measure::quantile(times, 0.5), "recorder, watchdog, incident files, history; longest %.2f ms",
-        Measure::quantile(times, 1));
+        "workbench start", Measure::quantile(times, 0.5),
+        "recorder, watchdog, incident files, history; longest %.2f ms", Measure::quantile(times, 1));
 }
 
 void hidden()

@@ -113,6 +113,24 @@ private slots:
     void callsNoLibraryFunctionByItself();
     void leavesNoEventFilterBehind();
 
+    /** The library takes the drive, and the axis stands; the panel's own polls find that out. */
+    void anAxisThatDoesNotMoveIsToldOnceInItsLog()
+    {
+        OpenWindow program;
+        program.connectTo();
+        MotorStageState state = {};
+        state.isCanRun = state.isStop = state.isEnable = 1;
+        simulator::setState(1001, 0, state);
+        const QString line = QStringLiteral("运动命令已被接受，但轴没有动");
+        const auto count = [&](int axis) { return logOf(program.panel(axis)).count(line); };
+        OpenWindow::click(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_driveRight")));
+        QTRY_COMPARE_WITH_TIMEOUT(count(0), 1, 8000);
+        const int polls = simulator::callCount("getRuningState");
+        QTRY_VERIFY(simulator::callCount("getRuningState") > polls + 9);
+        QCOMPARE(count(0), 1);
+        QCOMPARE(count(1), 0);
+    }
+
     // Title bar
     void dialogsAreCentredOnTheWindow_data();
     void dialogsAreCentredOnTheWindow();

@@ -16,18 +16,22 @@
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/Robot.h"
 #include "workbench/AxisRow.h"
+#include "workbench/EventList.h"
 #include "workbench/RecorderPlot.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
 #include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
+#include <QStandardPaths>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -81,7 +85,7 @@ private:
     // ---- Finding things
 
     template <typename Widget = QWidget>
-    Widget *in(const QWidget *parent, const char *name) const
+    static Widget *in(const QWidget *parent, const char *name)
     {
         auto *found = inGui([=] { return parent ? parent->findChild<Widget *>(QLatin1String(name)) : nullptr; });
         if (!found)
@@ -148,6 +152,13 @@ private:
             "start", [] {}, [this] { return m_window->isVisible() && m_window->isActiveWindow(); });
         if (m_bEnglish)
             switchToEnglish();
+        m_guide.step(
+            "workbench-empty", [this] { Guide::click(own("pushButton_workbench")); },
+            [] {
+                const QWidget *bench = topLevel("WorkbenchWidget");
+                return bench && bench->isActiveWindow() && !in<QPushButton>(bench, "pushButton_pause")->isEnabled();
+            });
+        closeWorkbench();
         m_guide.step(
             "add-axis-without-device", [this] { Guide::click(own("pushButton_addAsix")); },
             [] { return box() != nullptr; });
@@ -636,10 +647,21 @@ private:
             });
         inGui([&] { in<QPushButton>(bench, "pushButton_rate10")->click(); });
         const auto *status = in<QLabel>(bench, "label_status");
-        m_guide.step(
-            "workbench-history", [&] { inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(1); }); },
-            [&] { return status->isVisible() && status->text().contains(word("项不同", "fields differ")); });
         const auto *list = in<QTableWidget>(bench, "tableWidget_snapshots");
+        m_guide.step(
+            "workbench-history-damaged",
+            [&] {
+                QFile file(historyFolder() + "/LOST-Axis1.json");
+                if (!file.open(QIODevice::WriteOnly) || file.write("{\"format\":") < 0)
+                    qFatal("There is no place for a damaged file");
+                file.close();
+                inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(1); });
+            },
+            [&] { return status->isVisible() && status->text().contains(word("已损坏", "damaged")); });
+        m_guide.step(
+            "workbench-history",
+            [&] { inGui([&] { in<QTableWidget>(bench, "tableWidget_snapshots")->setCurrentCell(1, 0); }); },
+            [&] { return status->text().contains(word("项不同", "fields differ")); });
         const int count = inGui([&] { return list->rowCount(); });
         m_guide.step(
             "workbench-snapshot", [&] { Guide::click(in(bench, "pushButton_snapshot")); },
@@ -666,7 +688,28 @@ private:
             "workbench-restored", [] { confirm(); },
             [&] { return status->text().contains(word("已恢复", "Restored")); });
         m_guide.step(
-            "workbench-closed", [] { Guide::press("Escape"); }, [&] { return !bench->isVisible(); });
+            "workbench-diagnostics",
+            [&] {
+                Guide::click(in(bench, "pushButton_diagnostics"));
+                Guide::wait([] { return qobject_cast<QFileDialog *>(QApplication::activeModalWidget()); }, 5000);
+                Guide::type(historyFolder() + "/diagnostics.zip");
+                Guide::press("Return");
+            },
+            [&] { return box() && QFileInfo(historyFolder() + "/diagnostics.zip").size() > 0; });
+        confirm();
+        closeWorkbench();
+    }
+
+    static QString historyFolder()
+    {
+        return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + "/parameterHistory";
+    }
+
+    void closeWorkbench()
+    {
+        Guide::press("Escape");
+        if (!Guide::wait([] { return !topLevel("WorkbenchWidget")->isVisible(); }, 5000))
+            qFatal("The workbench does not close");
     }
 
     void helpAndWindow()
@@ -701,6 +744,19 @@ private:
                        trust(0).contains(word("起连接中断", "link lost since"));
             });
         m_guide.step(
+            "workbench-link-lost",
+            [this] {
+                Guide::click(own("pushButton_workbench"));
+                QWidget *bench = inGui([] { return topLevel("WorkbenchWidget"); });
+                inGui([=] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(0); });
+            },
+            [this] {
+                const auto *events = topLevel("WorkbenchWidget")->findChild<EventList *>();
+                return !events->texts().isEmpty() &&
+                       events->texts().constFirst().contains(word("连接中断", "ink lost"));
+            });
+        closeWorkbench();
+        m_guide.step(
             "link-back",
             [] {
                 simulator::restoreLink(device);
@@ -723,6 +779,40 @@ private:
         m_guide.step(
             "connected-again", [&] { Guide::click(in(dialog, "pushButton_connectSerial")); },
             [&] { return !dialog->isVisible() && m_window->panelBoard().count() == 2; });
+        eightAxes(dialog);
+    }
+
+    void eightAxes(QWidget *dialog)
+    {
+        m_guide.step(
+            "workbench-eight-axes",
+            [&] {
+                Guide::click(own("pushButton_connect"));
+                Guide::wait([&] { return dialog->isActiveWindow(); }, 2000);
+                Guide::click(in(dialog, "pushButton_disConnect"));
+                Guide::wait([this] { return m_window->panelBoard().count() == 0; }, 5000);
+                Guide::press("Escape");
+                Guide::wait([&] { return !dialog->isVisible(); }, 2000);
+                std::string axes;
+                for (int axis = 0; axis < 8; ++axis)
+                    axes += std::string(axis == 0 ? "" : ", ") +
+                            R"({"chip": "written", "stage": {"modelName": "LIN-100", "moveType": )" +
+                            (axis % 3 == 2 ? "1" : "0") + "}}";
+                std::string error;
+                if (!simulator::loadScenarioText(
+                        R"({"controllers": [{"id": 1001, "serialNumber": "SIM-8", "axes": [)" + axes + "]}]}", &error))
+                    qFatal("%s", error.c_str());
+                simulator::useRealClock();
+                Guide::click(own("pushButton_connect"));
+                Guide::wait([&] { return dialog->isActiveWindow(); }, 2000);
+                Guide::click(in(dialog, "pushButton_connectSerial"));
+                Guide::wait([this] { return m_window->panelBoard().count() == 8; }, 5000);
+                for (int axis = 0; axis < 8; ++axis)
+                    inGui([=] { in<QPushButton>(panel(axis), "pushButton_driveRight")->click(); });
+                Guide::click(own("pushButton_workbench"));
+            },
+            [] { return topLevel("WorkbenchWidget")->findChildren<AxisRow *>().size() == 8; }, 15000);
+        closeWorkbench();
     }
 
     void leave()
