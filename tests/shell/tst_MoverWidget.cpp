@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "device/Heart.h"
 #include "device/LibraryLock.h"
+#include "session/ControlAxis.h"
+#include "session/ControlSession.h"
 #include "shell/MyBorderContainer.h"
 #include "shell/NativeMessage.h"
 #include "shell/PanelArea.h"
@@ -123,6 +125,7 @@ private slots:
         simulator::setState(1001, 0, state);
         const QString line = QStringLiteral("运动命令已被接受，但轴没有动");
         const auto count = [&](int axis) { return logOf(program.panel(axis)).count(line); };
+        QTRY_VERIFY(ControlSession::instance()->axis(0)->lastPosition());
         OpenWindow::click(program.panel(0)->findChild<QPushButton *>(QStringLiteral("pushButton_driveRight")));
         QTRY_COMPARE_WITH_TIMEOUT(count(0), 1, 8000);
         const int polls = simulator::callCount("getRuningState");
