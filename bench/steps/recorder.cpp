@@ -116,6 +116,7 @@ void hidden()
     bench.close();
     pass(300);
     Recorder &recorder = ControlSession::instance()->recorder();
+    recorder.begin(QStringLiteral("bench"));
     Events events;
     qApp->installEventFilter(&events);
     auto at = AnswerListener::Time::clock::now();

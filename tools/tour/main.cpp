@@ -779,40 +779,6 @@ private:
         m_guide.step(
             "connected-again", [&] { Guide::click(in(dialog, "pushButton_connectSerial")); },
             [&] { return !dialog->isVisible() && m_window->panelBoard().count() == 2; });
-        eightAxes(dialog);
-    }
-
-    void eightAxes(QWidget *dialog)
-    {
-        m_guide.step(
-            "workbench-eight-axes",
-            [&] {
-                Guide::click(own("pushButton_connect"));
-                Guide::wait([&] { return dialog->isActiveWindow(); }, 2000);
-                Guide::click(in(dialog, "pushButton_disConnect"));
-                Guide::wait([this] { return m_window->panelBoard().count() == 0; }, 5000);
-                Guide::press("Escape");
-                Guide::wait([&] { return !dialog->isVisible(); }, 2000);
-                std::string axes;
-                for (int axis = 0; axis < 8; ++axis)
-                    axes += std::string(axis == 0 ? "" : ", ") +
-                            R"({"chip": "written", "stage": {"modelName": "LIN-100", "moveType": )" +
-                            (axis % 3 == 2 ? "1" : "0") + "}}";
-                std::string error;
-                if (!simulator::loadScenarioText(
-                        R"({"controllers": [{"id": 1001, "serialNumber": "SIM-8", "axes": [)" + axes + "]}]}", &error))
-                    qFatal("%s", error.c_str());
-                simulator::useRealClock();
-                Guide::click(own("pushButton_connect"));
-                Guide::wait([&] { return dialog->isActiveWindow(); }, 2000);
-                Guide::click(in(dialog, "pushButton_connectSerial"));
-                Guide::wait([this] { return m_window->panelBoard().count() == 8; }, 5000);
-                for (int axis = 0; axis < 8; ++axis)
-                    inGui([=] { in<QPushButton>(panel(axis), "pushButton_driveRight")->click(); });
-                Guide::click(own("pushButton_workbench"));
-            },
-            [] { return topLevel("WorkbenchWidget")->findChildren<AxisRow *>().size() == 8; }, 15000);
-        closeWorkbench();
     }
 
     void leave()
