@@ -105,7 +105,9 @@ void ScreenFit::fit(QWidget *window) const
         return;
     if (!(window->windowFlags() & Qt::FramelessWindowHint))
         room = room.marginsRemoved(usualFrame);
-    window->resize(window->size().boundedTo(room.size()));
+    const QSize size = window->size().boundedTo(room.size());
+    if (size != window->size()) // a size that was asked for is no longer adjusted to what is in the window
+        window->resize(size);
 }
 
 /**

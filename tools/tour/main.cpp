@@ -708,7 +708,8 @@ private:
     void closeWorkbench()
     {
         Guide::press("Escape");
-        if (!Guide::wait([] { return !topLevel("WorkbenchWidget")->isVisible(); }, 5000))
+        const auto closed = [this] { return !topLevel("WorkbenchWidget")->isVisible() && m_window->isActiveWindow(); };
+        if (!Guide::wait(closed, 5000))
             qFatal("The workbench does not close");
     }
 
