@@ -111,6 +111,59 @@ private slots:
         QTEST(RecordingCsv::cell(text, ','), "cell");
     }
 
+    void eventsHaveWords_data()
+    {
+        using Event = RecorderEvent;
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("direction");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("words");
+        const auto row = [](int kind, int type, int direction, int status, const char *words) {
+            QTest::newRow(words) << kind << type << direction << status << words;
+        };
+        row(Event::Command, OPERATION_TYPE_HOME, 0, 0, "Axis2: home (panel)");
+        row(Event::Arrived, 0, 0, 0, "Axis2: arrived");
+        row(Event::Stopped, 0, 0, 0, "Axis2: stopped");
+        row(Event::Homed, 0, 0, 0, "Axis2: homed");
+        row(Event::Limit, 0, 1, 0, "Axis2: positive limit");
+        row(Event::Limit, 0, -1, 0, "Axis2: negative limit");
+        row(Event::Failure, OPERATION_TYPE_JOG, -1, -3, "Axis2: refused -3: jog - (panel)");
+        row(Event::Failure, Event::OptoFault, 1, 0, "Axis2: positive opto-coupler failed");
+        row(Event::Failure, Event::OptoFault, -1, 0, "Axis2: negative opto-coupler failed");
+        row(Event::Failure, Event::OptoFault, 0, 0, "Axis2: origin opto-coupler failed");
+        const auto board = [&](moverMessages::Code code, const char *words) {
+            row(Event::Failure, Event::BoardMessage, 0, code, words);
+        };
+        board(moverMessages::LimitHit, "Axis2: limit switch hit, position lost");
+        board(moverMessages::HomingFailed, "Axis2: homing failed, position lost");
+        board(moverMessages::BoardAlarm, "Axis2: board alarm 1.5");
+        board(moverMessages::PositionLost, "Axis2: board started again, position lost");
+        board(moverMessages::BoardLocked, "Axis2: board locked");
+        board(moverMessages::OnHold, "Axis2: board on hold");
+        board(moverMessages::Astray, "Axis2: axis astray");
+        board(moverMessages::OutsideTravel, "Axis2: target outside the travel");
+        board(moverMessages::WireStop, "Axis2: too much wire trouble");
+        row(Event::LinkLost, 0, 0, 0, "Axis2: link lost");
+        row(Event::LinkBack, 0, 0, 0, "Axis2: link back after 2.5 s");
+    }
+    void eventsHaveWords()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, type);
+        QFETCH(int, direction);
+        QFETCH(int, status);
+        RecorderEvent event;
+        event.kind = RecorderEvent::Kind(kind);
+        event.axis = 1;
+        event.type = qint8(type);
+        event.direction = qint8(direction);
+        event.status = status;
+        event.lastedUs = 2500000;
+        event.value = 1.5;
+        QTEST(RecordingCsv::words(event), "words");
+    }
+
     void aSpanIsWrittenAlone()
     {
         QBuffer buffer;

@@ -241,6 +241,68 @@ private slots:
             std::abs(to - plot()->toUs() - qint64(100 / layout.position.width() * double(plot()->span()))) < 100000);
     }
 
+    void keysAndShiftedWheelMove_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<double>("moved"); // parts of what is shown
+        QTest::newRow("left") << int(Qt::Key_Left) << -0.1;
+        QTest::newRow("right") << int(Qt::Key_Right) << 0.1;
+        QTest::newRow("page up") << int(Qt::Key_PageUp) << -1.0;
+        QTest::newRow("page down") << int(Qt::Key_PageDown) << 1.0;
+        QTest::newRow("wheel with shift") << 0 << -0.1;
+    }
+    void keysAndShiftedWheelMove()
+    {
+        QFETCH(int, key);
+        QFETCH(double, moved);
+        record(600);
+        show();
+        plot()->showTime(recorder().usOf(m_now - 300s));
+        const qint64 to = plot()->toUs();
+        const QPointF at = plot()->rect().center();
+        QWheelEvent wheel(
+            at, plot()->mapToGlobal(at.toPoint()), {}, {0, 120}, Qt::NoButton, Qt::ShiftModifier, Qt::NoScrollPhase,
+            false);
+        if (key)
+            QTest::keyClick(plot(), Qt::Key(key));
+        else
+            QApplication::sendEvent(plot(), &wheel);
+        QVERIFY(!plot()->isLive());
+        QCOMPARE(double(plot()->toUs() - to) / 60e6, moved);
+    }
+
+    void movingBeyondNowIsLiveAgain()
+    {
+        record(600);
+        show();
+        for (const auto &back : std::vector<std::function<void()>>{
+                 [this] { QTest::keyClick(plot(), Qt::Key_PageDown); },
+                 [this] { QTest::mouseDClick(plot(), Qt::LeftButton); }}) {
+            plot()->showTime(recorder().usOf(m_now - 40s));
+            QVERIFY(!plot()->isLive());
+            back();
+            QVERIFY(plot()->isLive());
+        }
+    }
+
+    void barLeadsToAnyTime()
+    {
+        record(600);
+        show();
+        const QRectF bar = PlotLayout{QRectF(plot()->rect())}.bar;
+        const QPoint quarter(int(bar.left() + bar.width() / 4), int(bar.center().y()));
+        const auto middle = [this] {
+            return double((plot()->fromUs() + plot()->toUs()) / 2 - plot()->recording().startUs()) / 1e6;
+        };
+        QTest::mousePress(plot(), Qt::LeftButton, {}, quarter); // beside its handle
+        QVERIFY2(std::abs(middle() - 150) < 2, qPrintable(QString::number(middle())));
+        const QPointF half(bar.center());
+        QMouseEvent drag(QEvent::MouseMove, half, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(plot(), &drag);
+        QTest::mouseRelease(plot(), Qt::LeftButton, {}, half.toPoint());
+        QVERIFY2(std::abs(middle() - 300) < 2, qPrintable(QString::number(middle())));
+    }
+
     void cursorReadsTheSampleUnderIt()
     {
         record(60);
