@@ -36,7 +36,7 @@ void AxisRow::setReadings(const Sample &now, bool isCurrent, const std::optional
 {
     const double nothing = std::nan("");
     const QStringList texts{
-        shown(now.position), shown(now.velocity), shown(cursor ? cursor->position : nothing),
+        shown(now.position), shown(isCurrent ? now.velocity : nothing), shown(cursor ? cursor->position : nothing),
         shown(cursor ? cursor->velocity : nothing)};
     if (texts == m_texts && isCurrent == m_isCurrent)
         return;

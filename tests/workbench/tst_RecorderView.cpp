@@ -160,6 +160,15 @@ private slots:
         }
     }
 
+    void anAxisThatNoLongerAnswersHasNoVelocity()
+    {
+        record(3);
+        show();
+        QCOMPARE(in<AxisRow>("axisRow_0")->texts().at(1), QStringLiteral("1.000"));
+        QTRY_COMPARE(in<AxisRow>("axisRow_0")->texts().at(1), QStringLiteral("–"));
+        QCOMPARE(in<AxisRow>("axisRow_0")->texts().at(0), QStringLiteral("8.000"));
+    }
+
     void timeWithoutSamplesIsNotBridged()
     {
         record(20);
