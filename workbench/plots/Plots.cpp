@@ -300,8 +300,9 @@ private:
             m_painter->setClipRect(place, Qt::IntersectClip);
             m_painter->setPen(QPen(m_colours.lineStrong, 1.5));
             const double height = place.height();
-            for (double x = std::floor((place.left() - height) / 11) * 11; x < place.right(); x += 11)
-                m_painter->drawLine(QPointF(x, place.bottom()), QPointF(x + height, place.top()));
+            const int first = int(std::floor((place.left() - height) / 11));
+            for (int k = first; k * 11 < place.right(); ++k)
+                m_painter->drawLine(QPointF(k * 11, place.bottom()), QPointF(k * 11 + height, place.top()));
             m_painter->restore();
         }
     }
