@@ -3,6 +3,7 @@
 #
 # run.sh [ARGUMENT...]     installs what is missing, builds the program and starts it; the arguments go to the program
 # run.sh --emulator grbl   starts it on an emulated Grbl board, for anyone without one; further arguments as above
+# run.sh --board PORT      has an emulated Grbl board answer at PORT, a path, until Ctrl+C: to be set up in the program
 # run.sh --tour DIRECTORY  drives the program through everything it can do and saves pictures of every window
 set -euo pipefail
 started_in=$PWD # what the arguments name lies relative to this folder
@@ -23,19 +24,29 @@ if [ "${1:-}" = --tour ]; then
     tour "$pictures"
 fi
 
+board=(
+    build/release/controllers/emulator/grblEmulator
+    --set 1=255 --set 22=1 --set 23=7 --set 24=300 --set 25=1800 --set 26=25
+    --set 110=1800 --set 111=1800 --set 112=1800 --set 120=500 --set 121=500 --set 122=500
+)
+if [ "${1:-}" = --board ]; then
+    [ $# -eq 2 ] || die "usage: run.sh --board PORT"
+    port=$(cd "$started_in" && realpath --no-symlinks -- "$2")
+    install_missing "${build_packages[@]}"
+    build release grblEmulator
+    say "An emulated board answers at $port until Ctrl+C"
+    exec "${board[@]}" --link "$port"
+fi
+
 # A board without a board: the emulated one at a port of its own, and the library for such boards in place of the others.
 # What is kept for it goes with it.
 if [ "${1:-}" = --emulator ]; then
     [ "${2:-}" = grbl ] || die "usage: run.sh --emulator grbl [ARGUMENT...]"
     shift 2
     install_missing "${build_packages[@]}"
-    build release mover
-    build release mover_grbl_shared
-    build release grblEmulator
+    build release mover grblEmulator
     folder=$(mktemp -d)
-    sleep infinity | build/release/controllers/emulator/grblEmulator --link "$folder/board" \
-        --set 1=255 --set 22=1 --set 23=7 --set 24=300 --set 25=1800 --set 26=25 \
-        --set 110=1800 --set 111=1800 --set 112=1800 --set 120=500 --set 121=500 --set 122=500 >/dev/null &
+    sleep infinity | "${board[@]}" --link "$folder/board" >/dev/null &
     emulator=$!
     trap 'kill "$emulator" 2>/dev/null; pkill -P $$ sleep 2>/dev/null; rm -rf "$folder"' EXIT
     axes=

@@ -19,6 +19,16 @@ namespace {
 constexpr int lookMs = 50;
 constexpr int mostSettings = 256;
 
+/** A file's name as the library takes it: the encoding of Windows does not have every character. */
+QByteArray encoded(const QString &file)
+{
+#ifdef Q_OS_WIN
+    return file.toUtf8();
+#else
+    return QFile::encodeName(file);
+#endif
+}
+
 /** Not byte by byte: there may be anything between the members. */
 bool differ(const MoverBoard &a, const MoverBoard &b)
 {
@@ -59,7 +69,7 @@ QString BoardLink::faultOf(const QString &file)
 {
     const MoverSetUp *setUp = functions();
     char fault[512] = "";
-    if (!setUp || setUp->checkFile(QFile::encodeName(file).constData(), fault, sizeof fault) == 1)
+    if (!setUp || setUp->checkFile(encoded(file).constData(), fault, sizeof fault) == 1)
         return QString();
     return QString::fromUtf8(fault);
 }
@@ -91,7 +101,7 @@ bool BoardLink::open(const QString &port)
         return false;
     m_sPort = port;
     m_settings.clear();
-    setUp->open(QFile::encodeName(port).constData());
+    setUp->open(encoded(port).constData());
     m_timer.start();
     look();
     return true;

@@ -8,6 +8,7 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -17,6 +18,7 @@ constexpr int firstId = 2001;
 
 const QString versionKey = QStringLiteral("version");
 const QString libraryKey = QStringLiteral("library");
+const QString lastIdKey = QStringLiteral("lastId");
 const QString controllersKey = QStringLiteral("controllers");
 const QString idKey = QStringLiteral("id");
 const QString kindKey = QStringLiteral("kind");
@@ -130,13 +132,9 @@ QVector<ControllersFile::Board> ControllersFile::boards() const
 int ControllersFile::put(const Board &board)
 {
     QJsonArray controllers = m_content.value(controllersKey).toArray();
-    int id = board.id;
     int place = controllers.size();
-    if (id == 0) {
-        id = firstId;
-        for (const QJsonValue &other : qAsConst(controllers))
-            id = std::max(id, other.toObject().value(idKey).toInt() + 1);
-    }
+    const int id = board.id == 0 ? newId() : board.id;
+    noteId(id);
     for (int i = 0; i < controllers.size(); ++i) {
         if (controllers.at(i).toObject().value(idKey).toInt() == id)
             place = i;
@@ -169,8 +167,31 @@ int ControllersFile::put(const Board &board)
     return id;
 }
 
+/** The number of a board that is new: one that no other has, nor ever had. */
+int ControllersFile::newId() const
+{
+    const QJsonArray controllers = m_content.value(controllersKey).toArray();
+    const auto isTaken = [&](int id) {
+        return QFile::exists(keptPath(id)) || // of a file of controllers that is gone
+               std::any_of(controllers.begin(), controllers.end(), [id](const QJsonValue &other) {
+                   return other.toObject().value(idKey).toInt() == id;
+               });
+    };
+    const int last = m_content.value(lastIdKey).toInt();
+    int id = last < std::numeric_limits<int>::max() ? std::max(firstId, last + 1) : firstId;
+    while (isTaken(id))
+        ++id;
+    return id;
+}
+
+void ControllersFile::noteId(int id)
+{
+    m_content.insert(lastIdKey, std::max(id, m_content.value(lastIdKey).toInt()));
+}
+
 void ControllersFile::remove(int id)
 {
+    noteId(id);
     const QJsonArray controllers = m_content.value(controllersKey).toArray();
     QJsonArray left;
     for (const QJsonValue &controller : controllers) {
@@ -188,9 +209,14 @@ bool ControllersFile::save() const
     return replaceFile(m_sPath, content);
 }
 
-void ControllersFile::forgetKept(int id)
+void ControllersFile::forgetKept(int id) const
 {
-    QFile::remove(QFileInfo(path()).path() + QStringLiteral("/board-%1.json").arg(id));
+    QFile::remove(keptPath(id));
+}
+
+QString ControllersFile::keptPath(int id) const
+{
+    return QFileInfo(m_sPath).path() + QStringLiteral("/board-%1.json").arg(id);
 }
 
 QString ControllersFile::setAside(const QString &path)

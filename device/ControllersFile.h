@@ -38,18 +38,25 @@ public:
     void setLibrary(const QString &word);
 
     QVector<Board> boards() const;
-    /** Adds a board, or replaces the one of the same id. Returns its id. */
+    /**
+     * Adds a board, or replaces the one of the same id. Returns its id. A new one gets an id that no other ever had: the
+     * library in use may yet keep values of a board that has been removed.
+     */
     int put(const Board &board);
     void remove(int id);
 
     /** Replaces the file as a whole. False on failure: the file is then as it was. */
     bool save() const;
     /** Forgets what the library has kept for a board beside the file. */
-    static void forgetKept(int id);
+    void forgetKept(int id) const;
     /** Renames the file, to .bak or, where that is taken, to .bak2 and so on. The new name; empty on failure. */
     static QString setAside(const QString &path);
 
 private:
+    int newId() const;
+    void noteId(int id);
+    QString keptPath(int id) const;
+
     QString m_sPath;
     QString m_sFault;
     QJsonObject m_content;

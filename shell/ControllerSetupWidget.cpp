@@ -260,7 +260,7 @@ void ControllerSetupWidget::on_pushButton_removeBoard_clicked()
     m_file.remove(board.id);
     m_bBoardsChanged = true;
     if (store())
-        ControllersFile::forgetKept(board.id);
+        m_file.forgetKept(board.id);
 }
 
 // ---- The port

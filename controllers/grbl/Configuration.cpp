@@ -10,7 +10,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -94,7 +93,7 @@ void readBoard(const JsonValue &value, std::vector<BoardSetup> *boards)
         boards->push_back(std::move(board));
 }
 
-std::string contents(const std::string &file)
+std::string contents(const std::filesystem::path &file)
 {
     const std::ifstream stream(file, std::ios::binary);
     std::ostringstream text;
@@ -199,23 +198,26 @@ void restoreAxis(const JsonValue &value, Axis *axis)
 
 } // namespace
 
-std::string Configuration::file()
+std::filesystem::path Configuration::file()
 {
+    using Path = std::filesystem::path;
+    const Path ofUser = Path("mover") / "controllers.json";
+#if defined(_WIN32) // the other one answers in the code page, which does not have every character
+    if (const wchar_t *named = _wgetenv(L"MOVER_CONTROLLERS"); named && *named)
+        return named;
+    const wchar_t *folder = _wgetenv(L"APPDATA");
+    return folder ? folder / ofUser : Path();
+#else
     if (const char *named = std::getenv("MOVER_CONTROLLERS"); named && *named)
         return named;
-#if defined(_WIN32)
-    const char *folder = std::getenv("APPDATA");
-    return folder ? std::string(folder) + "\\mover\\controllers.json" : std::string();
-#else
-    const char *folder = std::getenv("XDG_CONFIG_HOME");
-    if (folder && *folder)
-        return std::string(folder) + "/mover/controllers.json";
+    if (const char *folder = std::getenv("XDG_CONFIG_HOME"); folder && *folder)
+        return folder / ofUser;
     const char *home = std::getenv("HOME");
-    return home ? std::string(home) + "/.config/mover/controllers.json" : std::string();
+    return home ? Path(home) / ".config" / ofUser : Path();
 #endif
 }
 
-bool Configuration::read(const std::string &file, std::vector<BoardSetup> *boards, std::string *error)
+bool Configuration::read(const std::filesystem::path &file, std::vector<BoardSetup> *boards, std::string *error)
 {
     std::vector<BoardSetup> found;
     const std::string text = contents(file);
@@ -230,23 +232,25 @@ bool Configuration::read(const std::string &file, std::vector<BoardSetup> *board
         object.number("version", &version, 1, 1);
         std::string library; // the program's choice
         object.text("library", &library, 32);
+        int lastId = 0; // the program's, too
+        object.number("lastId", &lastId, 0, maxInt);
         for (const JsonValue &board : object.list("controllers"))
             readBoard(board, &found);
         object.finish();
     } catch (const JsonError &wrong) {
-        *error = file + ":" + std::to_string(wrong.line) + ": " + wrong.what();
+        *error = file.u8string() + ":" + std::to_string(wrong.line) + ": " + wrong.what();
         return false;
     }
     *boards = std::move(found);
     return true;
 }
 
-std::string Configuration::keptFile(const std::string &file, int id)
+std::filesystem::path Configuration::keptFile(const std::filesystem::path &file, int id)
 {
-    return (std::filesystem::path(file).parent_path() / ("board-" + std::to_string(id) + ".json")).string();
+    return file.parent_path() / ("board-" + std::to_string(id) + ".json");
 }
 
-void Configuration::restore(const std::string &keptFile, controllers::Controller *controller, Board *board)
+void Configuration::restore(const std::filesystem::path &keptFile, controllers::Controller *controller, Board *board)
 {
     try {
         const JsonValue whole = JsonValue::parse(contents(keptFile));
@@ -297,11 +301,12 @@ std::string Configuration::stageText(const MotorParams &stage)
     return stageJson(stage).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
-bool Configuration::write(const std::string &file, const std::string &text)
+bool Configuration::write(const std::filesystem::path &file, const std::string &text)
 {
     std::error_code failed;
-    std::filesystem::create_directories(std::filesystem::path(file).parent_path(), failed);
-    const std::string beside = file + ".new";
+    std::filesystem::create_directories(file.parent_path(), failed);
+    std::filesystem::path beside = file;
+    beside += ".new";
     {
         std::ofstream stream(beside, std::ios::binary | std::ios::trunc);
         stream << text;

@@ -3,6 +3,7 @@
 
 #include "controllers/grbl/Axis.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -26,22 +27,22 @@ class Configuration
 {
 public:
     /** The file that MOVER_CONTROLLERS names, or controllers.json in the user's configuration folder. */
-    static std::string file();
+    static std::filesystem::path file();
 
     /** No boards if there is no file. False, with "FILE:LINE: what is wrong", if it is faulty. */
-    static bool read(const std::string &file, std::vector<BoardSetup> *boards, std::string *error);
+    static bool read(const std::filesystem::path &file, std::vector<BoardSetup> *boards, std::string *error);
 
     /** Where what is kept for a board lies, beside the file. */
-    static std::string keptFile(const std::string &file, int id);
+    static std::filesystem::path keptFile(const std::filesystem::path &file, int id);
     /** Gives `controller` and its `board` back what was kept for them; a file that is faulty or not there changes
      * nothing. */
-    static void restore(const std::string &keptFile, controllers::Controller *controller, Board *board);
+    static void restore(const std::filesystem::path &keptFile, controllers::Controller *controller, Board *board);
     /** The text to be written to the file. */
     static std::string kept(controllers::Controller &controller, const Board &board);
     /** A stage as the file has it. */
     static std::string stageText(const MotorParams &stage);
     /** Replaces a file as a whole. */
-    static bool write(const std::string &file, const std::string &text);
+    static bool write(const std::filesystem::path &file, const std::string &text);
 };
 
 } // namespace grbl

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 
 namespace grbl {
 
@@ -25,11 +24,11 @@ bool isUnreadable(char byte)
 
 } // namespace
 
-Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::string &configuration)
+Controller::Controller(const BoardSetup &setup, std::mutex &mutex, const std::filesystem::path &configuration)
     : controllers::Controller(setup.id, static_cast<int>(setup.axes.size()))
     , m_port(setup.port)
     , m_mutex(mutex)
-    , m_keptFile(configuration.empty() ? std::string() : Configuration::keptFile(configuration, setup.id))
+    , m_keptFile(configuration.empty() ? std::filesystem::path() : Configuration::keptFile(configuration, setup.id))
     , m_board(setup.axes, [this](const Board::Note &note) { say(note); })
 {
     serialNumber = "GRBL-" + std::to_string(setup.id);
@@ -166,7 +165,7 @@ void Controller::keep(std::unique_lock<std::mutex> &lock)
     const std::string text = Configuration::kept(*this, m_board);
     lock.unlock();
     if (!Configuration::write(m_keptFile, text))
-        std::fprintf(stderr, "%s cannot be written\n", m_keptFile.c_str());
+        std::fprintf(stderr, "%s cannot be written\n", m_keptFile.u8string().c_str());
     lock.lock();
 }
 

@@ -8,6 +8,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <filesystem>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -24,7 +25,7 @@ class Controller : public controllers::Controller
 {
 public:
     /** `mutex`: of the library. `configuration`: the file beside which values are kept; empty: they are not. */
-    Controller(const BoardSetup &setup, std::mutex &mutex, const std::string &configuration);
+    Controller(const BoardSetup &setup, std::mutex &mutex, const std::filesystem::path &configuration);
 
     bool plugged() const override { return SerialPort::exists(m_port); }
     bool answers() const override { return m_board.answers(); }
@@ -71,7 +72,7 @@ private:
 
     std::string m_port;
     std::mutex &m_mutex;
-    std::string m_keptFile;
+    std::filesystem::path m_keptFile;
     std::deque<MoverMessage> m_messages;
     bool m_isHeard = false; ///< somebody takes the messages; until then they go to stderr too
     Board m_board;

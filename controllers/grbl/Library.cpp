@@ -22,7 +22,7 @@ class Library : public controllers::Library
 public:
     Library()
     {
-        const std::string file = Configuration::file();
+        const std::filesystem::path file = Configuration::file();
         std::vector<BoardSetup> boards;
         std::string error;
         if (!Configuration::read(file, &boards, &error))

@@ -74,7 +74,7 @@ void SetUp::begin(const std::string &port, unsigned attempt)
     std::unique_lock lock(m_mutex);
     std::unique_ptr<Controller> &controller = m_controllers[port];
     if (!controller)
-        controller = std::make_unique<Controller>(BoardSetup{0, port, {}}, m_mutex, std::string());
+        controller = std::make_unique<Controller>(BoardSetup{0, port, {}}, m_mutex, std::filesystem::path());
     // From the time before: its thread ends within a tenth of a second.
     for (int waited = 0; controller->serves() && waited < 100; ++waited) {
         lock.unlock();
@@ -292,7 +292,7 @@ const MoverSetUp functions = {
     [](const char *file, char *fault, int size) {
         std::vector<grbl::BoardSetup> boards;
         std::string error;
-        if (grbl::Configuration::read(file, &boards, &error))
+        if (grbl::Configuration::read(std::filesystem::u8path(file), &boards, &error))
             return 1;
         copied(error, fault, size);
         return 0;

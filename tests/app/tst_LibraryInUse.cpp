@@ -83,6 +83,8 @@ private slots:
     void isTheOneThatWasChosenInTheProgram_data();
     void isTheOneThatWasChosenInTheProgram();
     void aChosenOneThatIsGoneIsNotPassedOver();
+    void insteadOfTheChosenOneAnotherIsOffered_data();
+    void insteadOfTheChosenOneAnotherIsOffered();
     void aFileOfControllersThatCannotBeReadIsKeptAndNamed();
     void aWrongOneIsNeverPassedOver_data();
     void aWrongOneIsNeverPassedOver();
@@ -216,6 +218,43 @@ void tst_LibraryInUse::aChosenOneThatIsGoneIsNotPassedOver()
     child.set("MOVER_CONTROLLERS", m_controllers);
     QCOMPARE(child.run(), 3);
     QVERIFY(child.complaints().first().contains(file(libraryName)));
+}
+
+void tst_LibraryInUse::insteadOfTheChosenOneAnotherIsOffered_data()
+{
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<bool>("hasAnother");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("taken") << QStringLiteral("启动 / Start") << true << 0;
+    QTest::newRow("refused") << QStringLiteral("退出 / Quit") << true << 3;
+    QTest::newRow("closed") << QStringLiteral("–") << true << 3;
+    QTest::newRow("gone as well") << QStringLiteral("启动 / Start") << false << 3;
+}
+
+void tst_LibraryInUse::insteadOfTheChosenOneAnotherIsOffered()
+{
+    QFETCH(QString, answer);
+    QFETCH(bool, hasAnother);
+    QFETCH(int, exitCode);
+    const QString program = file(QStringLiteral("askedProgram"));
+    QVERIFY(QFile::copy(QStringLiteral(MOVER_ASKED_PROGRAM), program));
+    const QString another = file(QStringLiteral("simulator/") + libraryName);
+    QVERIFY(hasAnother || QFile::remove(another));
+    m_controllers = file(QStringLiteral("controllers.json"));
+    const QByteArray chosen = R"({"library": "makers"})";
+    write(m_controllers, chosen);
+
+    Child child(program, {answer});
+    child.set("MOVER_CONTROLLERS", m_controllers);
+    QCOMPARE(child.run(), exitCode);
+    const QString said = QString::fromUtf8(child.output());
+    QVERIFY(said.contains(file(libraryName))); // the one that was chosen
+    QVERIFY2(said.contains(QStringLiteral("Use %1 this time?").arg(another)), qPrintable(said));
+    QCOMPARE(said.contains(QStringLiteral("in use: %1 (simulated)").arg(another)), exitCode == 0);
+    QCOMPARE(said.contains(QStringLiteral("The motion library %1 cannot be used.").arg(another)), !hasAnother);
+    QFile stored(m_controllers); // this time only
+    QVERIFY(stored.open(QIODevice::ReadOnly));
+    QCOMPARE(stored.readAll(), chosen);
 }
 
 void tst_LibraryInUse::aFileOfControllersThatCannotBeReadIsKeptAndNamed()

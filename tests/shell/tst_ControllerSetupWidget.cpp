@@ -215,6 +215,27 @@ private slots:
         QCOMPARE(ControllersFile(m_file).library(), QStringLiteral("grbl"));
     }
 
+    /** The values of motion that the library keeps for one of them count for no other. */
+    void noTwoBoardsEverHaveTheSameNumber()
+    {
+        plugIn();
+        write(R"({"controllers": [{"id": 2001, "kind": "grbl", "port": "/dev/none", "axes": [{}]}]})");
+        const Dialog dialog;
+        {
+            const MessageBoxes boxes;
+            writeTo("board-2001.json", "{}");
+            dialog.click("pushButton_removeBoard");
+            QVERIFY(!QFile::exists(m_folder->filePath("board-2001.json")));
+        }
+        writeTo("board-2002.json", "{}"); // of a file of controllers that was lost
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.click("pushButton_save");
+        QCOMPARE(ControllersFile(m_file).boards().value(0).id, 2003);
+        QVERIFY(QFile::exists(m_folder->filePath("board-2002.json")));
+        QCOMPARE(BoardLink::faultOf(m_file), QString());
+    }
+
     void theChosenLibraryIsStoredAndARestartOffered()
     {
         Dialog dialog;
@@ -520,6 +541,48 @@ private slots:
         QVERIFY(m_port->use([](emulator::Board &it) { return it.settings()[20] == 1 && it.settings()[22] == 1; }));
         QCOMPARE(dialog.rows().size(), 34);
     }
+    void whatIsCancelledChangesNothing()
+    {
+        plugIn();
+        const Dialog dialog;
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        dialog.showTab("widget_settings");
+        const QStringList rows = dialog.rows();
+        const auto sentSettings = [this] {
+            return m_port->use([](emulator::Board &it) {
+                const auto &lines = it.sentLines();
+                return std::count_if(lines.begin(), lines.end(), [](const std::string &line) {
+                    return line.size() > 1 && line[0] == '$' && line.find('=') != std::string::npos;
+                });
+            });
+        };
+        const auto before = sentSettings();
+        // The dialogs for files
+        const QStringList files = QDir(m_folder->path()).entryList(QDir::Files);
+        for (const char *button : {"pushButton_backUp", "pushButton_restore"}) {
+            chooseFile(m_folder->filePath("board.txt"), QDialogButtonBox::Cancel);
+            dialog.click(button);
+            QCOMPARE(dialog.text("label_msg"), QString());
+            QCOMPARE(dialog.rows(), rows);
+        }
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), files);
+        // The differences, by the button and by leaving
+        writeTo("other.txt", "$100=200\n");
+        auto *settings = dialog.in<BoardSettingsWidget>("widget_settings");
+        QVERIFY(settings->restoreFrom(m_folder->filePath("other.txt")));
+        QCOMPARE(dialog.rows(), QStringList{"$100 250 200"});
+        dialog.click("pushButton_discard");
+        QCOMPARE(dialog.rows(), rows);
+        QVERIFY(!dialog.in("pushButton_write")->isEnabled());
+        QVERIFY(settings->restoreFrom(m_folder->filePath("other.txt")));
+        dialog.click("pushButton_leave");
+        QTRY_VERIFY(!m_port->isOpen());
+        QCOMPARE(sentSettings(), before);
+        dialog.ask(board());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isOn("page_board"), answerMs);
+        QCOMPARE(dialog.rows(), rows);
+    }
     void aFileThatIsNoBackUpChangesNothing_data()
     {
         QTest::addColumn<QString>("content");
@@ -572,9 +635,10 @@ private:
         m_port = std::make_unique<emulator::SerialPort>(m_options, speed, board().toStdString());
     }
     QString board() const { return m_folder->filePath("board"); }
-    void write(const QString &content) const
+    void write(const QString &content) const { writeTo("controllers.json", content); }
+    void writeTo(const QString &name, const QString &content) const
     {
-        QFile file(m_file);
+        QFile file(m_folder->filePath(name));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(content.toUtf8());
     }
@@ -583,14 +647,21 @@ private:
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
-    /** In the dialog for files that the next click opens. */
-    static void chooseFile(const QString &file)
+    /** In the dialog for files that the next click opens; `with`: its button that is pressed. */
+    static void chooseFile(
+        const QString &file,
+        QDialogButtonBox::StandardButtons with = QDialogButtonBox::Save | QDialogButtonBox::Open)
     {
-        QTimer::singleShot(0, qApp, [file] {
+        QTimer::singleShot(0, qApp, [file, with] {
             auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
             QVERIFY(dialog);
             dialog->findChild<QLineEdit *>("fileNameEdit")->setText(file);
-            dialog->findChild<QDialogButtonBox *>()->buttons().constFirst()->click();
+            auto *box = dialog->findChild<QDialogButtonBox *>();
+            const auto buttons = box->buttons();
+            const auto wanted = std::find_if(buttons.begin(), buttons.end(), [&](QAbstractButton *button) {
+                return with.testFlag(box->standardButton(button));
+            });
+            (*wanted)->click();
         });
     }
     /** Of an axis since the board was switched on. */
