@@ -1,16 +1,20 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""drive.py PROGRAM|MENU_ENTRY: uses the program as a person would, on the desktop that is there.
+"""drive.py PROGRAM|MENU_ENTRY [PORT]: uses the program as a person would, on the desktop that is there.
 
 Starts the program, or what a menu entry (.desktop) starts, connects to the first controller, moves its first axis, opens
 the manual from the help panel, switches to English, closes the program by its close button, and starts it once more to see that it still speaks
 English. What is on the screen is read from the accessibility tree, what is done is done with the mouse and the keyboard
 (xdotool). Ends with 1 when anything does not come about.
 
-Needs a session bus (dbus-run-session) and the default scenario of the simulated controller.
+With a PORT, at which a Grbl board answers that nobody has set up yet, it does instead what the manual tells under "Setting
+up a Grbl board": sets it up, restarts the program, connects, homes and moves.
+
+Needs a session bus (dbus-run-session), and without a PORT the default scenario of the simulated controller.
 """
 
 import os
+import signal
 import subprocess
 import sys
 import tempfile
@@ -32,12 +36,48 @@ def wait(what, condition):
     return wait_for(what, condition, gone=GLib.Error)
 
 
+class Stranger:
+    """A process that somebody else has started: what is asked of it is as with subprocess.Popen."""
+
+    def __init__(self, pid):
+        self.pid = pid
+
+    @staticmethod
+    def of(executable):
+        for name in filter(str.isdigit, os.listdir("/proc")):
+            try:
+                if os.readlink(f"/proc/{name}/exe") == executable:
+                    return Stranger(int(name))
+            except OSError:  # somebody else's, or gone
+                pass
+        return None
+
+    def kill(self):
+        os.kill(self.pid, signal.SIGKILL)
+
+    def wait(self, _limit=None):
+        wait_for("the program does not end", lambda: not self.runs())
+        return 0  # as far as one can tell
+
+    def runs(self):
+        try:  # one that has ended and that nobody has asked how has no file any more
+            return bool(os.readlink(f"/proc/{self.pid}/exe"))
+        except OSError:
+            return False
+
+
 class Program:
     def __init__(self, command, scratch):
         self.opened = stand_in_for_opener(scratch)
         self.folder = os.path.dirname(os.path.realpath(command[0]))
         environment = dict(os.environ, PATH=path_with(scratch), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
         self.process = subprocess.Popen(command, env=environment, cwd="/")
+
+    def follow_restart(self):
+        """The program has been told to restart: waits until it has, and drives the new one."""
+        executable = os.readlink(f"/proc/{self.process.pid}/exe")
+        wait_for_end(self.process)
+        self.process = wait_for("the program does not start again", lambda: Stranger.of(executable))
 
     def root(self):
         desktop = Atspi.get_desktop(0)
@@ -108,20 +148,53 @@ def connect_and_move(program):
     program.see(Atspi.Role.COMBO_BOX, "SIM-MC3-000117")
     program.press("连接")
     # The panel of the first axis comes first.
-    position = program.see(Atspi.Role.LABEL, "0.000 mm")
+    move(program, program.see(Atspi.Role.LABEL, "0.000 mm"))
 
+
+def set_up_board(program, port):
+    """The numbers are those of the manual's steps."""
+    program.press("连接设备")  # 1
+    program.click(program.see(Atspi.Role.LABEL, "控制器设置"))
+    program.press("添加…")  # 2
+    program.click(program.see(Atspi.Role.COMBO_BOX))  # 3
+    xdotool("key", "ctrl+a")
+    xdotool("type", port)
+    program.press("询问控制板")  # 4
+    program.see(Atspi.Role.PUSH_BUTTON, "保存")
+    models = [box for box in program.showing(Atspi.Role.COMBO_BOX) if box.get_name() == "不指定"]  # 5
+    program.click(models[0])
+    program.see(Atspi.Role.LIST_ITEM, "LIN-50")
+    xdotool("type", "LIN-50")
+    xdotool("key", "Return")
+    program.see(Atspi.Role.COMBO_BOX, "LIN-50")
+    program.press("保存")  # 6
+    program.see(Atspi.Role.LABEL, "已保存")
+    program.press("重新启动程序")  # 7
+    program.follow_restart()
+    program.press("连接设备")
+    program.see(Atspi.Role.COMBO_BOX, "GRBL-2001")
+    program.press("连接")
+    position = program.see(Atspi.Role.LABEL, "200.000 mm")
+    program.press("回零")  # 8: asks for a second press
+    program.press("回零")
+    wait("the axis does not home", lambda: text_of(position) == "1.000 mm")
+    print("The board is set up, and its axes have homed.")
+    move(program, position)
+
+
+def text_of(element):
+    element.clear_cache()
+    return element.get_name()
+
+
+def move(program, position):
     program.click(program.see(Atspi.Role.CHECK_BOX, "设置移动参数"))
     program.click(program.see(Atspi.Role.SPIN_BUTTON))
     xdotool("key", "ctrl+a")
     xdotool("type", TARGET)
     program.press("确认")
     program.press("移动到目标位置")
-
-    def shown():
-        position.clear_cache()
-        return position.get_name()
-
-    watch_move(shown)
+    watch_move(lambda: text_of(position))
 
 
 def open_manual(program):
@@ -163,6 +236,10 @@ def drive(scratch):
         # Starts the accessibility bus and its registry, which a program that comes before them can miss.
         Atspi.get_desktop(0).get_child_count()
         program = Program(command, scratch)
+        if len(sys.argv) > 2:
+            set_up_board(program, sys.argv[2])
+            program.close("退出")
+            return 0
         connect_and_move(program)
         open_manual(program)
         switch_to_english(program)

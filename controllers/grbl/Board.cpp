@@ -301,6 +301,8 @@ void Board::takeReport(const Report &told)
     m_sentSinceReport = 0;
     m_boardAxes = report.axes;
     const bool back = std::exchange(m_lost, false);
+    if (back)
+        say({AnswersAgain, "The board answers again; all axes are stopped"});
     const bool idle = report.state == Report::State::Idle;
     const bool cannotMove = report.state == Report::State::Alarm || report.state == Report::State::Sleep ||
                             report.state == Report::State::Check;
@@ -350,7 +352,6 @@ void Board::takeReport(const Report &told)
         break;
     }
     if (back) {
-        say({AnswersAgain, "The board answers again; all axes are stopped"});
         cancel(Then::Stand);
     } else if (cannotMove) {
         if (!m_locked) {

@@ -15,6 +15,9 @@ private slots:
     void homingTellsWhereTheTravelBegins_data();
     void homingTellsWhereTheTravelBegins();
     void homesOneAxisWhereTheBoardCan();
+    void aBoardThatCannotHomeOneAxisIsFreed();
+    void aHomingThatDoesNotEndIsNotWaitedFor_data();
+    void aHomingThatDoesNotEndIsNotWaitedFor();
     void aReportOnItsWayIsNotTheEndOfHoming();
     void aStopEndsHoming();
     void aFailedHomingIsNotHomed();
@@ -23,6 +26,11 @@ private slots:
     void hardLimitsComeBackAfterARestart();
     void aHoldIsLeftAtRest();
     void enableIsAPermission();
+    void motorsThatDropOutAreTold();
+    void reportsAreMadeToHavePositionsInMm();
+    void aSleepingBoardIsWokenByUnlocking();
+    void whatCannotMoveIsRefused_data();
+    void whatCannotMoveIsRefused();
     void settingsAreReadBackAndUndone();
     void anotherProtocolIsNoBoard();
     void lateRepliesLoseNothing_data();
@@ -38,6 +46,7 @@ private slots:
     void aShortListOfSettingsIsEnough();
     void theEndOfTheTravelIsReached();
     void outsideItsTravelADirectionIsKept();
+    void aTargetThatTheBoardRefusesStopsAllAxes();
 };
 
 namespace {
@@ -88,6 +97,11 @@ bool hasSaid(const Bench &bench, const std::string &what)
             return true;
     }
     return false;
+}
+
+bool hasSaid(const Bench &bench, moverMessages::Code code)
+{
+    return std::count(bench.codes.begin(), bench.codes.end(), code) > 0;
 }
 
 } // namespace
@@ -169,6 +183,54 @@ void tst_GrblAlarms::homesOneAxisWhereTheBoardCan()
     QVERIFY(!bench.axis(0).isHomed());
     QCOMPARE(bench.axis(1).reportedPosition(), 1.0);
     QCOMPARE(bench.firmware.steps(0), 0LL);
+}
+
+void tst_GrblAlarms::aBoardThatCannotHomeOneAxisIsFreed()
+{
+    Bench bench(homingBoard());
+    setStages(bench);
+    bench.firmware.garble("[FIRMWARE:grblHAL]\r\n"); // which it is not: "$HY" leaves it in Home
+    bench.run(0.1);
+    QCOMPARE(home(bench, 1), 0);
+    QVERIFY(bench.runUntil([&] { return bench.firmware.stateName() == "Home"; }, 1));
+    QVERIFY(stands(bench));
+    QVERIFY(hasSaid(bench, moverMessages::HomingFailed));
+    QVERIFY(!bench.axis(1).isHomed());
+    QCOMPARE(home(bench, 1), int(OthersWouldMove)); // as it can
+    QCOMPARE(home(bench, 1), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(bench.axis(0).isHomed() && bench.axis(1).isHomed());
+}
+
+void tst_GrblAlarms::aHomingThatDoesNotEndIsNotWaitedFor_data()
+{
+    QTest::addColumn<bool>("isCut");
+    QTest::newRow("the board falls silent") << true;
+    QTest::newRow("its answer is lost") << false;
+}
+
+void tst_GrblAlarms::aHomingThatDoesNotEndIsNotWaitedFor()
+{
+    QFETCH(bool, isCut);
+    Bench bench(homingBoard());
+    setStages(bench);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    if (isCut)
+        bench.firmware.toHost().cut(true);
+    else
+        bench.firmware.toHost().add({emulator::WireFault::Kind::DropLine, 0, 0, 0});
+    const double longest = 60; // three axes of 40 mm at 30 mm/s, one and a half times, and their pull-offs
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() != grbl::Board::Phase::Homing; }, longest));
+    QVERIFY(hasSaid(bench, isCut ? moverMessages::HomingStopped : moverMessages::HomingFailed));
+    bench.firmware.toHost().cut(false);
+    QVERIFY(stands(bench));
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(!bench.axis(i).isHomed());
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QVERIFY(bench.axis(0).isHomed());
 }
 
 void tst_GrblAlarms::aReportOnItsWayIsNotTheEndOfHoming()
@@ -315,10 +377,70 @@ void tst_GrblAlarms::enableIsAPermission()
     QVERIFY(stands(bench));
     QVERIFY(bench.firmware.steps(0) < Bench::steps(15));
     QCOMPARE(int(bench.axis(0).state().isEnable), 0);
+    QVERIFY(hasSaid(bench, moverMessages::PermissionOnly));
     QCOMPARE(bench.moveTo(0, 3, 10, 50), int(PowerOff));
     QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
     QCOMPARE(bench.moveTo(0, 3, 10, 50), 0);
     QVERIFY(stands(bench));
+}
+
+void tst_GrblAlarms::motorsThatDropOutAreTold()
+{
+    emulator::Options options = Bench::options();
+    QVERIFY(!hasSaid(Bench(options), moverMessages::MotorsDropOut));
+    options.settings[1] = 25;
+    QVERIFY(hasSaid(Bench(options), moverMessages::MotorsDropOut));
+}
+
+void tst_GrblAlarms::reportsAreMadeToHavePositionsInMm()
+{
+    emulator::Options options = Bench::options();
+    options.settings[10] = 0; // work positions, and no free blocks
+    options.settings[13] = 1; // in inches
+    Bench bench(options);
+    QCOMPARE(bench.firmware.settings()[10], 3.0);
+    QCOMPARE(bench.firmware.settings()[13], 0.0);
+    QCOMPARE(bench.moveTo(0, 12.5, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.axis(0).reportedPosition(), 12.5);
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(12.5));
+    QVERIFY(bench.firmware.violations().empty());
+}
+
+void tst_GrblAlarms::aSleepingBoardIsWokenByUnlocking()
+{
+    Bench bench;
+    bench.firmware.send("$SLP\n"); // somebody else's
+    QVERIFY(bench.runUntil([&] { return bench.board.locked(); }, 2));
+    QVERIFY(hasSaid(bench, moverMessages::BoardLocked));
+    QCOMPARE(bench.moveTo(0, 5, 10, 50), int(Locked));
+    QCOMPARE(bench.firmware.stateName(), std::string("Sleep")); // not by itself
+    do {
+        QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+        QVERIFY(stands(bench));
+    } while (bench.board.locked() && bench.now() < 60); // it wakes up locked
+    QCOMPARE(bench.moveTo(0, 5, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(5));
+}
+
+void tst_GrblAlarms::whatCannotMoveIsRefused_data()
+{
+    QTest::addColumn<int>("setting");
+    QTest::newRow("no steps") << 100;
+    QTest::newRow("no speed") << 110;
+    QTest::newRow("no ramp") << 120;
+}
+
+void tst_GrblAlarms::whatCannotMoveIsRefused()
+{
+    QFETCH(int, setting);
+    emulator::Options options = Bench::options();
+    options.settings[setting] = 0; // the board takes it
+    Bench bench(options);
+    QCOMPARE(bench.moveTo(0, 5, 10, 50), int(NotAvailable));
+    bench.run(1);
+    QCOMPARE(bench.firmware.steps(0), 0LL);
 }
 
 void tst_GrblAlarms::settingsAreReadBackAndUndone()
@@ -600,6 +722,33 @@ void tst_GrblAlarms::outsideItsTravelADirectionIsKept()
     QVERIFY(stands(bench));
     QVERIFY(bench.firmware.steps(0) > Bench::steps(20));
     QVERIFY(bench.log.empty());
+}
+
+void tst_GrblAlarms::aTargetThatTheBoardRefusesStopsAllAxes()
+{
+    emulator::Options options = homingBoard();
+    options.settings[20] = 1;
+    Bench bench(options);
+    setStages(bench);
+    MotorParams longer = stage40(); // than the board's travel
+    longer.maxPos = 45;
+    bench.axis(0).restore(longer);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.moveTo(0, 44, 20, 50), 0);
+    QCOMPARE(bench.moveTo(1, 39, 3, 50), 0);
+    QVERIFY(bench.runUntil([&] { return hasSaid(bench, moverMessages::OutsideTravel); }, 10));
+    QVERIFY(stands(bench));
+    QVERIFY(bench.axis(0).reportedPosition() <= 40);
+    QVERIFY(bench.axis(1).reportedPosition() < 20);
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(bench.axis(i).isHomed()); // nothing is lost
+        QCOMPARE(bench.firmware.positionMm(i) + 40, bench.axis(i).reportedPosition());
+    }
+    QCOMPARE(bench.moveTo(0, 10, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.axis(0).reportedPosition(), 10.0);
 }
 
 QTEST_GUILESS_MAIN(tst_GrblAlarms)

@@ -26,6 +26,7 @@ private slots:
     void aStallEndsExactly();
     void aFaultOfOneByteNeverRunsAway_data();
     void aFaultOfOneByteNeverRunsAway();
+    void aFaultOfAnyLineEndsExactly();
     void randomFaultsNeverLoseThePosition_data();
     void randomFaultsNeverLoseThePosition();
     void aLostLineIsNoticed();
@@ -34,6 +35,7 @@ private slots:
     void aStopInTroubleIsAStop();
     void aLostReportByteStopsNothing();
     void aLostCancelStillEnds();
+    void aLostCancelOfAnAxisThatRunsAwayIsSentAgain();
     void aDeafBoardIsFreed();
     void aResetInMotionIsSeen();
     void aLostLinkIsSaid();
@@ -434,6 +436,30 @@ void tst_GrblGuarantees::aFaultOfOneByteNeverRunsAway()
     }
 }
 
+/** The last one, too, behind which no other line corrects it. */
+void tst_GrblGuarantees::aFaultOfAnyLineEndsExactly()
+{
+    int corrected = 0;
+    for (int line = 0; line < 8; ++line) {
+        for (int byte = 9; byte < 40; ++byte) {
+            Bench bench;
+            QCOMPARE(bench.moveTo(0, 12.34, 15, 80), 0);
+            QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+            bench.firmware.toBoard().add({WireFault::Kind::Drop, line, byte, 0});
+            QCOMPARE(bench.moveTo(0, 12.636, 10, 50), 0); // takes five lines
+            bench.run(2);
+            const QByteArray what =
+                "line " + QByteArray::number(line) + ", byte " + QByteArray::number(byte) + "\n" + said(bench);
+            QVERIFY2(bench.isStill(), what);
+            QVERIFY2(bench.firmware.steps(0) == Bench::steps(bench.axis(0).position()), what);
+            const bool isStopped = std::count(bench.codes.begin(), bench.codes.end(), moverMessages::Astray) > 0;
+            QVERIFY2(isStopped || bench.firmware.steps(0) == Bench::steps(12.636), what);
+            corrected += said(bench).contains("sent there again") ? 1 : 0;
+        }
+    }
+    QVERIFY(corrected > 0);
+}
+
 void tst_GrblGuarantees::randomFaultsNeverLoseThePosition_data()
 {
     randomRunsEndExactlyAndWithinTheirLimits_data();
@@ -570,17 +596,37 @@ void tst_GrblGuarantees::aLostCancelStillEnds()
     Bench bench;
     QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
     bench.run(1);
-    bench.firmware.toBoard().cut(true);
     const double called = bench.now();
+    bench.cancelsToLose = 1;
     QCOMPARE(bench.stop(0), 0);
-    bench.run(0.012);
-    bench.firmware.toBoard().cut(false);
     QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 5));
     QVERIFY(bench.firmware.lastStep() - called < 0.25);
     QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
     QCOMPARE(bench.moveTo(0, 2, 10, 50), 0);
     QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
     QCOMPARE(bench.firmware.steps(0), Bench::steps(2));
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aLostCancelOfAnAxisThatRunsAwayIsSentAgain()
+{
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 60, 15, 80), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.moveTo(0, 90, 10, 50), 0);
+    bench.run(0.73);
+    constexpr int firstDigit = 10; // of X: $J=G21G53X6.. becomes a place below 10
+    bench.cancelsToLose = 1;
+    bench.firmware.toBoard().add({WireFault::Kind::Drop, 2, firstDigit, 0});
+    QVERIFY(bench.runUntil([&] { return bench.board.phase() == grbl::Board::Phase::Cancelling; }, 1));
+    QVERIFY2(bench.codes.back() == moverMessages::Astray, said(bench));
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 5));
+    QVERIFY2(said(bench).contains("The stop was lost"), said(bench));
+    QVERIFY(bench.firmware.positionMm(0) > 50);
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+    QCOMPARE(bench.moveTo(0, 62, 10, 50), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
+    QCOMPARE(bench.firmware.steps(0), Bench::steps(62));
     verifyClean(bench);
 }
 
@@ -637,6 +683,7 @@ void tst_GrblGuarantees::aLostLinkIsSaid()
     bench.run(2);
     bench.firmware.toHost().cut(false);
     QVERIFY(bench.runUntil([&] { return bench.board.answers() && bench.isStill(); }, 10));
+    QVERIFY(std::count(bench.codes.begin(), bench.codes.end(), moverMessages::AnswersAgain) == 1);
     QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
     QCOMPARE(bench.moveTo(0, 2, 10, 50), 0);
     QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 20));
