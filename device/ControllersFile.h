@@ -39,8 +39,8 @@ public:
 
     QVector<Board> boards() const;
     /**
-     * Adds a board, or replaces the one of the same id. Returns its id. A new one gets an id that no other ever had: the
-     * library in use may yet keep values of a board that has been removed.
+     * Adds a board, or replaces the one of the same id. Returns its id. A new one gets an id that no other ever had:
+     * the library in use may yet keep values of a board that has been removed.
      */
     int put(const Board &board);
     void remove(int id);

@@ -61,8 +61,8 @@ struct MoverSetting {
 };
 
 struct MoverSetUp {
-    /** 1, or 0 with what is wrong in the file of controllers, and where. The file's name is UTF-8 on Windows, and as the
-     * system has it elsewhere. */
+    /** 1, or 0 with what is wrong in the file of controllers, and where. The file's name is UTF-8 on Windows, and as
+     * the system has it elsewhere. */
     int (*checkFile)(const char *file, char *fault, int size);
     /** A stage as the file has it, without the zero; the length, or 0 if there is no room. */
     int (*stageText)(const struct MotorParams *stage, char *text, int size);

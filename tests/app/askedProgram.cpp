@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The whole program as it starts, with no motion library linked in, and a user who answers its boxes:
 //     askedProgram BUTTON
-// presses BUTTON in each, or closes one that has no such button. It writes what the boxes say, and, when the main window
-// is there, which library is in use; then it is left.
+// presses BUTTON in each, or closes one that has no such button. It writes what the boxes say, and, when the main
+// window is there, which library is in use; then it is left.
 
 #include "app/StartUp.h"
 #include "device/MotionLibrary.h"

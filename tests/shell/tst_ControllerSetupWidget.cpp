@@ -649,8 +649,7 @@ private:
     }
     /** In the dialog for files that the next click opens; `with`: its button that is pressed. */
     static void chooseFile(
-        const QString &file,
-        QDialogButtonBox::StandardButtons with = QDialogButtonBox::Save | QDialogButtonBox::Open)
+        const QString &file, QDialogButtonBox::StandardButtons with = QDialogButtonBox::Save | QDialogButtonBox::Open)
     {
         QTimer::singleShot(0, qApp, [file, with] {
             auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());

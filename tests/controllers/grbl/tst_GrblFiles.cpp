@@ -46,15 +46,15 @@ private slots:
         const QByteArray one = R"("id": 7, "kind": "grbl", "port": "a", "axes": [{}])";
         QTest::newRow("damaged") << QByteArray("{\n\"controllers\": [") << QByteArray(":2: ");
         QTest::newRow("of a newer program") << QByteArray("{\n\"version\": 2}") << QByteArray(":2: \"version\"");
-        QTest::newRow("without a port")
-            << board(R"("id": 7, "kind": "grbl", "axes": [{}])") << QByteArray(":2: the controller lacks \"port\"");
+        QTest::newRow("without a port") << board(R"("id": 7, "kind": "grbl", "axes": [{}])")
+                                        << QByteArray(":2: the controller lacks \"port\"");
         QTest::newRow("no axis") << board(R"("id": 7, "kind": "grbl", "port": "a", "axes": [])")
                                  << QByteArray(":2: \"axes\" has to have 1 to 3");
         QTest::newRow("too many axes") << board(R"("id": 7, "kind": "grbl", "port": "a", "axes": [{}, {}, {}, {}])")
                                        << QByteArray(":2: \"axes\" has to have 1 to 3");
-        QTest::newRow("a letter twice")
-            << board(R"("id": 7, "kind": "grbl", "port": "a", "axes": [{"letter": "Y"}, {}])")
-            << QByteArray(":2: two axes");
+        QTest::newRow("a letter twice") << board(
+                                               R"("id": 7, "kind": "grbl", "port": "a", "axes": [{"letter": "Y"}, {}])")
+                                        << QByteArray(":2: two axes");
         QTest::newRow("no such letter") << board(R"("id": 7, "kind": "grbl", "port": "a", "axes": [{"letter": "Q"}])")
                                         << QByteArray(":2: \"letter\"");
         QTest::newRow("a number twice") << board(one + "},\n{" + one) << QByteArray(":3: two controllers");
