@@ -16,6 +16,7 @@ struct MotionCommand {
         Request, ///< a request of the worker: what the panels do
         Console,
         StopAll,
+        Holder, ///< whoever has the axis reserved: a sequence
     };
     int axis;
     int type;          // OperationType

@@ -239,12 +239,12 @@ SerialComDev::SerialComDev()
         },
         Qt::DirectConnection);
 
-    connectCommand(&SerialComDev::signal_setSpeedParams, &SerialComDev::slot_setSpeedParams);
-    connectCommand(&SerialComDev::signal_setRelativeDispParams, &SerialComDev::slot_setRelativeDispParams);
-    connectCommand(&SerialComDev::signal_setAbsoluteDispParams, &SerialComDev::slot_setAbsoluteDispParams);
-    connectCommand(&SerialComDev::signal_setJogParams, &SerialComDev::slot_setJogParams);
-    connectCommand(&SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams);
-    connectCommand(&SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams);
+    connectParameters(&SerialComDev::signal_setSpeedParams, &SerialComDev::slot_setSpeedParams);
+    connectParameters(&SerialComDev::signal_setRelativeDispParams, &SerialComDev::slot_setRelativeDispParams);
+    connectParameters(&SerialComDev::signal_setAbsoluteDispParams, &SerialComDev::slot_setAbsoluteDispParams);
+    connectParameters(&SerialComDev::signal_setJogParams, &SerialComDev::slot_setJogParams, OPERATION_TYPE_JOG_PARAMS);
+    connectParameters(&SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams, OPERATION_TYPE_LOOP_PARAMS);
+    connectParameters(&SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams, OPERATION_TYPE_LOOP_PARAMS);
     connectCommand(&SerialComDev::signal_setMotorConfig, &SerialComDev::slot_setMotorConfig);
     // A stop waits only for the call in flight; on a slow link the polls would stand in front of it.
     connect(
@@ -298,8 +298,8 @@ SerialComDev::SerialComDev()
             m_polls.endRound();
         },
         Qt::DirectConnection);
-    connectCommand(&SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp);
-    connectCommand(&SerialComDev::signal_setPosConpenEnable, &SerialComDev::slot_setPosConpenEnable);
+    connectParameters(&SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp, OPERATION_TYPE_LOOP_PARAMS);
+    connectParameters(&SerialComDev::signal_setPosConpenEnable, &SerialComDev::slot_setPosConpenEnable);
 }
 
 void SerialComDev::runBehind(std::function<void()> step)
@@ -342,6 +342,17 @@ void SerialComDev::connectCommand(Signal signal, Slot slot)
     connect(this, signal, this, [this] { --m_iCommandsWaiting; });
     connect(
         this, signal, this, [this] { m_polls.endRound(); }, Qt::DirectConnection);
+}
+
+/** As connectCommand(), unless somebody else has the axis. */
+template <typename... Values>
+void SerialComDev::connectParameters(
+    void (SerialComDev::*signal)(int, Values...), void (SerialComDev::*slot)(int, Values...), OperationType type)
+{
+    connectCommand(signal, [this, slot, type](int axis, Values... values) {
+        if (!isRefused(axis, type))
+            (this->*slot)(axis, values...);
+    });
 }
 
 void SerialComDev::requestPoll(const PollQueue::Poll &poll)
@@ -1008,15 +1019,123 @@ void SerialComDev::noteParametersWritten(int axis)
 }
 
 /**
- * Whether everything was stopped after a start was asked for. `stopsBefore` is how often that had happened when it was
+ * Whether somebody else has the axis, or everything was stopped after a start was asked for. `stopsBefore` is how often that had happened when it was
  * asked for; without it (nobody asked through a request) the start is never cancelled. The caller holds the lock.
  */
 bool SerialComDev::isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text)
 {
-    if (!stopsBefore || *stopsBefore == m_uStopAlls)
+    if (!stopsBefore)
+        return false;
+    if (isRefused(axis, type))
+        return true;
+    if (*stopsBefore == m_uStopAlls)
         return false;
     emit signal_showOperationMsg(axis, OPERATION_STATE_CANCELLED, type, text);
     return true;
+}
+
+/** Whether the axis is reserved, which is told then. Of requests only: the holder's orders take another way. */
+bool SerialComDev::isRefused(int axis, OperationType type)
+{
+    if (axis < 0 || axis >= maxAxes || ((m_uReserved >> axis) & 1U) == 0)
+        return false;
+    emit signal_showOperationMsg(axis, OPERATION_STATE_CANCELLED, type, tr("该轴正由序列使用"));
+    return true;
+}
+
+void SerialComDev::reserve(const QVector<int> &axes)
+{
+    quint32 bits = 0;
+    for (const int axis : axes)
+        bits |= 1U << axis;
+    m_uReserved = bits;
+}
+
+int SerialComDev::obey(const LibraryLock &library, const AxisOrder &order)
+{
+    const double value = order.value;
+    int status = 0;
+    switch (order.kind) {
+    case AxisOrder::Speed:
+        status = library->setSpeed(m_iDeviceId, order.axis, value);
+        if (status >= 0)
+            updateAxisInfo(order.axis, [value](MotorDevInfo &info) { info.speed = value; });
+        break;
+    case AxisOrder::Target:
+        status = library->setTargetPos(m_iDeviceId, order.axis, value);
+        if (status >= 0)
+            updateAxisInfo(order.axis, [value](MotorDevInfo &info) { info.targetPos = value; });
+        break;
+    case AxisOrder::Move:
+        status = library->startMove(m_iDeviceId, order.axis);
+        noteCommand({order.axis, OPERATION_TYPE_MOVE, 0, MotionCommand::Holder, status});
+        break;
+    case AxisOrder::Home:
+        status = library->home(m_iDeviceId, order.axis);
+        noteCommand({order.axis, OPERATION_TYPE_HOME, 0, MotionCommand::Holder, status});
+        break;
+    }
+    return status;
+}
+
+void SerialComDev::carryOut(int ticket, const QVector<AxisOrder> &orders, std::function<bool()> areWanted)
+{
+    ++m_iCommandsWaiting;
+    QMetaObject::invokeMethod(
+        this,
+        [this, ticket, orders, areWanted = std::move(areWanted), stops = m_uStopAlls.load()] {
+            int axis = -1;
+            int status = 0;
+            bool isWanted = true;
+            for (const AxisOrder &order : orders) {
+                const LibraryLock library; // for each call: a stop waits for one at most
+                isWanted = areWanted() && stops == m_uStopAlls && m_iDeviceId != 0 && !m_bLeft;
+                if (!isWanted)
+                    break;
+                axis = order.axis;
+                status = obey(library, order);
+                if (status < 0)
+                    break;
+            }
+            --m_iCommandsWaiting;
+            if (isWanted)
+                emit signal_ordersDone(ticket, axis, status);
+        },
+        Qt::QueuedConnection);
+    m_polls.endRound();
+}
+
+void SerialComDev::watch(int ticket, const QVector<int> &axes)
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this, ticket, axes] {
+            for (const int axis : axes) {
+                if (m_iDeviceId == 0 || m_bLeft)
+                    return;
+                MotorStageState state = {};
+                double position = 0;
+                int status = 0;
+                {
+                    const LibraryLock library;
+                    status = library->getRuningState(m_iDeviceId, axis, &state);
+                    if (status >= 0)
+                        m_feed.tell([&](AnswerListener &listener, AnswerListener::Time at) {
+                            listener.stateAnswered(axis, state, at);
+                        });
+                }
+                if (status >= 0) {
+                    const LibraryLock library;
+                    status = readPosition(library, axis, &position);
+                }
+                if (status < 0)
+                    m_feed.tell([axis](AnswerListener &listener, AnswerListener::Time at) {
+                        listener.pollFailed(axis, at);
+                    });
+                emit signal_axisWatched(ticket, axis, status, state, position);
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void SerialComDev::slot_stopMotor(int Axis)

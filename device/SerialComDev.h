@@ -63,6 +63,14 @@ enum MoveCode {
     MOVE_CODE_CIRCLE_NEGATIVE = 9,
 };
 
+/** One library call of whoever has the axis reserved. */
+struct AxisOrder {
+    enum Kind { Speed, Target, Move, Home };
+    Kind kind;
+    int axis;
+    double value = 0; // speed or target, in the axis's unit
+};
+
 /**
  * The command worker: the one object through which the user interface reaches the motion library. A process-wide
  * singleton in a thread of its own.
@@ -205,6 +213,23 @@ public:
     /** The next answers to polls of the axis count as changed: somebody new listens. */
     void announceAnew(int axis);
 
+    /**
+     * Reserves axes for one holder, in place of those that were: requests of others to start them or to set their
+     * parameters are answered with OPERATION_STATE_CANCELLED. Stops always work. None gives them back. Any thread.
+     */
+    void reserve(const QVector<int> &axes);
+    /**
+     * For the holder: carries out the orders one after the other, ahead of the polls, and answers with
+     * signal_ordersDone(). Once they are not wanted any more, which is asked with the library lock, or all is stopped,
+     * no further one reaches the library, and there is no answer. Any thread.
+     */
+    void carryOut(int ticket, const QVector<AxisOrder> &orders, std::function<bool()> areWanted);
+    /**
+     * For the holder: asks each axis for its state and then for its position. Answered by signal_axisWatched() for
+     * each; beside it only listeners to answers() hear of them. Any thread.
+     */
+    void watch(int ticket, const QVector<int> &axes);
+
 signals:
     // Requests, to be emitted by the GUI.
     void signal_getCurrentPos(int ID);
@@ -243,6 +268,10 @@ signals:
      * Outcome of an operation on axis ID. state: OperationState. type: OperationType. msg: already translated.
      */
     void signal_showOperationMsg(int ID, int state, int type, QString msg);
+    /** `status`: of the last order that reached the library, for `axis`; below 0 it was refused, and none followed. */
+    void signal_ordersDone(int ticket, int axis, int status);
+    /** `status` below 0: the axis could not be asked. */
+    void signal_axisWatched(int ticket, int axis, int status, MotorStageState state, double position);
 
 public slots:
     // Run in the worker thread through the requests above.
@@ -275,6 +304,8 @@ private:
     bool accepted(int result, int axis, OperationType failureType, const QString &failure);
     void report(const MotionCommand &command, const QString &text);
     bool isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text);
+    bool isRefused(int axis, OperationType type);
+    int obey(const LibraryLock &library, const AxisOrder &order);
     void start(int axis, int mode, std::optional<quint32> stopsBefore);
     void home(int axis, std::optional<quint32> stopsBefore);
     void sendStops();
@@ -292,6 +323,10 @@ private:
     void capture(quint32 generation);
     template <typename Signal, typename Slot>
     void connectCommand(Signal signal, Slot slot);
+    template <typename... Values>
+    void connectParameters(
+        void (SerialComDev::*signal)(int, Values...), void (SerialComDev::*slot)(int, Values...),
+        OperationType type = OPERATION_TYPE_GENERAL);
     template <typename Change>
     void updateAxisInfo(int axis, Change change);
 
@@ -301,6 +336,7 @@ private:
     std::atomic<bool> m_bRockerOn{false};
     std::atomic<quint32> m_uStopAlls{0}; // how often all was stopped; starts requested before do nothing
     std::atomic<int> m_iStoppingAll{0};
+    std::atomic<quint32> m_uReserved{0}; // a bit for each axis
     std::atomic<int> m_iStopsWaiting{0}; // on their way to the worker
     std::atomic<int> m_iCommandsWaiting{0};
     std::atomic<quint32> m_uStopRound{0}; // the last round of polls before the last of them

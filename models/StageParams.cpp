@@ -75,6 +75,7 @@ MotorParams toMotorParams(const MoverDevParam &stage)
 
 AxisDescription describe(int index, const QString &modelName, const MoverDevParam &stage)
 {
+    const double pulse = stage.pulseOneCircle > 0 ? double(stage.dispOneCircle) / double(stage.pulseOneCircle) : 0;
     return {
         index,
         modelName,
@@ -84,5 +85,6 @@ AxisDescription describe(int index, const QString &modelName, const MoverDevPara
         stage.maxSpeed,
         stage.maxAcc,
         stage.maxRockerSpeed,
-        double(stage.restoreSpeed)};
+        double(stage.restoreSpeed),
+        pulse};
 }

@@ -9,6 +9,7 @@ QString unitOf(int stageType)
 
 AxisDescription describe(int index, const QString &modelName, const MotorParams &stage)
 {
-    return {index,          modelName,    unitOf(stage.moveType), stage.minPos,      stage.maxPos,
-            stage.maxSpeed, stage.maxAcc, stage.maxRockerSpeed,   stage.restoreSpeed};
+    const double pulse = stage.pulseOneCircle > 0 ? stage.dispOneCircle / stage.pulseOneCircle : 0;
+    return {index,          modelName,    unitOf(stage.moveType), stage.minPos,       stage.maxPos,
+            stage.maxSpeed, stage.maxAcc, stage.maxRockerSpeed,   stage.restoreSpeed, pulse};
 }

@@ -25,6 +25,7 @@ struct AxisDescription {
     double maxAcceleration = 0;
     double maxRockerSpeed = 0;
     double homingSpeed = 0; // 0 when it is not known
+    double pulse = 0;       // length of one pulse of the motor; 0 when it is not known
     /** The origin flag of its state is whether it is homed, whoever homed it, and goes when the position is lost. */
     bool tellsHoming = false;
 

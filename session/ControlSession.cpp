@@ -7,6 +7,7 @@
 #include "device/SerialComDev.h"
 #include "session/MoveWatchdog.h"
 #include "session/Recorder.h"
+#include "session/SequenceRunner.h"
 
 #include <QWeakPointer>
 
@@ -77,12 +78,14 @@ ControlSession::ControlSession()
     m_worker->answers().add(this);
     m_worker->answers().add(m_recorder.get());
     m_worker->answers().add(m_watchdog.get());
+    m_sequences = std::make_unique<SequenceRunner>(this);
     if (isConnected())
         m_recorder->begin(m_sSerialNumber);
 }
 
 ControlSession::~ControlSession()
 {
+    m_sequences.reset();
     m_worker->answers().remove(m_recorder.get());
     m_worker->answers().remove(m_watchdog.get());
     m_worker->answers().remove(this);
@@ -153,6 +156,7 @@ int ControlSession::connectTo(const Controller &controller)
 
 bool ControlSession::disconnectController()
 {
+    m_sequences->abort(SequenceEnd::Disconnected); // its stops go ahead of the close
     if (!m_worker->tryClose(disconnectLimitMs))
         return false;
     m_iDeviceId = 0;
@@ -163,6 +167,7 @@ bool ControlSession::disconnectController()
 
 void ControlSession::leave(int limitMs)
 {
+    m_sequences->abort(SequenceEnd::Quit);
     m_worker->closeAtExit(limitMs);
 }
 

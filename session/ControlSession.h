@@ -15,6 +15,7 @@
 class MotionLibrary;
 class MoveWatchdog;
 class Recorder;
+class SequenceRunner;
 class SerialComDev;
 
 /**
@@ -128,6 +129,8 @@ public:
     Recorder &recorder() const { return *m_recorder; }
     /** Tells of motions that should be over, and of axes that should move. */
     const MoveWatchdog &watchdog() const { return *m_watchdog; }
+    /** Runs sequences, one at a time. */
+    SequenceRunner &sequences() const { return *m_sequences; }
 
 signals:
     void stateChanged();
@@ -150,6 +153,7 @@ private:
     const QSharedPointer<SerialComDev> m_worker;
     const std::unique_ptr<Recorder> m_recorder;
     const std::unique_ptr<MoveWatchdog> m_watchdog;
+    std::unique_ptr<SequenceRunner> m_sequences;
     bool m_bConnecting = false; // the worker knows whether a controller is open
     State m_told;
     int m_iDeviceId = 0;

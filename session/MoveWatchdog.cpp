@@ -2,6 +2,7 @@
 #include "session/MoveWatchdog.h"
 
 #include "device/SerialComDev.h"
+#include "session/MotionTime.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,13 +13,6 @@ constexpr double slack = 1.5;
 constexpr double patience = 2;          // s
 constexpr double leastDistance = 0.002; // in the stage's unit: less may be less than a step of the motor
 constexpr int leastAnswers = 3;         // of an axis that stands, before it counts as not moving
-
-/** From standstill to standstill, s. */
-double timeOf(double distance, double speed, double acceleration)
-{
-    return distance < speed * speed / acceleration ? 2 * std::sqrt(distance / acceleration)
-                                                   : distance / speed + speed / acceleration;
-}
 
 /** The lower of two limits, of which the second one may not be known (0). */
 double within(double value, double limit)
@@ -99,7 +93,7 @@ std::optional<MoveWatchdog::Motion> MoveWatchdog::plan(const Axis &axis, const M
     }
     if (!(speed > 0) || !(acceleration > 0) || runs < 1 || !(motion.distance >= 0))
         return std::nullopt;
-    motion.seconds = runs * timeOf(motion.distance, speed, acceleration) + dwell;
+    motion.seconds = runs * MotionTime::of(motion.distance, speed, acceleration) + dwell;
     if (command.type == OPERATION_TYPE_HOME) // one that stands at its origin has nowhere to go
         motion.distance = std::abs(*axis.position);
     return motion;

@@ -105,7 +105,7 @@ QString boardWords(const RecorderEvent &event)
 
 QString commandWords(const RecorderEvent &event)
 {
-    static constexpr const char *sources[] = {"panel", "console", "stop all"};
+    static constexpr const char *sources[] = {"panel", "console", "stop all", "sequence"};
     const char *sign = event.direction > 0 ? " +" : event.direction < 0 ? " -" : "";
     return QStringLiteral("%1%2 (%3)")
         .arg(QLatin1String(wordOf(event.type)), QLatin1String(sign), QLatin1String(sources[event.source]));

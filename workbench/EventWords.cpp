@@ -51,6 +51,8 @@ QString commandWords(const RecorderEvent &event, const QString &axis)
             return QCoreApplication::translate("EventWords", "%1（控制台）").arg(text);
         case MotionCommand::StopAll:
             return QCoreApplication::translate("EventWords", "%1（全部停止）").arg(text);
+        case MotionCommand::Holder:
+            return QCoreApplication::translate("EventWords", "%1（序列）").arg(text);
         }
     }
     return axis;
