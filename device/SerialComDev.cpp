@@ -1037,7 +1037,7 @@ bool SerialComDev::isCancelled(std::optional<quint32> stopsBefore, int axis, Ope
 /** Whether the axis is reserved, which is told then. Of requests only: the holder's orders take another way. */
 bool SerialComDev::isRefused(int axis, OperationType type)
 {
-    if (axis < 0 || axis >= maxAxes || ((m_uReserved >> axis) & 1U) == 0)
+    if (!isReserved(axis))
         return false;
     emit signal_showOperationMsg(axis, OPERATION_STATE_CANCELLED, type, tr("该轴正由序列使用"));
     return true;

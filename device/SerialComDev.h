@@ -218,6 +218,7 @@ public:
      * parameters are answered with OPERATION_STATE_CANCELLED. Stops always work. None gives them back. Any thread.
      */
     void reserve(const QVector<int> &axes);
+    bool isReserved(int axis) const { return axis >= 0 && axis < 32 && ((m_uReserved >> axis) & 1U) != 0; }
     /**
      * For the holder: carries out the orders one after the other, ahead of the polls, and answers with
      * signal_ordersDone(). Once they are not wanted any more, which is asked with the library lock, or all is stopped,
