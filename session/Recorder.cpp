@@ -2,6 +2,7 @@
 #include "session/Recorder.h"
 
 #include "device/SerialComDev.h"
+#include "session/BoardFailures.h"
 
 #include <QDateTime>
 
@@ -238,13 +239,13 @@ void Recorder::commandAnswered(const MotionCommand &command, Time at)
     axis.toldAt = axis.track.last().position;
 }
 
-/** Of what a board says by itself, that something went wrong. A lost link is known from the polls. */
 void Recorder::messageHeard(const MoverMessage &message, Time at)
 {
-    using namespace moverMessages;
-    static constexpr int failures[] = {LimitHit, HomingFailed, BoardAlarm,    PositionLost, BoardLocked,
-                                       OnHold,   Astray,       OutsideTravel, WireStop};
-    if (!m_isRecording || std::find(std::begin(failures), std::end(failures), message.code) == std::end(failures))
+    const bool isFailure =
+        std::any_of(std::begin(boardFailures), std::end(boardFailures), [&message](const BoardFailure &failure) {
+            return failure.code == message.code;
+        });
+    if (!m_isRecording || !isFailure)
         return;
     RecorderEvent event;
     event.us = usOf(at);

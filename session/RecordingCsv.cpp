@@ -2,6 +2,7 @@
 #include "session/RecordingCsv.h"
 
 #include "device/SerialComDev.h"
+#include "session/BoardFailures.h"
 
 #include <QDateTime>
 #include <QSaveFile>
@@ -57,50 +58,22 @@ private:
     QByteArray m_tail;
 };
 
-const char *wordOf(int type)
-{
-    switch (type) {
-    case OPERATION_TYPE_MOVE:
-        return "move";
-    case OPERATION_TYPE_DRIVE:
-        return "drive";
-    case OPERATION_TYPE_JOG:
-        return "jog";
-    case OPERATION_TYPE_LOOP:
-        return "loop";
-    case OPERATION_TYPE_HOME:
-        return "home";
-    case OPERATION_TYPE_STOP:
-        return "stop";
-    default:
-        return "command";
-    }
-}
+struct Word {
+    int code;
+    const char *text;
+};
 
-QString boardWords(const RecorderEvent &event)
+constexpr Word commands[] = {
+    {OPERATION_TYPE_MOVE, "move"}, {OPERATION_TYPE_DRIVE, "drive"}, {OPERATION_TYPE_JOG, "jog"},
+    {OPERATION_TYPE_LOOP, "loop"}, {OPERATION_TYPE_HOME, "home"},   {OPERATION_TYPE_STOP, "stop"},
+};
+
+template <typename Row, std::size_t Count>
+QString wordOf(const Row (&rows)[Count], int code, const char *otherwise)
 {
-    switch (event.status) {
-    case moverMessages::LimitHit:
-        return QStringLiteral("limit switch hit, position lost");
-    case moverMessages::HomingFailed:
-        return QStringLiteral("homing failed, position lost");
-    case moverMessages::BoardAlarm:
-        return QStringLiteral("board alarm %1").arg(event.value);
-    case moverMessages::PositionLost:
-        return QStringLiteral("board started again, position lost");
-    case moverMessages::BoardLocked:
-        return QStringLiteral("board locked");
-    case moverMessages::OnHold:
-        return QStringLiteral("board on hold");
-    case moverMessages::Astray:
-        return QStringLiteral("axis astray");
-    case moverMessages::OutsideTravel:
-        return QStringLiteral("target outside the travel");
-    case moverMessages::WireStop:
-        return QStringLiteral("too much wire trouble");
-    default:
-        return QStringLiteral("board message %1").arg(event.status);
-    }
+    const auto *const row =
+        std::find_if(std::begin(rows), std::end(rows), [code](const Row &each) { return each.code == code; });
+    return QLatin1String(row == std::end(rows) ? otherwise : row->text);
 }
 
 QString commandWords(const RecorderEvent &event)
@@ -108,7 +81,7 @@ QString commandWords(const RecorderEvent &event)
     static constexpr const char *sources[] = {"panel", "console", "stop all", "sequence"};
     const char *sign = event.direction > 0 ? " +" : event.direction < 0 ? " -" : "";
     return QStringLiteral("%1%2 (%3)")
-        .arg(QLatin1String(wordOf(event.type)), QLatin1String(sign), QLatin1String(sources[event.source]));
+        .arg(wordOf(commands, event.type, "command"), QLatin1String(sign), QLatin1String(sources[event.source]));
 }
 
 } // namespace
@@ -146,7 +119,8 @@ QString RecordingCsv::words(const RecorderEvent &event)
         break;
     case RecorderEvent::Failure:
         if (event.type == RecorderEvent::BoardMessage)
-            text = boardWords(event);
+            text = wordOf(boardFailures, event.status, "board message %1")
+                   .replace(QLatin1String("%1"), QString::number(event.value));
         else if (event.type != RecorderEvent::OptoFault)
             text = QStringLiteral("refused %1: %2").arg(event.status).arg(commandWords(event));
         else

@@ -13,7 +13,6 @@
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QRegularExpression>
-#include <QScopeGuard>
 #include <QSemaphore>
 
 #include <csignal>
@@ -160,6 +159,41 @@ ParameterSnapshot snapshotAt(int minute)
     return snapshot;
 }
 
+/** A disk of a few pages, with a file that takes them up. */
+class SmallDisk final
+{
+public:
+    SmallDisk()
+        : m_isThere(mount("tmpfs", QFile::encodeName(m_folder.path()), "tmpfs", 0, "size=128k") == 0)
+    {
+    }
+    ~SmallDisk()
+    {
+        if (m_isThere)
+            umount2(QFile::encodeName(m_folder.path()), MNT_DETACH);
+    }
+    bool isThere() const { return m_isThere; }
+    QString filePath(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
+    /** But for `free` pages. */
+    bool fill(int free) const
+    {
+        constexpr int page = 4096;
+        QFile filler(filePath("filler"));
+        if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+            return false;
+        while (filler.write(QByteArray(page, 'x')) == page) {
+        }
+        return filler.resize(filler.size() - page * free);
+    }
+    bool empty() const { return QFile::remove(filePath("filler")); }
+
+private:
+    Q_DISABLE_COPY(SmallDisk)
+
+    const QTemporaryDir m_folder;
+    const bool m_isThere;
+};
+
 } // namespace
 
 class tst_Files : public QObject
@@ -178,7 +212,6 @@ private slots:
     void aKillAtAnySystemCallLosesNoSetting_data();
     void aKillAtAnySystemCallLosesNoSetting();
     void aFullDiskLosesNoSetting();
-    void aFullDiskLosesNoController();
     void aFullDiskLosesNoFile_data();
     void aFullDiskLosesNoFile();
 };
@@ -433,57 +466,24 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting()
 
 void tst_Files::aFullDiskLosesNoSetting()
 {
-    const QTemporaryDir folder;
-    const QByteArray mountPoint = QFile::encodeName(folder.path());
-    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=64k") != 0)
+    const SmallDisk disk;
+    if (!disk.isThere())
         QSKIP("a disk cannot be mounted here; what a file that cannot grow does is tested with the settings");
-    const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
-
-    const QString program = folder.filePath(QStringLiteral("program"));
+    const QString program = disk.filePath("program");
     QVERIFY(QDir().mkpath(program));
-    const LanguageStore store(program, folder.filePath(QStringLiteral("user")));
+    const LanguageStore store(program, disk.filePath("user"));
     store.save(1);
     for (int free = 0; free < 3; ++free) { // pages that are left
-        QFile filler(folder.filePath(QStringLiteral("filler")));
-        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        while (filler.write(QByteArray(4096, 'x')) == 4096) {
-        }
-        QVERIFY(filler.resize(filler.size() - 4096 * free));
-        filler.close();
+        QVERIFY(disk.fill(free));
         store.save(0);
         const QByteArray found = read(program + QStringLiteral("/appConfig.ini"));
         QVERIFY2(found == "[language]\ntype=1\n" || found == "[language]\ntype=0\n", found.constData());
         QCOMPARE(found.contains("type=1"), free == 0);
         store.save(1);
-        QVERIFY(QFile::remove(filler.fileName()));
+        QVERIFY(disk.empty());
         store.save(1);
         QCOMPARE(store.load(), 1);
     }
-}
-
-void tst_Files::aFullDiskLosesNoController()
-{
-    const QTemporaryDir folder;
-    const QByteArray mountPoint = QFile::encodeName(folder.path());
-    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=64k") != 0)
-        QSKIP("a disk cannot be mounted here");
-    const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
-    const QString path = folder.filePath(QStringLiteral("controllers.json"));
-    ControllersFile file(path);
-    file.put({0, QStringLiteral("bench"), QStringLiteral("/dev/none"), {{QStringLiteral("X"), {}}}});
-    QVERIFY(file.save());
-    const QByteArray before = read(path);
-    QFile filler(folder.filePath(QStringLiteral("filler")));
-    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    while (filler.write(QByteArray(4096, 'x')) == 4096) {
-    }
-    filler.close();
-    file.remove(2001);
-    QVERIFY(!file.save());
-    QCOMPARE(read(path), before);
-    QVERIFY(QFile::remove(filler.fileName()));
-    QVERIFY(file.save());
-    QVERIFY(ControllersFile(path).boards().isEmpty());
 }
 
 void tst_Files::aFullDiskLosesNoFile_data()
@@ -496,6 +496,12 @@ void tst_Files::aFullDiskLosesNoFile_data()
             snapshots.append(snapshotAt(100 * value + k));
         return ParameterStore(folder).add(snapshots);
     });
+    QTest::newRow("controllers") << "controllers.json" << TrySave([](const QString &folder, int value) {
+        ControllersFile file(folder + QStringLiteral("/controllers.json"));
+        for (int board = 0; board < 100; ++board)
+            file.put({0, QStringLiteral("bench %1").arg(100 * value + board), QStringLiteral("/dev/none"), {{QStringLiteral("X"), {}}}});
+        return file.save();
+    });
     QTest::newRow("recording") << "recording.csv" << TrySave(saveRecording);
     QTest::newRow("picture or archive") << "picture or archive" << TrySave(savePicture);
 }
@@ -505,28 +511,21 @@ void tst_Files::aFullDiskLosesNoFile()
 {
     QFETCH(QString, name);
     QFETCH(TrySave, save);
-    const QTemporaryDir disk;
-    const QByteArray mountPoint = QFile::encodeName(disk.path());
-    if (mount("tmpfs", mountPoint, "tmpfs", 0, "size=128k") != 0)
+    const SmallDisk disk;
+    if (!disk.isThere())
         QSKIP("a disk cannot be mounted here");
-    const auto clean = qScopeGuard([&mountPoint] { umount2(mountPoint, MNT_DETACH); });
-    const QString folder = disk.filePath(QStringLiteral("files"));
+    const QString folder = disk.filePath("files");
     QVERIFY(QDir().mkpath(folder));
     QVERIFY(save(folder, 1));
     const QString path = folder + QLatin1Char('/') + name;
     const QByteArray before = read(path);
     QVERIFY(before.size() > 2 * 4096);
     for (int free = 0; free < 2; ++free) { // pages that are left: none of it can be written, or its beginning
-        QFile filler(disk.filePath(QStringLiteral("filler")));
-        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        while (filler.write(QByteArray(4096, 'x')) == 4096) {
-        }
-        QVERIFY(filler.resize(filler.size() - 4096 * free));
-        filler.close();
+        QVERIFY(disk.fill(free));
         QVERIFY(!save(folder, 2));
         QVERIFY(read(path) == before);
         QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{name});
-        QVERIFY(filler.remove());
+        QVERIFY(disk.empty());
     }
     QVERIFY(save(folder, 2));
     QVERIFY(read(path) != before);
