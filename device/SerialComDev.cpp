@@ -243,8 +243,10 @@ SerialComDev::SerialComDev()
     connectParameters(&SerialComDev::signal_setRelativeDispParams, &SerialComDev::slot_setRelativeDispParams);
     connectParameters(&SerialComDev::signal_setAbsoluteDispParams, &SerialComDev::slot_setAbsoluteDispParams);
     connectParameters(&SerialComDev::signal_setJogParams, &SerialComDev::slot_setJogParams, OPERATION_TYPE_JOG_PARAMS);
-    connectParameters(&SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams, OPERATION_TYPE_LOOP_PARAMS);
-    connectParameters(&SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams, OPERATION_TYPE_LOOP_PARAMS);
+    connectParameters(
+        &SerialComDev::signal_setCircleParams, &SerialComDev::slot_setCircleParams, OPERATION_TYPE_LOOP_PARAMS);
+    connectParameters(
+        &SerialComDev::signal_setTriggerParams, &SerialComDev::slot_setTriggerParams, OPERATION_TYPE_LOOP_PARAMS);
     connectCommand(&SerialComDev::signal_setMotorConfig, &SerialComDev::slot_setMotorConfig);
     // A stop waits only for the call in flight; on a slow link the polls would stand in front of it.
     connect(
@@ -298,7 +300,8 @@ SerialComDev::SerialComDev()
             m_polls.endRound();
         },
         Qt::DirectConnection);
-    connectParameters(&SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp, OPERATION_TYPE_LOOP_PARAMS);
+    connectParameters(
+        &SerialComDev::signal_setTriggerInDisp, &SerialComDev::slot_setTriggerInDisp, OPERATION_TYPE_LOOP_PARAMS);
     connectParameters(&SerialComDev::signal_setPosConpenEnable, &SerialComDev::slot_setPosConpenEnable);
 }
 
@@ -1019,8 +1022,9 @@ void SerialComDev::noteParametersWritten(int axis)
 }
 
 /**
- * Whether somebody else has the axis, or everything was stopped after a start was asked for. `stopsBefore` is how often that had happened when it was
- * asked for; without it (nobody asked through a request) the start is never cancelled. The caller holds the lock.
+ * Whether somebody else has the axis, or everything was stopped after a start was asked for. `stopsBefore` is how often
+ * that had happened when it was asked for; without it (nobody asked through a request) the start is never cancelled.
+ * The caller holds the lock.
  */
 bool SerialComDev::isCancelled(std::optional<quint32> stopsBefore, int axis, OperationType type, const QString &text)
 {
@@ -1129,9 +1133,8 @@ void SerialComDev::watch(int ticket, const QVector<int> &axes)
                     status = readPosition(library, axis, &position);
                 }
                 if (status < 0)
-                    m_feed.tell([axis](AnswerListener &listener, AnswerListener::Time at) {
-                        listener.pollFailed(axis, at);
-                    });
+                    m_feed.tell(
+                        [axis](AnswerListener &listener, AnswerListener::Time at) { listener.pollFailed(axis, at); });
                 emit signal_axisWatched(ticket, axis, status, state, position);
             }
         },

@@ -120,7 +120,7 @@ QString RecordingCsv::words(const RecorderEvent &event)
     case RecorderEvent::Failure:
         if (event.type == RecorderEvent::BoardMessage)
             text = wordOf(boardFailures, event.status, "board message %1")
-                   .replace(QLatin1String("%1"), QString::number(event.value));
+                       .replace(QLatin1String("%1"), QString::number(event.value));
         else if (event.type != RecorderEvent::OptoFault)
             text = QStringLiteral("refused %1: %2").arg(event.status).arg(commandWords(event));
         else

@@ -44,7 +44,7 @@ struct Column {
     int field;
     const char *name;
 };
-constexpr Column columns[] = {{Axis, "axis"},   {Value, "value"}, {Speed, "speed"},   {Delay, "wait"},
+constexpr Column columns[] = {{Axis, "axis"}, {Value, "value"}, {Speed, "speed"}, {Delay, "wait"},
                               {Text, "text"}, {Passes, "from"}, {Passes, "count"}};
 constexpr int columnCount = 1 + int(sizeof(columns) / sizeof(*columns)); // behind the kind
 
@@ -101,9 +101,8 @@ QMap<QString, QString> toTexts(const SequenceStep &step)
 
 bool fromTexts(const QString &word, const QMap<QString, QString> &texts, int line, SequenceStep *step, Fault *fault)
 {
-    const auto *const kind = std::find_if(std::begin(kinds), std::end(kinds), [&word](const KindRow &row) {
-        return word == QLatin1String(row.word);
-    });
+    const auto *const kind = std::find_if(
+        std::begin(kinds), std::end(kinds), [&word](const KindRow &row) { return word == QLatin1String(row.word); });
     if (kind == std::end(kinds))
         return refuse(fault, Fault::Step, line);
     *step = {};
@@ -262,11 +261,12 @@ QByteArray SequenceFiles::toJson(const SequenceDocument &document)
         }
         steps.append(object);
     }
-    return QJsonDocument(QJsonObject{{QStringLiteral("format"), QStringLiteral("mover sequence")},
-                                     {QStringLiteral("version"), version},
-                                     {QStringLiteral("name"), document.sequence.name},
-                                     {QStringLiteral("positions"), positions},
-                                     {QStringLiteral("steps"), steps}})
+    return QJsonDocument(QJsonObject{
+                             {QStringLiteral("format"), QStringLiteral("mover sequence")},
+                             {QStringLiteral("version"), version},
+                             {QStringLiteral("name"), document.sequence.name},
+                             {QStringLiteral("positions"), positions},
+                             {QStringLiteral("steps"), steps}})
         .toJson();
 }
 
@@ -316,8 +316,7 @@ std::optional<SequenceDocument> SequenceFiles::fromJson(const QByteArray &text, 
         for (auto field = object.constBegin(); field != object.constEnd(); ++field)
             texts.insert(field.key(), field->isDouble() ? number(field->toDouble()) : field->toString());
         SequenceStep step;
-        if (!fromTexts(
-                texts.value(QStringLiteral("step")), texts, document.sequence.steps.size() + 1, &step, fault))
+        if (!fromTexts(texts.value(QStringLiteral("step")), texts, document.sequence.steps.size() + 1, &step, fault))
             return std::nullopt;
         document.sequence.steps.append(step);
     }

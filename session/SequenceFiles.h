@@ -40,8 +40,8 @@ struct SequenceFileFault {
 };
 
 /**
- * Positions, sequences and reports as text; docs/sequences.md describes it. Numbers have a point, whatever the language.
- * Nothing is taken from a text that has a fault. Any thread.
+ * Positions, sequences and reports as text; docs/sequences.md describes it. Numbers have a point, whatever the
+ * language. Nothing is taken from a text that has a fault. Any thread.
  */
 namespace SequenceFiles {
 
@@ -63,8 +63,8 @@ QByteArray recordsToCsv(const Sequence &sequence, const QVector<SequenceRecord> 
 } // namespace SequenceFiles
 
 /**
- * Keeps a document for each controller, by its serial number, in a folder. Of several programs the first one writes, the
- * others only read. One thread.
+ * Keeps a document for each controller, by its serial number, in a folder. Of several programs the first one writes,
+ * the others only read. One thread.
  */
 class SequenceStore final
 {

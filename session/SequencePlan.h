@@ -23,19 +23,19 @@ struct SequenceSetting {
 /** Why a line cannot be run. */
 struct SequenceFault {
     enum Kind {
-        NoPosition,   ///< there is none of that name
+        NoPosition,    ///< there is none of that name
         EmptyPosition, ///< it has no axis
-        NoAxis,       ///< `axis` is not there
-        NotEnabled,   ///< the power stage of `axis` is off
-        Moves,        ///< `axis` is doing something else
-        BeyondTravel, ///< `axis` would go to `value`
-        Speed,        ///< `value` is not above 0 or above the stage's
-        Time,         ///< a wait is below 0, or longer than a day
+        NoAxis,        ///< `axis` is not there
+        NotEnabled,    ///< the power stage of `axis` is off
+        Moves,         ///< `axis` is doing something else
+        BeyondTravel,  ///< `axis` would go to `value`
+        Speed,         ///< `value` is not above 0 or above the stage's
+        Time,          ///< a wait is below 0, or longer than a day
         NoNumber,
-        From,         ///< the line to repeat from is not above this one
-        Crossing,     ///< the lines to repeat begin within other repeated lines and end outside
-        Count,        ///< not from 1 to MostPasses
-        TooDeep,      ///< more than MostNested repeats within each other
+        From,     ///< the line to repeat from is not above this one
+        Crossing, ///< the lines to repeat begin within other repeated lines and end outside
+        Count,    ///< not from 1 to MostPasses
+        TooDeep,  ///< more than MostNested repeats within each other
     };
     int line;
     Kind kind;

@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 constexpr auto askEvery = 20ms;
 constexpr auto lookEvery = 100ms;
-constexpr qint64 comesToRestMs = 300;  // a motion may stop for a moment, to take up backlash
+constexpr qint64 comesToRestMs = 300; // a motion may stop for a moment, to take up backlash
 constexpr qint64 beginsToMoveMs = 2500;
 constexpr double leastTolerance = 0.001; // in the axis's unit
 constexpr double pulseTolerance = 1.5;
@@ -260,8 +260,7 @@ void SequenceRunner::move(const QMap<int, double> &targets, double speed)
         orders.append({AxisOrder::Target, axis, target.value()});
         m_secondsOfStep = std::max(
             m_secondsOfStep,
-            SequencePlan::secondsOf(
-                setting, std::abs(target.value() - m_places.value(axis)), m_speeds.value(axis)));
+            SequencePlan::secondsOf(setting, std::abs(target.value() - m_places.value(axis)), m_speeds.value(axis)));
         expect(axis, target.value(), false);
     }
     for (auto target = targets.cbegin(); target != targets.cend(); ++target)
@@ -322,9 +321,9 @@ void SequenceRunner::slot_axisWatched(int ticket, int axis, int status, MotorSta
         return;
     const auto moving = m_moving.find(axis);
     if (status >= 0 && moving != m_moving.end()) {
-        const bool isThere = moving->homes ? state.isHome != 0
-                                           : std::abs(position - moving->target) <=
-                                                 toleranceOf(m_setting.axes[axis].description);
+        const bool isThere = moving->homes
+                                 ? state.isHome != 0
+                                 : std::abs(position - moving->target) <= toleranceOf(m_setting.axes[axis].description);
         moving->hasMoved = moving->hasMoved || state.isStop == 0 || position != moving->from;
         if (state.isStop == 0) {
             moving->off.invalidate();
@@ -335,12 +334,13 @@ void SequenceRunner::slot_axisWatched(int ticket, int axis, int status, MotorSta
         } else if (!moving->off.isValid()) {
             moving->off.start();
         } else {
-            const bool isAtLimit = moving->homes                       ? false
+            const bool isAtLimit = moving->homes                   ? false
                                    : moving->target > moving->from ? state.isRightLimit != 0
-                                                                       : state.isLeftLimit != 0;
+                                                                   : state.isLeftLimit != 0;
             if (moving->off.elapsed() >= (moving->hasMoved || isAtLimit ? comesToRestMs : beginsToMoveMs)) {
                 m_record.reached.insert(axis, position);
-                end({isAtLimit           ? SequenceEnd::Limit
+                end(
+                    {isAtLimit           ? SequenceEnd::Limit
                      : !moving->hasMoved ? SequenceEnd::DoesNotMove
                      : moving->homes     ? SequenceEnd::NotHomed
                                          : SequenceEnd::OffTarget,
@@ -402,9 +402,8 @@ void SequenceRunner::advance()
     for (++m_line; m_line < m_sequence.steps.size(); ++m_line) {
         if (m_sequence.steps.at(m_line).kind != SequenceStep::Repeat)
             return;
-        auto *const loop = std::find_if(m_loops.begin(), m_loops.end(), [this](const Loop &each) {
-            return each.last == m_line;
-        });
+        auto *const loop =
+            std::find_if(m_loops.begin(), m_loops.end(), [this](const Loop &each) { return each.last == m_line; });
         if (loop->pass < loop->count) {
             ++loop->pass;
             m_line = loop->from;
@@ -429,8 +428,7 @@ QPair<int, int> SequenceRunner::pass() const
 
 double SequenceRunner::secondsLeft() const
 {
-    const double ofStep =
-        isActive() ? std::min(m_secondsOfStep, double(m_sinceBegin.elapsed()) / 1000) : 0;
+    const double ofStep = isActive() ? std::min(m_secondsOfStep, double(m_sinceBegin.elapsed()) / 1000) : 0;
     return std::max(0.0, m_plan.seconds - m_secondsDone - ofStep);
 }
 

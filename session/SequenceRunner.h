@@ -189,20 +189,20 @@ private:
     QVector<Loop> m_loops; // those around narrower ones first
     int m_line = -1;
     bool m_canResume = false;
-    bool m_pauses = false;          // after this step
-    QMap<int, double> m_places;     // where the steps so far have sent the axes
-    QMap<int, double> m_speeds;     // as they have been set
-    QMap<int, Moving> m_moving;     // axes whose motion is not over
-    QMap<int, double> m_targets;    // where those are sent whose motion is
-    int m_ticket = 0;               // answers to another are out of date
-    double m_secondsDone = 0;       // of the plan
+    bool m_pauses = false;       // after this step
+    QMap<int, double> m_places;  // where the steps so far have sent the axes
+    QMap<int, double> m_speeds;  // as they have been set
+    QMap<int, Moving> m_moving;  // axes whose motion is not over
+    QMap<int, double> m_targets; // where those are sent whose motion is
+    int m_ticket = 0;            // answers to another are out of date
+    double m_secondsDone = 0;    // of the plan
     double m_secondsOfStep = 0;
-    QElapsedTimer m_sinceBegin;     // of the step
+    QElapsedTimer m_sinceBegin; // of the step
     SequenceRecord m_record;
     QVector<SequenceRecord> m_records;
     SequenceEnd m_end;
-    QTimer m_next;  // asks the axes that move, or ends a wait
-    QTimer m_looks; // for what is not told
+    QTimer m_next;      // asks the axes that move, or ends a wait
+    QTimer m_looks;     // for what is not told
     int m_iAwaited = 0; // answers of axes that were asked
     QElapsedTimer m_sinceAsked;
     int m_iRun = 0;

@@ -933,6 +933,10 @@ The serial number does not tell it apart: the board has to stay in this socket.<
         <source>%1 秒后恢复连接</source>
         <translation>Link back after %1 s</translation>
     </message>
+    <message>
+        <source>%1（序列）</source>
+        <translation>%1 (sequence)</translation>
+    </message>
 </context>
 <context>
     <name>FirstMoveWidget</name>
@@ -2260,6 +2264,10 @@ is correctly connected!</translation>
     <message>
         <source>电机复位</source>
         <translation>Motor reset</translation>
+    </message>
+    <message>
+        <source>该轴正由序列使用</source>
+        <translation>The axis is in use by a sequence</translation>
     </message>
 </context>
 <context>

@@ -6,6 +6,7 @@
 #include "session/ParameterStore.h"
 #include "session/Recorder.h"
 #include "session/RecordingCsv.h"
+#include "session/SequenceFiles.h"
 #include "session/SmallFile.h"
 #include "settings/LanguageStore.h"
 
@@ -157,6 +158,14 @@ ParameterSnapshot snapshotAt(int minute)
     snapshot.controller = QStringLiteral("SIM");
     snapshot.params = MotorParams{};
     return snapshot;
+}
+
+bool saveSequence(const QString &folder, int value)
+{
+    SequenceDocument document;
+    for (int k = 0; k < 200; ++k)
+        document.positions.append({QString::number(k), {{0, value}}});
+    return SequenceStore(folder).save(QStringLiteral("SIM"), document);
 }
 
 /** A disk of a few pages, with a file that takes them up. */
@@ -411,6 +420,8 @@ void tst_Files::aKillAtAnySystemCallLosesNoSetting_data()
     QTest::newRow("recording") << "recording.csv" << recording;
     const Save picture = [](const QString &folder, int value) { savePicture(folder, value); };
     QTest::newRow("picture or archive") << "picture or archive" << picture;
+    const Save sequence = [](const QString &folder, int value) { saveSequence(folder, value); };
+    QTest::newRow("positions and steps") << "SIM.json" << sequence;
 }
 
 /** Every system call of a save is one after which the process may be gone. */
@@ -499,11 +510,16 @@ void tst_Files::aFullDiskLosesNoFile_data()
     QTest::newRow("controllers") << "controllers.json" << TrySave([](const QString &folder, int value) {
         ControllersFile file(folder + QStringLiteral("/controllers.json"));
         for (int board = 0; board < 100; ++board)
-            file.put({0, QStringLiteral("bench %1").arg(100 * value + board), QStringLiteral("/dev/none"), {{QStringLiteral("X"), {}}}});
+            file.put(
+                {0,
+                 QStringLiteral("bench %1").arg(100 * value + board),
+                 QStringLiteral("/dev/none"),
+                 {{QStringLiteral("X"), {}}}});
         return file.save();
     });
     QTest::newRow("recording") << "recording.csv" << TrySave(saveRecording);
     QTest::newRow("picture or archive") << "picture or archive" << TrySave(savePicture);
+    QTest::newRow("positions and steps") << "SIM.json" << TrySave(saveSequence);
 }
 
 /** It is refused, and what was there stays, with nothing beside it. */

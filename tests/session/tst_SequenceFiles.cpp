@@ -16,7 +16,8 @@ using Step = SequenceStep;
 SequenceDocument document()
 {
     SequenceDocument document;
-    document.positions = {{QStringLiteral("Load, \"left\""), {{0, 0.125}, {2, -3}}}, {QStringLiteral("样品"), {{1, 90}}}};
+    document.positions = {
+        {QStringLiteral("Load, \"left\""), {{0, 0.125}, {2, -3}}}, {QStringLiteral("样品"), {{1, 90}}}};
     document.sequence.name = QStringLiteral("Turn and measure");
     const auto step = [](Step::Kind kind, int axis, double value, double speed, double wait, const QString &text) {
         Step step;
@@ -57,16 +58,18 @@ private slots:
         const SequenceDocument written = document();
         Fault fault;
         QCOMPARE(*SequenceFiles::fromJson(SequenceFiles::toJson(written), &fault), written);
-        QCOMPARE(*SequenceFiles::stepsFromCsv(SequenceFiles::stepsToCsv(written.sequence), &fault),
-                 written.sequence.steps);
-        QCOMPARE(*SequenceFiles::positionsFromCsv(SequenceFiles::positionsToCsv(written.positions), &fault),
-                 written.positions);
+        QCOMPARE(
+            *SequenceFiles::stepsFromCsv(SequenceFiles::stepsToCsv(written.sequence), &fault), written.sequence.steps);
+        QCOMPARE(
+            *SequenceFiles::positionsFromCsv(SequenceFiles::positionsToCsv(written.positions), &fault),
+            written.positions);
         QCOMPARE(int(fault.kind), int(Fault::None));
     }
     void readsWhatASpreadsheetWrites()
     {
         Fault fault;
-        const auto positions = SequenceFiles::positionsFromCsv("\xEF\xBB\xBFname,Axis2,Axis1\n\"A\", 1.5 ,\n\n B ,,2\n", &fault);
+        const auto positions =
+            SequenceFiles::positionsFromCsv("\xEF\xBB\xBFname,Axis2,Axis1\n\"A\", 1.5 ,\n\n B ,,2\n", &fault);
         QVERIFY(positions);
         QCOMPARE(*positions, (Positions{{QStringLiteral("A"), {{1, 1.5}}}, {QStringLiteral("B"), {{0, 2}}}}));
     }
@@ -77,10 +80,12 @@ private slots:
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<int>("kind");
         QTest::addColumn<int>("line");
-        const auto json = [](const char *name, const QByteArray &positions, const QByteArray &steps, Fault::Kind kind, int line) {
+        const auto json = [](const char *name, const QByteArray &positions, const QByteArray &steps, Fault::Kind kind,
+                             int line) {
             QTest::newRow(name) << 0
-                                << QByteArray("{\"format\":\"mover sequence\",\"version\":1,\"positions\":[" + positions +
-                                              "],\"steps\":[" + steps + "]}")
+                                << QByteArray(
+                                       "{\"format\":\"mover sequence\",\"version\":1,\"positions\":[" + positions +
+                                       "],\"steps\":[" + steps + "]}")
                                 << int(kind) << line;
         };
         const auto csv = [](const char *name, int format, const QByteArray &lines, Fault::Kind kind, int line) {
@@ -89,7 +94,8 @@ private slots:
         };
         QTest::newRow("JSON: nothing") << 0 << QByteArray() << int(Fault::NotSuchFile) << 1;
         QTest::newRow("JSON: cut") << 0 << QByteArray("{\n\"format\":\n") << int(Fault::NotSuchFile) << 3;
-        QTest::newRow("JSON: something else") << 0 << QByteArray("{\"format\":\"other\"}") << int(Fault::NotSuchFile) << 0;
+        QTest::newRow("JSON: something else")
+            << 0 << QByteArray("{\"format\":\"other\"}") << int(Fault::NotSuchFile) << 0;
         QTest::newRow("JSON: newer") << 0 << QByteArray("{\"format\":\"mover sequence\",\"version\":2}")
                                      << int(Fault::Newer) << 0;
         json("JSON: unknown step", "", R"({"step":"wait","value":1},{"step":"dance"})", Fault::Step, 2);
@@ -136,8 +142,9 @@ private slots:
     void bearsAnything()
     {
         std::mt19937 random(1);
-        const QByteArray texts[] = {SequenceFiles::toJson(document()), SequenceFiles::stepsToCsv(document().sequence),
-                                    SequenceFiles::positionsToCsv(document().positions)};
+        const QByteArray texts[] = {
+            SequenceFiles::toJson(document()), SequenceFiles::stepsToCsv(document().sequence),
+            SequenceFiles::positionsToCsv(document().positions)};
         for (int k = 0; k < 3000; ++k) {
             QByteArray text = texts[k % 3];
             for (unsigned change = 0; change < 1 + random() % 4; ++change)

@@ -64,8 +64,11 @@ Step goTo(const QString &name)
     return step;
 }
 
-const Positions places{{QStringLiteral("A"), {{0, 50}, {1, 60}}}, {QStringLiteral("none"), {}},
-                       {QStringLiteral("far"), {{0, 50}, {1, 160}}}, {QStringLiteral("other"), {{5, 1}}}};
+const Positions places{
+    {QStringLiteral("A"), {{0, 50}, {1, 60}}},
+    {QStringLiteral("none"), {}},
+    {QStringLiteral("far"), {{0, 50}, {1, 160}}},
+    {QStringLiteral("other"), {{5, 1}}}};
 
 /** Every pass, one after the other. */
 struct Naive {
@@ -171,8 +174,10 @@ private slots:
         row("repeats from nowhere", {fine, repeat(-1, 2)}, 1, Fault::From);
         row("no pass", {fine, repeat(0, 0)}, 1, Fault::Count);
         row("repeats begin inside and end outside", {fine, fine, repeat(0, 2), fine, repeat(1, 2)}, 4, Fault::Crossing);
-        row("too deep", {pause, repeat(0, 2), repeat(0, 2), repeat(0, 2), repeat(0, 2), repeat(0, 2), repeat(0, 2),
-                         repeat(0, 2), repeat(0, 2), repeat(0, 2)}, 9, Fault::TooDeep);
+        row("too deep",
+            {pause, repeat(0, 2), repeat(0, 2), repeat(0, 2), repeat(0, 2), repeat(0, 2), repeat(0, 2), repeat(0, 2),
+             repeat(0, 2), repeat(0, 2)},
+            9, Fault::TooDeep);
     }
     void marksALineThatCannotBeRun()
     {
@@ -201,8 +206,8 @@ private slots:
         SequenceSetting now = setting();
         now.axes[1].isEnabled = isEnabled;
         now.axes[1].isMoving = isMoving;
-        const SequencePlan plan = SequencePlan::of(
-            {QString(), {step(Step::MoveBy, 0, 1), goTo(QStringLiteral("A"))}}, places, now);
+        const SequencePlan plan =
+            SequencePlan::of({QString(), {step(Step::MoveBy, 0, 1), goTo(QStringLiteral("A"))}}, places, now);
         QCOMPARE(plan.faults.size(), 1);
         QCOMPARE(plan.faults.first().line, 1);
         QCOMPARE(plan.faults.first().axis, 1);
@@ -227,8 +232,9 @@ private slots:
     void tellsTimeAndExtent()
     {
         const SequencePlan plan = SequencePlan::of(
-            {QString(), {step(Step::Home, 0, 0), step(Step::MoveBy, 0, 30, 20, 0.5), goTo(QStringLiteral("A")),
-                         step(Step::Wait, 0, 2)}},
+            {QString(),
+             {step(Step::Home, 0, 0), step(Step::MoveBy, 0, 30, 20, 0.5), goTo(QStringLiteral("A")),
+              step(Step::Wait, 0, 2)}},
             places, setting());
         QCOMPARE(plan.faults.size(), 0);
         QCOMPARE(plan.axes, (QSet<int>{0, 1}));

@@ -67,7 +67,9 @@ private slots:
         m_messages.clear();
         connect(
             SerialComDev::instance().data(), &SerialComDev::signal_showOperationMsg, this,
-            [this](int axis, int state, int, const QString &) { m_messages.append({axis, state}); });
+            [this](int axis, int state, int, const QString &) {
+                m_messages.append({axis, state});
+            });
         simulator::clearJournal();
     }
     void cleanup()
@@ -81,9 +83,9 @@ private slots:
 
     void runsEachKindOfStep()
     {
-        QVERIFY(run({step(Step::Home, Step::AllAxes, 0), goTo(QStringLiteral("Load")), step(Step::SetSpeed, 0, 4),
-                     step(Step::MoveBy, 0, 2.5), step(Step::MoveTo, 1, -3, 2), step(Step::MoveBy, 0, -0.5),
-                     repeat(5, 3)}));
+        QVERIFY(run(
+            {step(Step::Home, Step::AllAxes, 0), goTo(QStringLiteral("Load")), step(Step::SetSpeed, 0, 4),
+             step(Step::MoveBy, 0, 2.5), step(Step::MoveTo, 1, -3, 2), step(Step::MoveBy, 0, -0.5), repeat(5, 3)}));
         passUntilOver();
         QCOMPARE(runner().lastEnd().reason, End::Finished);
         QCOMPARE(position(0), 6.);
@@ -288,20 +290,50 @@ private slots:
         MotorStageState state = {};
         state.isStop = state.isEnable = state.isCanRun = 1;
         switch (what) {
-        case 0: runner().stop(); break;
-        case 1: emit worker->signal_stopMotor(0); break;
-        case 2: emit worker->signal_stopMotor(2); break;
-        case 3: m_session->stopAll(); break;
-        case 4: worker->noteCommand({0, OPERATION_TYPE_JOG, 1, MotionCommand::Console, 0}); break;
-        case 5: state.isRightLimit = 1; simulator::setState(device, 0, state); break;
-        case 6: simulator::setState(device, 0, state); break;
-        case 8: simulator::loseLink(device); break;
-        case 9: QVERIFY(m_session->disconnectController()); break;
-        case 10: runner().abort(End::PanelClosed, 1); QVERIFY(runner().isActive()); runner().abort(End::PanelClosed, 2); break;
-        case 11: driveByJoystick(); break;
-        case 12: worker->noteParametersWritten(0); break;
-        case 13: m_session->leave(5000); break;
-        default: break;
+        case 0:
+            runner().stop();
+            break;
+        case 1:
+            emit worker->signal_stopMotor(0);
+            break;
+        case 2:
+            emit worker->signal_stopMotor(2);
+            break;
+        case 3:
+            m_session->stopAll();
+            break;
+        case 4:
+            worker->noteCommand({0, OPERATION_TYPE_JOG, 1, MotionCommand::Console, 0});
+            break;
+        case 5:
+            state.isRightLimit = 1;
+            simulator::setState(device, 0, state);
+            break;
+        case 6:
+            simulator::setState(device, 0, state);
+            break;
+        case 8:
+            simulator::loseLink(device);
+            break;
+        case 9:
+            QVERIFY(m_session->disconnectController());
+            break;
+        case 10:
+            runner().abort(End::PanelClosed, 1);
+            QVERIFY(runner().isActive());
+            runner().abort(End::PanelClosed, 2);
+            break;
+        case 11:
+            driveByJoystick();
+            break;
+        case 12:
+            worker->noteParametersWritten(0);
+            break;
+        case 13:
+            m_session->leave(5000);
+            break;
+        default:
+            break;
         }
         QTRY_VERIFY(!runner().isActive());
         const SequenceEnd end = runner().lastEnd();
@@ -310,7 +342,9 @@ private slots:
         QCOMPARE(end.line, 0);
         // Its axes were stopped; nothing else is started, and nothing goes on by itself.
         if (what != 8)
-            QTRY_VERIFY(calls().contains(QStringLiteral("stopRuning(1001, 0)")) && calls().contains(QStringLiteral("stopRuning(1001, 2)")));
+            QTRY_VERIFY(
+                calls().contains(QStringLiteral("stopRuning(1001, 0)")) &&
+                calls().contains(QStringLiteral("stopRuning(1001, 2)")));
         simulator::setState(device, 0, std::nullopt);
         simulator::advance(60);
         QTest::qWait(100);
@@ -385,8 +419,9 @@ private slots:
         for (int round = 0; round < 25; ++round) {
             QVector<Step> steps;
             for (int k = 0; k < 6; ++k)
-                steps.append(below(4) == 0 ? step(Step::Home, below(3), 0)
-                                           : step(Step::MoveTo, below(3), below(9), 0, below(2) * 0.01));
+                steps.append(
+                    below(4) == 0 ? step(Step::Home, below(3), 0)
+                                  : step(Step::MoveTo, below(3), below(9), 0, below(2) * 0.01));
             steps.append(repeat(below(5), 2));
             SerialComDev::instance()->setRockerEnable(0);
             simulator::clearJournal();
@@ -440,10 +475,7 @@ private:
         const LibraryLock library;
         return library->getCurrentPos(device, axis, &status);
     }
-    static bool isReserved(int axis)
-    {
-        return SerialComDev::instance()->isReserved(axis);
-    }
+    static bool isReserved(int axis) { return SerialComDev::instance()->isReserved(axis); }
     static void driveByJoystick()
     {
         simulator::setJoystick(device, true);
