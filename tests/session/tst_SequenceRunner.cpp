@@ -5,6 +5,8 @@
 #include "session/SequenceRunner.h"
 #include "shell/Scenario.h"
 
+#include <QFile>
+
 #include <cmath>
 #include <functional>
 #include <random>
@@ -43,6 +45,13 @@ Step repeat(int from, int count)
     step.from = from;
     step.count = count;
     return step;
+}
+
+/** Of this process. */
+qint64 residentKiB()
+{
+    QFile file(QStringLiteral("/proc/self/statm"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').at(1).toLongLong() * 4 : 0;
 }
 
 const Positions places{{QStringLiteral("Load"), {{0, 5}, {1, 7}, {2, 3}}}};
@@ -409,6 +418,23 @@ private slots:
         runner().rewind();
         QCOMPARE(runner().resumeLine(), -1);
         QVERIFY(!runner().resume());
+    }
+
+    /** A thousand steps, of which most find their axis where it is to be. The report is all that grows. */
+    void aLongSequenceNeedsNoMoreMemory()
+    {
+        qint64 before = 0;
+        for (int round = 0; round < 2; ++round) {
+            QVERIFY(run({step(Step::MoveTo, 0, round), step(Step::MoveTo, 1, 0), repeat(0, 500)}));
+            passUntil([this] { return runner().line() > 0 || !runner().isActive(); });
+            QTRY_VERIFY_WITH_TIMEOUT(!runner().isActive(), 240000);
+            QCOMPARE(runner().lastEnd().reason, End::Finished);
+            QCOMPARE(runner().records().size(), 1000);
+            simulator::clearJournal();
+            if (round == 0)
+                before = residentKiB();
+        }
+        QVERIFY2(residentKiB() < before + 1024, QByteArray::number(residentKiB() - before));
     }
 
     /** Whatever goes wrong at whatever step: afterwards no axis moves, and the report is true. */
