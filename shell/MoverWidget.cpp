@@ -26,6 +26,7 @@
 #include "widgets/MessageBox.h"
 #include "workbench/HistoryWidget.h"
 #include "workbench/RecorderView.h"
+#include "workbench/SequenceWidget.h"
 #include "workbench/WorkbenchWidget.h"
 
 #include "ui_MoverWidget.h"
@@ -519,6 +520,7 @@ void MoverWidget::openWorkbench()
     if (!m_workbench) {
         m_workbench = std::make_unique<WorkbenchWidget>();
         m_workbench->addPage(new RecorderView);
+        m_workbench->addPage(new SequenceWidget);
         m_workbench->addPage(new HistoryWidget);
         m_workbench->setLogs([this] { return logs(); });
         Dialogs::centreOn(m_workbench.get(), this);

@@ -42,7 +42,7 @@ private slots:
         QVERIFY(bench() && bench()->isVisible());
         QCOMPARE(bench()->size(), QSize(1200, 760));
         QVERIFY(!bench()->isModal());
-        QCOMPARE(bench()->findChild<QTabBar *>(QStringLiteral("tabBar"))->tabText(1), QStringLiteral("参数历史"));
+        QCOMPARE(bench()->findChild<QTabBar *>(QStringLiteral("tabBar"))->tabText(2), QStringLiteral("参数历史"));
         const QWidget *first = bench();
         QTest::keyClick(bench(), Qt::Key_Escape);
         QVERIFY(!bench()->isVisible());
@@ -86,7 +86,7 @@ private slots:
         options->setLanguage(1);
         QTRY_COMPARE(bench()->windowTitle(), QStringLiteral("Workbench"));
         QTRY_COMPARE(
-            bench()->findChild<QTabBar *>(QStringLiteral("tabBar"))->tabText(1), QStringLiteral("Parameter history"));
+            bench()->findChild<QTabBar *>(QStringLiteral("tabBar"))->tabText(2), QStringLiteral("Parameter history"));
         options->setLanguage(0);
         QTRY_COMPARE(bench()->windowTitle(), QStringLiteral("工作台"));
     }

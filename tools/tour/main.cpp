@@ -655,7 +655,7 @@ private:
                 if (!file.open(QIODevice::WriteOnly) || file.write("{\"format\":") < 0)
                     qFatal("There is no place for a damaged file");
                 file.close();
-                inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(1); });
+                inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(2); });
             },
             [&] { return status->isVisible() && status->text().contains(word("已损坏", "damaged")); });
         m_guide.step(
