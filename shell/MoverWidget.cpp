@@ -12,6 +12,7 @@
 #include "session/IncidentFiles.h"
 #include "session/MoveWatchdog.h"
 #include "session/Recorder.h"
+#include "session/SequenceRunner.h"
 #include "settings/OptionsWidget.h"
 #include "shell/ConnectionWidget.h"
 #include "shell/HelpWidget.h"
@@ -26,11 +27,13 @@
 #include "widgets/MessageBox.h"
 #include "workbench/HistoryWidget.h"
 #include "workbench/RecorderView.h"
+#include "workbench/SequenceTexts.h"
 #include "workbench/SequenceWidget.h"
 #include "workbench/WorkbenchWidget.h"
 
 #include "ui_MoverWidget.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDebug>
@@ -38,6 +41,7 @@
 #include <QPointer>
 #include <QShortcut>
 #include <QStyle>
+#include <QSystemTrayIcon>
 
 #include <algorithm>
 
@@ -128,6 +132,12 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(&m_stopAllPatience, &QTimer::timeout, this, &MoverWidget::showStopAll);
     connect(ui->pushButton_stopAll, &QPushButton::clicked, this, &MoverWidget::stopAll);
     connect(&m_session->watchdog(), &MoveWatchdog::signal_moveOverdue, this, &MoverWidget::showOverdue);
+    connect(&m_session->sequences(), &SequenceRunner::signal_ended, this, &MoverWidget::sequenceEnded);
+    connect(&m_session->sequences(), &SequenceRunner::signal_stateChanged, this, [this] {
+        if (m_session->sequences().isActive())
+            clearNotice();
+    });
+    connect(ui->pushButton_notice, &QPushButton::clicked, this, &MoverWidget::clearNotice);
     connect(ui->pushButton_workbench, &QPushButton::clicked, this, &MoverWidget::openWorkbench);
     auto *const workbenchKey = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_B), this);
     workbenchKey->setContext(Qt::ApplicationShortcut);
@@ -353,6 +363,7 @@ void MoverWidget::slot_controlWidgetClosed(QString name)
         return;
     // Looked up after the question: the panel may be gone by then.
     if (MoverControlWidget *panel = m_board->find(name)) {
+        m_session->sequences().abort(SequenceEnd::PanelClosed, panel->axis().description().index);
         m_tabs->remove(name);
         m_board->remove(panel);
         showStopAll();
@@ -528,6 +539,34 @@ void MoverWidget::openWorkbench()
     m_workbench->open();
 }
 
+/** Tells of it whoever is not looking. A run without a name is the workbench's own affair. */
+void MoverWidget::sequenceEnded(const SequenceEnd &end)
+{
+    const QString name = m_session->sequences().sequence().name;
+    if (m_bClosing || name.isEmpty() || end.reason == SequenceEnd::Stopped)
+        return;
+    const QString text = SequenceTexts::ended(name, end);
+    ui->pushButton_notice->setProperty("failed", end.isFailure());
+    ui->pushButton_notice->style()->unpolish(ui->pushButton_notice);
+    ui->pushButton_notice->style()->polish(ui->pushButton_notice);
+    ui->pushButton_notice->setText(text);
+    ui->pushButton_notice->setToolTip(text); // it may be cut
+    ui->pushButton_notice->show();
+    QApplication::alert(this);
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        return;
+    m_tray = std::make_unique<QSystemTrayIcon>(windowIcon());
+    m_tray->show();
+    m_tray->showMessage(
+        tr("工作台"), text, end.isFailure() ? QSystemTrayIcon::Warning : QSystemTrayIcon::Information);
+}
+
+void MoverWidget::clearNotice()
+{
+    ui->pushButton_notice->hide();
+    m_tray.reset();
+}
+
 void MoverWidget::on_pushButton_showMin_clicked()
 {
     showMinimized();
@@ -550,7 +589,7 @@ void MoverWidget::on_pushButton_close_clicked()
     m_bClosing = true;
     m_console->close(); // before the device: it may hold the library
     if (m_workbench)
-        m_workbench->close();
+        m_workbench->hide(); // without a question: whatever runs ends
     qDebug() << "on_pushButton_close_clicked: close the device";
     {
         const BusyCursor busy;

@@ -23,8 +23,10 @@ class MoverControlWidget;
 class MyBorderContainer;
 class OptionsWidget;
 class PlaceholderWidget;
+class QSystemTrayIcon;
 class SerialPortChangeFilter;
 class WorkbenchWidget;
+struct SequenceEnd;
 
 namespace Ui {
 class MoverWidget;
@@ -93,6 +95,8 @@ private:
     void showOverdue(int axis, int finding, double expectedSeconds);
     QVector<Diagnostics::File> logs() const;
     void showHint();
+    void sequenceEnded(const SequenceEnd &end);
+    void clearNotice();
 
     std::unique_ptr<Ui::MoverWidget> ui;
     const QSharedPointer<ControlSession> m_session;
@@ -101,6 +105,7 @@ private:
     ConnectionWidget *m_connection = nullptr;
     std::unique_ptr<DebugWidget> m_console;       // a window of its own, without a parent
     std::unique_ptr<WorkbenchWidget> m_workbench; // the same, and only once it has been opened
+    std::unique_ptr<QSystemTrayIcon> m_tray;      // for a notice, where the desktop has a place for it
     std::unique_ptr<SerialPortChangeFilter> m_portWatcher;
     QTimer m_portCheck; // runs while a look for the port is pending
     OptionsWidget *m_options = nullptr;

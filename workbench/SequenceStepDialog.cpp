@@ -109,18 +109,34 @@ void SequenceStepDialog::showFields()
             ui->comboBox_axis->addItem(AxisDescription::nameOf(before.toInt()), before);
         ui->comboBox_axis->setCurrentIndex(std::max(0, ui->comboBox_axis->findData(before)));
     }
-    const auto show = [&](int field, QLabel *label, QWidget *widget) {
-        label->setVisible((fields[kind] & field) != 0);
-        widget->setVisible((fields[kind] & field) != 0);
+    // Laid out again with those that it has: a row that is hidden would leave its gap.
+    while (ui->formLayout->rowCount() > 0) {
+        const QFormLayout::TakeRowResult row = ui->formLayout->takeRow(0);
+        const std::unique_ptr<QLayoutItem> label(row.labelItem);
+        const std::unique_ptr<QLayoutItem> field(row.fieldItem);
+    }
+    const struct {
+        int field;
+        QLabel *label;
+        QWidget *widget;
+    } rows[] = {
+        {~0, ui->label_kind, ui->comboBox_kind},
+        {Position, ui->label_position, ui->comboBox_position},
+        {Axis, ui->label_axis, ui->comboBox_axis},
+        {Value, ui->label_value, ui->doubleSpinBox_value},
+        {Speed, ui->label_speed, ui->doubleSpinBox_speed},
+        {Delay, ui->label_wait, ui->doubleSpinBox_wait},
+        {Text, ui->label_text, ui->lineEdit_text},
+        {Passes, ui->label_from, ui->spinBox_from},
+        {Passes, ui->label_count, ui->spinBox_count},
     };
-    show(Position, ui->label_position, ui->comboBox_position);
-    show(Axis, ui->label_axis, ui->comboBox_axis);
-    show(Value, ui->label_value, ui->doubleSpinBox_value);
-    show(Speed, ui->label_speed, ui->doubleSpinBox_speed);
-    show(Delay, ui->label_wait, ui->doubleSpinBox_wait);
-    show(Text, ui->label_text, ui->lineEdit_text);
-    show(Passes, ui->label_from, ui->spinBox_from);
-    show(Passes, ui->label_count, ui->spinBox_count);
+    for (const auto &row : rows) {
+        const bool isShown = (fields[kind] & row.field) != 0;
+        row.label->setVisible(isShown);
+        row.widget->setVisible(isShown);
+        if (isShown)
+            ui->formLayout->addRow(row.label, row.widget);
+    }
     ui->label_value->setText(
         kind == SequenceStep::Wait       ? tr("时间")
         : kind == SequenceStep::MoveBy   ? tr("距离")

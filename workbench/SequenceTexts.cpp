@@ -204,6 +204,14 @@ QString SequenceTexts::end(const SequenceEnd &end)
     return fill(ends[end.reason], end.axis, end.value, status);
 }
 
+QString SequenceTexts::ended(const QString &name, const SequenceEnd &end)
+{
+    if (end.reason == SequenceEnd::Finished)
+        return QCoreApplication::translate("SequenceTexts", "序列“%1”已完成").arg(name);
+    return QCoreApplication::translate("SequenceTexts", "序列“%1”在第 %2 步结束：%3")
+        .arg(name, QString::number(end.line + 1), SequenceTexts::end(end));
+}
+
 QString SequenceTexts::fileFault(const SequenceFileFault &fault)
 {
     const QString reason = tr(fileFaults[fault.kind]);

@@ -28,6 +28,8 @@ QString wait(const SequenceStep &step);
 QString fault(const SequenceFault &fault);
 /** Why it is over, without its line. */
 QString end(const SequenceEnd &end);
+/** The same with the name of the sequence, and its line where it did not get to its end. */
+QString ended(const QString &name, const SequenceEnd &end);
 QString fileFault(const SequenceFileFault &fault);
 
 } // namespace SequenceTexts

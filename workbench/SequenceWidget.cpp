@@ -236,6 +236,9 @@ SequenceWidget::SequenceWidget(const QString &folder, QWidget *parent)
 
 SequenceWidget::~SequenceWidget()
 {
+    hide(); // while there is somebody to be told that the focus goes
+    for (const QTableView *table : {ui->tableView_positions, ui->tableView_steps})
+        table->selectionModel()->disconnect(this);
     saveNow();
 }
 
@@ -1032,13 +1035,9 @@ void SequenceWidget::ended(const SequenceEnd &end)
     m_progress.stop();
     m_seconds = double(m_since.elapsed()) / 1000;
     const bool isPosition = m_runs == Runs::Position;
-    QString text;
-    if (end.reason == SequenceEnd::Finished)
-        text = isPosition ? tr("已到达位置“%1”").arg(runName()) : tr("序列“%1”已完成").arg(runName());
-    else if (isPosition)
-        text = tr("未到达位置“%1”：%2").arg(runName(), SequenceTexts::end(end));
-    else
-        text = tr("序列“%1”在第 %2 步结束：%3").arg(runName()).arg(end.line + 1).arg(SequenceTexts::end(end));
+    const QString text = !isPosition                           ? SequenceTexts::ended(runName(), end)
+                         : end.reason == SequenceEnd::Finished ? tr("已到达位置“%1”").arg(runName())
+                                                               : tr("未到达位置“%1”：%2").arg(runName(), SequenceTexts::end(end));
     log(m_runner.plan().axes, end.isFailure() ? OPERATION_TYPE_WARNING : OPERATION_TYPE_GENERAL, text);
     if (isPosition)
         m_sNotice = text;
@@ -1048,7 +1047,9 @@ void SequenceWidget::ended(const SequenceEnd &end)
 
 void SequenceWidget::log(const QSet<int> &axes, int type, const QString &text)
 {
-    for (const int axis : axes)
+    QList<int> each = axes.values();
+    std::sort(each.begin(), each.end());
+    for (const int axis : qAsConst(each))
         emit SerialComDev::instance()->signal_showOperationMsg(axis, OPERATION_STATE_NONE, type, text);
 }
 
@@ -1133,7 +1134,7 @@ QString SequenceWidget::statusText() const
         const SequenceEnd &end = m_runner.lastEnd();
         if (end.reason == SequenceEnd::Finished)
             return tr("已完成 %1 步").arg(count);
-        const QString text = tr("停在%1。").arg(place(end.line));
+        const QString text = tr("停止：%1。").arg(place(end.line));
         return m_runner.resumeLine() >= 0 ? text + tr("运行会从这里继续。") : text;
     }
     if (m_store && m_store->isReadOnly())

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "workbench/WorkbenchWidget.h"
 
+#include "session/ControlSession.h"
+#include "session/SequenceRunner.h"
 #include "widgets/DialogKeys.h"
 #include "widgets/Dialogs.h"
 #include "widgets/Form.h"
@@ -8,6 +10,7 @@
 
 #include "ui_WorkbenchWidget.h"
 
+#include <QCloseEvent>
 #include <QDateTime>
 #include <QFileDialog>
 #include <QMouseEvent>
@@ -89,6 +92,22 @@ void WorkbenchWidget::on_pushButton_showMax_clicked()
 void WorkbenchWidget::on_pushButton_close_clicked()
 {
     close();
+}
+
+/** A sequence goes on without its window only if somebody wants that. */
+void WorkbenchWidget::closeEvent(QCloseEvent *event)
+{
+    SequenceRunner &sequences = ControlSession::instance()->sequences();
+    if (sequences.isActive()) {
+        const QPointer<WorkbenchWidget> alive(this);
+        const bool goesOn =
+            MessageBox::confirm(this, tr("序列正在运行。关闭窗口后让它继续运行吗？\n选择“取消”将停止序列。"));
+        if (!alive)
+            return;
+        if (!goesOn)
+            sequences.stop();
+    }
+    QWidget::closeEvent(event);
 }
 
 void WorkbenchWidget::changeEvent(QEvent *event)

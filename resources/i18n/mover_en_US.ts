@@ -1970,6 +1970,33 @@ is correctly connected!</translation>
     </message>
 </context>
 <context>
+    <name>PositionModel</name>
+    <message>
+        <source>取当前值</source>
+        <translation>Take current</translation>
+    </message>
+    <message>
+        <source>前往</source>
+        <translation>Go</translation>
+    </message>
+    <message>
+        <source>名称</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>位置的名称不能为空。</source>
+        <translation>A position needs a name.</translation>
+    </message>
+    <message>
+        <source>已有名为“%1”的位置。</source>
+        <translation>There is a position called “%1” already.</translation>
+    </message>
+    <message>
+        <source>“%1”不是数字。</source>
+        <translation>“%1” is not a number.</translation>
+    </message>
+</context>
+<context>
     <name>RecorderPlot</name>
     <message>
         <source>位置</source>
@@ -2141,6 +2168,662 @@ is correctly connected!</translation>
     <message>
         <source>SVG 图片</source>
         <translation>SVG picture</translation>
+    </message>
+</context>
+<context>
+    <name>ScanDialog</name>
+    <message>
+        <source>扫描</source>
+        <translation>Scan</translation>
+    </message>
+    <message>
+        <source>扫描轴</source>
+        <translation>Fast axis</translation>
+    </message>
+    <message>
+        <source>从</source>
+        <translation>From</translation>
+    </message>
+    <message>
+        <source>到</source>
+        <translation>To</translation>
+    </message>
+    <message>
+        <source>步距</source>
+        <translation>Step</translation>
+    </message>
+    <message>
+        <source>逐行扫描第二个轴</source>
+        <translation>Line by line along a second axis</translation>
+    </message>
+    <message>
+        <source>换行轴</source>
+        <translation>Slow axis</translation>
+    </message>
+    <message>
+        <source>来回扫描，不回到行首</source>
+        <translation>There and back, without a return</translation>
+    </message>
+    <message>
+        <source>每点等待</source>
+        <translation>Wait at each point</translation>
+    </message>
+    <message>
+        <source>取消</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>确认</source>
+        <translation>Confirm</translation>
+    </message>
+    <message>
+        <source>共 %1 步</source>
+        <translation>Steps: %1</translation>
+    </message>
+    <message>
+        <source>两个轴必须不同</source>
+        <translation>The two axes must differ</translation>
+    </message>
+    <message>
+        <source>步数太多，最多 %1 步</source>
+        <translation>Too many steps, at most %1</translation>
+    </message>
+</context>
+<context>
+    <name>SequenceStepDialog</name>
+    <message>
+        <source>步骤</source>
+        <translation>Step</translation>
+    </message>
+    <message>
+        <source>动作</source>
+        <translation>What</translation>
+    </message>
+    <message>
+        <source>位置</source>
+        <translation>Position</translation>
+    </message>
+    <message>
+        <source>轴</source>
+        <translation>Axis</translation>
+    </message>
+    <message>
+        <source>目标</source>
+        <translation>Target</translation>
+    </message>
+    <message>
+        <source>速度</source>
+        <translation>Speed</translation>
+    </message>
+    <message>
+        <source>按设定</source>
+        <translation>as set</translation>
+    </message>
+    <message>
+        <source>之后等待</source>
+        <translation>Wait afterwards</translation>
+    </message>
+    <message>
+        <source>给操作者的话</source>
+        <translation>Text for the operator</translation>
+    </message>
+    <message>
+        <source>从第几步起</source>
+        <translation>From step</translation>
+    </message>
+    <message>
+        <source>遍数</source>
+        <translation>Passes</translation>
+    </message>
+    <message>
+        <source>取消</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>确认</source>
+        <translation>Confirm</translation>
+    </message>
+    <message>
+        <source>移到位置</source>
+        <translation>Move to a position</translation>
+    </message>
+    <message>
+        <source>所有轴</source>
+        <translation>All axes</translation>
+    </message>
+    <message>
+        <source>时间</source>
+        <translation>Time</translation>
+    </message>
+    <message>
+        <source>距离</source>
+        <translation>Distance</translation>
+    </message>
+</context>
+<context>
+    <name>SequenceTexts</name>
+    <message>
+        <source>移到</source>
+        <translation>Move to</translation>
+    </message>
+    <message>
+        <source>移动</source>
+        <translation>Move by</translation>
+    </message>
+    <message>
+        <source>回零</source>
+        <translation>Home</translation>
+    </message>
+    <message>
+        <source>等待</source>
+        <translation>Wait</translation>
+    </message>
+    <message>
+        <source>询问</source>
+        <translation>Ask</translation>
+    </message>
+    <message>
+        <source>重复</source>
+        <translation>Repeat</translation>
+    </message>
+    <message>
+        <source>设定速度</source>
+        <translation>Set speed</translation>
+    </message>
+    <message>
+        <source>没有这个名称的位置</source>
+        <translation>There is no position of that name</translation>
+    </message>
+    <message>
+        <source>该位置没有任何轴</source>
+        <translation>The position has no axis</translation>
+    </message>
+    <message>
+        <source>%1 不存在</source>
+        <translation>%1 is not there</translation>
+    </message>
+    <message>
+        <source>%1 未使能</source>
+        <translation>%1 is not enabled</translation>
+    </message>
+    <message>
+        <source>%1 正在运动</source>
+        <translation>%1 is moving</translation>
+    </message>
+    <message>
+        <source>%1 将移到 %2，超出行程</source>
+        <translation>%1 would go to %2, beyond its travel</translation>
+    </message>
+    <message>
+        <source>%1 的速度必须大于 0，且不超过位移台的最高速度</source>
+        <translation>The speed of %1 must be above 0 and not above that of its stage</translation>
+    </message>
+    <message>
+        <source>等待时间必须在 0 到 24 小时之间</source>
+        <translation>A wait must be from 0 to 24 hours</translation>
+    </message>
+    <message>
+        <source>%1 的目标不是数字</source>
+        <translation>The target of %1 is not a number</translation>
+    </message>
+    <message>
+        <source>重复的起始行必须在这一行之前</source>
+        <translation>The step to repeat from must be above this one</translation>
+    </message>
+    <message>
+        <source>重复的行与另一处重复交叉</source>
+        <translation>The repeated steps cross those of another repeat</translation>
+    </message>
+    <message>
+        <source>重复次数必须在 1 到 1000000 之间</source>
+        <translation>The passes must be from 1 to 1000000</translation>
+    </message>
+    <message>
+        <source>重复最多嵌套 8 层</source>
+        <translation>At most 8 repeats can stand within each other</translation>
+    </message>
+    <message>
+        <source>已完成</source>
+        <translation>Finished</translation>
+    </message>
+    <message>
+        <source>已停止</source>
+        <translation>Stopped</translation>
+    </message>
+    <message>
+        <source>%1 被面板停止</source>
+        <translation>%1 was stopped on its panel</translation>
+    </message>
+    <message>
+        <source>已全部停止</source>
+        <translation>Everything was stopped</translation>
+    </message>
+    <message>
+        <source>%1 被控制台启动</source>
+        <translation>%1 was started by the console</translation>
+    </message>
+    <message>
+        <source>%1 的参数被改写</source>
+        <translation>The parameters of %1 were changed</translation>
+    </message>
+    <message>
+        <source>%1 拒绝执行：%3</source>
+        <translation>%1 refused: %3</translation>
+    </message>
+    <message>
+        <source>%1 在 %2 处到达限位</source>
+        <translation>%1 reached a limit at %2</translation>
+    </message>
+    <message>
+        <source>%1 停在 %2，未到达目标</source>
+        <translation>%1 stands at %2, not at its target</translation>
+    </message>
+    <message>
+        <source>%1 停在 %2，未完成回零</source>
+        <translation>%1 stands at %2 and is not homed</translation>
+    </message>
+    <message>
+        <source>%1 没有动</source>
+        <translation>%1 did not move</translation>
+    </message>
+    <message>
+        <source>%1 没有应答</source>
+        <translation>%1 no longer answers</translation>
+    </message>
+    <message>
+        <source>控制器已断开</source>
+        <translation>The controller was disconnected</translation>
+    </message>
+    <message>
+        <source>%1 的面板已关闭</source>
+        <translation>The panel of %1 was closed</translation>
+    </message>
+    <message>
+        <source>摇杆接管了各轴</source>
+        <translation>The joystick took the axes</translation>
+    </message>
+    <message>
+        <source>程序已退出</source>
+        <translation>The program was closed</translation>
+    </message>
+    <message>
+        <source>文件无法读取，或者太大</source>
+        <translation>The file cannot be read, or is too large</translation>
+    </message>
+    <message>
+        <source>文件不是所需的类型</source>
+        <translation>This is a file of another kind</translation>
+    </message>
+    <message>
+        <source>文件由较新版本的程序写成</source>
+        <translation>The file is from a later version of the program</translation>
+    </message>
+    <message>
+        <source>列数不对</source>
+        <translation>wrong number of columns</translation>
+    </message>
+    <message>
+        <source>未知的步骤</source>
+        <translation>a step that is not known</translation>
+    </message>
+    <message>
+        <source>数字不对</source>
+        <translation>no number, or one that cannot be</translation>
+    </message>
+    <message>
+        <source>没有这个轴</source>
+        <translation>there is no such axis</translation>
+    </message>
+    <message>
+        <source>位置的名称为空或重复</source>
+        <translation>a position without a name, or one that is there twice</translation>
+    </message>
+    <message>
+        <source>行数太多</source>
+        <translation>too many lines</translation>
+    </message>
+    <message>
+        <source>所有轴</source>
+        <translation>all axes</translation>
+    </message>
+    <message>
+        <source>%1 小时 %2 分</source>
+        <translation>%1 h %2 min</translation>
+    </message>
+    <message>
+        <source>%1 分 %2 秒</source>
+        <translation>%1 min %2 s</translation>
+    </message>
+    <message>
+        <source>%1 秒</source>
+        <translation>%1 s</translation>
+    </message>
+    <message>
+        <source>从第 %1 步起，共 %2 遍</source>
+        <translation>from %1, %2 times</translation>
+    </message>
+    <message>
+        <source>按设定</source>
+        <translation>as set</translation>
+    </message>
+    <message>
+        <source>序列“%1”已完成</source>
+        <translation>Sequence “%1” finished</translation>
+    </message>
+    <message>
+        <source>序列“%1”在第 %2 步结束：%3</source>
+        <translation>Sequence “%1” ended at step %2: %3</translation>
+    </message>
+    <message>
+        <source>第 %1 行：%2</source>
+        <translation>Line %1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>SequenceWidget</name>
+    <message>
+        <source>位置与序列</source>
+        <translation>Positions and sequence</translation>
+    </message>
+    <message>
+        <source>位置</source>
+        <translation>Positions</translation>
+    </message>
+    <message>
+        <source>添加位置：各轴的当前位置</source>
+        <translation>Add a position: where the axes stand now</translation>
+    </message>
+    <message>
+        <source>删除所选的位置</source>
+        <translation>Delete the selected positions</translation>
+    </message>
+    <message>
+        <source>导入</source>
+        <translation>Import</translation>
+    </message>
+    <message>
+        <source>导出</source>
+        <translation>Export</translation>
+    </message>
+    <message>
+        <source>还没有位置。点“+”把各轴的当前位置存为一个位置。</source>
+        <translation>No positions yet. + keeps where the axes stand now.</translation>
+    </message>
+    <message>
+        <source>步骤</source>
+        <translation>Steps</translation>
+    </message>
+    <message>
+        <source>序列的名称</source>
+        <translation>Name of the sequence</translation>
+    </message>
+    <message>
+        <source>名称</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>检查并试算，轴不会动</source>
+        <translation>Check and dry run: nothing moves</translation>
+    </message>
+    <message>
+        <source>添加步骤</source>
+        <translation>Add steps</translation>
+    </message>
+    <message>
+        <source>上移（Alt+↑）</source>
+        <translation>Up (Alt+↑)</translation>
+    </message>
+    <message>
+        <source>下移（Alt+↓）</source>
+        <translation>Down (Alt+↓)</translation>
+    </message>
+    <message>
+        <source>删除所选的步骤</source>
+        <translation>Delete the selected steps</translation>
+    </message>
+    <message>
+        <source>还没有步骤。点“+”添加一步，或者用扫描生成。</source>
+        <translation>No steps yet. + adds a step, or those of a scan.</translation>
+    </message>
+    <message>
+        <source>运行</source>
+        <translation>Run</translation>
+    </message>
+    <message>
+        <source>暂停</source>
+        <translation>Pause</translation>
+    </message>
+    <message>
+        <source>这一步结束后暂停</source>
+        <translation>Pauses after this step</translation>
+    </message>
+    <message>
+        <source>单步</source>
+        <translation>Step</translation>
+    </message>
+    <message>
+        <source>只运行一步</source>
+        <translation>Runs one step</translation>
+    </message>
+    <message>
+        <source>停止</source>
+        <translation>Stop</translation>
+    </message>
+    <message>
+        <source>回到开头</source>
+        <translation>Back to start</translation>
+    </message>
+    <message>
+        <source>保存的文件已损坏，已另存保留：%1</source>
+        <translation>The saved file was damaged; it is kept as %1</translation>
+    </message>
+    <message>
+        <source>位置和序列未能写入磁盘，稍后会再试。</source>
+        <translation>The positions and the sequence could not be saved. It will be tried again.</translation>
+    </message>
+    <message>
+        <source>%1 没有应答，当前位置未知。</source>
+        <translation>%1 does not answer: its position is not known.</translation>
+    </message>
+    <message>
+        <source>位置 %1</source>
+        <translation>Position %1</translation>
+    </message>
+    <message>
+        <source>仍然前往吗？</source>
+        <translation>Go anyway?</translation>
+    </message>
+    <message>
+        <source>位置不可靠，仍然前往</source>
+        <translation>Position in doubt, gone anyway</translation>
+    </message>
+    <message>
+        <source>已导入 %1 个位置，同名的已替换。</source>
+        <translation>%1 positions imported; those of the same name were replaced.</translation>
+    </message>
+    <message>
+        <source>一个序列最多 %1 步。</source>
+        <translation>A sequence has at most %1 steps.</translation>
+    </message>
+    <message>
+        <source>没有可用的轴。</source>
+        <translation>There is no axis.</translation>
+    </message>
+    <message>
+        <source>已导入 %1 步，新增 %2 个位置。Ctrl+Z 可撤销。</source>
+        <translation>%1 steps imported, %2 positions added. Ctrl+Z takes it back.</translation>
+    </message>
+    <message>
+        <source>没有导入任何内容。
+%1</source>
+        <translation>Nothing was imported.
+%1</translation>
+    </message>
+    <message>
+        <source>已保存：%1</source>
+        <translation>Saved: %1</translation>
+    </message>
+    <message>
+        <source>无法保存文件：%1</source>
+        <translation>The file cannot be saved: %1</translation>
+    </message>
+    <message>
+        <source>已有序列在运行。</source>
+        <translation>A sequence is running.</translation>
+    </message>
+    <message>
+        <source>控制器未连接。</source>
+        <translation>No controller is connected.</translation>
+    </message>
+    <message>
+        <source>摇杆正在控制各轴。</source>
+        <translation>The joystick drives the axes.</translation>
+    </message>
+    <message>
+        <source>第 %1 步：%2</source>
+        <translation>Step %1: %2</translation>
+    </message>
+    <message>
+        <source>不能运行。%1</source>
+        <translation>Cannot be run. %1</translation>
+    </message>
+    <message>
+        <source>有 %1 步不能运行。%2</source>
+        <translation>%1 steps cannot be run. %2</translation>
+    </message>
+    <message>
+        <source>可以运行：共 %1 步，约需 %2（不含等待操作者的时间）。</source>
+        <translation>It can be run: %1 steps in about %2, without the operator.</translation>
+    </message>
+    <message>
+        <source>%1：%2 … %3</source>
+        <translation>%1: %2 … %3</translation>
+    </message>
+    <message>
+        <source>以下轴未回零，或者位置不可靠：%1
+</source>
+        <translation>Not homed, or with a position in doubt: %1
+</translation>
+    </message>
+    <message>
+        <source>轴的状态已改变，请重试。</source>
+        <translation>An axis has changed meanwhile. Please try again.</translation>
+    </message>
+    <message>
+        <source>仍然运行吗？</source>
+        <translation>Run anyway?</translation>
+    </message>
+    <message>
+        <source>位置不可靠，仍然运行序列</source>
+        <translation>Position in doubt, sequence run anyway</translation>
+    </message>
+    <message>
+        <source>不能从这里继续，请回到开头。</source>
+        <translation>It cannot go on from here. Go back to the start.</translation>
+    </message>
+    <message>
+        <source>未命名</source>
+        <translation>Unnamed</translation>
+    </message>
+    <message>
+        <source>前往位置“%1”</source>
+        <translation>Going to position “%1”</translation>
+    </message>
+    <message>
+        <source>序列“%1”从第 %2 步继续</source>
+        <translation>Sequence “%1” goes on from step %2</translation>
+    </message>
+    <message>
+        <source>序列“%1”开始</source>
+        <translation>Sequence “%1” started</translation>
+    </message>
+    <message>
+        <source>已到达位置“%1”</source>
+        <translation>Position “%1” reached</translation>
+    </message>
+    <message>
+        <source>未到达位置“%1”：%2</source>
+        <translation>Position “%1” not reached: %2</translation>
+    </message>
+    <message>
+        <source>%1。轴可能仍在运动。</source>
+        <translation>%1. The axes may still move.</translation>
+    </message>
+    <message>
+        <source>%1。所有轴已停止。</source>
+        <translation>%1. All axes are stopped.</translation>
+    </message>
+    <message>
+        <source>第 %1 步，共 %2 步</source>
+        <translation>Step %1 of %2</translation>
+    </message>
+    <message>
+        <source>%1，第 %2 遍，共 %3 遍</source>
+        <translation>%1, pass %2 of %3</translation>
+    </message>
+    <message>
+        <source>正在前往“%1”</source>
+        <translation>Going to “%1”</translation>
+    </message>
+    <message>
+        <source>已暂停，下一步是%1</source>
+        <translation>Paused. Next: %1</translation>
+    </message>
+    <message>
+        <source>%1，之后暂停</source>
+        <translation>%1, then pause</translation>
+    </message>
+    <message>
+        <source>%1：%2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>已完成 %1 步</source>
+        <translation>All %1 steps done</translation>
+    </message>
+    <message>
+        <source>停止：%1。</source>
+        <translation>Stopped: %1.</translation>
+    </message>
+    <message>
+        <source>运行会从这里继续。</source>
+        <translation> Run goes on from there.</translation>
+    </message>
+    <message>
+        <source>另一个程序正在使用这些位置和序列，这里只能查看。</source>
+        <translation>Another program uses these positions and sequences. They can only be viewed here.</translation>
+    </message>
+    <message>
+        <source>连接控制器后可以运行。</source>
+        <translation>Connect a controller to run it.</translation>
+    </message>
+    <message>
+        <source>共 %1 步</source>
+        <translation>Steps: %1</translation>
+    </message>
+    <message>
+        <source>继续</source>
+        <translation>Continue</translation>
+    </message>
+    <message>
+        <source>步骤 …</source>
+        <translation>Step …</translation>
+    </message>
+    <message>
+        <source>扫描 …</source>
+        <translation>Scan …</translation>
+    </message>
+    <message>
+        <source>运行报告 …</source>
+        <translation>Report of the run …</translation>
+    </message>
+    <message>
+        <source>剩余 %1</source>
+        <translation>%1 left</translation>
+    </message>
+    <message>
+        <source>用时 %1</source>
+        <translation>after %1</translation>
     </message>
 </context>
 <context>
@@ -2390,6 +3073,29 @@ is correctly connected!</translation>
     </message>
 </context>
 <context>
+    <name>StepModel</name>
+    <message>
+        <source>序号</source>
+        <translation>No.</translation>
+    </message>
+    <message>
+        <source>动作</source>
+        <translation>What</translation>
+    </message>
+    <message>
+        <source>目标</source>
+        <translation>Where</translation>
+    </message>
+    <message>
+        <source>速度</source>
+        <translation>Speed</translation>
+    </message>
+    <message>
+        <source>等待</source>
+        <translation>Wait</translation>
+    </message>
+</context>
+<context>
     <name>TrustMark</name>
     <message>
         <source>位置：%1</source>
@@ -2453,6 +3159,12 @@ is correctly connected!</translation>
 %1</source>
         <translation>The diagnostics could not be saved to
 %1</translation>
+    </message>
+    <message>
+        <source>序列正在运行。关闭窗口后让它继续运行吗？
+选择“取消”将停止序列。</source>
+        <translation>A sequence is running. Let it go on without this window?
+Cancel stops the sequence.</translation>
     </message>
 </context>
 </TS>

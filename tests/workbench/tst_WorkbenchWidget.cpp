@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "workbench/WorkbenchWidget.h"
 
+#include "session/ControlSession.h"
+#include "session/SequenceRunner.h"
 #include "shell/OpenWindow.h"
 #include "support/OnMessageBox.h"
 
@@ -91,6 +93,68 @@ private slots:
         QTRY_COMPARE(bench()->windowTitle(), QStringLiteral("工作台"));
     }
 
+    void asksWhetherASequenceGoesOnWithoutIt_data()
+    {
+        QTest::addColumn<bool>("goesOn");
+        QTest::newRow("yes") << true;
+        QTest::newRow("no") << false;
+    }
+    void asksWhetherASequenceGoesOnWithoutIt()
+    {
+        QFETCH(bool, goesOn);
+        OpenWindow program;
+        program.connectTo();
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        const auto session = ControlSession::instance();
+        QVERIFY(runThreeSteps(*session));
+        OnMessageBox question([goesOn](QMessageBox &box) {
+            for (QAbstractButton *button : box.buttons()) {
+                if (goesOn && box.buttonRole(button) == QMessageBox::AcceptRole)
+                    button->click();
+            }
+        });
+        QTest::keyClick(bench(), Qt::Key_Escape);
+        QCOMPARE(question.shown(), 1);
+        QVERIFY(!bench()->isVisible());
+        QCOMPARE(session->sequences().isActive(), goesOn);
+        session->sequences().stop();
+    }
+
+    /** In the title bar, where nothing else moves. */
+    void tellsInTheTitleBarHowASequenceEnded()
+    {
+        OpenWindow program;
+        program.connectTo();
+        const auto session = ControlSession::instance();
+        auto *notice = program.titleButton("pushButton_notice");
+        const int stopAll = program.titleButton("pushButton_stopAll")->x();
+        QVERIFY(!notice->isVisible());
+        QVERIFY(runThreeSteps(*session));
+        session->sequences().abort(SequenceEnd::PanelClosed, 1);
+        QTRY_VERIFY(notice->isVisible());
+        QCOMPARE(notice->text(), QStringLiteral("序列“Three”在第 1 步结束：Axis2 的面板已关闭"));
+        QCOMPARE(program.titleButton("pushButton_stopAll")->x(), stopAll);
+        OpenWindow::click(notice);
+        QVERIFY(!notice->isVisible());
+    }
+
+    void aClosedPanelEndsTheSequenceThatUsesItsAxis()
+    {
+        OpenWindow program;
+        program.connectTo();
+        const auto session = ControlSession::instance();
+        QVERIFY(runThreeSteps(*session));
+        OnMessageBox consent([](QMessageBox &box) {
+            for (QAbstractButton *button : box.buttons()) {
+                if (box.buttonRole(button) == QMessageBox::AcceptRole)
+                    button->click();
+            }
+        });
+        program.window().slot_controlWidgetClosed(QStringLiteral("Axis2"));
+        QVERIFY(!session->sequences().isActive());
+        QCOMPARE(session->sequences().lastEnd().reason, SequenceEnd::PanelClosed);
+    }
+
     void savesTheDiagnosticsBesideTheWindow()
     {
         OpenWindow program;
@@ -125,6 +189,21 @@ private slots:
     }
 
 private:
+    /** Of two axes. */
+    static bool runThreeSteps(ControlSession &session)
+    {
+        for (int axis = 0; axis < 2; ++axis) {
+            if (!QTest::qWaitFor([&] { return session.axis(axis)->lastPosition() && session.axis(axis)->lastState(); }))
+                return false;
+        }
+        SequenceStep step;
+        step.kind = SequenceStep::MoveTo;
+        step.value = 40;
+        SequenceStep other = step;
+        other.axis = 1;
+        return session.sequences().run({QStringLiteral("Three"), {step, other, step}}, {});
+    }
+
     static WorkbenchWidget *bench()
     {
         const QWidgetList windows = QApplication::topLevelWidgets();
