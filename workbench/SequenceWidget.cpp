@@ -1135,7 +1135,7 @@ QString SequenceWidget::statusText() const
         if (end.reason == SequenceEnd::Finished)
             return tr("已完成 %1 步").arg(count);
         const QString text = tr("停止：%1。").arg(place(end.line));
-        return m_runner.resumeLine() >= 0 ? text + tr("运行会从这里继续。") : text;
+        return m_runner.resumeLine() >= 0 ? tr("%1运行会从这里继续。").arg(text) : text;
     }
     if (m_store && m_store->isReadOnly())
         return tr("另一个程序正在使用这些位置和序列，这里只能查看。");

@@ -2786,10 +2786,6 @@ is correctly connected!</translation>
         <translation>Stopped: %1.</translation>
     </message>
     <message>
-        <source>运行会从这里继续。</source>
-        <translation> Run goes on from there.</translation>
-    </message>
-    <message>
         <source>另一个程序正在使用这些位置和序列，这里只能查看。</source>
         <translation>Another program uses these positions and sequences. They can only be viewed here.</translation>
     </message>
@@ -2824,6 +2820,10 @@ is correctly connected!</translation>
     <message>
         <source>用时 %1</source>
         <translation>after %1</translation>
+    </message>
+    <message>
+        <source>%1运行会从这里继续。</source>
+        <translation>%1 Run goes on from there.</translation>
     </message>
 </context>
 <context>

@@ -10,6 +10,7 @@
 #include "app/StartUp.h"
 #include "axis/MoverControlWidget.h"
 #include "device/SerialComDev.h"
+#include "session/ControlSession.h"
 #include "session/ParameterHistory.h"
 #include "shell/MoverWidget.h"
 #include "controllers/emulator/SerialPort.h"
@@ -18,6 +19,7 @@
 #include "workbench/AxisRow.h"
 #include "workbench/EventList.h"
 #include "workbench/RecorderPlot.h"
+#include "workbench/SequenceWidget.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -27,6 +29,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
@@ -646,6 +649,7 @@ private:
                 return plot->isLive() && !isRunning(0) && in(bench, "pushButton_rate100")->property("checked").toBool();
             });
         inGui([&] { in<QPushButton>(bench, "pushButton_rate10")->click(); });
+        sequence(bench);
         const auto *status = in<QLabel>(bench, "label_status");
         const auto *list = in<QTableWidget>(bench, "tableWidget_snapshots");
         m_guide.step(
@@ -698,6 +702,80 @@ private:
             [&] { return box() && QFileInfo(historyFolder() + "/diagnostics.zip").size() > 0; });
         confirm();
         closeWorkbench();
+    }
+
+    void sequence(QWidget *bench)
+    {
+        auto *page = inGui([bench] { return bench->findChild<SequenceWidget *>(); });
+        const auto runner = [] { return &ControlSession::instance()->sequences(); };
+        m_guide.step(
+            "workbench-sequence-empty", [&] { inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(1); }); },
+            [&] { return page->isVisible(); });
+        m_guide.step(
+            "workbench-position-named", [&] { Guide::click(in(bench, "pushButton_addPosition")); },
+            [&] { return in<QTableView>(bench, "tableView_positions")->findChild<QLineEdit *>(); });
+        m_guide.step(
+            "workbench-position",
+            [] {
+                Guide::type(QStringLiteral("Sample A"));
+                Guide::press("Return");
+            },
+            [&] { return page->document().positions.first().name == QLatin1String("Sample A"); });
+        const auto ask = [&](const char *name, int action, const char *dialog) {
+            m_guide.step(
+                QLatin1String(name),
+                [&] { inGui([&] { in<QPushButton>(bench, "pushButton_addStep")->menu()->actions().at(action)->trigger(); }); },
+                [dialog] { return topLevel(dialog) && topLevel(dialog)->isActiveWindow(); });
+            Guide::press("Escape");
+            Guide::wait([bench] { return bench->isActiveWindow(); }, 5000);
+        };
+        ask("workbench-step", 0, "SequenceStepDialog");
+        ask("workbench-scan", 1, "ScanDialog");
+        m_guide.step(
+            "workbench-sequence",
+            [&] {
+                inGui([&] {
+                    SequenceDocument document = page->document();
+                    const double here = document.positions.first().axes.value(0);
+                    document.positions.append({QStringLiteral("Sample B"), {{0, here + 1}, {2, 1}}});
+                    document.positions.append({QStringLiteral("Load"), {{0, 0}, {1, 0}, {2, 0}}});
+                    document.sequence.name = QStringLiteral("Turn and measure");
+                    SequenceStep to;
+                    to.kind = SequenceStep::GoTo;
+                    to.text = QStringLiteral("Sample A");
+                    SequenceStep by;
+                    by.kind = SequenceStep::MoveBy;
+                    by.value = 2;
+                    by.speed = 0.5;
+                    by.wait = 0.2;
+                    SequenceStep again;
+                    again.kind = SequenceStep::Repeat;
+                    again.from = 1;
+                    again.count = 3;
+                    SequenceStep home;
+                    home.kind = SequenceStep::Home;
+                    home.axis = 1;
+                    document.sequence.steps = {to, by, again, to, home};
+                    page->change(document);
+                });
+            },
+            [&] { return in<QTableView>(bench, "tableView_steps")->isVisible(); });
+        m_guide.step(
+            "workbench-sequence-checked", [&] { Guide::click(in(bench, "pushButton_check")); },
+            [] { return box() != nullptr; });
+        confirm();
+        m_guide.step(
+            "workbench-sequence-running",
+            [&] {
+                Guide::click(in(bench, "pushButton_run"));
+                // An axis that is not homed is asked about.
+                Guide::wait([&] { return box() || runner()->isActive(); }, 5000);
+                if (inGui([] { return box() != nullptr; }))
+                    confirm();
+            },
+            [&] { return runner()->line() == 1 && runner()->progress() > 0.1; });
+        m_guide.step(
+            "workbench-sequence-stopped", [] { Guide::press("F12"); }, [&] { return !runner()->isActive(); });
     }
 
     static QString historyFolder()
