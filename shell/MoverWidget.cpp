@@ -557,8 +557,7 @@ void MoverWidget::sequenceEnded(const SequenceEnd &end)
         return;
     m_tray = std::make_unique<QSystemTrayIcon>(windowIcon());
     m_tray->show();
-    m_tray->showMessage(
-        tr("工作台"), text, end.isFailure() ? QSystemTrayIcon::Warning : QSystemTrayIcon::Information);
+    m_tray->showMessage(tr("工作台"), text, end.isFailure() ? QSystemTrayIcon::Warning : QSystemTrayIcon::Information);
 }
 
 void MoverWidget::clearNotice()

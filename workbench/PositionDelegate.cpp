@@ -74,8 +74,7 @@ void PositionDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opti
     painter->restore();
 }
 
-QWidget *
-PositionDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &index) const
+QWidget *PositionDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &index) const
 {
     auto *const editor = new QLineEdit(parent); // a number may be left out
     editor->setAlignment(Qt::Alignment(index.data(Qt::TextAlignmentRole).toInt()));

@@ -58,23 +58,21 @@ void ScanDialog::showCount()
         for (QDoubleSpinBox *field : fields)
             field->setSuffix(QLatin1Char(' ') + unit);
     };
-    setUnit(
-        ui->comboBox_axisFast, {ui->doubleSpinBox_fromFast, ui->doubleSpinBox_toFast, ui->doubleSpinBox_stepFast});
-    setUnit(
-        ui->comboBox_axisSlow, {ui->doubleSpinBox_fromSlow, ui->doubleSpinBox_toSlow, ui->doubleSpinBox_stepSlow});
+    setUnit(ui->comboBox_axisFast, {ui->doubleSpinBox_fromFast, ui->doubleSpinBox_toFast, ui->doubleSpinBox_stepFast});
+    setUnit(ui->comboBox_axisSlow, {ui->doubleSpinBox_fromSlow, ui->doubleSpinBox_toSlow, ui->doubleSpinBox_stepSlow});
     const bool hasSlow = ui->checkBox_slow->isChecked();
-    QWidget *const slow[] = {
-        ui->label_axisSlow,         ui->comboBox_axisSlow,    ui->label_fromSlow, ui->doubleSpinBox_fromSlow,
-        ui->label_toSlow,           ui->doubleSpinBox_toSlow, ui->label_stepSlow, ui->doubleSpinBox_stepSlow,
-        ui->checkBox_meander};
+    QWidget *const slow[] = {ui->label_axisSlow,         ui->comboBox_axisSlow,      ui->label_fromSlow,
+                             ui->doubleSpinBox_fromSlow, ui->label_toSlow,           ui->doubleSpinBox_toSlow,
+                             ui->label_stepSlow,         ui->doubleSpinBox_stepSlow, ui->checkBox_meander};
     for (QWidget *widget : slow)
         widget->setEnabled(hasSlow);
     const int count = scan().count();
     ui->pushButton_confirm->setEnabled(count > 0);
     ui->label_count->setText(
-        count > 0                                                                         ? tr("共 %1 步").arg(count)
-        : hasSlow && ui->comboBox_axisFast->currentIndex() == ui->comboBox_axisSlow->currentIndex() ? tr("两个轴必须不同")
-                                                                                          : tr("步数太多，最多 %1 步").arg(Scan::Most));
+        count > 0 ? tr("共 %1 步").arg(count)
+        : hasSlow && ui->comboBox_axisFast->currentIndex() == ui->comboBox_axisSlow->currentIndex()
+            ? tr("两个轴必须不同")
+            : tr("步数太多，最多 %1 步").arg(Scan::Most));
 }
 
 void ScanDialog::changeEvent(QEvent *event)

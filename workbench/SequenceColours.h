@@ -13,8 +13,9 @@ struct SequenceColours {
     void set(const QString &names)
     {
         const QStringList each = names.split(QLatin1Char(' '));
-        QColor *const colours[] = {&text,   &quiet,  &faint,   &line,   &focus,       &glyph,         &action,        &running, &failed,
-                                   &stop,   &alarm,  &warning, &button, &buttonHover, &buttonPressed, &buttonDisabled};
+        QColor *const colours[] = {&text,   &quiet,       &faint,         &line,          &focus, &glyph,
+                                   &action, &running,     &failed,        &stop,          &alarm, &warning,
+                                   &button, &buttonHover, &buttonPressed, &buttonDisabled};
         for (int k = 0; k < each.size() && k < int(sizeof(colours) / sizeof(*colours)); ++k)
             colours[k]->setNamedColor(each.at(k));
     }

@@ -62,8 +62,10 @@ SequenceStepDialog::SequenceStepDialog(
         ui->comboBox_axis->setCurrentIndex(ui->comboBox_axis->count() - 1);
     }
     showFields();
-    connect(ui->comboBox_kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SequenceStepDialog::showFields);
-    connect(ui->comboBox_axis, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SequenceStepDialog::showFields);
+    connect(
+        ui->comboBox_kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SequenceStepDialog::showFields);
+    connect(
+        ui->comboBox_axis, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SequenceStepDialog::showFields);
     connect(ui->pushButton_confirm, &QPushButton::clicked, this, &QDialog::accept);
     connect(ui->pushButton_cancel, &QPushButton::clicked, this, &QDialog::reject);
 }
@@ -120,14 +122,10 @@ void SequenceStepDialog::showFields()
         QLabel *label;
         QWidget *widget;
     } rows[] = {
-        {~0, ui->label_kind, ui->comboBox_kind},
-        {Position, ui->label_position, ui->comboBox_position},
-        {Axis, ui->label_axis, ui->comboBox_axis},
-        {Value, ui->label_value, ui->doubleSpinBox_value},
-        {Speed, ui->label_speed, ui->doubleSpinBox_speed},
-        {Delay, ui->label_wait, ui->doubleSpinBox_wait},
-        {Text, ui->label_text, ui->lineEdit_text},
-        {Passes, ui->label_from, ui->spinBox_from},
+        {~0, ui->label_kind, ui->comboBox_kind},           {Position, ui->label_position, ui->comboBox_position},
+        {Axis, ui->label_axis, ui->comboBox_axis},         {Value, ui->label_value, ui->doubleSpinBox_value},
+        {Speed, ui->label_speed, ui->doubleSpinBox_speed}, {Delay, ui->label_wait, ui->doubleSpinBox_wait},
+        {Text, ui->label_text, ui->lineEdit_text},         {Passes, ui->label_from, ui->spinBox_from},
         {Passes, ui->label_count, ui->spinBox_count},
     };
     for (const auto &row : rows) {

@@ -15,10 +15,10 @@ constexpr int mostDigits = 6;
 
 // %1: the axis, %2: a value with its unit, %3: what the library says
 constexpr const char *kinds[] = {
-    QT_TRANSLATE_NOOP("SequenceTexts", "移到"),     QT_TRANSLATE_NOOP("SequenceTexts", "移到"),
-    QT_TRANSLATE_NOOP("SequenceTexts", "移动"),     QT_TRANSLATE_NOOP("SequenceTexts", "回零"),
-    QT_TRANSLATE_NOOP("SequenceTexts", "等待"),     QT_TRANSLATE_NOOP("SequenceTexts", "询问"),
-    QT_TRANSLATE_NOOP("SequenceTexts", "重复"),     QT_TRANSLATE_NOOP("SequenceTexts", "设定速度"),
+    QT_TRANSLATE_NOOP("SequenceTexts", "移到"), QT_TRANSLATE_NOOP("SequenceTexts", "移到"),
+    QT_TRANSLATE_NOOP("SequenceTexts", "移动"), QT_TRANSLATE_NOOP("SequenceTexts", "回零"),
+    QT_TRANSLATE_NOOP("SequenceTexts", "等待"), QT_TRANSLATE_NOOP("SequenceTexts", "询问"),
+    QT_TRANSLATE_NOOP("SequenceTexts", "重复"), QT_TRANSLATE_NOOP("SequenceTexts", "设定速度"),
 };
 static_assert(sizeof(kinds) / sizeof(*kinds) == SequenceStep::KindCount);
 
@@ -106,7 +106,8 @@ QString fill(const char *words, int axis, double value, const QString &status = 
 {
     QString text = tr(words);
     if (axis >= 0)
-        text.replace(QStringLiteral("%1"), nameOf(axis)).replace(QStringLiteral("%2"), SequenceTexts::place(axis, value));
+        text.replace(QStringLiteral("%1"), nameOf(axis))
+            .replace(QStringLiteral("%2"), SequenceTexts::place(axis, value));
     return text.replace(QStringLiteral("%3"), status);
 }
 
@@ -159,7 +160,9 @@ QString SequenceTexts::where(const SequenceStep &step)
     case SequenceStep::Wait:
         return QStringLiteral("–");
     case SequenceStep::Repeat:
-        return QCoreApplication::translate("SequenceTexts", "从第 %1 步起，共 %2 遍").arg(step.from + 1).arg(step.count);
+        return QCoreApplication::translate("SequenceTexts", "从第 %1 步起，共 %2 遍")
+            .arg(step.from + 1)
+            .arg(step.count);
     }
     return {};
 }
@@ -200,7 +203,8 @@ QString SequenceTexts::fault(const SequenceFault &fault)
 
 QString SequenceTexts::end(const SequenceEnd &end)
 {
-    const QString status = end.reason == SequenceEnd::Refused ? SerialComDev::instance()->statusText(end.status) : QString();
+    const QString status =
+        end.reason == SequenceEnd::Refused ? SerialComDev::instance()->statusText(end.status) : QString();
     return fill(ends[end.reason], end.axis, end.value, status);
 }
 

@@ -128,8 +128,8 @@ QVector<int> shifted(int count, QVector<int> *chosen, int by)
  * Steps in another order; -1 stands for the next of `fresh`, and a row that is left out goes. Repeats go on beginning
  * with the step that they began with, or with the one that has come after it.
  */
-QVector<SequenceStep>
-rearranged(const QVector<SequenceStep> &steps, const QVector<int> &order, const QVector<SequenceStep> &fresh = {})
+QVector<SequenceStep> rearranged(
+    const QVector<SequenceStep> &steps, const QVector<int> &order, const QVector<SequenceStep> &fresh = {})
 {
     QVector<int> places(steps.size(), -1);
     for (int row = 0; row < order.size(); ++row) {
@@ -206,7 +206,8 @@ SequenceWidget::SequenceWidget(const QString &folder, QWidget *parent)
         (ui.get()->*icon.button)->setIcon(iconOf(icon.name));
     setUpPositions();
     setUpSteps();
-    addKey(this, {QKeySequence(Qt::CTRL + Qt::Key_Z)}, [this] { m_undo.undo(); }, Qt::WidgetWithChildrenShortcut);
+    addKey(
+        this, {QKeySequence(Qt::CTRL + Qt::Key_Z)}, [this] { m_undo.undo(); }, Qt::WidgetWithChildrenShortcut);
     addKey(
         this, {QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_Z), QKeySequence(Qt::CTRL + Qt::Key_Y)},
         [this] { m_undo.redo(); }, Qt::WidgetWithChildrenShortcut);
@@ -811,8 +812,7 @@ void SequenceWidget::exportSteps()
     const QString name = m_sName.isEmpty() ? QStringLiteral("sequence") : m_sName;
     QString filter = jsonFilter();
     const QPointer<SequenceWidget> alive(this);
-    const QString path =
-        m_askPath(this, true, name + QStringLiteral(".json"), {jsonFilter(), csvFilter()}, &filter);
+    const QString path = m_askPath(this, true, name + QStringLiteral(".json"), {jsonFilter(), csvFilter()}, &filter);
     if (!alive || path.isEmpty())
         return;
     const QString ending = QFileInfo(path).suffix().toLower();
@@ -1035,9 +1035,10 @@ void SequenceWidget::ended(const SequenceEnd &end)
     m_progress.stop();
     m_seconds = double(m_since.elapsed()) / 1000;
     const bool isPosition = m_runs == Runs::Position;
-    const QString text = !isPosition                           ? SequenceTexts::ended(runName(), end)
-                         : end.reason == SequenceEnd::Finished ? tr("已到达位置“%1”").arg(runName())
-                                                               : tr("未到达位置“%1”：%2").arg(runName(), SequenceTexts::end(end));
+    const QString text = !isPosition ? SequenceTexts::ended(runName(), end)
+                         : end.reason == SequenceEnd::Finished
+                             ? tr("已到达位置“%1”").arg(runName())
+                             : tr("未到达位置“%1”：%2").arg(runName(), SequenceTexts::end(end));
     log(m_runner.plan().axes, end.isFailure() ? OPERATION_TYPE_WARNING : OPERATION_TYPE_GENERAL, text);
     if (isPosition)
         m_sNotice = text;
@@ -1075,8 +1076,7 @@ void SequenceWidget::showMarks()
     if (m_runs != Runs::Sequence) {
         m_steps->setRun(-1, Mark::None);
     } else if (m_runner.isActive()) {
-        m_steps->setRun(
-            m_runner.line(), m_runner.state() == SequenceRunner::State::Paused ? Mark::Pauses : Mark::Runs);
+        m_steps->setRun(m_runner.line(), m_runner.state() == SequenceRunner::State::Paused ? Mark::Pauses : Mark::Runs);
     } else if (end.reason == SequenceEnd::Finished) {
         m_steps->setRun(m_steps->rowCount(), Mark::None);
     } else if (!end.isFailure()) {

@@ -158,11 +158,11 @@ private:
     std::shared_ptr<bool> m_isSaved; // once that thread has ended
     bool m_isUnsaved = false;
     QPointer<QDialog> m_dialog;
-    QTimer m_progress; // while one runs
+    QTimer m_progress;           // while one runs
     Runs m_runs = Runs::Nothing; // or ran last
     QElapsedTimer m_since;
     double m_seconds = 0; // that the last run took
     int m_iTallRow = -1;  // with a reason
-    QString m_sNotice; // what has happened; shown until something else does
+    QString m_sNotice;    // what has happened; shown until something else does
     AskPath m_askPath;
 };

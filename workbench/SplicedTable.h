@@ -23,8 +23,7 @@ struct Splice {
         int same = 0;
         while (same < shorter - first && before.at(before.size() - 1 - same) == after.at(after.size() - 1 - same))
             ++same;
-        return {
-            first, before.mid(first, before.size() - first - same), after.mid(first, after.size() - first - same)};
+        return {first, before.mid(first, before.size() - first - same), after.mid(first, after.size() - first - same)};
     }
     Splice reversed() const { return {first, after, before}; }
 };

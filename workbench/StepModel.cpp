@@ -77,7 +77,8 @@ QVariant StepModel::data(const QModelIndex &index, int role) const
             return {};
         }
     case Qt::TextAlignmentRole:
-        return int(Qt::AlignVCenter | (index.column() == What || index.column() == Where ? Qt::AlignLeft : Qt::AlignRight));
+        return int(
+            Qt::AlignVCenter | (index.column() == What || index.column() == Where ? Qt::AlignLeft : Qt::AlignRight));
     case Qt::ToolTipRole:
         return m_faults.contains(index.row()) ? m_faults.value(index.row())
                : index.column() == Where      ? SequenceTexts::where(step) // it may be cut

@@ -2214,7 +2214,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>确认</source>
-        <translation>Confirm</translation>
+        <translation>OK</translation>
     </message>
     <message>
         <source>共 %1 步</source>
@@ -2281,7 +2281,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>确认</source>
-        <translation>Confirm</translation>
+        <translation>OK</translation>
     </message>
     <message>
         <source>移到位置</source>

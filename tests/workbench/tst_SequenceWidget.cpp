@@ -107,8 +107,9 @@ private slots:
     {
         open({});
         QVERIFY(find<QLabel>("label_noPositions")->isVisible() && find<QLabel>("label_noSteps")->isVisible());
-        for (const char *name : {"pushButton_run", "pushButton_stepRun", "pushButton_stopRun", "pushButton_pauseRun",
-                                 "pushButton_check", "pushButton_exportSteps", "pushButton_deleteStep"})
+        for (const char *name :
+             {"pushButton_run", "pushButton_stepRun", "pushButton_stopRun", "pushButton_pauseRun", "pushButton_check",
+              "pushButton_exportSteps", "pushButton_deleteStep"})
             QVERIFY2(!find<QPushButton>(name)->isEnabled(), name);
         for (const char *name : {"pushButton_addPosition", "pushButton_addStep", "pushButton_importSteps"})
             QVERIFY2(find<QPushButton>(name)->isEnabled(), name);
@@ -143,13 +144,27 @@ private slots:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("said");
-        QTest::newRow("number") << 1 << "2.25" << "2.250" << "";
-        QTest::newRow("comma") << 1 << "2,5" << "2.500" << "";
-        QTest::newRow("empty is a dash") << 1 << "" << "–" << "";
-        QTest::newRow("no number") << 1 << "abc" << "5.000" << "“abc”不是数字。";
-        QTest::newRow("name") << 0 << " Start " << "Start" << "";
-        QTest::newRow("empty name") << 0 << " " << "Load" << "位置的名称不能为空。";
-        QTest::newRow("double name") << 0 << "Edge" << "Load" << "已有名为“Edge”的位置。";
+        QTest::newRow("number") << 1 << "2.25"
+                                << "2.250"
+                                << "";
+        QTest::newRow("comma") << 1 << "2,5"
+                               << "2.500"
+                               << "";
+        QTest::newRow("empty is a dash") << 1 << ""
+                                         << "–"
+                                         << "";
+        QTest::newRow("no number") << 1 << "abc"
+                                   << "5.000"
+                                   << "“abc”不是数字。";
+        QTest::newRow("name") << 0 << " Start "
+                              << "Start"
+                              << "";
+        QTest::newRow("empty name") << 0 << " "
+                                    << "Load"
+                                    << "位置的名称不能为空。";
+        QTest::newRow("double name") << 0 << "Edge"
+                                     << "Load"
+                                     << "已有名为“Edge”的位置。";
     }
     void editsInPlaceAndRefusesWhatCannotBe()
     {
@@ -199,8 +214,8 @@ private slots:
         QCOMPARE(place(1), 7.);
         QCOMPARE(status(), QStringLiteral("已到达位置“Load”"));
         QCOMPARE(
-            m_messages, (QStringList{
-                            "0 前往位置“Load”", "1 前往位置“Load”", "0 已到达位置“Load”", "1 已到达位置“Load”"}));
+            m_messages,
+            (QStringList{"0 前往位置“Load”", "1 前往位置“Load”", "0 已到达位置“Load”", "1 已到达位置“Load”"}));
         QCOMPARE(markOf(0), Mark::None); // the sequence has not run
     }
 

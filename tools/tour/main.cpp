@@ -724,7 +724,10 @@ private:
         const auto ask = [&](const char *name, int action, const char *dialog) {
             m_guide.step(
                 QLatin1String(name),
-                [&] { inGui([&] { in<QPushButton>(bench, "pushButton_addStep")->menu()->actions().at(action)->trigger(); }); },
+                [&] {
+                    inGui(
+                        [&] { in<QPushButton>(bench, "pushButton_addStep")->menu()->actions().at(action)->trigger(); });
+                },
                 [dialog] { return topLevel(dialog) && topLevel(dialog)->isActiveWindow(); });
             Guide::press("Escape");
             Guide::wait([bench] { return bench->isActiveWindow(); }, 5000);
