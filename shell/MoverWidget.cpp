@@ -38,6 +38,7 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
+#include <QLayout>
 #include <QPointer>
 #include <QShortcut>
 #include <QStyle>
@@ -49,6 +50,7 @@ namespace {
 
 constexpr int closeLimitMs = 1500;    // how long quitting waits for a library call in flight
 constexpr int stopAllPatienceMs = 20; // a stop that takes longer is said to be under way
+constexpr int noticeMargins = 26;     // pixels
 constexpr int portCheckRetryMs = 100; // when the library was busy
 
 QString showMaxSheet(const char *image)
@@ -549,9 +551,11 @@ void MoverWidget::sequenceEnded(const SequenceEnd &end)
     ui->pushButton_notice->setProperty("failed", end.isFailure());
     ui->pushButton_notice->style()->unpolish(ui->pushButton_notice);
     ui->pushButton_notice->style()->polish(ui->pushButton_notice);
-    ui->pushButton_notice->setText(text);
-    ui->pushButton_notice->setToolTip(text); // it may be cut
     ui->pushButton_notice->show();
+    ui->widget_titleBar->layout()->activate(); // gives it its width
+    ui->pushButton_notice->setText(ui->pushButton_notice->fontMetrics().elidedText(
+        text, Qt::ElideRight, ui->pushButton_notice->width() - noticeMargins));
+    ui->pushButton_notice->setToolTip(text);
     QApplication::alert(this);
     if (!QSystemTrayIcon::isSystemTrayAvailable())
         return;

@@ -6,6 +6,12 @@
 
 #include <cmath>
 
+namespace {
+
+constexpr int shownDigits = 3; // as on the panels
+
+}
+
 PositionModel::PositionModel(QObject *parent)
     : SplicedTable(parent)
 {
@@ -55,6 +61,9 @@ QVariant PositionModel::data(const QModelIndex &index, int role) const
     const int column = index.column();
     if (role == Qt::TextAlignmentRole)
         return int(Qt::AlignVCenter | (column == 0 ? Qt::AlignLeft : Qt::AlignRight));
+    const bool isAxis = column > 0 && column < takeColumn();
+    if (role == Qt::ToolTipRole && isAxis) // what is shown is rounded
+        return data(index, Qt::EditRole);
     if (role != Qt::DisplayRole && role != Qt::EditRole)
         return {};
     if (column == takeColumn())
@@ -66,7 +75,7 @@ QVariant PositionModel::data(const QModelIndex &index, int role) const
     const auto value = position.axes.constFind(m_axes.at(column - 1));
     if (value == position.axes.constEnd())
         return role == Qt::DisplayRole ? QStringLiteral("–") : QString();
-    return role == Qt::DisplayRole ? SequenceTexts::number(*value) : SequenceTexts::plain(*value);
+    return role == Qt::DisplayRole ? QString::number(*value, 'f', shownDigits) : SequenceTexts::plain(*value);
 }
 
 QVariant PositionModel::headerData(int section, Qt::Orientation orientation, int role) const

@@ -34,9 +34,9 @@ namespace {
 constexpr int headHeight = 36;
 constexpr int rowHeight = StepDelegate::LineHeight;
 constexpr int nameWidth = 118;
-constexpr int axisWidth = 88;
-constexpr int takeWidth = 128;
-constexpr int goWidth = 64;
+constexpr int axisWidth = 84;
+constexpr int takeWidth = 124;
+constexpr int goWidth = 60;
 constexpr int saveAfterMs = 1000;
 constexpr int progressMs = 200;
 constexpr int mostEdits = 200;
@@ -1178,8 +1178,10 @@ void SequenceWidget::showState()
     ui->pushButton_run->setText(waits ? tr("继续") : tr("运行"));
     ui->pushButton_rewind->setVisible(!isActive && isSequence && m_runner.resumeLine() >= 0);
     ui->lineEdit_name->setReadOnly(!isEditable);
-    if (!ui->lineEdit_name->hasFocus() || !isEditable)
+    if (!ui->lineEdit_name->hasFocus() || !isEditable) {
         ui->lineEdit_name->setText(m_sName);
+        ui->lineEdit_name->setCursorPosition(0); // a long one shows its begin
+    }
     ui->tableView_positions->setVisible(hasPositions);
     ui->label_noPositions->setVisible(!hasPositions);
     ui->tableView_steps->setVisible(hasSteps);

@@ -132,7 +132,7 @@ private slots:
         QVERIFY(runThreeSteps(*session));
         session->sequences().abort(SequenceEnd::PanelClosed, 1);
         QTRY_VERIFY(notice->isVisible());
-        QCOMPARE(notice->text(), QStringLiteral("序列“Three”在第 1 步结束：Axis2 的面板已关闭"));
+        QCOMPARE(notice->toolTip(), QStringLiteral("序列“Three”在第 1 步结束：Axis2 的面板已关闭"));
         QCOMPARE(program.titleButton("pushButton_stopAll")->x(), stopAll);
         OpenWindow::click(notice);
         QVERIFY(!notice->isVisible());

@@ -702,6 +702,9 @@ private:
             [&] { return box() && QFileInfo(historyFolder() + "/diagnostics.zip").size() > 0; });
         confirm();
         closeWorkbench();
+        m_guide.step(
+            "sequence-notice-gone", [this] { Guide::click(own("pushButton_notice")); },
+            [this] { return !own("pushButton_notice")->isVisible(); });
     }
 
     void sequence(QWidget *bench)
