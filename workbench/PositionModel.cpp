@@ -129,9 +129,12 @@ bool PositionModel::setData(const QModelIndex &index, const QVariant &value, int
     } else if (text.isEmpty() || text == QStringLiteral("–") || text == QStringLiteral("-")) {
         position.axes.remove(m_axes.at(index.column() - 1));
     } else {
+        // A comma is a point, unless it may mean thousands.
+        const int comma = text.indexOf(QLatin1Char(','));
+        const bool isDoubtful = comma >= 0 && text.size() - comma == 4;
         bool isNumber = false;
-        // A comma that is typed is a point.
-        const double number = QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&isNumber);
+        const double number =
+            isDoubtful ? 0 : QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&isNumber);
         if (!isNumber || !std::isfinite(number) || std::abs(number) > 1e9) {
             emit signal_refused(tr("“%1”不是数字。").arg(text));
             return false;

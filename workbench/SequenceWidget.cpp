@@ -21,6 +21,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
+#include <QRegularExpression>
 #include <QScrollBar>
 #include <QStandardPaths>
 #include <QStyle>
@@ -257,6 +258,7 @@ void SequenceWidget::setUpPositions()
     table->setItemDelegate(delegate);
     table->setModel(m_positions);
     table->viewport()->installEventFilter(this);
+    connect(ui->scrollBar_axes, &QScrollBar::valueChanged, this, &SequenceWidget::fitColumns);
     connect(delegate, &PositionDelegate::signal_clicked, this, &SequenceWidget::press);
     connect(m_positions, &PositionModel::signal_edited, this, &SequenceWidget::edited);
     connect(m_positions, &PositionModel::signal_refused, this, &SequenceWidget::tell);
@@ -446,13 +448,23 @@ void SequenceWidget::showAxes()
     fitColumns();
 }
 
+/** The name and the buttons stay; the axes between them scroll where they have no room. */
 void SequenceWidget::fitColumns()
 {
     QTableView *const table = ui->tableView_positions;
-    const int others = m_positions->axisCount() * axisWidth + takeWidth + goWidth;
-    table->setColumnWidth(0, std::max(nameWidth, table->viewport()->width() - others));
-    for (int column = 1; column < m_positions->takeColumn(); ++column)
-        table->setColumnWidth(column, axisWidth);
+    const int room = table->viewport()->width() - takeWidth - goWidth;
+    const int count = m_positions->axisCount();
+    const int fitting = std::min(count, std::max(1, (room - nameWidth) / axisWidth));
+    ui->scrollBar_axes->setMaximum(count - fitting);
+    ui->scrollBar_axes->setVisible(count > fitting && m_positions->rowCount() > 0);
+    table->setColumnWidth(0, std::max(nameWidth, room - fitting * axisWidth));
+    const int first = ui->scrollBar_axes->value();
+    for (int axis = 0; axis < count; ++axis) {
+        table->setColumnWidth(1 + axis, axisWidth);
+        table->setColumnHidden(1 + axis, axis < first || axis >= first + fitting);
+    }
+    table->setColumnHidden(m_positions->takeColumn(), false); // an axis may have been there
+    table->setColumnHidden(m_positions->goColumn(), false);
     table->setColumnWidth(m_positions->takeColumn(), takeWidth);
     table->setColumnWidth(m_positions->goColumn(), goWidth);
 }
@@ -809,7 +821,8 @@ void SequenceWidget::on_pushButton_importSteps_clicked()
 
 void SequenceWidget::exportSteps()
 {
-    const QString name = m_sName.isEmpty() ? QStringLiteral("sequence") : m_sName;
+    QString name = m_sName.isEmpty() ? QStringLiteral("sequence") : m_sName;
+    name.replace(QRegularExpression(QStringLiteral("[/\\\\:*?\"<>|]")), QStringLiteral("-"));
     QString filter = jsonFilter();
     const QPointer<SequenceWidget> alive(this);
     const QString path = m_askPath(this, true, name + QStringLiteral(".json"), {jsonFilter(), csvFilter()}, &filter);
@@ -1184,6 +1197,8 @@ void SequenceWidget::showState()
     }
     ui->tableView_positions->setVisible(hasPositions);
     ui->label_noPositions->setVisible(!hasPositions);
+    if (!hasPositions)
+        ui->scrollBar_axes->hide();
     ui->tableView_steps->setVisible(hasSteps);
     ui->label_noSteps->setVisible(!hasSteps);
     const QList<QAction *> add = ui->pushButton_addStep->menu()->actions();

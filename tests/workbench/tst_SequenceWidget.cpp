@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -150,6 +151,9 @@ private slots:
         QTest::newRow("comma") << 1 << "2,5"
                                << "2.500"
                                << "";
+        QTest::newRow("perhaps thousands") << 1 << "2,500"
+                                           << "5.000"
+                                           << "“2,500”不是数字。";
         QTest::newRow("empty is a dash") << 1 << ""
                                          << "–"
                                          << "";
@@ -198,6 +202,28 @@ private slots:
         undo();
         undo();
         QCOMPARE(m_page->document().positions, places);
+    }
+
+    void manyAxesScrollBetweenTheNameAndTheButtons()
+    {
+        NamedPosition all{QStringLiteral("All"), {}};
+        for (int axis = 0; axis < 8; ++axis)
+            all.axes.insert(axis, axis);
+        open({{all}, {}});
+        auto *bar = find<QScrollBar>("scrollBar_axes");
+        QTRY_VERIFY(bar->isVisible());
+        const auto isShown = [this](int column) {
+            const QRect place = positions()->visualRect(model()->index(0, column));
+            return place.width() > 0 && positions()->viewport()->rect().contains(place);
+        };
+        for (const int value : {0, bar->maximum()}) {
+            bar->setValue(value);
+            QVERIFY(isShown(0) && isShown(model()->takeColumn()) && isShown(model()->goColumn()));
+            QCOMPARE(isShown(1), value == 0);
+            QCOMPARE(isShown(8), value != 0);
+        }
+        undo(); // the columns of the two axes that are there
+        QVERIFY(!bar->isVisible());
     }
 
     void goesToAPosition()
