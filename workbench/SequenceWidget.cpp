@@ -34,8 +34,8 @@ namespace {
 
 constexpr int headHeight = 36;
 constexpr int rowHeight = StepDelegate::LineHeight;
-constexpr int nameWidth = 118;
-constexpr int axisWidth = 84;
+constexpr int nameWidth = 104;
+constexpr int axisWidth = 88;
 constexpr int takeWidth = 124;
 constexpr int goWidth = 60;
 constexpr int saveAfterMs = 1000;
