@@ -4,6 +4,8 @@
 #include <QColor>
 #include <QStringList>
 
+#include <iterator>
+
 /** The colours of the page of positions and sequences; the style sheet gives them as one text, in this order. */
 struct SequenceColours {
     QColor text, quiet, faint, line, focus, glyph;
@@ -16,7 +18,7 @@ struct SequenceColours {
         QColor *const colours[] = {&text,   &quiet,       &faint,         &line,          &focus, &glyph,
                                    &action, &running,     &failed,        &stop,          &alarm, &warning,
                                    &button, &buttonHover, &buttonPressed, &buttonDisabled};
-        for (int k = 0; k < each.size() && k < int(sizeof(colours) / sizeof(*colours)); ++k)
+        for (int k = 0; k < each.size() && k < int(std::size(colours)); ++k)
             colours[k]->setNamedColor(each.at(k));
     }
 };
