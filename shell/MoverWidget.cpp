@@ -556,6 +556,7 @@ void MoverWidget::sequenceEnded(const SequenceEnd &end)
     ui->pushButton_notice->setText(ui->pushButton_notice->fontMetrics().elidedText(
         text, Qt::ElideRight, ui->pushButton_notice->width() - noticeMargins));
     ui->pushButton_notice->setToolTip(text);
+    ui->pushButton_notice->setAccessibleDescription(text);
     QApplication::alert(this);
     if (!QSystemTrayIcon::isSystemTrayAvailable())
         return;

@@ -44,32 +44,41 @@ constexpr int mostEdits = 200;
 
 struct ButtonIcon {
     QPushButton *Ui::SequenceWidget::*button;
-    const char *name;
+    const char *normal;
+    const char *disabled;
 };
 constexpr ButtonIcon icons[] = {
-    {&Ui::SequenceWidget::pushButton_addPosition, "add"},
-    {&Ui::SequenceWidget::pushButton_deletePosition, "trash"},
-    {&Ui::SequenceWidget::pushButton_importPositions, "import"},
-    {&Ui::SequenceWidget::pushButton_exportPositions, "export"},
-    {&Ui::SequenceWidget::pushButton_check, "check"},
-    {&Ui::SequenceWidget::pushButton_addStep, "add"},
-    {&Ui::SequenceWidget::pushButton_stepUp, "up"},
-    {&Ui::SequenceWidget::pushButton_stepDown, "down"},
-    {&Ui::SequenceWidget::pushButton_deleteStep, "trash"},
-    {&Ui::SequenceWidget::pushButton_importSteps, "import"},
-    {&Ui::SequenceWidget::pushButton_exportSteps, "export"},
-    {&Ui::SequenceWidget::pushButton_run, "play"},
-    {&Ui::SequenceWidget::pushButton_pauseRun, "pause"},
-    {&Ui::SequenceWidget::pushButton_stepRun, "step"},
-    {&Ui::SequenceWidget::pushButton_stopRun, "stop"},
-    {&Ui::SequenceWidget::pushButton_rewind, "rewind"},
+    {&Ui::SequenceWidget::pushButton_addPosition, ":/image/sequence/add_normal.png",
+     ":/image/sequence/add_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_deletePosition, ":/image/sequence/trash_normal.png",
+     ":/image/sequence/trash_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_importPositions, ":/image/sequence/import_normal.png",
+     ":/image/sequence/import_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_exportPositions, ":/image/sequence/export_normal.png",
+     ":/image/sequence/export_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_check, ":/image/sequence/check_normal.png", ":/image/sequence/check_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_addStep, ":/image/sequence/add_normal.png", ":/image/sequence/add_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_stepUp, ":/image/sequence/up_normal.png", ":/image/sequence/up_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_stepDown, ":/image/sequence/down_normal.png", ":/image/sequence/down_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_deleteStep, ":/image/sequence/trash_normal.png",
+     ":/image/sequence/trash_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_importSteps, ":/image/sequence/import_normal.png",
+     ":/image/sequence/import_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_exportSteps, ":/image/sequence/export_normal.png",
+     ":/image/sequence/export_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_run, ":/image/sequence/play_normal.png", ":/image/sequence/play_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_pauseRun, ":/image/sequence/pause_normal.png",
+     ":/image/sequence/pause_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_stepRun, ":/image/sequence/step_normal.png", ":/image/sequence/step_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_stopRun, ":/image/sequence/stop_normal.png", ":/image/sequence/stop_unabled.png"},
+    {&Ui::SequenceWidget::pushButton_rewind, ":/image/sequence/rewind_normal.png",
+     ":/image/sequence/rewind_unabled.png"},
 };
 
-QIcon iconOf(const char *name)
+QIcon iconOf(const ButtonIcon &row)
 {
-    const QString path = QStringLiteral(":/image/sequence/%1_%2.png").arg(QLatin1String(name));
-    QIcon icon(path.arg(QStringLiteral("normal")));
-    icon.addFile(path.arg(QStringLiteral("unabled")), {}, QIcon::Disabled);
+    QIcon icon(QLatin1String(row.normal));
+    icon.addFile(QLatin1String(row.disabled), {}, QIcon::Disabled);
     return icon;
 }
 
@@ -204,7 +213,7 @@ SequenceWidget::SequenceWidget(const QString &folder, QWidget *parent)
 {
     m_undo.setUndoLimit(mostEdits);
     for (const ButtonIcon &icon : icons)
-        (ui.get()->*icon.button)->setIcon(iconOf(icon.name));
+        (ui.get()->*icon.button)->setIcon(iconOf(icon));
     setUpPositions();
     setUpSteps();
     addKey(

@@ -1606,6 +1606,10 @@ is correctly connected!</translation>
         <source>此前 60 秒的记录无法保存：%1</source>
         <translation>The 60 s before could not be kept: %1</translation>
     </message>
+    <message>
+        <source>序列的消息</source>
+        <translation>Message of the sequence</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>

@@ -119,7 +119,8 @@ QHash<QString, QString> resourceReferences()
 {
     static const QRegularExpression reference(QStringLiteral(":/[\\w./-]+\\.(?:png|qss|qm)"));
     QStringList files{QStringLiteral(":/style.qss")};
-    for (const char *folder : {"app", "shell", "axis", "models", "settings", "console", "widgets", "device"}) {
+    for (const char *folder :
+         {"app", "shell", "axis", "models", "settings", "console", "widgets", "workbench", "device"}) {
         QDirIterator it(sourcePath(folder), {"*.ui", "*.cpp", "*.h"}, QDir::Files, QDirIterator::Subdirectories);
         while (it.hasNext()) {
             files << it.next();
