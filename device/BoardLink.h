@@ -17,6 +17,10 @@ class BoardLink final : public QObject
 
 public:
     using Settings = QMap<int, double>;
+    /** The setting of the first axis. */
+    static constexpr int StepsPerUnit = 100;
+    /** Of the axes, in their order. */
+    static QString letters() { return QStringLiteral("XYZABC"); }
 
     explicit BoardLink(QObject *parent = nullptr);
     ~BoardLink() override;

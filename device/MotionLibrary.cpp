@@ -19,7 +19,7 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(diagnostics, "mover.device")
+Q_LOGGING_CATEGORY(libraryDiagnostics, "mover.device")
 
 #ifdef Q_OS_WIN
 constexpr char libraryName[] = "moverLibrary.dll";
@@ -153,7 +153,7 @@ std::optional<MotionLibrary::Fault> MotionLibrary::loadFile(const QString &file,
     if (const auto *reports = reinterpret_cast<MoverLastReport *const *>(shared.resolve(reportsSymbol)))
         found->m_lastReport = *reports;
     library = found;
-    qCDebug(diagnostics) << "motion library:" << qUtf8Printable(found->description());
+    qCDebug(libraryDiagnostics) << "motion library:" << qUtf8Printable(found->description());
     return std::nullopt;
 }
 

@@ -11,9 +11,9 @@
 namespace {
 
 constexpr qint64 second = 1000000;
-constexpr qint64 lostAfter = second;
-constexpr qint64 silentAfter = second;     // time without samples that is none of the link's own
-constexpr double silentRounds = 2.5;       // or of a slow link's
+constexpr qint64 lostAfterUs = second;
+constexpr qint64 silentAfterUs = second;   // time without samples that is none of the link's own
+constexpr double silentIntervals = 2.5;    // or of a slow link's
 constexpr qint64 shortMotion = second / 2; // over before a poll has seen it
 constexpr qint64 clockEvery = 10 * second;
 constexpr qint64 clockSlackMs = 20;
@@ -159,7 +159,7 @@ void Recorder::positionAnswered(int index, double position, Time at)
     bool isAfterGap = true;
     if (!axis.track.isEmpty()) {
         const qint64 interval = us - axis.track.last().us;
-        isAfterGap = interval > std::max(silentAfter, qint64(double(axis.intervalUs) * silentRounds));
+        isAfterGap = interval > std::max(silentAfterUs, qint64(double(axis.intervalUs) * silentIntervals));
         if (interval > 0)
             axis.intervalUs = isAfterGap ? second : interval;
     }
@@ -195,13 +195,13 @@ void Recorder::pollFailed(int index, Time at)
     Axis &axis = this->axis(index);
     if (!axis.failingSince)
         axis.failingSince = us;
-    if (axis.isLost || us - *axis.failingSince < lostAfter)
+    if (axis.isLost || us - *axis.failingSince < lostAfterUs)
         return;
     axis.isLost = true;
     if (m_linkLost) // told already
         return;
     const bool othersAnswer = std::any_of(m_axes.begin(), m_axes.end(), [us](const Axis &each) {
-        return !each.failingSince && !each.track.isEmpty() && us - each.track.last().us < silentAfter;
+        return !each.failingSince && !each.track.isEmpty() && us - each.track.last().us < silentAfterUs;
     });
     RecorderEvent event;
     event.us = *axis.failingSince;

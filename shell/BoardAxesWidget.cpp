@@ -15,10 +15,7 @@
 
 namespace {
 
-const QString letters = QStringLiteral("XYZABC");
-
 // Numbers of the board's settings, for the first axis.
-constexpr int stepsPerUnit = 100;
 constexpr int highestSpeed = 110;
 constexpr int ramp = 120;
 constexpr int travel = 130;
@@ -61,9 +58,9 @@ void BoardAxesWidget::begin(const BoardLink *link, const ControllersFile::Board 
         row.letter->clear();
         row.model->clear();
         for (int axis = 0; axis < m_iAxes; ++axis)
-            row.letter->addItem(letters.mid(axis, 1));
+            row.letter->addItem(BoardLink::letters().mid(axis, 1));
         row.letter->setEnabled(m_iAxes > int(m_rows.size()));
-        const ControllersFile::Axis before = board.axes.value(k, {letters.mid(k, 1), {}});
+        const ControllersFile::Axis before = board.axes.value(k, {BoardLink::letters().mid(k, 1), {}});
         row.letter->setCurrentIndex(std::max(row.letter->findText(before.letter), 0));
         row.model->addItem(tr("不指定"), noModel);
         for (int type = 0; type < StageTypeCount; ++type) {
@@ -90,7 +87,7 @@ void BoardAxesWidget::showBoard()
         if (axis < 0 || axis >= board.axes)
             continue; // what it said last stays
         row.values->setText(tr("%1 步/mm，行程 %2 mm\n最高 %3 mm/s，由 $%4 决定")
-                                .arg(m_link->setting(stepsPerUnit + axis, 0))
+                                .arg(m_link->setting(BoardLink::StepsPerUnit + axis, 0))
                                 .arg(m_link->setting(travel + axis, 0))
                                 .arg(board.speeds[axis], 0, 'g', 3)
                                 .arg(board.speedSettings[axis]));
@@ -112,7 +109,7 @@ QJsonObject BoardAxesWidget::stage(const Row &row, int place) const
         return {};
     // The board's steps are those of its own motor and microsteps: the record's pulses follow them.
     MotorParams params = toMotorParams(*model);
-    const double steps = m_link->setting(stepsPerUnit + row.letter->currentIndex(), 0);
+    const double steps = m_link->setting(BoardLink::StepsPerUnit + row.letter->currentIndex(), 0);
     if (steps > 0 && params.dispOneCircle > 0) {
         params.pulseOneCircle = uint32_t(std::max(std::round(steps * params.dispOneCircle), 1.0));
         params.dispOneCircle = params.pulseOneCircle / steps;

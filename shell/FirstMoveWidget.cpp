@@ -13,8 +13,6 @@
 
 namespace {
 
-const QString letters = QStringLiteral("XYZABC");
-
 constexpr double speed = 1; // mm/s, if the board allows it
 constexpr double leastMove = 0.05;
 
@@ -23,7 +21,6 @@ constexpr int directions = 3;
 constexpr int switchesInverted = 5;
 constexpr int homingOn = 22;
 constexpr int homingDirections = 23;
-constexpr int stepsPerUnit = 100;
 
 } // namespace
 
@@ -43,7 +40,7 @@ void FirstMoveWidget::begin(BoardLink *link)
     m_moved.reset();
     ui->comboBox_axis->clear();
     for (int k = 0; k < link->board().axes; ++k)
-        ui->comboBox_axis->addItem(letters.mid(k, 1));
+        ui->comboBox_axis->addItem(BoardLink::letters().mid(k, 1));
     ui->checkBox_rightWay->setChecked(true);
     ui->doubleSpinBox_measured->setValue(1);
     showBoard();
@@ -64,7 +61,7 @@ void FirstMoveWidget::showBoard()
         m_moved = board.positions[axis()] - *m_from;
     if (rests)
         m_from.reset();
-    if (m_link->setting(stepsPerUnit + axis(), m_dSteps) != m_dSteps)
+    if (m_link->setting(BoardLink::StepsPerUnit + axis(), m_dSteps) != m_dSteps)
         m_moved.reset(); // it was measured with other steps
 
     QString state = tr("没有应答");
@@ -81,8 +78,8 @@ void FirstMoveWidget::showBoard()
 
     QStringList switches;
     for (int k = 0; k < board.axes; ++k)
-        switches.append(
-            QStringLiteral("%1 %2").arg(letters.mid(k, 1), (board.pins >> k & 1U) ? tr("闭合") : tr("断开")));
+        switches.append(QStringLiteral("%1 %2").arg(
+            BoardLink::letters().mid(k, 1), (board.pins >> k & 1U) ? tr("闭合") : tr("断开")));
     ui->label_switches->setText(switches.join(QStringLiteral("    ")));
     ui->pushButton_invertSwitches->setEnabled(rests);
 
@@ -91,9 +88,9 @@ void FirstMoveWidget::showBoard()
     const bool homed = board.homed >> axis() & 1U;
     ui->label_homing->setText(
         !homes  ? tr("控制板的回零没有打开（$22=0）。没有限位开关时保持关闭。")
-        : homed ? tr("%1 轴已回零。").arg(letters.mid(axis(), 1))
+        : homed ? tr("%1 轴已回零。").arg(BoardLink::letters().mid(axis(), 1))
                 : tr("%1 轴朝 %2 方向寻找限位开关（$23）。")
-                      .arg(letters.mid(axis(), 1), (towardsMinus >> axis() & 1U) ? "−" : "+"));
+                      .arg(BoardLink::letters().mid(axis(), 1), (towardsMinus >> axis() & 1U) ? "−" : "+"));
     ui->pushButton_home->setEnabled(rests && homes);
     ui->pushButton_homeTheOtherWay->setEnabled(rests && homes);
     ui->pushButton_homingOn->setEnabled(rests && !homes);
@@ -120,7 +117,7 @@ void FirstMoveWidget::on_pushButton_unlock_clicked()
 void FirstMoveWidget::move(double distance)
 {
     const double from = m_link->board().positions[axis()];
-    m_dSteps = m_link->setting(stepsPerUnit + axis(), 0);
+    m_dSteps = m_link->setting(BoardLink::StepsPerUnit + axis(), 0);
     m_moved.reset();
     const int status = m_link->move(axis(), distance, speed);
     m_from = from; // not before it runs
@@ -145,7 +142,7 @@ void FirstMoveWidget::on_pushButton_propose_clicked()
 {
     BoardLink::Settings settings;
     const double measured = ui->doubleSpinBox_measured->value();
-    const int number = stepsPerUnit + axis();
+    const int number = BoardLink::StepsPerUnit + axis();
     if (measured > 0)
         settings.insert(
             number, std::round(m_link->setting(number, 0) * std::abs(m_moved.value_or(0)) / measured * 1000) / 1000);
@@ -162,7 +159,8 @@ void FirstMoveWidget::on_pushButton_invertSwitches_clicked()
 void FirstMoveWidget::on_pushButton_home_clicked()
 {
     const MoverBoard &board = m_link->board();
-    const QString moving = board.homesSingly ? letters.mid(axis(), 1) : letters.left(board.axes);
+    const QString moving =
+        board.homesSingly ? BoardLink::letters().mid(axis(), 1) : BoardLink::letters().left(board.axes);
     if (MessageBox::confirm(this, tr("回零将移动 %1 轴，直到碰到限位开关。\n行程内是否没有障碍？").arg(moving)))
         tell(m_link->home(axis()));
 }

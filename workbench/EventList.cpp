@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int rowHeight = 28;
+constexpr int eventHeight = 28;
 constexpr int timeLeft = 36;
 constexpr int wordsLeft = 100;
 
@@ -84,7 +84,7 @@ public:
             painter->fontMetrics().elidedText(EventWords::of(event), Qt::ElideRight, words.width()));
         painter->restore();
     }
-    QSize sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const override { return {120, rowHeight}; }
+    QSize sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const override { return {120, eventHeight}; }
 
     const RecorderPlot *plot = nullptr;
 

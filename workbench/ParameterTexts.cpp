@@ -9,12 +9,12 @@
 
 namespace {
 
-struct Word {
+struct FieldName {
     const char *key;
     const char *text;
 };
 
-constexpr Word names[] = {
+constexpr FieldName fieldNames[] = {
     {"modelName", QT_TRANSLATE_NOOP("ParameterTexts", "型号")},
     {"serialNumber", QT_TRANSLATE_NOOP("ParameterTexts", "序列号")},
     {"pulsesPerTurn", QT_TRANSLATE_NOOP("ParameterTexts", "每转脉冲数")},
@@ -57,9 +57,9 @@ QString number(const QJsonValue &value)
 QString ParameterTexts::name(int field)
 {
     const QLatin1String key(parameterFields()[field].key);
-    const auto *word =
-        std::find_if(std::begin(names), std::end(names), [&key](const Word &each) { return each.key == key; });
-    return word == std::end(names) ? QString(key) : tr(word->text);
+    const auto *word = std::find_if(
+        std::begin(fieldNames), std::end(fieldNames), [&key](const FieldName &each) { return each.key == key; });
+    return word == std::end(fieldNames) ? QString(key) : tr(word->text);
 }
 
 QString ParameterTexts::value(int field, const ParameterSnapshot &snapshot)

@@ -13,14 +13,12 @@
 
 namespace {
 
-constexpr qint64 second = 1000000;
-constexpr qint64 leastSpan = second / 10;
-constexpr qint64 leastAll = 10 * second;
+constexpr qint64 leastSpan = RecorderPlot::Second / 10;
+constexpr qint64 leastAll = 10 * RecorderPlot::Second;
 constexpr double shiftByKey = 0.1; // of what is shown
 constexpr double zoomByKey = 1.5;
 constexpr double zoomByNotch = 1.25;
 constexpr int coloursWithoutDash = 4;
-constexpr qint64 silentAfter = 1500000; // no answer for so long: nothing is known of the time since
 
 /** The times that lie in a gap of every track. */
 QVector<TrackView::Span> common(const QVector<TrackView::Span> &a, const QVector<TrackView::Span> &b)
@@ -213,7 +211,7 @@ PlotPicture RecorderPlot::picture(double width, bool withCursor) const
         if (axis.samples.startUs() > m_recording.startUs()) // it came later than the others
             own.prepend({m_recording.startUs(), axis.samples.startUs()});
         const qint64 end = axis.samples.endUs();
-        if (end < to && m_recording.nowUs - end > silentAfter)
+        if (end < to && m_recording.nowUs - end > SilentAfter)
             own.append({end, m_recording.nowUs});
         gaps = gaps ? common(*gaps, own) : own;
     }

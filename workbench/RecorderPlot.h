@@ -30,6 +30,9 @@ class RecorderPlot final : public QWidget
 
 public:
     static constexpr qint64 All = 0;
+    static constexpr qint64 Second = 1000000; ///< in µs
+    /** No answer for so long, in µs: nothing is known of the time since. */
+    static constexpr qint64 SilentAfter = 1500000;
 
     explicit RecorderPlot(QWidget *parent = nullptr);
 

@@ -28,11 +28,9 @@ namespace {
 constexpr int refreshMs = 50;
 constexpr int progressMs = 100;
 constexpr int noteMs = 10000;
-constexpr qint64 second = 1000000;
-constexpr qint64 rateOver = 2 * second;
-constexpr qint64 silentAfter = 1500000;
+constexpr qint64 rateOver = 2 * RecorderPlot::Second;
 constexpr int basicRate = 10; // what the panels ask for
-constexpr int rowHeight = 52;
+constexpr int largeRowHeight = 52;
 constexpr int smallRowHeight = 44;
 constexpr int mostLargeRows = 6;
 constexpr int pictureScale = 2;
@@ -42,8 +40,10 @@ struct Range {
     qint64 us;
 };
 constexpr Range ranges[] = {
-    {&Ui::RecorderView::pushButton_range10s, 10 * second},       {&Ui::RecorderView::pushButton_range1min, 60 * second},
-    {&Ui::RecorderView::pushButton_range10min, 600 * second},    {&Ui::RecorderView::pushButton_range1h, 3600 * second},
+    {&Ui::RecorderView::pushButton_range10s, 10 * RecorderPlot::Second},
+    {&Ui::RecorderView::pushButton_range1min, 60 * RecorderPlot::Second},
+    {&Ui::RecorderView::pushButton_range10min, 600 * RecorderPlot::Second},
+    {&Ui::RecorderView::pushButton_range1h, 3600 * RecorderPlot::Second},
     {&Ui::RecorderView::pushButton_rangeAll, RecorderPlot::All},
 };
 struct Rate {
@@ -226,7 +226,7 @@ void RecorderView::rebuildRows()
     for (const Recording::Axis &axis : axes) {
         auto *row = new AxisRow(axis.description, ui->plot, ui->widget_axisRows);
         row->setObjectName(QStringLiteral("axisRow_%1").arg(axis.description.index));
-        row->setFixedHeight(axes.size() > mostLargeRows ? smallRowHeight : rowHeight);
+        row->setFixedHeight(axes.size() > mostLargeRows ? smallRowHeight : largeRowHeight);
         row->setChecked(ui->plot->isAxisShown(axis.description.index));
         connect(row, &AxisRow::toggled, this, [this, index = axis.description.index](bool shown) {
             ui->plot->setAxisShown(index, shown);
@@ -247,7 +247,7 @@ void RecorderView::refreshRows()
     for (int k = 0; k < std::min(m_rows.size(), recording.axes.size()); ++k) {
         const Recording::Axis &axis = recording.axes.at(k);
         const bool isCurrent =
-            m_session->recorder().isRecording() && recording.nowUs - axis.samples.endUs() < silentAfter;
+            m_session->recorder().isRecording() && recording.nowUs - axis.samples.endUs() < RecorderPlot::SilentAfter;
         m_rows.at(k)->setReadings(axis.samples.last(), isCurrent, ui->plot->cursorSample(axis.description.index));
     }
 }
@@ -287,7 +287,8 @@ void RecorderView::showFoot()
     if (recording.isEmpty()) {
         ui->label_held->setText(tr("已记录：无"));
     } else {
-        const qint64 seconds = (recording.endUs() - recording.startUs() + second / 2) / second;
+        const qint64 seconds =
+            (recording.endUs() - recording.startUs() + RecorderPlot::Second / 2) / RecorderPlot::Second;
         const QString time = seconds >= 3600 ? tr("%1 小时 %2 分").arg(seconds / 3600).arg(seconds / 60 % 60)
                              : seconds >= 60 ? tr("%1 分 %2 秒").arg(seconds / 60).arg(seconds % 60)
                                              : tr("%1 秒").arg(seconds);
@@ -301,7 +302,7 @@ void RecorderView::showFoot()
     double reached = 0;
     for (const Recording::Axis &axis : recording.axes) {
         const qint64 end = axis.samples.endUs();
-        if (!ui->plot->isAxisShown(axis.description.index) || recording.nowUs - end > silentAfter)
+        if (!ui->plot->isAxisShown(axis.description.index) || recording.nowUs - end > RecorderPlot::SilentAfter)
             continue;
         const qint64 begin = std::max(axis.samples.startUs(), end - rateOver);
         const int count = axis.samples.countBetween(begin, end);

@@ -13,14 +13,14 @@ namespace {
 
 enum class Kind { Byte, Switch, Whole, Decimal };
 
-struct Row {
+struct SettingRow {
     int number;
     Kind kind;
     double initial;
 };
 
 // One row for each setting; those of an axis stand once and count for all axes.
-constexpr Row rows[] = {
+constexpr SettingRow settingRows[] = {
     {0, Kind::Byte, 10},       {1, Kind::Byte, 25},        {2, Kind::Byte, 0},        {3, Kind::Byte, 0},
     {4, Kind::Switch, 0},      {5, Kind::Switch, 0},       {6, Kind::Switch, 0},      {10, Kind::Byte, 1},
     {11, Kind::Decimal, 0.01}, {12, Kind::Decimal, 0.002}, {13, Kind::Switch, 0},     {20, Kind::Switch, 0},
@@ -30,13 +30,13 @@ constexpr Row rows[] = {
     {120, Kind::Decimal, 10},  {130, Kind::Decimal, 200},
 };
 
-const Row *findRow(int axes, long number)
+const SettingRow *findRow(int axes, long number)
 {
     const long first = number < 100 ? number : number - number % 10;
     if (number >= 100 && number - first >= axes) {
         return nullptr;
     }
-    for (const Row &row : rows) {
+    for (const SettingRow &row : settingRows) {
         if (row.number == first) {
             return &row;
         }
@@ -55,7 +55,7 @@ Settings::Settings(int axes, bool isHal)
 
 void Settings::restore()
 {
-    for (const Row &row : rows) {
+    for (const SettingRow &row : settingRows) {
         for (int axis = 0; axis < (row.number < 100 ? 1 : m_axes); ++axis) {
             m_values[row.number + axis] = row.initial;
         }
@@ -64,7 +64,7 @@ void Settings::restore()
 
 int Settings::store(long number, double value)
 {
-    const Row *row = findRow(m_axes, number);
+    const SettingRow *row = findRow(m_axes, number);
     if (!row) {
         return m_isHal ? 53 : 3;
     }

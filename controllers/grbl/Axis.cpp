@@ -13,7 +13,6 @@ namespace grbl {
 namespace {
 
 // Numbers of the board's settings, for the first axis.
-constexpr int homingOn = 22;
 constexpr int homingDirection = 23;
 constexpr int slowHoming = 24;
 constexpr int homingPullOff = 27;
@@ -46,7 +45,7 @@ double Axis::toBoard(double position) const
 bool Axis::hasSwitch() const
 {
     // A board that does not tell has one when it has homed.
-    return m_board.setting(homingOn, m_homed ? 1 : 0) != 0;
+    return m_board.setting(Board::homingOn, m_homed ? 1 : 0) != 0;
 }
 
 double Axis::length() const
@@ -116,7 +115,7 @@ int Axis::refusal(Run run, double displacement) const
         return status;
     if (running() || state().isStop == 0)
         return AxisRunning;
-    if (run == Run::Move && !m_homed && m_board.setting(homingOn, 0) != 0)
+    if (run == Run::Move && !m_homed && m_board.setting(Board::homingOn, 0) != 0)
         return ReferenceFirst;
     // On a limit switch there is only the way off it.
     if (m_board.switchDirection(boardAxis()) * (toBoard(displacement) - toBoard(0)) > 0)
@@ -233,7 +232,7 @@ MotorStageState Axis::state() const
     state.isHome = m_homed;
     const double where = stagePosition();
     // Before it has been homed nobody knows where the ends are.
-    const bool known = m_homed || m_board.setting(homingOn, 0) == 0;
+    const bool known = m_homed || m_board.setting(Board::homingOn, 0) == 0;
     state.isLeftLimit = known && atLowerEnd(where - resolution / 2);
     state.isRightLimit = known && atUpperEnd(where + resolution / 2);
     state.runCount = static_cast<uint32_t>(loopIndex());

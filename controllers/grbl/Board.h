@@ -33,6 +33,8 @@ public:
     static constexpr double lead = 0.17;
     /** No axis is faster than what the board's own ramp stops in this time. */
     static constexpr double brakingTime = 0.08;
+    /** Number of the setting; soft limits ($20) can be switched on only behind it. */
+    static constexpr int homingOn = 22;
 
     /** Something to say besides statuses. */
     struct Note {

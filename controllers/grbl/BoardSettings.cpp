@@ -13,7 +13,6 @@ using namespace moverMessages;
 namespace {
 
 constexpr double pressAgain = 10;
-constexpr int homingOn = 22; // soft limits ($20) can be switched on only behind it
 
 } // namespace
 
@@ -96,7 +95,7 @@ int Board::write(const std::map<int, double> &settings)
         m_writing[number_] = value;
         m_before[number_] = present;
         const std::string line = "$" + std::to_string(number_) + "=" + number(value, 3);
-        lines.insert(number_ == homingOn && value != 0 ? lines.begin() : lines.end(), line);
+        lines.insert(number_ == Board::homingOn && value != 0 ? lines.begin() : lines.end(), line);
     }
     if (lines.empty())
         return Ok;
