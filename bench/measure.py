@@ -180,9 +180,9 @@ class Bench:
             rows[name] = (float(figure), remark)
         return rows
 
-    def grbl(self):
+    def grbl(self, seconds):
         output = subprocess.run(
-            [f"{self.build}/bench/benchGrbl", f"{self.build}/controllers/emulator/grblEmulator", "--rows"],
+            [f"{self.build}/bench/benchGrbl", f"{self.build}/controllers/emulator/grblEmulator", "--rows", str(seconds)],
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False).stdout
         lines = [line.split("\t") for line in output.splitlines()]
         return {name: (float(figure), remark) for name, figure, remark in lines}
@@ -194,6 +194,10 @@ class Bench:
             effort = 5  # half a minute of real time
         if name.startswith("start"):
             return self.starts(rounds)
+        if name.startswith("grbl"):
+            return self.grbl(4 if short else 10)
+        if short: # what follows waits for programs to settle: fewer rounds, but longer ones
+            rounds, seconds = 3, 3
         if name.startswith("memory"):
             return self.memory(min(rounds, 9))
         if name == "rest":
@@ -201,8 +205,6 @@ class Bench:
             return self.cpu(rounds, 6, seconds, "rest", "timers", name)
         if name == "moving":
             return self.cpu(min(rounds, 9), 1.5, seconds, "move", "numbers", name)
-        if name.startswith("grbl"):
-            return self.grbl()
         return self.step(effort, STEPS[name])
 
 

@@ -78,7 +78,7 @@ void wireAndRipple()
 }
 
 /** The library in this process, the board in another: the processor time is the library's. */
-void processorShare(const std::string &folder, const char *emulatorProgram)
+void processorShare(const std::string &folder, const char *emulatorProgram, int seconds)
 {
     const std::string link = folder + "/board";
     const pid_t emulator = fork();
@@ -103,8 +103,8 @@ void processorShare(const std::string &folder, const char *emulatorProgram)
     }
     wait(1);
     double before = processorTime();
-    wait(10);
-    row("grbl rest", "processor time at rest, of a core", (processorTime() - before) / 10 * 100, 0.5, "%");
+    wait(seconds);
+    row("grbl rest", "processor time at rest, of a core", (processorTime() - before) / seconds * 100, 0.5, "%");
     for (int axis = 0; axis < 3; ++axis) {
         setSpeed(board, axis, 4);
         setAcceleration(board, axis, 50);
@@ -113,8 +113,8 @@ void processorShare(const std::string &folder, const char *emulatorProgram)
     }
     wait(1);
     before = processorTime();
-    wait(10);
-    row("grbl moving", "processor time with three axes moving", (processorTime() - before) / 10 * 100, 3, "%");
+    wait(seconds);
+    row("grbl moving", "processor time with three axes moving", (processorTime() - before) / seconds * 100, 3, "%");
 
     for (int axis = 0; axis < 3; ++axis)
         stopRuning(board, axis);
@@ -180,7 +180,7 @@ private:
     std::thread m_thread;
 };
 
-void stopLatency(const std::string &folder)
+void stopLatency(const std::string &folder, int stops)
 {
     std::filesystem::remove(folder + "/board");
     emulator::Options options = Bench::options();
@@ -195,10 +195,10 @@ void stopLatency(const std::string &folder)
     setSpeed(board, 0, 10);
     setAcceleration(board, 0, 50);
     std::vector<double> delays;
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < stops; ++i) {
         setTargetPos(board, 0, i % 2 == 0 ? 90 : -90);
         startMove(board, 0);
-        wait(0.2 + i * 0.0037);
+        wait(0.2 + 0.222 * i / stops);
         const auto called = std::chrono::steady_clock::now();
         stopRuning(board, 0);
         wait(0.1);
@@ -215,9 +215,10 @@ void stopLatency(const std::string &folder)
 
 int main(int argc, char **argv)
 {
-    asRows = argc == 3 && std::string(argv[2]) == "--rows";
-    if (argc != 2 && !asRows) {
-        std::fputs("usage: benchGrbl GRBLEMULATOR [--rows]\n", stderr);
+    asRows = argc >= 3 && std::string(argv[2]) == "--rows";
+    const int seconds = argc == 4 ? std::atoi(argv[3]) : 10;
+    if ((argc != 2 && !asRows) || seconds < 1) {
+        std::fputs("usage: benchGrbl GRBLEMULATOR [--rows [SECONDS]]\n", stderr);
         return 2;
     }
     char folder[] = "/tmp/benchGrblXXXXXX";
@@ -234,8 +235,8 @@ int main(int argc, char **argv)
                         << R"(/board", "axes": [)" << axes << "]}]}";
     setenv("MOVER_CONTROLLERS", file.c_str(), 1);
     wireAndRipple();
-    processorShare(folder, argv[1]);
-    stopLatency(folder);
+    processorShare(folder, argv[1], seconds);
+    stopLatency(folder, 6 * seconds);
     std::filesystem::remove_all(folder);
     return failed ? 1 : 0;
 }
