@@ -73,12 +73,6 @@ class Program:
         environment = dict(os.environ, PATH=path_with(scratch), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
         self.process = subprocess.Popen(command, env=environment, cwd="/")
 
-    def follow_restart(self):
-        """The program has been told to restart: waits until it has, and drives the new one."""
-        executable = os.readlink(f"/proc/{self.process.pid}/exe")
-        wait_for_end(self.process)
-        self.process = wait_for("the program does not start again", lambda: Stranger.of(executable))
-
     def root(self):
         desktop = Atspi.get_desktop(0)
         desktop.clear_cache()
@@ -137,6 +131,11 @@ class Program:
         self.press(text)
         wait_for_end(self.process)
 
+    def restart(self, text):
+        executable = os.readlink(f"/proc/{self.process.pid}/exe")
+        self.close(text)
+        self.process = wait_for("the program does not start again", lambda: Stranger.of(executable))
+
     def print_screen(self):
         for element in self.elements():
             if element.get_state_set().contains(Atspi.StateType.SHOWING):
@@ -163,21 +162,18 @@ def set_up_board(program, port):
     program.see(Atspi.Role.PUSH_BUTTON, "保存")
     models = [box for box in program.showing(Atspi.Role.COMBO_BOX) if box.get_name() == "不指定"]  # 5
     program.click(models[0])
-    program.see(Atspi.Role.LIST_ITEM, "LIN-50")
-    xdotool("type", "LIN-50")
-    xdotool("key", "Return")
+    program.click(program.see(Atspi.Role.LIST_ITEM, "LIN-50"))
     program.see(Atspi.Role.COMBO_BOX, "LIN-50")
     program.press("保存")  # 6
     program.see(Atspi.Role.LABEL, "已保存")
-    program.press("重新启动程序")  # 7
-    program.follow_restart()
+    program.restart("重新启动程序")  # 7
     program.press("连接设备")
     program.see(Atspi.Role.COMBO_BOX, "GRBL-2001")
     program.press("连接")
-    position = program.see(Atspi.Role.LABEL, "200.000 mm")
+    position = program.see(Atspi.Role.LABEL, "175.000 mm")  # the board's 0 is 200 mm off the end at -25 mm
     program.press("回零")  # 8: asks for a second press
     program.press("回零")
-    wait("the axis does not home", lambda: text_of(position) == "1.000 mm")
+    wait("the axis does not home", lambda: text_of(position) == "-24.000 mm")
     print("The board is set up, and its axes have homed.")
     move(program, position)
 

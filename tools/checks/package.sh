@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 #
 # Runs the kits' examples. Builds the packages, looks at what is in them, installs the .deb, drives a move with what its
-# menu entry starts, and removes it without leftovers; then the same drive with the .tar.gz, unpacked in a folder with a
+# menu entry starts, sets up an emulated Grbl board as the manual tells, and removes it without leftovers; then the same drive with the .tar.gz, unpacked in a folder with a
 # difficult name. Needs root for the .deb; the program itself is run by somebody who may not write to its folder.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
@@ -24,6 +24,7 @@ fi
 scratch=$(mktemp -d)
 home=$scratch/home
 end() {
+    [ -z "${board:-}" ] || kill "$board" 2>/dev/null || true
     [ -z "${installed:-}" ] || "${root[@]}" dpkg --purge mover >/dev/null
     rm -rf "$scratch"
 }
@@ -34,7 +35,7 @@ mkdir -p "$scratch/tools" "$home"
 cp tools/with-desktop.sh tools/driving.py tools/drive.py "$scratch/tools"
 chmod 755 "$scratch"
 
-# drive PROGRAM|MENU_ENTRY: see drive.py; run by a user with a new home.
+# drive PROGRAM|MENU_ENTRY [PORT]: see drive.py; run by a user with a new home.
 drive() {
     rm -rf "$home"
     mkdir -m 700 "$home" "$home/run"
@@ -43,7 +44,7 @@ drive() {
         cd /
         "${user[@]}" env -i PATH="$PATH" LC_ALL=C.UTF-8 HOME="$home" XDG_RUNTIME_DIR="$home/run" TMPDIR="$home" \
             QT_LOGGING_RULES='default.debug=false' \
-            "$scratch/tools/with-desktop.sh" dbus-run-session -- "$scratch/tools/drive.py" "$1"
+            "$scratch/tools/with-desktop.sh" dbus-run-session -- "$scratch/tools/drive.py" "$@"
     ) 2>"$scratch/drive.log" || {
         cat "$scratch/drive.log" >&2
         die "$1 cannot be driven."
@@ -136,6 +137,25 @@ installed=1
 say "Driving what the menu entry starts"
 drive /usr/share/applications/mover.desktop
 [ "$(cat "$home/.config/mover/appConfig.ini")" = $'[language]\ntype=1' ] || die "The user's settings are not kept."
+
+say "Setting up a board as the manual tells"
+# told LANGUAGE: the command for those who have no board.
+told() { sed -n "/{#$1-setup-add}/,/^## /s:^\./run\.sh --board .*:&:p" "docs/manual/$1.md"; }
+read -ra command < <(told en)
+[ ${#command[@]} -eq 3 ] && [ "${command[*]}" = "$(told zh)" ] || die "The manuals differ in the command for a board."
+port=${command[2]}
+mkfifo "$scratch/input"
+exec 9<>"$scratch/input" # the board ends at the end of its input
+"${command[@]}" <&9 9<&- >"$scratch/board.log" 2>&1 &
+board=$!
+until [ "$(tail -n 1 "$scratch/board.log")" = "$port" ]; do
+    kill -0 "$board" 2>/dev/null || die "${command[*]}: $(cat "$scratch/board.log")"
+    sleep 0.1
+done
+chmod a+rw "$port"
+drive /usr/share/applications/mover.desktop "$port"
+kill "$board"
+board=
 
 say "Removing it"
 # As when root had used the program.
