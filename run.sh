@@ -26,8 +26,8 @@ fi
 
 board=(
     build/release/controllers/emulator/grblEmulator
-    --set 1=255 --set 22=1 --set 23=7 --set 24=300 --set 25=1800 --set 26=25
-    --set 110=1800 --set 111=1800 --set 112=1800 --set 120=500 --set 121=500 --set 122=500
+    --set "1=255" --set "22=1" --set "23=7" --set "24=300" --set "25=1800" --set "26=25"
+    --set "110=1800" --set "111=1800" --set "112=1800" --set "120=500" --set "121=500" --set "122=500"
 )
 if [ "${1:-}" = --board ]; then
     [ $# -eq 2 ] || die "usage: run.sh --board PORT"

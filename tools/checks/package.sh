@@ -142,7 +142,8 @@ say "Setting up a board as the manual tells"
 # told LANGUAGE: the command for those who have no board.
 told() { sed -n "/{#$1-setup-add}/,/^## /s:^\./run\.sh --board .*:&:p" "docs/manual/$1.md"; }
 read -ra command < <(told en)
-[ ${#command[@]} -eq 3 ] && [ "${command[*]}" = "$(told zh)" ] || die "The manuals differ in the command for a board."
+[ ${#command[@]} -eq 3 ] || die "The manual does not tell how a board is emulated."
+[ "${command[*]}" = "$(told zh)" ] || die "The manuals differ in the command for a board."
 port=${command[2]}
 mkfifo "$scratch/input"
 exec 9<>"$scratch/input" # the board ends at the end of its input
