@@ -254,6 +254,24 @@ private slots:
         QCOMPARE(ControllersFile(m_file).library(), QString());
         QVERIFY(dialog.in("pushButton_restart")->isHidden());
     }
+    void restartingAsksWhileAControllerIsConnected()
+    {
+        const auto session = ControlSession::instance();
+        QCOMPARE(session->connectTo({1001, {}}), 1001);
+        const Dialog dialog;
+        dialog.click("radioButton_grbl");
+        QSignalSpy restart(&dialog.widget, &ControllerSetupWidget::signal_restart);
+        {
+            const MessageBoxes refusing(QStringLiteral("取消"));
+            dialog.click("pushButton_restart");
+            QCOMPARE(refusing.count(), 1);
+        }
+        QCOMPARE(restart.count(), 0);
+        const MessageBoxes agreeing;
+        dialog.click("pushButton_restart");
+        QCOMPARE(restart.count(), 1);
+        QVERIFY(session->disconnectController());
+    }
     void theFirstBoardMakesItsLibraryTheNextOne()
     {
         QVERIFY(MotionLibrary::automatic() == MotionLibrary::Kind::Simulated);

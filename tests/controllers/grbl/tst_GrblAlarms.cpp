@@ -21,12 +21,13 @@ private slots:
     void aReportOnItsWayIsNotTheEndOfHoming();
     void aStopEndsHoming();
     void aFailedHomingIsNotHomed();
+    void nothingIsHomedAnyMoreAfter_data();
+    void nothingIsHomedAnyMoreAfter();
     void moveNeedsAReference();
     void aHardLimitNamesItsAxisAndIsLeftSlowly();
     void hardLimitsComeBackAfterARestart();
     void aHoldIsLeftAtRest();
     void enableIsAPermission();
-    void motorsThatDropOutAreTold();
     void reportsAreMadeToHavePositionsInMm();
     void aSleepingBoardIsWokenByUnlocking();
     void whatCannotMoveIsRefused_data();
@@ -279,6 +280,56 @@ void tst_GrblAlarms::aFailedHomingIsNotHomed()
     QVERIFY(!bench.axis(0).isHomed());
 }
 
+void tst_GrblAlarms::nothingIsHomedAnyMoreAfter_data()
+{
+    QTest::addColumn<QByteArray>("what");
+    for (const char *const what :
+         {"a reset at rest", "a reset in motion", "power off and on", "an alarm", "the port opened again",
+          "a homing that fails"})
+        QTest::newRow(what) << QByteArray(what);
+}
+
+void tst_GrblAlarms::nothingIsHomedAnyMoreAfter()
+{
+    QFETCH(QByteArray, what);
+    emulator::Options options = homingBoard();
+    options.settings[21] = 1;
+    Bench bench(options);
+    setStages(bench);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.moveTo(1, 20, 20, 50), 0);
+    if (what == "a reset in motion")
+        bench.run(0.5);
+    else
+        QVERIFY(stands(bench));
+    QVERIFY(bench.axis(0).isHomed() && bench.axis(1).isHomed() && bench.axis(2).isHomed());
+
+    if (what.contains("reset"))
+        bench.firmware.pressReset();
+    else if (what == "power off and on")
+        bench.firmware.powerCycle();
+    else if (what == "an alarm")
+        bench.firmware.forceSwitch(1, 1);
+    if (what == "the port opened again") {
+        bench.board.closed();
+        bench.board.opened(bench.now());
+    } else if (what == "a homing that fails") {
+        for (int i = 0; i < 3; ++i)
+            bench.firmware.forceSwitch(i, 0);
+        home(bench, 0);
+        QCOMPARE(home(bench, 0), 0);
+    }
+    bench.run(1);
+    QVERIFY(stands(bench));
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY(!bench.axis(i).isHomed());
+        QCOMPARE(int(bench.axis(i).state().isHome), 0);
+        QVERIFY(bench.moveTo(i, 10, 10, 50) < 0);
+    }
+}
+
 void tst_GrblAlarms::moveNeedsAReference()
 {
     Bench bench(homingBoard());
@@ -377,19 +428,10 @@ void tst_GrblAlarms::enableIsAPermission()
     QVERIFY(stands(bench));
     QVERIFY(bench.firmware.steps(0) < Bench::steps(15));
     QCOMPARE(int(bench.axis(0).state().isEnable), 0);
-    QVERIFY(hasSaid(bench, moverMessages::PermissionOnly));
     QCOMPARE(bench.moveTo(0, 3, 10, 50), int(PowerOff));
     QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
     QCOMPARE(bench.moveTo(0, 3, 10, 50), 0);
     QVERIFY(stands(bench));
-}
-
-void tst_GrblAlarms::motorsThatDropOutAreTold()
-{
-    emulator::Options options = Bench::options();
-    QVERIFY(!hasSaid(Bench(options), moverMessages::MotorsDropOut));
-    options.settings[1] = 25;
-    QVERIFY(hasSaid(Bench(options), moverMessages::MotorsDropOut));
 }
 
 void tst_GrblAlarms::reportsAreMadeToHavePositionsInMm()

@@ -30,6 +30,7 @@ private slots:
     void aStageThatIsSetUpLaterCounts();
     void homesAtTheSecondPress();
     void noCallWaitsForTheWire();
+    void silenceIsALostLinkForWhateverIsAsked();
     void losesAndFindsThePort();
 
 private:
@@ -241,6 +242,25 @@ void tst_GrblLibrary::noCallWaitsForTheWire()
         QVERIFY2(ms <= 20, name + QByteArray(": ") + QByteArray::number(ms));
     QTRY_VERIFY(getRuningState(s_id, 0, &state) >= 0 && state.isStop == 1);
     QTRY_COMPARE(position(0), static_cast<int>(steps(0) * 4));
+}
+
+void tst_GrblLibrary::silenceIsALostLinkForWhateverIsAsked()
+{
+    const auto cut = [this](bool isCut) {
+        m_port->use([isCut](emulator::Board &board) { return board.toHost().cut(isCut), 0; });
+    };
+    MotorStageState state{};
+    CONTROLER_STATE info{};
+    int status = 0;
+    QCOMPARE(getRockerInfo(s_id, &info), int(Ok));
+    cut(true);
+    QTRY_COMPARE(getRuningState(s_id, 0, &state), int(LinkLost));
+    getCurrentPos(s_id, 0, &status);
+    QCOMPARE(status, int(LinkLost));
+    QCOMPARE(getRockerInfo(s_id, &info), int(LinkLost)); // the sign of life
+    cut(false);
+    QTRY_VERIFY(stands(0));
+    QCOMPARE(getRockerInfo(s_id, &info), int(Ok));
 }
 
 void tst_GrblLibrary::losesAndFindsThePort()
