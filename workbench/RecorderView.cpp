@@ -440,20 +440,23 @@ void RecorderView::on_pushButton_exportPicture_clicked()
     const QString path = withEnding(asked, isSvg ? QStringLiteral("svg") : QStringLiteral("png"));
     QBuffer bytes;
     bytes.open(QIODevice::WriteOnly);
+    bool isDrawn = false;
     if (isSvg) {
-        plots->writeSvg(&bytes, size, picture, m_session->serialNumber());
+        isDrawn = plots->writeSvg(&bytes, size, picture, m_session->serialNumber());
     } else {
         QImage image(size * pictureScale, QImage::Format_RGB32);
-        image.setDevicePixelRatio(pictureScale);
-        image.fill(picture.colours.well);
-        QPainter painter(&image);
-        painter.setFont(font());
-        plots->draw(&painter, QRectF(QPointF(), QSizeF(size)), picture);
-        painter.end();
-        image.save(&bytes, "PNG");
+        if (!image.isNull()) { // it has a size, and there is memory for it
+            image.setDevicePixelRatio(pictureScale);
+            image.fill(picture.colours.well);
+            QPainter painter(&image);
+            painter.setFont(font());
+            plots->draw(&painter, QRectF(QPointF(), QSizeF(size)), picture);
+            painter.end();
+            isDrawn = image.save(&bytes, "PNG");
+        }
     }
-    QString error;
-    if (SmallFile::save(path, bytes.data(), &error))
+    QString error = QDir::toNativeSeparators(path);
+    if (isDrawn && SmallFile::save(path, bytes.data(), &error))
         note(tr("已保存：%1").arg(QDir::toNativeSeparators(path)));
     else
         MessageBox::inform(this, tr("无法保存文件：%1").arg(error));

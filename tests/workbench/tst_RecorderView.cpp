@@ -8,6 +8,7 @@
 #include "support/WorkerFixture.h"
 #include "workbench/AxisRow.h"
 #include "workbench/EventList.h"
+#include "workbench/EventWords.h"
 #include "workbench/PlotModule.h"
 #include "workbench/RecorderPlot.h"
 
@@ -19,6 +20,8 @@
 #include <QTemporaryDir>
 
 using namespace std::chrono_literals;
+
+Q_DECLARE_METATYPE(RecorderEvent)
 
 /** The recorder's page over a recorder that is told made-up times: nothing here waits for an axis. */
 class tst_RecorderView : public WorkerFixture
@@ -216,7 +219,6 @@ private slots:
         QVERIFY(!plot()->isLive());
         QVERIFY(std::abs(live - 6000000 - plot()->toUs()) < 1000000);
         QTest::keyClick(plot(), Qt::Key_Plus);
-        QCOMPARE(plot()->span(), qint64(40000000));
         QVERIFY(!in("pushButton_range1min")->isChecked());
         QTest::keyClick(plot(), Qt::Key_Home);
         QCOMPARE(plot()->fromUs(), plot()->recording().startUs());
@@ -278,6 +280,28 @@ private slots:
             QApplication::sendEvent(plot(), &wheel);
         QVERIFY(!plot()->isLive());
         QCOMPARE(double(plot()->toUs() - to) / 60e6, moved);
+    }
+
+    void keysZoomAboutTheMiddle_data()
+    {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::addColumn<qint64>("span"); // µs
+        QTest::newRow("up") << Qt::Key_Up << qint64(40000000);
+        QTest::newRow("plus") << Qt::Key_Plus << qint64(40000000);
+        QTest::newRow("plus without shift") << Qt::Key_Equal << qint64(40000000);
+        QTest::newRow("down") << Qt::Key_Down << qint64(90000000);
+        QTest::newRow("minus") << Qt::Key_Minus << qint64(90000000);
+    }
+    void keysZoomAboutTheMiddle()
+    {
+        QFETCH(Qt::Key, key);
+        record(600);
+        show();
+        plot()->showTime(recorder().usOf(m_now - 300s));
+        const qint64 middle = (plot()->fromUs() + plot()->toUs()) / 2;
+        QTest::keyClick(plot(), key);
+        QTEST(plot()->span(), "span");
+        QVERIFY(std::abs((plot()->fromUs() + plot()->toUs()) / 2 - middle) <= 1);
     }
 
     void movingBeyondNowIsLiveAgain()
@@ -342,6 +366,39 @@ private slots:
         emit list->activated(list->model()->index(1, 0));
         QVERIFY(!plot()->isLive());
         QCOMPARE((plot()->fromUs() + plot()->toUs()) / 2, recorder().usOf(m_now - 300s));
+    }
+
+    void eventsAreToldInWords_data()
+    {
+        using Event = RecorderEvent;
+        using Source = MotionCommand;
+        QTest::addColumn<RecorderEvent>("event");
+        QTest::addColumn<QString>("words");
+        const std::pair<Event, const char *> rows[] = {
+            {{0, Event::Command, 0, OPERATION_TYPE_HOME, 0, Source::Console}, "Axis1 starts homing (console)"},
+            {{0, Event::Command, 0, OPERATION_TYPE_JOG, -1, Source::Holder}, "Axis1 jogs − (sequence)"},
+            {{0, Event::Arrived, 1}, "Axis2 arrived"},
+            {{0, Event::Stopped, 1}, "Axis2 stopped"},
+            {{0, Event::Homed, 1}, "Axis2 homed"},
+            {{0, Event::Limit, 0, 0, 1}, "Axis1 positive limit"},
+            {{0, Event::Limit, 0, 0, -1}, "Axis1 negative limit"},
+            {{0, Event::Failure, 0, Event::OptoFault, -1}, "Axis1 negative opto-coupler failed"},
+            {{0, Event::Failure, 0, Event::OptoFault, 0}, "Axis1 origin opto-coupler failed"},
+            {{0, Event::Failure, 0, Event::OptoFault, 1}, "Axis1 positive opto-coupler failed"},
+            {{0, Event::Failure, 0, OPERATION_TYPE_LOOP, 1, Source::Request, -1000},
+             "Axis1 loops + was refused: -1000"},
+            {{0, Event::LinkLost}, "Link lost"},
+            {{0, Event::LinkLost, 0}, "Axis1 link lost"},
+            {{0, Event::LinkBack, Event::AllAxes, 0, 0, Source::Request, 0, 1540000}, "Link back after 1.5 s"},
+            {{0, Event::LinkBack, 1, 0, 0, Source::Request, 0, 1540000}, "Axis2 Link back after 1.5 s"},
+        };
+        for (const auto &[event, words] : rows)
+            QTest::newRow(words) << event << QString::fromUtf8(words);
+    }
+    void eventsAreToldInWords()
+    {
+        QFETCH(RecorderEvent, event);
+        QTEST(EventWords::of(event), "words");
     }
 
     void hiddenItLooksAtNothing()
@@ -436,6 +493,18 @@ private slots:
             QVERIFY(box.text().startsWith(QStringLiteral("The file cannot be saved: ")));
             QVERIFY(!m_view->isExporting());
         }
+    }
+
+    void aPictureThatCannotBeMadeIsNotSavedEmpty()
+    {
+        record(30);
+        show();
+        plot()->setFixedHeight(0); // no image has this size
+        OnMessageBox box;
+        const QString path = exported("picture", QStringLiteral("a.png"), 0);
+        QTRY_COMPARE(box.shown(), 1);
+        QCOMPARE(box.text(), QStringLiteral("The file cannot be saved: ") + QDir::toNativeSeparators(path));
+        QVERIFY(!QFile::exists(path));
     }
 
     void aHigherRateIsAskedOfTheShownAxes()
