@@ -12,16 +12,25 @@
 #include "console/ConsoleCommands.h"
 #include "console/DebugWidget.h"
 #include "device/LibraryLock.h"
+#include "session/ParameterHistory.h"
+#include "session/SmallFile.h"
 #include "support/DebugLog.h"
 #include "support/MessageBoxes.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/TDoubleSpinBox.h"
+#include "workbench/HistoryWidget.h"
 
 #include <QCheckBox>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QSignalSpy>
 #include <QSpinBox>
+#include <QStackedWidget>
 #include <QStandardPaths>
+#include <QTabBar>
+#include <QTableWidget>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <memory>
@@ -524,6 +533,15 @@ void noteConsole(Session &session)
     session.note(QStringLiteral("console state: ") + text("lineEdit_state"));
 }
 
+QWidget *openWorkbench(Session &session)
+{
+    OpenWindow::click(session.program().titleButton("pushButton_workbench"));
+    session.settle();
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return *std::find_if(
+        windows.begin(), windows.end(), [](const QWidget *window) { return window->inherits("WorkbenchWidget"); });
+}
+
 /** An axis is on its way, and all are stopped in one window after the other. */
 Situation everyWindow()
 {
@@ -576,15 +594,7 @@ Situation everyWindow()
                 OpenWindow::click(session.program().titleButton("pushButton_help"));
                 return session.dialog<HelpWidget>();
             }),
-         in("workbench",
-            [](Session &session, MoverControlWidget *) -> QWidget * {
-                OpenWindow::click(session.program().titleButton("pushButton_workbench"));
-                session.settle();
-                const QWidgetList windows = QApplication::topLevelWidgets();
-                return *std::find_if(windows.begin(), windows.end(), [](const QWidget *window) {
-                    return window->inherits("WorkbenchWidget");
-                });
-            }),
+         in("workbench", [](Session &session, MoverControlWidget *) { return openWorkbench(session); }),
          in("move parameters",
             [popup](Session &, MoverControlWidget *panel) { return popup(panel->findChild<MoveParamWidget *>()); }),
          in("drive parameters",
@@ -644,6 +654,107 @@ Situation settingsOpen()
          pressingThere("pushButton_ReadParam"),
          pressingThere("pushButton_WriteParam"),
          stoppingAll([](Session &session) -> QWidget * { return session.dialog<OptionsWidget>(); })}};
+}
+
+/** The page of the parameter history, while it is shown. */
+class HistoryPage final
+{
+public:
+    explicit HistoryPage(Session &session)
+        : m_session(session)
+    {
+        QWidget *window = openWorkbench(session);
+        m_page = window->findChild<HistoryWidget *>();
+        auto *pages = window->findChild<QStackedWidget *>(QStringLiteral("stackedWidget_pages"));
+        window->findChild<QTabBar *>(QStringLiteral("tabBar"))->setCurrentIndex(pages->indexOf(m_page));
+    }
+
+    template <typename Widget>
+    Widget *find(const char *name) const
+    {
+        return m_page->findChild<Widget *>(QLatin1String(name));
+    }
+    /** Does `act`; waits until the history has emitted `signal` so many times. The arguments of the last time. */
+    template <typename Signal, typename Act>
+    QVariant after(Signal signal, int times, const Act &act) const
+    {
+        const QSignalSpy spy(m_history.data(), signal);
+        act();
+        if (!QTest::qWaitFor([&] { return spy.count() >= times; }, waitLimitMs))
+            qFatal("the parameter history does not come back from %s", simulator::callInFlight().c_str());
+        m_session.settle();
+        return spy.last().first();
+    }
+
+    void takeSnapshot() const
+    {
+        find<QComboBox>("comboBox_axis")->setCurrentIndex(1);
+        const QVariant kept =
+            after(&ParameterHistory::signal_kept, 1, [this] { Session::press(m_page, "pushButton_snapshot"); });
+        // The first one is taken while nothing is wrong yet.
+        if (!wholeSnapshot)
+            wholeSnapshot = kept.value<ParameterSnapshot>();
+    }
+    /** One that came from a file: speed and tables as no other's. */
+    void restore(bool compensation) const
+    {
+        static int number = 0;
+        const double end = 10 + 0.01 * ++number;
+        ParameterSnapshot wanted = *wholeSnapshot;
+        wanted.time = QDateTime::currentDateTimeUtc().addSecs(3600); // the newest in the list
+        wanted.params->restoreSpeed += 0.01 * number;
+        wanted.compensation = compensation;
+        wanted.positive = wanted.negative = ParameterSnapshot::Pairs{-10, -10, end, end}; // correct nothing
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("a.json"));
+        if (!SmallFile::save(file, ParameterStore::toText({wanted})))
+            qFatal("no file to import");
+        after(&ParameterHistory::signal_loaded, 1, [&] { m_history->importFrom(file); });
+        find<QTableWidget>("tableWidget_snapshots")->setCurrentCell(0, 0);
+        after(&ParameterHistory::signal_restored, 1, [this] { Session::press(m_page, "pushButton_restore"); });
+        m_session.note(QStringLiteral("history: ") + find<QLabel>("label_status")->text());
+    }
+    void compareWithNow() const
+    {
+        auto *with = find<QComboBox>("comboBox_compareWith");
+        after(&ParameterHistory::signal_readNow, 2, [with] {
+            with->setCurrentIndex(1);
+            with->setCurrentIndex(0);
+        });
+        const auto *table = find<QTableWidget>("tableWidget_differences");
+        for (int row = 0; row < table->rowCount(); ++row)
+            m_session.note(QStringLiteral("now: %1 %2").arg(table->item(row, 0)->text(), table->item(row, 2)->text()));
+    }
+
+private:
+    static inline std::optional<ParameterSnapshot> wholeSnapshot;
+
+    Session &m_session;
+    const QSharedPointer<ParameterHistory> m_history = ParameterHistory::instance();
+    HistoryWidget *m_page = nullptr;
+};
+
+Situation historyOpen()
+{
+    return {
+        "historyOpen",
+        true,
+        false,
+        {{QStringLiteral("takes a snapshot"),
+          [](Session &session) {
+              const HistoryPage page(session);
+              session.pass(0);
+              session.noteWindow();
+              page.takeSnapshot();
+          }},
+         {QStringLiteral("restores one that differs, and another"),
+          [](Session &session) {
+              // One of them switches the compensation, however a fault has left it.
+              for (const bool compensation : {true, false})
+                  HistoryPage(session).restore(compensation);
+          }},
+         {QStringLiteral("compares with the controller now"),
+          [](Session &session) { HistoryPage(session).compareWithNow(); }}}};
 }
 
 /** What the console's input field has to hold so that the axes go on as before. */
@@ -733,7 +844,8 @@ Situation closing()
 
 // ---- What the program shows ----------------------------------------------------------------------------------------
 
-/** `text`: %1 is the status. Of several rows the first that fits counts; null: nothing is said of the fault. */
+/** `text`: %1 is the status, %2 the status in words. Of several rows the first that fits counts; null: nothing is said
+ * of the fault. */
 struct Shown {
     const char *situation; // null: any
     const char *function;
@@ -836,6 +948,16 @@ const Shown shownFailures[] = {
     {"settingsOpen", "setTriggerOutEnable", "log: 设置触发输出参数失败，轴:0 操作失败"},
     {"settingsOpen", "setTriggerStep", "log: 设置触发输入位移量失败，轴:0 操作失败"},
 
+    // Parameter history
+    {"historyOpen", "getMotorParams", "box: 未能读取控制器的当前参数，没有写入任何内容。"},
+    {"historyOpen", "getPosConpenEnable", "box: 以下参数未生效：位置补偿"}, // nobody knows
+    {"historyOpen", "getPositivePosConpen", "now: 正向补偿表 未知"},
+    {"historyOpen", "getNegativePosConpen", "now: 负向补偿表 未知"},
+    {"historyOpen", "setMotorParams", "box: 以下参数未生效：复位速度\n%2"},
+    {"historyOpen", "setPosConpenEnable", "box: 以下参数未生效：位置补偿\n%2"},
+    {"historyOpen", "setPositivePosConpen", "box: 以下参数未生效：正向补偿表\n%2"},
+    {"historyOpen", "setNegativePosConpen", "box: 以下参数未生效：负向补偿表\n%2"},
+
     // Console: the raw number, except in
     {"consoleOpen", "getTargetPos", "console: 0"},
     {"consoleOpen", "setClearIDChip", nullptr},
@@ -861,7 +983,11 @@ QString shownFailure(const char *situation, const std::string &function, int sta
                           function.find("PosConpen") == std::string::npos;
         // The console shows a real number with 8 digits, also when it is a status.
         const QString number = real ? QString::number(double(status), 'g', 8) : QString::number(status);
-        return row.text ? QString::fromUtf8(row.text).replace(QStringLiteral("%1"), number) : QString();
+        if (!row.text)
+            return QString();
+        return QString::fromUtf8(row.text)
+            .replace(QStringLiteral("%1"), number)
+            .replace(QStringLiteral("%2"), SerialComDev::instance()->statusText(status));
     }
     *known = false;
     return QString();
@@ -950,6 +1076,8 @@ private slots:
     {
         QStandardPaths::setTestModeEnabled(true);
         qunsetenv("MOVER_SCENARIO");
+        // What an earlier run has kept.
+        QDir(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)).removeRecursively();
         m_time.start();
     }
     void cleanupTestCase();
@@ -968,6 +1096,8 @@ private slots:
     void everyWindow() { strike(::everyWindow()); }
     void settingsOpen_data() { rows(::settingsOpen()); }
     void settingsOpen() { strike(::settingsOpen()); }
+    void historyOpen_data() { rows(::historyOpen()); }
+    void historyOpen() { strike(::historyOpen()); }
     void consoleOpen_data() { rows(::consoleOpen()); }
     void consoleOpen() { strike(::consoleOpen()); }
     void closing_data() { rows(::closing()); }
@@ -999,8 +1129,8 @@ void tst_Faults::cleanupTestCase()
 void tst_Faults::everyFunctionIsReached()
 {
     std::set<std::string> reached;
-    const Situation situations[] = {::idle(),        ::connecting(),   ::moving(),      ::loopRun(),
-                                    ::everyWindow(), ::settingsOpen(), ::consoleOpen(), ::closing()};
+    const Situation situations[] = {::idle(),         ::connecting(),  ::moving(),      ::loopRun(), ::everyWindow(),
+                                    ::settingsOpen(), ::historyOpen(), ::consoleOpen(), ::closing()};
     for (const Situation &situation : situations) {
         for (const std::set<std::string> &calls : survey(situation))
             reached.insert(calls.begin(), calls.end());
