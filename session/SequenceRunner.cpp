@@ -334,13 +334,12 @@ void SequenceRunner::slot_axisWatched(int ticket, int axis, int status, MotorSta
         } else if (!moving->off.isValid()) {
             moving->off.start();
         } else {
-            const bool isAtLimit = moving->homes                   ? false
-                                   : moving->target > moving->from ? state.isRightLimit != 0
-                                                                   : state.isLeftLimit != 0;
+            const bool isUp = moving->target > moving->from;
+            const bool isAtLimit = !moving->homes && (isUp ? state.isRightLimit : state.isLeftLimit) != 0;
             if (moving->off.elapsed() >= (moving->hasMoved || isAtLimit ? comesToRestMs : beginsToMoveMs)) {
                 m_record.reached.insert(axis, position);
                 end(
-                    {isAtLimit           ? SequenceEnd::Limit
+                    {isAtLimit           ? (isUp ? SequenceEnd::PositiveLimit : SequenceEnd::NegativeLimit)
                      : !moving->hasMoved ? SequenceEnd::DoesNotMove
                      : moving->homes     ? SequenceEnd::NotHomed
                                          : SequenceEnd::OffTarget,

@@ -29,7 +29,8 @@ struct SequenceEnd {
         StartedElsewhere,  ///< `axis`, by the console
         ParametersWritten, ///< `axis`: what it moves by is no longer what was planned with
         Refused,           ///< an order, by the library with `status`
-        Limit,             ///< `axis` stands at `value`, at a limit
+        NegativeLimit,     ///< `axis` stands at `value`, at that limit
+        PositiveLimit,
         OffTarget,         ///< `axis` stands at `value`
         NotHomed,          ///< `axis` came to rest elsewhere
         DoesNotMove,       ///< `axis`

@@ -2415,10 +2415,6 @@ is correctly connected!</translation>
         <translation>%1 refused: %3</translation>
     </message>
     <message>
-        <source>%1 在 %2 处到达限位</source>
-        <translation>%1 reached a limit at %2</translation>
-    </message>
-    <message>
         <source>%1 停在 %2，未到达目标</source>
         <translation>%1 stands at %2, not at its target</translation>
     </message>
@@ -2521,6 +2517,14 @@ is correctly connected!</translation>
     <message>
         <source>第 %1 行：%2</source>
         <translation>Line %1: %2</translation>
+    </message>
+    <message>
+        <source>%1 在 %2 处到达负限位</source>
+        <translation>%1 reached its negative limit at %2</translation>
+    </message>
+    <message>
+        <source>%1 在 %2 处到达正限位</source>
+        <translation>%1 reached its positive limit at %2</translation>
     </message>
 </context>
 <context>
@@ -2828,6 +2832,10 @@ is correctly connected!</translation>
     <message>
         <source>%1运行会从这里继续。</source>
         <translation>%1 Run goes on from there.</translation>
+    </message>
+    <message>
+        <source>%1。</source>
+        <translation>%1.</translation>
     </message>
 </context>
 <context>

@@ -274,7 +274,8 @@ private slots:
         QTest::newRow("stop on the panel of another axis that it uses") << 2 << int(End::StoppedOnPanel) << 2;
         QTest::newRow("stop all") << 3 << int(End::StoppedAll) << -1;
         QTest::newRow("a start by the console") << 4 << int(End::StartedElsewhere) << 0;
-        QTest::newRow("a limit") << 5 << int(End::Limit) << 0;
+        QTest::newRow("the positive limit") << 5 << int(End::PositiveLimit) << 0;
+        QTest::newRow("the negative limit") << 14 << int(End::NegativeLimit) << 0;
         QTest::newRow("comes to rest elsewhere") << 6 << int(End::OffTarget) << 0;
         QTest::newRow("does not move") << 7 << int(End::DoesNotMove) << 0;
         QTest::newRow("the link is lost") << 8 << int(End::LinkLost) << 0;
@@ -288,6 +289,11 @@ private slots:
     {
         QFETCH(int, what);
         const auto worker = SerialComDev::instance();
+        const bool isDown = what == 14;
+        if (isDown) {
+            simulator::setPosition(device, 0, 99);
+            poll();
+        }
         QVERIFY(run({step(Step::MoveTo, 0, 50), step(Step::MoveTo, 2, 1)}));
         if (what == 7) {
             MotorStageState stands = {};
@@ -295,7 +301,7 @@ private slots:
             simulator::setState(device, 0, stands);
         }
         if (what != 7)
-            passUntil([this] { return position(0) > 1; });
+            passUntil([this, isDown] { return isDown ? position(0) < 98 : position(0) > 1; });
         MotorStageState state = {};
         state.isStop = state.isEnable = state.isCanRun = 1;
         switch (what) {
@@ -316,6 +322,10 @@ private slots:
             break;
         case 5:
             state.isRightLimit = 1;
+            simulator::setState(device, 0, state);
+            break;
+        case 14:
+            state.isLeftLimit = 1;
             simulator::setState(device, 0, state);
             break;
         case 6:
@@ -359,7 +369,7 @@ private slots:
         QTest::qWait(100);
         QCOMPARE(simulator::callCount("startMove"), 1);
         if (what != 7)
-            QVERIFY(position(0) < 49);
+            QVERIFY(std::abs(position(0) - 50) > 1);
         QVERIFY(!isReserved(0) && !isReserved(2));
         QCOMPARE(runner().records().size(), 1);
         QVERIFY(!runner().records().first().isDone);
