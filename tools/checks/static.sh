@@ -3,7 +3,7 @@
 #
 # static.sh [--short] [FILE...]: clazy (level 1) and clang-tidy with the tree's .clang-tidy over the program, the motion
 # libraries and the tools; any finding is an error. With files, only over those; with --short by clazy alone, which takes
-# a small part of the time. Not over the tests, which may copy a list and keep a text in a constant.
+# an eighth of the time. Not over the tests, which may copy a list and keep a text in a constant.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
@@ -17,28 +17,17 @@ fi
 build release mover tour bench # forms and meta objects are generated
 
 say "Static checks"
-# Each source once, also where two libraries are made of it, and none that is generated. For clazy those that are compiled
-# alike, mostly a folder's, are included in one: it spends its time on Qt's headers.
-rm -rf build/static
+# Each source once, also where two libraries are made of it, and none that is generated.
 mkdir -p build/static
 python3 - "$@" <<'EOF'
 import json, os, sys
-own, alike = {}, {}
+own = {}
 for entry in json.load(open("build/release/compile_commands.json")):
     name = os.path.relpath(entry["file"])
     if name.endswith(".cpp") and not name.startswith(("build/", "tests/")) and (len(sys.argv) == 1 or name in sys.argv):
         own.setdefault(name, entry)
-for entry in own.values():
-    alike.setdefault((entry["directory"], entry["command"].partition(" -o ")[0]), []).append(entry["file"])
-together = {}
-for (directory, command), files in alike.items():
-    name = f"build/static/{len(together)}.cpp"
-    open(name, "w").writelines(f'#include "{file}"\n' for file in files)
-    file = os.path.abspath(name)
-    together[name] = {"directory": directory, "file": file, "command": f"{command} -c {file}"}
-json.dump([*own.values(), *together.values()], open("build/static/compile_commands.json", "w"))
-open("build/static/clang-tidy", "w").writelines(name + "\n" for name in own)
-open("build/static/clazy", "w").writelines(name + "\n" for name in together)
+json.dump(list(own.values()), open("build/static/compile_commands.json", "w"))
+open("build/static/files", "w").writelines(name + "\n" for name in own)
 EOF
 
 # Slots are connected by name on purpose, so that connect-by-name has nothing to say here.
@@ -55,5 +44,5 @@ check() {
 export -f check
 
 for tool in "${tools[@]}"; do
-    sed "s/^/$tool /" "build/static/$tool"
+    sed "s/^/$tool /" build/static/files
 done | xargs -P "$(nproc)" -L 1 bash -c 'check "$@"' check || die "See the findings above."
