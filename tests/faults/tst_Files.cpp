@@ -377,14 +377,14 @@ Q_DECLARE_METATYPE(Save)
 using TrySave = bool (*)(const QString &folder, int value);
 Q_DECLARE_METATYPE(TrySave)
 
-/** Some 20 KiB of what an axis did. */
+/** Some 11 KiB of what an axis did: less than Qt would buffer. */
 bool saveRecording(const QString &folder, int value)
 {
     static const Recording recording = [] {
         Recorder recorder;
         recorder.begin(QStringLiteral("SIM"));
         const auto begin = AnswerListener::Time::clock::now();
-        for (int k = 0; k < 400; ++k)
+        for (int k = 0; k < 220; ++k)
             recorder.positionAnswered(0, k, begin + std::chrono::milliseconds(100 * k));
         return recorder.recording();
     }();

@@ -697,7 +697,12 @@ private:
                 Guide::click(in(bench, "pushButton_diagnostics"));
                 Guide::wait([] { return qobject_cast<QFileDialog *>(QApplication::activeModalWidget()); }, 5000);
                 Guide::type(historyFolder() + "/diagnostics.zip");
-                Guide::press("Return");
+                // The first one may go to the list of names that the dialog proposes.
+                const auto isGone = [] { return !qobject_cast<QFileDialog *>(QApplication::activeModalWidget()); };
+                for (int k = 0; k < 5 && !inGui(isGone); ++k) {
+                    Guide::press("Return");
+                    Guide::wait(isGone, 2000);
+                }
             },
             [&] { return box() && QFileInfo(historyFolder() + "/diagnostics.zip").size() > 0; });
         confirm();
@@ -715,7 +720,21 @@ private:
             "workbench-sequence-empty", [&] { inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(1); }); },
             [&] { return page->isVisible(); });
         m_guide.step(
-            "workbench-position-named", [&] { Guide::click(in(bench, "pushButton_addPosition")); },
+            "workbench-position-named",
+            [&] {
+                // It takes the positions of axes that answer.
+                Guide::wait(
+                    [] {
+                        for (int axis = 0; axis < 3; ++axis) {
+                            const auto known = ControlSession::instance()->axis(axis);
+                            if (!known || !known->lastPosition() || known->trust().isStale())
+                                return false;
+                        }
+                        return true;
+                    },
+                    5000);
+                Guide::click(in(bench, "pushButton_addPosition"));
+            },
             [&] { return in<QTableView>(bench, "tableView_positions")->findChild<QLineEdit *>(); });
         m_guide.step(
             "workbench-position",
@@ -723,7 +742,10 @@ private:
                 Guide::type(QStringLiteral("Sample A"));
                 Guide::press("Return");
             },
-            [&] { return page->document().positions.first().name == QLatin1String("Sample A"); });
+            [&] {
+                const Positions positions = page->document().positions;
+                return !positions.isEmpty() && positions.first().name == QLatin1String("Sample A");
+            });
         const auto ask = [&](const char *name, int action, const char *dialog) {
             m_guide.step(
                 QLatin1String(name),
