@@ -31,11 +31,11 @@ struct SequenceEnd {
         Refused,           ///< an order, by the library with `status`
         NegativeLimit,     ///< `axis` stands at `value`, at that limit
         PositiveLimit,
-        OffTarget,         ///< `axis` stands at `value`
-        NotHomed,          ///< `axis` came to rest elsewhere
-        DoesNotMove,       ///< `axis`
-        BeyondTravel,      ///< `axis` would go to `value`
-        LinkLost,          ///< `axis` no longer answers
+        OffTarget,    ///< `axis` stands at `value`
+        NotHomed,     ///< `axis` came to rest elsewhere
+        DoesNotMove,  ///< `axis`
+        BeyondTravel, ///< `axis` would go to `value`
+        LinkLost,     ///< `axis` no longer answers
         Disconnected,
         PanelClosed, ///< of `axis`
         Joystick,    ///< was given the axes

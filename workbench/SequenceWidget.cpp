@@ -1105,9 +1105,9 @@ void SequenceWidget::showMarks()
         m_steps->setRun(end.line, Mark::Stopped);
     } else {
         const bool mayStillMove = end.reason == SequenceEnd::LinkLost || end.reason == SequenceEnd::Disconnected;
-        const QString words = mayStillMove                             ? tr("%1。轴可能仍在运动。")
+        const QString words = mayStillMove                            ? tr("%1。轴可能仍在运动。")
                               : end.reason == SequenceEnd::StoppedAll ? tr("%1。") // which says it already
-                                                                       : tr("%1。所有轴已停止。");
+                                                                      : tr("%1。所有轴已停止。");
         m_steps->setRun(end.line, Mark::Failed, words.arg(SequenceTexts::end(end)));
         tall = end.line;
     }

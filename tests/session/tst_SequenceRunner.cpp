@@ -291,17 +291,18 @@ private slots:
         const auto worker = SerialComDev::instance();
         const bool isDown = what == 14;
         if (isDown) {
-            simulator::setPosition(device, 0, 99);
+            simulator::setPosition(device, 0, 49);
             poll();
         }
-        QVERIFY(run({step(Step::MoveTo, 0, 50), step(Step::MoveTo, 2, 1)}));
+        const double target = isDown ? 10 : 50;
+        QVERIFY(run({step(Step::MoveTo, 0, target), step(Step::MoveTo, 2, 1)}));
         if (what == 7) {
             MotorStageState stands = {};
             stands.isStop = stands.isEnable = stands.isCanRun = 1;
             simulator::setState(device, 0, stands);
         }
         if (what != 7)
-            passUntil([this, isDown] { return isDown ? position(0) < 98 : position(0) > 1; });
+            passUntil([this, isDown] { return isDown ? position(0) < 48 : position(0) > 1; });
         MotorStageState state = {};
         state.isStop = state.isEnable = state.isCanRun = 1;
         switch (what) {
@@ -369,7 +370,7 @@ private slots:
         QTest::qWait(100);
         QCOMPARE(simulator::callCount("startMove"), 1);
         if (what != 7)
-            QVERIFY(std::abs(position(0) - 50) > 1);
+            QVERIFY(std::abs(position(0) - target) > 1);
         QVERIFY(!isReserved(0) && !isReserved(2));
         QCOMPARE(runner().records().size(), 1);
         QVERIFY(!runner().records().first().isDone);
@@ -508,15 +509,24 @@ private slots:
     }
 
 private:
-    SequenceRunner &runner() const { return m_session->sequences(); }
-    bool run(const QVector<Step> &steps) { return runner().run({QString(), steps}, places); }
+    SequenceRunner &runner() const
+    {
+        return m_session->sequences();
+    }
+    bool run(const QVector<Step> &steps)
+    {
+        return runner().run({QString(), steps}, places);
+    }
     double position(int axis) const
     {
         int status = 0;
         const LibraryLock library;
         return library->getCurrentPos(device, axis, &status);
     }
-    static bool isReserved(int axis) { return SerialComDev::instance()->isReserved(axis); }
+    static bool isReserved(int axis)
+    {
+        return SerialComDev::instance()->isReserved(axis);
+    }
     static void driveByJoystick()
     {
         simulator::setJoystick(device, true);
