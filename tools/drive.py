@@ -3,9 +3,9 @@
 """drive.py PROGRAM|MENU_ENTRY [PORT]: uses the program as a person would, on the desktop that is there.
 
 Starts the program, or what a menu entry (.desktop) starts, connects to the first controller, moves its first axis, opens
-the manual from the help panel, switches to English, closes the program by its close button, and starts it once more to see that it still speaks
-English. What is on the screen is read from the accessibility tree, what is done is done with the mouse and the keyboard
-(xdotool). Ends with 1 when anything does not come about.
+the manual from the help panel, switches to English, closes the program by its close button, and starts it once more to
+see that it still speaks English. What is on the screen is read from the accessibility tree, what is done is done with
+the mouse and the keyboard (xdotool). Ends with 1 when anything does not come about.
 
 With a PORT, at which a Grbl board answers that nobody has set up yet, it does instead what the manual tells under "Setting
 up a Grbl board": sets it up, restarts the program, connects, homes and moves.

@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 #
 # Runs the kits' examples. Builds the packages, looks at what is in them, installs the .deb, drives a move with what its
-# menu entry starts, sets up an emulated Grbl board as the manual tells, and removes it without leftovers; then the same drive with the .tar.gz, unpacked in a folder with a
-# difficult name. Needs root for the .deb; the program itself is run by somebody who may not write to its folder.
+# menu entry starts, sets up an emulated Grbl board as the manual tells, and removes it without leftovers; then the
+# first drive again with the .tar.gz, unpacked in a folder with a difficult name. Needs root for the .deb; the program
+# itself is run by somebody who may not write to its folder.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
@@ -137,6 +138,7 @@ installed=1
 say "Driving what the menu entry starts"
 drive /usr/share/applications/mover.desktop
 [ "$(cat "$home/.config/mover/appConfig.ini")" = $'[language]\ntype=1' ] || die "The user's settings are not kept."
+cp "$home/.config/mover/appConfig.ini" "$scratch"
 
 say "Setting up a board as the manual tells"
 # told LANGUAGE: the command for those who have no board.
@@ -160,7 +162,7 @@ board=
 
 say "Removing it"
 # As when root had used the program.
-"${root[@]}" cp "$home/.config/mover/appConfig.ini" /opt/mover
+"${root[@]}" cp "$scratch/appConfig.ini" /opt/mover
 "${root[@]}" dpkg --purge mover
 installed=
 list_files >"$scratch/after"
