@@ -4,8 +4,6 @@
 #include "session/ControlSession.h"
 #include "workbench/SequenceTexts.h"
 
-#include <cmath>
-
 namespace {
 
 constexpr int shownDigits = 3; // as on the panels
@@ -129,17 +127,12 @@ bool PositionModel::setData(const QModelIndex &index, const QVariant &value, int
     } else if (text.isEmpty() || text == QStringLiteral("–") || text == QStringLiteral("-")) {
         position.axes.remove(m_axes.at(index.column() - 1));
     } else {
-        // A comma is a point, unless it may mean thousands.
-        const int comma = text.indexOf(QLatin1Char(','));
-        const bool isDoubtful = comma >= 0 && text.size() - comma == 4;
-        bool isNumber = false;
-        const double number =
-            isDoubtful ? 0 : QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&isNumber);
-        if (!isNumber || !std::isfinite(number) || std::abs(number) > 1e9) {
-            emit signal_refused(tr("“%1”不是数字。").arg(text));
+        const auto number = SequenceTexts::toNumber(text);
+        if (!number) {
+            emit signal_refused(SequenceTexts::noNumber(text));
             return false;
         }
-        position.axes.insert(m_axes.at(index.column() - 1), number);
+        position.axes.insert(m_axes.at(index.column() - 1), *number);
     }
     if (position != rows().at(index.row()))
         emit signal_edited(index.row(), position);

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int leastDigits = 3;
 constexpr int mostDigits = 6;
+constexpr double mostNumber = 1e9;
 
 // %1: the axis, %2: a value with its unit, %3: what the library says
 constexpr const char *kinds[] = {
@@ -122,6 +123,22 @@ QString SequenceTexts::number(double value)
 QString SequenceTexts::plain(double value)
 {
     return digits(value, 0);
+}
+
+std::optional<double> SequenceTexts::toNumber(const QString &text)
+{
+    const int comma = text.indexOf(QLatin1Char(','));
+    const bool isDoubtful = comma >= 0 && text.size() - comma == 4;
+    bool isNumber = false;
+    const double number = QString(text).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&isNumber);
+    if (isDoubtful || !isNumber || !std::isfinite(number) || std::abs(number) > mostNumber)
+        return std::nullopt;
+    return number;
+}
+
+QString SequenceTexts::noNumber(const QString &text)
+{
+    return QCoreApplication::translate("SequenceTexts", "“%1”不是数字。").arg(text);
 }
 
 QString SequenceTexts::time(double seconds)

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <optional>
+
 /** The words of positions and sequences. Axes are named, and have the units of the connected controller's. */
 namespace SequenceTexts {
 
@@ -13,6 +15,9 @@ namespace SequenceTexts {
 QString number(double value);
 /** The same without zeros at its end. */
 QString plain(double value);
+/** What was typed: a comma is a point, unless it may mean thousands. */
+std::optional<double> toNumber(const QString &text);
+QString noNumber(const QString &text);
 /** "1 min 12 s". */
 QString time(double seconds);
 /** "12.500 mm". */

@@ -40,6 +40,8 @@ constexpr int takeWidth = 124;
 constexpr int goWidth = 60;
 constexpr int saveAfterMs = 1000;
 constexpr int progressMs = 200;
+constexpr int holdAgainMs = 50;
+constexpr double leastWay = 0.001; // in the axis's unit
 constexpr int mostEdits = 200;
 
 struct ButtonIcon {
@@ -215,6 +217,7 @@ SequenceWidget::SequenceWidget(const QString &folder, QWidget *parent)
     for (const ButtonIcon &icon : icons)
         (ui.get()->*icon.button)->setIcon(iconOf(icon));
     setUpPositions();
+    setUpManual();
     setUpSteps();
     addKey(
         this, {QKeySequence(Qt::CTRL + Qt::Key_Z)}, [this] { m_undo.undo(); }, Qt::WidgetWithChildrenShortcut);
@@ -452,6 +455,7 @@ void SequenceWidget::showAxes()
     QVector<int> axes(known.cbegin(), known.cend());
     std::sort(axes.begin(), axes.end());
     m_positions->setAxes(axes);
+    ui->manualMove->setAxes(connected);
     m_positions->retranslate(); // units
     m_steps->retranslate();
     fitColumns();
@@ -644,6 +648,71 @@ void SequenceWidget::on_pushButton_exportPositions_clicked()
     const QString path = m_askPath(this, true, QStringLiteral("positions.csv"), {filter}, &filter);
     if (alive && !path.isEmpty())
         writeFile(path, QStringLiteral("csv"), SequenceFiles::positionsToCsv(m_positions->rows()));
+}
+
+// ---- By hand -------------------------------------------------------------------------------------------------------
+
+void SequenceWidget::setUpManual()
+{
+    connect(ui->manualMove, &ManualMoveRow::signal_goTo, this, [this](int axis, double target, double speed) {
+        moveByHand(axis, target, speed, Runs::Target);
+    });
+    connect(ui->manualMove, &ManualMoveRow::signal_refused, this, [this](const QString &text) {
+        tell(SequenceTexts::noNumber(text));
+    });
+    connect(ui->manualMove, &ManualMoveRow::signal_held, this, &SequenceWidget::hold);
+    connect(ui->manualMove, &ManualMoveRow::signal_released, this, [this] {
+        m_holdAgain.stop();
+        if (m_runs == Runs::Hold)
+            m_runner.stop();
+    });
+    m_holdAgain.setSingleShot(true);
+    m_holdAgain.setInterval(holdAgainMs);
+}
+
+/** Towards the end of its travel, which it reaches only if the arrow is held for so long. */
+void SequenceWidget::hold(int axis, int direction, double speed)
+{
+    const SequenceSetting setting = m_runner.setting();
+    const auto known = setting.axes.constFind(axis);
+    if (known == setting.axes.cend()) {
+        tell(tr("%1 没有应答，当前位置未知。").arg(AxisDescription::nameOf(axis)));
+        return;
+    }
+    const double end = direction < 0 ? known->description.minPos : known->description.maxPos;
+    if (known->isMoving && !m_runner.isActive()) { // from the last time, say
+        m_holdAgain.disconnect(this);
+        connect(&m_holdAgain, &QTimer::timeout, this, [this, axis, direction, speed] { hold(axis, direction, speed); });
+        m_holdAgain.start();
+        tell(SequenceTexts::fault({0, SequenceFault::Moves, axis}));
+    } else if ((end - known->position) * direction <= std::max(leastWay, known->description.pulse)) {
+        tell(tr("%1 已在行程的终点。").arg(AxisDescription::nameOf(axis)));
+    } else {
+        moveByHand(axis, end, speed, Runs::Hold);
+    }
+}
+
+/** Whoever holds an arrow sees where the axis goes, and is not asked whether its position is to be trusted. */
+void SequenceWidget::moveByHand(int axis, double target, double speed, Runs runs)
+{
+    SequenceStep step;
+    step.kind = SequenceStep::MoveTo;
+    step.axis = axis;
+    step.value = target;
+    step.speed = speed;
+    const Sequence sequence{QString(), {step}}; // without a name, as to go to a position
+    const QString reason = whyNot();
+    if (!reason.isEmpty()) {
+        tell(reason);
+        return;
+    }
+    const SequencePlan plan = SequencePlan::of(sequence, {}, m_runner.setting());
+    if (!plan.faults.isEmpty()) {
+        tell(SequenceTexts::fault(plan.faults.first()));
+        return;
+    }
+    if (runs == Runs::Hold || agree(plan.doubtful, tr("仍然前往吗？"), tr("位置不可靠，仍然前往")))
+        start(sequence, SequenceRunner::Mode::Run, runs);
 }
 
 // ---- Steps ---------------------------------------------------------------------------------------------------------
@@ -1045,24 +1114,37 @@ void SequenceWidget::begun()
     m_since.start();
     m_progress.start();
     m_sNotice.clear();
+    log(m_runner.plan().axes, OPERATION_TYPE_GENERAL, startText());
+}
+
+QString SequenceWidget::startText() const
+{
+    const SequenceStep &first = m_runner.sequence().steps.first();
     const int line = m_runner.line();
-    log(m_runner.plan().axes, OPERATION_TYPE_GENERAL,
-        m_runs == Runs::Position ? tr("前往位置“%1”").arg(runName())
-        : line > 0               ? tr("序列“%1”从第 %2 步继续").arg(runName()).arg(line + 1)
-                                 : tr("序列“%1”开始").arg(runName()));
+    if (m_runs == Runs::Position)
+        return tr("前往位置“%1”").arg(runName());
+    if (isByHand())
+        return tr("手动移向 %1").arg(SequenceTexts::place(first.axis, first.value));
+    return line > 0 ? tr("序列“%1”从第 %2 步继续").arg(runName()).arg(line + 1) : tr("序列“%1”开始").arg(runName());
+}
+
+QString SequenceWidget::endText(const SequenceEnd &end) const
+{
+    if (isByHand())
+        return tr("手动移动：%1").arg(SequenceTexts::end(end));
+    if (m_runs != Runs::Position)
+        return SequenceTexts::ended(runName(), end);
+    return end.reason == SequenceEnd::Finished ? tr("已到达位置“%1”").arg(runName())
+                                               : tr("未到达位置“%1”：%2").arg(runName(), SequenceTexts::end(end));
 }
 
 void SequenceWidget::ended(const SequenceEnd &end)
 {
     m_progress.stop();
     m_seconds = double(m_since.elapsed()) / 1000;
-    const bool isPosition = m_runs == Runs::Position;
-    const QString text = !isPosition ? SequenceTexts::ended(runName(), end)
-                         : end.reason == SequenceEnd::Finished
-                             ? tr("已到达位置“%1”").arg(runName())
-                             : tr("未到达位置“%1”：%2").arg(runName(), SequenceTexts::end(end));
+    const QString text = endText(end);
     log(m_runner.plan().axes, end.isFailure() ? OPERATION_TYPE_WARNING : OPERATION_TYPE_GENERAL, text);
-    if (isPosition)
+    if (m_runs != Runs::Sequence)
         m_sNotice = text;
     showMarks();
     showState();
@@ -1134,6 +1216,8 @@ QString SequenceWidget::statusText() const
     };
     if (m_runner.isActive() && m_runs == Runs::Position)
         return tr("正在前往“%1”").arg(runName());
+    if (m_runner.isActive() && isByHand())
+        return startText();
     if (m_runner.isActive()) {
         const SequenceStep &step = m_runner.sequence().steps.at(m_runner.line());
         switch (m_runner.state()) {
@@ -1182,6 +1266,7 @@ void SequenceWidget::showState()
 
     m_positions->setEditable(isEditable);
     m_positions->setUsable(isConnected && !isActive, isConnected && isEditable);
+    ui->manualMove->setUsable(isConnected && m_session->axisCount() > 0 && (!isActive || isByHand()));
     const auto enable = [](bool isEnabled, std::initializer_list<QPushButton *> buttons) {
         for (QPushButton *button : buttons)
             button->setEnabled(isEnabled);
@@ -1227,7 +1312,7 @@ void SequenceWidget::showState()
 
 void SequenceWidget::showProgress()
 {
-    const bool hasRun = m_runs != Runs::Nothing;
+    const bool hasRun = m_runs == Runs::Sequence || m_runs == Runs::Position;
     const bool isActive = m_runner.isActive();
     ui->progressBar_run->setValue(hasRun ? int(1000 * m_runner.progress()) : 0);
     const bool isFailed = hasRun && !isActive && m_runner.lastEnd().isFailure();

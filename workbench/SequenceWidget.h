@@ -79,7 +79,7 @@ private slots:
 
 private:
     class Edit;
-    enum class Runs { Nothing, Sequence, Position };
+    enum class Runs { Nothing, Sequence, Position, Target, Hold };
 
     void setUpPositions();
     void setUpSteps();
@@ -107,6 +107,12 @@ private:
     void edited(int row, const NamedPosition &position);
     void movePositions(int by);
 
+    // By hand.
+    void setUpManual();
+    bool isByHand() const { return m_runs == Runs::Target || m_runs == Runs::Hold; }
+    void moveByHand(int axis, double target, double speed, Runs runs);
+    void hold(int axis, int direction, double speed);
+
     // Steps.
     void ask(QDialog *dialog, std::function<void()> accepted);
     void addStep();
@@ -131,6 +137,8 @@ private:
     void runSequence(SequenceRunner::Mode mode);
     void forgetRun();
     QString runName() const;
+    QString startText() const;
+    QString endText(const SequenceEnd &end) const;
     void begun();
     void ended(const SequenceEnd &end);
     void log(const QSet<int> &axes, int type, const QString &text);
@@ -160,6 +168,7 @@ private:
     QPointer<QDialog> m_dialog;
     QTimer m_progress;           // while one runs
     Runs m_runs = Runs::Nothing; // or ran last
+    QTimer m_holdAgain;          // while an arrow is held and its axis still moves
     QElapsedTimer m_since;
     double m_seconds = 0; // that the last run took
     int m_iTallRow = -1;  // with a reason

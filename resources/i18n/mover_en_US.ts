@@ -1299,6 +1299,33 @@ Is the way free?</translation>
     </message>
 </context>
 <context>
+    <name>ManualMoveRow</name>
+    <message>
+        <source>手动移动的轴</source>
+        <translation>Axis to move by hand</translation>
+    </message>
+    <message>
+        <source>目标位置，按回车键移动</source>
+        <translation>Target position; Enter moves there</translation>
+    </message>
+    <message>
+        <source>目标</source>
+        <translation>Target</translation>
+    </message>
+    <message>
+        <source>手动移动的速度</source>
+        <translation>Speed of moves by hand</translation>
+    </message>
+    <message>
+        <source>按住向负向移动，松开即停止（按钮或方向键）</source>
+        <translation>Hold to move in negative direction, release to stop (button or arrow keys)</translation>
+    </message>
+    <message>
+        <source>按住向正向移动，松开即停止（按钮或方向键）</source>
+        <translation>Hold to move in positive direction, release to stop (button or arrow keys)</translation>
+    </message>
+</context>
+<context>
     <name>MessageBox</name>
     <message>
         <source>取消</source>
@@ -1995,10 +2022,6 @@ is correctly connected!</translation>
         <source>已有名为“%1”的位置。</source>
         <translation>There is a position called “%1” already.</translation>
     </message>
-    <message>
-        <source>“%1”不是数字。</source>
-        <translation>“%1” is not a number.</translation>
-    </message>
 </context>
 <context>
     <name>RecorderPlot</name>
@@ -2526,6 +2549,10 @@ is correctly connected!</translation>
         <source>%1 在 %2 处到达正限位</source>
         <translation>%1 reached its positive limit at %2</translation>
     </message>
+    <message>
+        <source>“%1”不是数字。</source>
+        <translation>“%1” is not a number.</translation>
+    </message>
 </context>
 <context>
     <name>SequenceWidget</name>
@@ -2836,6 +2863,18 @@ is correctly connected!</translation>
     <message>
         <source>%1。</source>
         <translation>%1.</translation>
+    </message>
+    <message>
+        <source>%1 已在行程的终点。</source>
+        <translation>%1 is at the end of its travel.</translation>
+    </message>
+    <message>
+        <source>手动移向 %1</source>
+        <translation>By hand towards %1</translation>
+    </message>
+    <message>
+        <source>手动移动：%1</source>
+        <translation>By hand: %1</translation>
     </message>
 </context>
 <context>

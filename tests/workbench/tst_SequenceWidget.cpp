@@ -6,6 +6,7 @@
 #include "support/Mouse.h"
 #include "support/OnMessageBox.h"
 #include "widgets/TDoubleSpinBox.h"
+#include "workbench/ManualMoveRow.h"
 #include "workbench/ScanDialog.h"
 #include "workbench/SequenceStepDialog.h"
 #include "workbench/SequenceWidget.h"
@@ -303,6 +304,126 @@ private slots:
         QCOMPARE(runner().isActive(), consent);
         QCOMPARE(m_messages.contains(QStringLiteral("0 位置不可靠，仍然前往")), consent);
         runner().stop();
+    }
+
+    // ---- By hand
+
+    void movesToWhatIsTyped_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<double>("reached");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("number") << "12.5" << 12.5 << "手动移动：已完成";
+        QTest::newRow("comma") << "2,5" << 2.5 << "手动移动：已完成";
+        QTest::newRow("no number") << "abc" << 0. << "“abc”不是数字。";
+        QTest::newRow("beyond the travel") << "2000" << 0. << "Axis1 将移到 2000.000 mm，超出行程";
+    }
+    void movesToWhatIsTyped()
+    {
+        QFETCH(QString, typed);
+        QFETCH(double, reached);
+        open({});
+        auto *target = find<QLineEdit>("lineEdit_target");
+        find<QDoubleSpinBox>("doubleSpinBox_slow")->setValue(1.5);
+        QTest::keyClicks(target, typed);
+        QTest::keyClick(target, Qt::Key_Return);
+        if (runner().isActive())
+            QCOMPARE(status(), QStringLiteral("手动移向 %1 mm").arg(reached, 0, 'f', 3));
+        passUntilOver();
+        QCOMPARE(place(0), reached);
+        QTEST(status(), "said");
+        if (reached > 0)
+            QCOMPARE(SerialComDev::instance()->getAxisSpeed(0), 1.5);
+    }
+
+    void movesForAsLongAsAnArrowIsHeld_data()
+    {
+        QTest::addColumn<QString>("end");
+        QTest::addColumn<bool>("byKey");
+        for (const char *end : {"key", "other key", "stalled", "focus", "hidden", "axis", "stop", "stop all"})
+            QTest::newRow(end) << end << true;
+        QTest::newRow("button") << "button" << false;
+        QTest::newRow("button, focus") << "focus" << false;
+    }
+    void movesForAsLongAsAnArrowIsHeld()
+    {
+        QFETCH(QString, end);
+        QFETCH(bool, byKey);
+        open({});
+        auto *row = find<ManualMoveRow>("manualMove");
+        auto *arrow = find<QPushButton>("pushButton_holdPositive");
+        find<QDoubleSpinBox>("doubleSpinBox_slow")->setValue(2);
+        arrow->setFocus();
+        if (byKey)
+            QTest::keyPress(arrow, Qt::Key_Right);
+        else
+            QTest::mousePress(arrow, Qt::LeftButton);
+        QVERIFY2(runner().isActive(), qPrintable(status()));
+        passUntil([this, arrow, byKey] {
+            if (byKey) { // as keys do that are held
+                QKeyEvent repeat(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier, {}, true);
+                QApplication::sendEvent(arrow, &repeat);
+                QKeyEvent lifted(QEvent::KeyRelease, Qt::Key_Right, Qt::NoModifier, {}, true);
+                QApplication::sendEvent(arrow, &lifted);
+            }
+            return place(0) > 3;
+        });
+        QCOMPARE(SerialComDev::instance()->getAxisSpeed(0), 2.);
+        QVERIFY(runner().isActive());
+        if (end == QStringLiteral("key"))
+            QTest::keyRelease(arrow, Qt::Key_Right);
+        else if (end == QStringLiteral("other key"))
+            QTest::keyPress(arrow, Qt::Key_Left);
+        else if (end == QStringLiteral("button"))
+            QTest::mouseRelease(arrow, Qt::LeftButton);
+        else if (end == QStringLiteral("focus"))
+            find<QLineEdit>("lineEdit_target")->setFocus();
+        else if (end == QStringLiteral("hidden"))
+            m_page->hide();
+        else if (end == QStringLiteral("axis"))
+            find<QComboBox>("comboBox_manualAxis")->setCurrentIndex(1);
+        else if (end == QStringLiteral("stop"))
+            click("pushButton_stopRun");
+        else if (end == QStringLiteral("stop all"))
+            m_session->stopAll();
+        QTRY_VERIFY(!runner().isActive()); // a key that stalls says nothing
+        QTRY_VERIFY(simulator::callCount("stopRuning") > 0);
+        passUntil([this] { return stands(0); });
+        QVERIFY(place(0) < 10);
+        if (end != QStringLiteral("stop") && end != QStringLiteral("stop all"))
+            QCOMPARE(row->heldDirection(), 0);
+        // What is still held does not begin again by itself.
+        QTest::qWait(100);
+        QVERIFY(!runner().isActive());
+    }
+
+    void anArrowGoesNoFartherThanTheTravel()
+    {
+        open({});
+        simulator::setPosition(device, 0, m_session->axis(0)->description().minPos);
+        poll();
+        QTest::keyPress(find<QPushButton>("pushButton_holdNegative"), Qt::Key_Space);
+        QVERIFY(!runner().isActive());
+        QCOMPARE(status(), QStringLiteral("Axis1 已在行程的终点。"));
+    }
+
+    /** Taps follow each other faster than an axis comes to rest. */
+    void anArrowWaitsForItsAxis()
+    {
+        open({});
+        MotorStageState state = {};
+        state.isEnable = 1;
+        simulator::setState(device, 0, state);
+        poll();
+        auto *arrow = find<QPushButton>("pushButton_holdPositive");
+        QTest::mousePress(arrow, Qt::LeftButton);
+        QVERIFY(!runner().isActive());
+        QCOMPARE(status(), QStringLiteral("Axis1 正在运动"));
+        simulator::setState(device, 0, std::nullopt);
+        poll();
+        QTRY_VERIFY(runner().isActive());
+        QTest::mouseRelease(arrow, Qt::LeftButton);
+        QVERIFY(!runner().isActive());
     }
 
     // ---- Steps
@@ -643,6 +764,12 @@ private:
         int status = 0;
         const LibraryLock library;
         return library->getCurrentPos(device, axis, &status);
+    }
+    bool stands(int axis) const
+    {
+        MotorStageState state = {};
+        const LibraryLock library;
+        return library->getRuningState(device, axis, &state) >= 0 && state.isStop != 0;
     }
     /** As the panels do. */
     void poll() const

@@ -740,6 +740,14 @@ private:
                 const Positions positions = page->document().positions;
                 return !positions.isEmpty() && positions.first().name == QLatin1String("Sample A");
             });
+        m_guide.step(
+            "workbench-manual-move",
+            [&] {
+                const auto axis = ControlSession::instance()->axis(0);
+                const double from = axis->lastPosition()->value;
+                Guide::hold(in(bench, "pushButton_holdPositive"), [&] { return axis->lastPosition()->value > from; });
+            },
+            [&] { return !runner()->isActive() && runner()->lastEnd().reason == SequenceEnd::Stopped; });
         const auto ask = [&](const char *name, int action, const char *dialog) {
             m_guide.step(
                 QLatin1String(name),
