@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -25,10 +26,57 @@ using namespace moverStatus;
 
 #if defined(_WIN32)
 
+namespace {
+
+constexpr DWORD patienceMs = 1000; // with a driver that was told to give up
+
+/** Bytes on their way to or from the port: the driver's until it says that it has them. */
+struct Operation {
+    Operation() { state.hEvent = done; }
+    ~Operation() { CloseHandle(done); }
+    Operation(const Operation &) = delete;
+    Operation &operator=(const Operation &) = delete;
+
+    bool begin(HANDLE port, bool reads, std::size_t count)
+    {
+        const auto size = static_cast<DWORD>(std::min(count, sizeof buffer));
+        return (reads ? ReadFile(port, buffer, size, nullptr, &state)
+                      : WriteFile(port, buffer, size, nullptr, &state)) ||
+               GetLastError() == ERROR_IO_PENDING;
+    }
+    /**
+     * Waits for it to be done: how many bytes; -1 when the port is gone. One that does not end though it is told to is
+     * left to the driver, and is none then.
+     */
+    static int finish(std::unique_ptr<Operation> &operation, HANDLE port)
+    {
+        if (WaitForSingleObject(operation->done, patienceMs) != WAIT_OBJECT_0) {
+            CancelIoEx(port, &operation->state);
+            if (WaitForSingleObject(operation->done, patienceMs) != WAIT_OBJECT_0) {
+                operation.release();
+                return -1;
+            }
+        }
+        DWORD count = 0;
+        return GetOverlappedResult(port, &operation->state, &count, FALSE) ? static_cast<int>(count) : -1;
+    }
+
+    HANDLE done = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    OVERLAPPED state{};
+    char buffer[512];
+};
+
+DWORD milliseconds(double seconds)
+{
+    return static_cast<DWORD>(std::ceil(seconds * 1000));
+}
+
+} // namespace
+
 struct SerialPort::Handles {
     HANDLE port = INVALID_HANDLE_VALUE;
     HANDLE woken = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-    HANDLE done = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    std::unique_ptr<Operation> reading; // of the next byte; under way from one read() to another
 };
 
 SerialPort::SerialPort()
@@ -40,7 +88,6 @@ SerialPort::~SerialPort()
 {
     close();
     CloseHandle(m_handles->woken);
-    CloseHandle(m_handles->done);
 }
 
 bool SerialPort::exists(const std::string &path)
@@ -61,7 +108,7 @@ int SerialPort::open(const std::string &path)
     DCB settings{};
     settings.DCBlength = sizeof settings;
     COMMTIMEOUTS timeouts{};
-    // A read gives what is there, or waits for the first byte; read() ends it when it is to wait no longer.
+    // A read gives what is there, or waits for the first byte.
     timeouts.ReadIntervalTimeout = MAXDWORD;
     timeouts.ReadTotalTimeoutMultiplier = MAXDWORD;
     timeouts.ReadTotalTimeoutConstant = 60000;
@@ -91,6 +138,11 @@ int SerialPort::open(const std::string &path)
 
 void SerialPort::close()
 {
+    if (m_handles->reading) {
+        CancelIoEx(m_handles->port, &m_handles->reading->state);
+        Operation::finish(m_handles->reading, m_handles->port);
+        m_handles->reading.reset();
+    }
     if (m_handles->port != INVALID_HANDLE_VALUE)
         CloseHandle(m_handles->port);
     m_handles->port = INVALID_HANDLE_VALUE;
@@ -100,36 +152,49 @@ bool SerialPort::write(std::string *bytes)
 {
     if (bytes->empty())
         return true;
-    OVERLAPPED operation{};
-    operation.hEvent = m_handles->done;
-    DWORD written = 0;
-    if (!WriteFile(m_handles->port, bytes->data(), static_cast<DWORD>(bytes->size()), nullptr, &operation) &&
-        GetLastError() != ERROR_IO_PENDING)
-        return false;
-    if (!GetOverlappedResult(m_handles->port, &operation, &written, TRUE))
-        return false;
-    bytes->erase(0, written);
-    return true;
+    auto writing = std::make_unique<Operation>();
+    bytes->copy(writing->buffer, sizeof writing->buffer);
+    const int written =
+        writing->begin(m_handles->port, false, bytes->size()) ? Operation::finish(writing, m_handles->port) : -1;
+    bytes->erase(0, static_cast<std::size_t>(std::max(written, 0)));
+    return written >= 0;
 }
 
 bool SerialPort::read(std::string *bytes, double seconds, bool)
 {
-    char buffer[512];
-    DWORD count = 0;
-    OVERLAPPED reading{};
-    reading.hEvent = m_handles->done;
-    if (!ReadFile(m_handles->port, buffer, sizeof buffer, nullptr, &reading)) {
-        if (GetLastError() != ERROR_IO_PENDING)
-            return false;
-        const HANDLE events[] = {m_handles->done, m_handles->woken};
-        if (WaitForMultipleObjects(2, events, FALSE, static_cast<DWORD>(std::ceil(seconds * 1000))) != WAIT_OBJECT_0)
-            CancelIo(m_handles->port);
+    const HANDLE port = m_handles->port;
+    if (port == INVALID_HANDLE_VALUE) {
+        WaitForSingleObject(m_handles->woken, milliseconds(seconds));
+        return true;
     }
-    // What came before it was cancelled is there all the same.
-    if (!GetOverlappedResult(m_handles->port, &reading, &count, TRUE) && GetLastError() != ERROR_OPERATION_ABORTED)
+    auto &reading = m_handles->reading;
+    if (!reading) {
+        reading = std::make_unique<Operation>();
+        if (!reading->begin(port, true, 1)) {
+            reading.reset();
+            return false;
+        }
+    }
+    const HANDLE events[] = {reading->done, m_handles->woken};
+    if (WaitForMultipleObjects(2, events, FALSE, milliseconds(seconds)) != WAIT_OBJECT_0)
+        return true;
+    auto first = std::move(reading);
+    const auto take = [bytes, port](std::unique_ptr<Operation> &operation) {
+        const int count = Operation::finish(operation, port);
+        if (count > 0)
+            bytes->append(operation->buffer, static_cast<std::size_t>(count));
+        return count;
+    };
+    if (const int count = take(first); count <= 0)
+        return count == 0;
+    // What has come behind it is there already.
+    COMSTAT status{};
+    if (!ClearCommError(port, nullptr, &status))
         return false;
-    bytes->append(buffer, count);
-    return true;
+    if (status.cbInQue == 0)
+        return true;
+    auto rest = std::make_unique<Operation>();
+    return rest->begin(port, true, status.cbInQue) && take(rest) >= 0;
 }
 
 void SerialPort::wake()
