@@ -432,6 +432,7 @@ void HistoryWidget::on_pushButton_export_clicked()
     QString file = QFileDialog::getSaveFileName(this, tr("导出快照"), QStringLiteral("parameters.json"), jsonFilter());
     if (!alive || file.isEmpty() || snapshots.isEmpty())
         return;
+    tell(tr("正在导出 …"));
     m_history->exportTo(file, snapshots);
 }
 
@@ -439,8 +440,10 @@ void HistoryWidget::on_pushButton_import_clicked()
 {
     const QPointer<HistoryWidget> alive(this);
     const QString file = QFileDialog::getOpenFileName(this, tr("导入快照"), QString(), jsonFilter());
-    if (alive && !file.isEmpty())
-        m_history->importFrom(file);
+    if (!alive || file.isEmpty())
+        return;
+    tell(tr("正在导入 …"));
+    m_history->importFrom(file);
 }
 
 // ---- Window --------------------------------------------------------------------------------------------------------

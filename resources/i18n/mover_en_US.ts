@@ -1274,6 +1274,14 @@ Is the way free?</translation>
         <source>该文件已损坏，只导入了其中完好的 %1 个快照。</source>
         <translation>The file is damaged. Only the %1 snapshots that are whole were imported.</translation>
     </message>
+    <message>
+        <source>正在导出 …</source>
+        <translation>Exporting …</translation>
+    </message>
+    <message>
+        <source>正在导入 …</source>
+        <translation>Importing …</translation>
+    </message>
 </context>
 <context>
     <name>JogParamWidget</name>

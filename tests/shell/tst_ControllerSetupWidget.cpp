@@ -7,15 +7,14 @@
 #include "shell/BoardSettingsWidget.h"
 #include "shell/ControllerSetupWidget.h"
 #include "support/Catalogue.h"
+#include "support/ChooseFile.h"
 #include "support/Chinese.h"
 #include "support/FailOnDeadSlot.h"
 #include "support/MessageBoxes.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QDoubleSpinBox>
-#include <QFileDialog>
 #include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
@@ -664,22 +663,6 @@ private:
     {
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-    /** In the dialog for files that the next click opens; `with`: its button that is pressed. */
-    static void chooseFile(
-        const QString &file, QDialogButtonBox::StandardButtons with = QDialogButtonBox::Save | QDialogButtonBox::Open)
-    {
-        QTimer::singleShot(0, qApp, [file, with] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            QVERIFY(dialog);
-            dialog->findChild<QLineEdit *>("fileNameEdit")->setText(file);
-            auto *box = dialog->findChild<QDialogButtonBox *>();
-            const auto buttons = box->buttons();
-            const auto wanted = std::find_if(buttons.begin(), buttons.end(), [&](QAbstractButton *button) {
-                return with.testFlag(box->standardButton(button));
-            });
-            (*wanted)->click();
-        });
     }
     /** Of an axis since the board was switched on. */
     long long stepsOf(int axis)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
+#include "support/ChooseFile.h"
 #include "support/DebugLog.h"
 #include "support/OnMessageBox.h"
 #include "workbench/HistoryWidget.h"
@@ -163,6 +164,24 @@ private slots:
         boxes.start(5);
         click("pushButton_restore");
         QTRY_VERIFY2(answer.startsWith(QStringLiteral("以下参数未生效：型号, 复位速度\n-7")), qPrintable(answer));
+    }
+
+    void exportsAndImportsWhileTheWindowGoesOn()
+    {
+        setUpAxes();
+        open();
+        QTRY_COMPARE(list()->rowCount(), 2);
+        list()->selectAll();
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("parameters.json"));
+        chooseFile(file);
+        click("pushButton_export");
+        QCOMPARE(status(), QStringLiteral("正在导出 …"));
+        QTRY_COMPARE(status(), QStringLiteral("已导出到 %1").arg(file));
+        chooseFile(file);
+        click("pushButton_import");
+        QCOMPARE(status(), QStringLiteral("正在导入 …"));
+        QTRY_COMPARE(status(), QStringLiteral("已导入 2 个快照。"));
     }
 
     void restoresOnlyToTheAxisItIsOf()

@@ -4,10 +4,9 @@
 #include "session/ControlSession.h"
 #include "session/SequenceRunner.h"
 #include "shell/OpenWindow.h"
+#include "support/ChooseFile.h"
 #include "support/OnMessageBox.h"
 
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QStandardPaths>
 #include <QTabBar>
 #include <QTemporaryDir>
@@ -162,12 +161,7 @@ private slots:
         OpenWindow::click(program.titleButton("pushButton_workbench"));
         const QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("diagnostics.zip"));
-        QTimer::singleShot(0, this, [&path] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            QVERIFY(dialog);
-            dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(path);
-            static_cast<QDialog *>(dialog)->accept();
-        });
+        chooseFile(path);
         auto *button = bench()->findChild<QPushButton *>(QStringLiteral("pushButton_diagnostics"));
         OnMessageBox answer([](QMessageBox &box) { box.close(); });
         button->click();
