@@ -17,7 +17,7 @@ coverage_packages=(gcovr)
 mutants_packages=(ccache)
 windows_packages=(
     g++-mingw-w64-x86-64-posix gcc-mingw-w64-base binutils-mingw-w64-x86-64 mingw-w64-common clang-14 lld llvm-14
-    wine wine64 nsis dpkg-dev make
+    wine wine64 nsis dpkg-dev make python3-pil
 )
 package_packages=(dpkg-dev file lintian appstream desktop-file-utils dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0)
 

@@ -242,6 +242,8 @@ drive() {
     }
 }
 drive "$folder" "$scratch/tools"
+rm -rf build/windows/pictures
+cp -r "$home/pictures" build/windows
 settings=$(find "$prefix/drive_c/users" -path '*/AppData/Local/mover/appConfig.ini')
 [ -n "$settings" ] || die "The settings are not in the user's profile."
 chmod -R u+w "$folder"

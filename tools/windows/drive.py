@@ -18,15 +18,26 @@ import time
 import urllib.parse
 from typing import NamedTuple
 
+from PIL import ImageGrab
+
 # Beside this script where that was copied, or in the folder above.
 sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir))
 from driving import TARGET, Failure, path_with, report, stand_in_for_opener, wait, wait_for_end, watch_move, xdotool  # noqa: E402
 
+FAR = 40  # mm
 MANUAL = "台式步进电机驱动控制器用户手册.pdf"
 LONGEST_START = 1.3 * 1.5  # times an empty window's: 1.5 is wanted, and a row fails 30 % beyond its goal
 # Messages of Windows and their first parameter.
 DEVICES_CHANGED = (0x219, 7)
 RESTORE = (0x112, 0xF120)
+# The buttons of the title bar, what they open, and the key that closes it.
+WINDOWS = [
+    ("pushButton_connect", "ConnectionWidget", "Escape"),
+    ("pushButton_settings", "OptionsWidget", "Escape"),
+    ("pushButton_help", "HelpWidget", "Escape"),
+    ("pushButton_debug", "DebugWidget", "alt+F4"),
+    ("pushButton_workbench", "WorkbenchWidget", "alt+F4"),
+]
 END_OF_SESSION = (0x11, 0)
 SCENARIO = """{ "controllers": [
     { "id": 1001, "serialNumber": "MC3-000117", "axes": [
@@ -187,6 +198,43 @@ def loop_run(program):
     print("A loop run was begun and stopped.")
 
 
+def stop_all(program):
+    def position():
+        return program.text("MoverWidget", "label_currentPos")
+
+    def stands():
+        before = position()
+        time.sleep(0.5)  # several polls
+        return position() == before
+
+    program.click("MoverWidget", "pushButton_moveParam")
+    program.type("MoveParamWidget", "doubleSpinBox_disp", FAR)
+    program.click("MoveParamWidget", "pushButton_confirm")
+    before = position()
+    program.click("MoverWidget", "pushButton_move")
+    wait("the axis does not move", lambda: position() != before)
+    xdotool("key", "F12")
+    wait("the axis does not stop", stands)
+    if position() == f"{FAR:.3f} mm":
+        raise Failure("the axis came to its target in spite of the stop")
+    print("All was stopped by F12.")
+
+
+def look_at_windows(program, language):
+    """Opens every window that the title bar has a button for, and takes its picture."""
+    for button, window, close in WINDOWS:
+        program.click("MoverWidget", button)
+        wait(f"no {window}", lambda: any(widget.window == window and widget.active for widget in program.look()[1]))
+        if window == "WorkbenchWidget":
+            program.see(window, "label_held")
+        picture = os.path.join(os.path.expanduser("~"), "pictures", f"{language}-{window}.png")
+        os.makedirs(os.path.dirname(picture), exist_ok=True)
+        ImageGrab.grab(xdisplay=os.environ["DISPLAY"]).save(picture)
+        xdotool("key", close)
+        program.closed(window)
+    print(f"{len(WINDOWS)} windows were opened and closed ({language}).")
+
+
 def use_help(program):
     program.click("MoverWidget", "pushButton_help")
     program.click("HelpWidget", "label_manual", left=True)
@@ -293,6 +341,8 @@ def drive(folder, tools, scratch, short):
         if not short:
             use_title_bar(program)
             loop_run(program)
+            stop_all(program)
+            look_at_windows(program, "zh")
             use_help(program)
             use_console(program)
         use_settings(program)
@@ -307,6 +357,7 @@ def drive(folder, tools, scratch, short):
             program.see("OptionsWidget", "label", "Settings")
             xdotool("key", "Escape")
             program.closed("OptionsWidget")
+            look_at_windows(program, "en")
             program.see("MoverWidget", "pushButton_close")
             xdotool("key", "alt+F4")
             program.ended()
