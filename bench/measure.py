@@ -49,6 +49,7 @@ ROWS = [
     ("recorder memory 8", "the same, eight axes", 100, "MiB"),
     ("recorder frame", "recorder: drawing a million samples of three axes, median", 16, "ms"),
     ("recorder frame 99", "the same: 99th percentile", 33, "ms"),
+    ("sequence step", "sequence: an axis stands, to the call that starts its next step, median", 30, "ms"),
     ("grbl wire out", "Grbl board, three axes moving: use of the wire to it", 15, "%"),
     ("grbl wire in", "the same: of the wire from it", 15, "%"),
     ("grbl ripple", "the same: ripple of the speed in windows of 20 ms", 5, "%"),
@@ -66,6 +67,7 @@ STEPS = {
     "library call": "library call", "model file": "model file", "recorder answer": "recorder",
     "recorder memory 3": "recorder", "recorder memory 8": "recorder", "recorder frame": "recorder",
     "recorder frame 99": "recorder", "workbench start": "recorder", "workbench hidden": "recorder",
+    "sequence step": "sequence",
 }
 
 

@@ -21,5 +21,6 @@ void panels(int effort);
 void libraryCall(int effort);
 void modelFile(int effort);
 void recorder(int effort);
+void sequence(int effort);
 
 } // namespace Rows

@@ -28,7 +28,7 @@ constexpr Row rows[] = {
     {"stop all busy", Rows::stopAllBusy}, {"poll", Rows::poll},
     {"log", Rows::operationLog},          {"panels", Rows::panels},
     {"library call", Rows::libraryCall},  {"model file", Rows::modelFile},
-    {"recorder", Rows::recorder},
+    {"recorder", Rows::recorder},         {"sequence", Rows::sequence},
 };
 
 } // namespace
