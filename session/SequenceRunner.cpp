@@ -15,6 +15,7 @@ constexpr auto askEvery = 20ms;
 constexpr auto lookEvery = 100ms;
 constexpr qint64 comesToRestMs = 300; // a motion may stop for a moment, to take up backlash
 constexpr qint64 beginsToMoveMs = 2500;
+constexpr qint64 lostMs = 1000;
 constexpr double leastTolerance = 0.001; // in the axis's unit
 constexpr double pulseTolerance = 1.5;
 
@@ -320,7 +321,15 @@ void SequenceRunner::slot_axisWatched(int ticket, int axis, int status, MotorSta
     if (ticket != m_ticket || !isActive())
         return;
     const auto moving = m_moving.find(axis);
-    if (status >= 0 && moving != m_moving.end()) {
+    if (status < 0 && moving != m_moving.end()) { // others may be answered: its position, but not its state
+        if (!moving->silent.isValid()) {
+            moving->silent.start();
+        } else if (moving->silent.elapsed() >= lostMs) {
+            end({SequenceEnd::LinkLost, -1, axis});
+            return;
+        }
+    } else if (moving != m_moving.end()) {
+        moving->silent.invalidate();
         const bool isThere = moving->homes
                                  ? state.isHome != 0
                                  : std::abs(position - moving->target) <= toleranceOf(m_setting.axes[axis].description);
@@ -460,6 +469,8 @@ void SequenceRunner::commandAnswered(const MotionCommand &command, Time)
     const bool isStop = command.type == OPERATION_TYPE_STOP;
     if (isStop && command.source == MotionCommand::Request && m_iOwnStops > 0) {
         --m_iOwnStops;
+        if (!command.isAccepted())
+            QMetaObject::invokeMethod(this, &SequenceRunner::stopRefused, Qt::QueuedConnection);
         return;
     }
     if (command.source == MotionCommand::Holder || (!isStop && !command.isAccepted()))
@@ -468,6 +479,15 @@ void SequenceRunner::commandAnswered(const MotionCommand &command, Time)
         command.axis, command.source == MotionCommand::StopAll ? SequenceEnd::StoppedAll
                       : isStop                                 ? SequenceEnd::StoppedOnPanel
                                                                : SequenceEnd::StartedElsewhere);
+}
+
+/** Of a stop that came with the end. */
+void SequenceRunner::stopRefused()
+{
+    if (isActive())
+        return;
+    m_end.isStopped = false;
+    emit signal_stateChanged();
 }
 
 void SequenceRunner::parametersWritten(int axis, Time)

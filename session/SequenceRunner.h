@@ -46,6 +46,7 @@ struct SequenceEnd {
     int axis = -1;
     double value = 0;
     int status = 0;
+    bool isStopped = true; ///< no axis has refused the stop that came with the end
 
     bool isFailure() const { return reason != Finished && reason != Stopped; }
 };
@@ -147,7 +148,8 @@ private:
         double from = 0;
         bool homes = false;
         bool hasMoved = false;
-        QElapsedTimer off; // it stands, and not where it was sent
+        QElapsedTimer off;    // it stands, and not where it was sent
+        QElapsedTimer silent; // it has not answered since
     };
     struct Loop {
         int from;
@@ -174,6 +176,7 @@ private:
     void watch();
     void stand();
     void broken(int axis, SequenceEnd::Reason reason);
+    void stopRefused();
     void stepDone();
     void note();
     void advance();
@@ -202,8 +205,8 @@ private:
     SequenceRecord m_record;
     QVector<SequenceRecord> m_records;
     SequenceEnd m_end;
-    QTimer m_next;      // asks the axes that move, or ends a wait
-    QTimer m_looks;     // for what is not told
+    QTimer m_next{this};  // asks the axes that move, or ends a wait
+    QTimer m_looks{this}; // for what is not told
     int m_iAwaited = 0; // answers of axes that were asked
     QElapsedTimer m_sinceAsked;
     int m_iRun = 0;

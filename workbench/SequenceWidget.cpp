@@ -1186,7 +1186,8 @@ void SequenceWidget::showMarks()
     } else if (!end.isFailure()) {
         m_steps->setRun(end.line, Mark::Stopped);
     } else {
-        const bool mayStillMove = end.reason == SequenceEnd::LinkLost || end.reason == SequenceEnd::Disconnected;
+        const bool mayStillMove =
+            end.reason == SequenceEnd::LinkLost || end.reason == SequenceEnd::Disconnected || !end.isStopped;
         const QString words = mayStillMove                            ? tr("%1。轴可能仍在运动。")
                               : end.reason == SequenceEnd::StoppedAll ? tr("%1。") // which says it already
                                                                       : tr("%1。所有轴已停止。");

@@ -12,13 +12,16 @@
 #include "console/ConsoleCommands.h"
 #include "console/DebugWidget.h"
 #include "device/LibraryLock.h"
+#include "session/ControlSession.h"
 #include "session/ParameterHistory.h"
+#include "session/SequenceRunner.h"
 #include "session/SmallFile.h"
 #include "support/DebugLog.h"
 #include "support/MessageBoxes.h"
 #include "widgets/BusyCursor.h"
 #include "widgets/TDoubleSpinBox.h"
 #include "workbench/HistoryWidget.h"
+#include "workbench/SequenceWidget.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -29,6 +32,7 @@
 #include <QStackedWidget>
 #include <QStandardPaths>
 #include <QTabBar>
+#include <QTableView>
 #include <QTableWidget>
 #include <QTemporaryDir>
 
@@ -151,6 +155,10 @@ public:
     QStringList shown() const { return m_shown; }
     void clearShown() { m_shown.clear(); }
 
+    /** What a situation finds wrong by itself. */
+    void complain(const QString &text) { m_wrong.append(text); }
+    QStringList takeWrong() { return std::exchange(m_wrong, {}); }
+
     /** Everything that was asked of the worker has been done, and the windows have heard of it. */
     void settle()
     {
@@ -237,7 +245,8 @@ public:
         pass(100);
         const QString wanted = QString::number(m_dTarget, 'f', 3) + QStringLiteral(" mm");
         // Polls that a busy machine is late with are dropped for newer ones.
-        if (!QTest::qWaitFor([&] { return position() == wanted; }, 5000))
+        const auto axis = ControlSession::instance()->axis(0);
+        if (!QTest::qWaitFor([&] { return position() == wanted && axis && !axis->isMoving(); }, 5000))
             return QStringLiteral("the position is shown as %1 instead of %2; ").arg(position(), wanted) +
                    logOf(panel).split(QLatin1Char('\n')).mid(1).join(QStringLiteral(" | "));
         return QString();
@@ -296,6 +305,7 @@ private:
     }
 
     QStringList m_shown;
+    QStringList m_wrong;
     MessageBoxes m_boxes;
     std::unique_ptr<OpenWindow> m_program;
     double m_dTarget = 0;
@@ -542,6 +552,17 @@ QWidget *openWorkbench(Session &session)
         windows.begin(), windows.end(), [](const QWidget *window) { return window->inherits("WorkbenchWidget"); });
 }
 
+/** Shows a page of it. */
+template <typename Page>
+Page *openPage(Session &session)
+{
+    QWidget *window = openWorkbench(session);
+    auto *page = window->findChild<Page *>();
+    auto *pages = window->findChild<QStackedWidget *>(QStringLiteral("stackedWidget_pages"));
+    window->findChild<QTabBar *>(QStringLiteral("tabBar"))->setCurrentIndex(pages->indexOf(page));
+    return page;
+}
+
 /** An axis is on its way, and all are stopped in one window after the other. */
 Situation everyWindow()
 {
@@ -662,11 +683,8 @@ class HistoryPage final
 public:
     explicit HistoryPage(Session &session)
         : m_session(session)
+        , m_page(openPage<HistoryWidget>(session))
     {
-        QWidget *window = openWorkbench(session);
-        m_page = window->findChild<HistoryWidget *>();
-        auto *pages = window->findChild<QStackedWidget *>(QStringLiteral("stackedWidget_pages"));
-        window->findChild<QTabBar *>(QStringLiteral("tabBar"))->setCurrentIndex(pages->indexOf(m_page));
     }
 
     template <typename Widget>
@@ -731,7 +749,7 @@ private:
 
     Session &m_session;
     const QSharedPointer<ParameterHistory> m_history = ParameterHistory::instance();
-    HistoryWidget *m_page = nullptr;
+    HistoryWidget *const m_page;
 };
 
 Situation historyOpen()
@@ -755,6 +773,138 @@ Situation historyOpen()
           }},
          {QStringLiteral("compares with the controller now"),
           [](Session &session) { HistoryPage(session).compareWithNow(); }}}};
+}
+
+/** The page of positions and sequences, while it is shown. */
+class SequencePage final
+{
+public:
+    explicit SequencePage(Session &session)
+        : m_session(session)
+        , m_page(openPage<SequenceWidget>(session))
+    {
+    }
+
+    /** From its first line until it waits for the operator, or until it has ended. */
+    void run() const
+    {
+        const auto step = [](SequenceStep::Kind kind, int axis, double value, double speed = 0) {
+            SequenceStep made;
+            made.kind = kind;
+            made.axis = axis;
+            made.value = value;
+            made.speed = speed;
+            return made;
+        };
+        SequenceStep together;
+        together.kind = SequenceStep::GoTo;
+        together.text = QStringLiteral("Both");
+        m_page->change(
+            {{{together.text, {{0, 5}, {1, 7}}}},
+             {QStringLiteral("Kinds"),
+              {step(SequenceStep::SetSpeed, 0, 4), step(SequenceStep::MoveTo, 0, 8), together,
+               step(SequenceStep::Home, 1, 0), step(SequenceStep::Wait, 0, 0.02), step(SequenceStep::Ask, 0, 0),
+               step(SequenceStep::MoveTo, 0, 40, 2)}}});
+        if (auto *rewind = m_page->findChild<QAbstractButton *>(QStringLiteral("pushButton_rewind")); !rewind->isHidden())
+            rewind->click();
+        Session::press(m_page, "pushButton_run");
+        if (!runner().isActive())
+            m_session.complain(QStringLiteral("the sequence does not start: ") + status());
+        passUntil([this] { return runner().state() == SequenceRunner::State::Asking; });
+    }
+    /** Stopped in the middle of its last motion by the panel, if it has come so far. */
+    void goOn() const
+    {
+        if (runner().state() == SequenceRunner::State::Asking)
+            Session::press(m_page, "pushButton_run");
+        m_session.settle();
+        m_session.pass(0.5);
+        if (runner().isActive())
+            Session::press(m_session.program().panel(0), "pushButton_stop");
+        m_session.settle(); // before it arrives
+        passUntil([] { return false; });
+    }
+    /** It is over, says so, keeps nothing, and nothing moves any more. */
+    void lookAtEnd() const
+    {
+        m_session.settle(); // its stops
+        const SequenceEnd &end = runner().lastEnd();
+        if (end.reason == SequenceEnd::Finished)
+            m_session.complain(QStringLiteral("the sequence has finished"));
+        const auto *steps = m_page->findChild<QTableView *>(QStringLiteral("tableView_steps"))->model();
+        const QString reason = steps->index(end.line, 0).data(StepModel::ReasonRole).toString();
+        m_session.note(QStringLiteral("sequence: %1 %2").arg(end.line + 1).arg(reason));
+        if (reason.isEmpty() || !status().contains(QStringLiteral("第 %1 步").arg(end.line + 1)))
+            m_session.complain(QStringLiteral("it does not say why and where it ended: ") + status());
+        for (int axis = 0; axis < LibraryTable::Axes; ++axis) {
+            if (SerialComDev::instance()->isReserved(axis))
+                m_session.complain(QStringLiteral("axis %1 is still reserved").arg(axis));
+        }
+        m_session.pass(0);
+        m_session.noteWindow();
+        const std::vector<simulator::Call> journal = simulator::journal();
+        const bool areStopped = std::none_of(journal.begin(), journal.end(), [](const simulator::Call &call) {
+            return call.function == "stopRuning" && call.result.front() == '-';
+        });
+        if (areStopped == reason.contains(QStringLiteral("仍在运动")) && end.reason != SequenceEnd::LinkLost)
+            m_session.complain(QStringLiteral("whether the axes were stopped: ") + reason);
+        simulator::clearFaults(); // they have done what they can, and the place of an axis is asked for
+        const std::ptrdiff_t starts = countStarts();
+        simulator::advance(10); // to brake
+        const QVector<double> places = this->places();
+        simulator::advance(100);
+        m_session.pass(0);
+        if (countStarts() != starts)
+            m_session.complain(QStringLiteral("an axis is started after the end"));
+        if (areStopped && this->places() != places)
+            m_session.complain(QStringLiteral("an axis moves after the end"));
+    }
+
+private:
+    static SequenceRunner &runner() { return ControlSession::instance()->sequences(); }
+    QString status() const
+    {
+        return m_page->findChild<QLabel *>(QStringLiteral("label_sequenceStatus"))->text();
+    }
+    void passUntil(const std::function<bool()> &isTrue) const
+    {
+        const auto isOver = [&] {
+            simulator::advance(1);
+            return isTrue() || !runner().isActive();
+        };
+        if (!QTest::qWaitFor(isOver, waitLimitMs))
+            m_session.complain(QStringLiteral("the sequence neither ends nor goes on: ") + status());
+    }
+    static std::ptrdiff_t countStarts()
+    {
+        const std::vector<simulator::Call> journal = simulator::journal();
+        return std::count_if(journal.begin(), journal.end(), [](const simulator::Call &call) {
+            return call.function.rfind("start", 0) == 0 || call.function == "home";
+        });
+    }
+    static QVector<double> places()
+    {
+        const BusyCursor busy;
+        const LibraryLock library;
+        int status = 0;
+        return {library->getCurrentPos(device, 0, &status), library->getCurrentPos(device, 1, &status)};
+    }
+
+    Session &m_session;
+    SequenceWidget *const m_page;
+};
+
+Situation sequenceRunning()
+{
+    const auto onPage = [](const char *name, void (SequencePage::*act)() const) {
+        return Step{QString::fromUtf8(name), [act](Session &session) { (SequencePage(session).*act)(); }};
+    };
+    return {
+        "sequenceRunning",
+        true,
+        false,
+        {onPage("runs a sequence", &SequencePage::run), onPage("lets it go on, and stops it", &SequencePage::goOn),
+         onPage("looks", &SequencePage::lookAtEnd)}};
 }
 
 /** What the console's input field has to hold so that the axes go on as before. */
@@ -854,6 +1004,15 @@ struct Shown {
 
 const Shown shownFailures[] = {
     {"closing", nullptr, nullptr}, // the panels are gone before anybody could read their logs
+
+    // A sequence: the line, and why it ended there
+    {"sequenceRunning", "setSpeed", "sequence: 1 Axis1 拒绝执行：%2。所有轴已停止。"},
+    {"sequenceRunning", "setTargetPos", "sequence: 2 Axis1 拒绝执行：%2。所有轴已停止。"},
+    {"sequenceRunning", "startMove", "sequence: 2 Axis1 拒绝执行：%2。所有轴已停止。"},
+    {"sequenceRunning", "home", "sequence: 4 Axis2 拒绝执行：%2。所有轴已停止。"},
+    {"sequenceRunning", "getRuningState", "sequence: 2 Axis1 没有应答。轴可能仍在运动。"},
+    {"sequenceRunning", "getCurrentPos", "sequence: 2 Axis1 没有应答。轴可能仍在运动。"},
+    {"sequenceRunning", "stopRuning", "sequence: 7 Axis1 被面板停止。轴可能仍在运动。"},
 
     // Polls and signs of life
     {"consoleOpen", "getCurrentPos", "console: 0"}, // the raw result: the status is not asked for
@@ -1010,6 +1169,10 @@ const std::vector<ShownAnswer> &shownAnswers()
         {"loopRun", "getCurrentPos", "answers 1e+308", QStringLiteral("label_currentPos: %1 mm").arg(1e308, 0, 'f', 3)},
         {"loopRun", "getCurrentPos", "answers", QStringLiteral("label_currentPos: %1 mm")},
         {"loopRun", "getRuningState", "flags", QStringLiteral("log: 当前运行次数 4294967295 运行中")},
+        {"sequenceRunning", "getCurrentPos", "answers 1e+308",
+         QStringLiteral("sequence: 2 Axis1 停在 %1 mm，未到达目标。所有轴已停止。").arg(1e308, 0, 'f', 3)},
+        {"sequenceRunning", "getCurrentPos", "answers",
+         QStringLiteral("sequence: 2 Axis1 停在 %1 mm，未到达目标。所有轴已停止。")},
         {"connecting", "getMotorModelName", "text without an end",
          QStringLiteral("label_modelName: ") + QString(32, QLatin1Char('W'))},
         {"connecting", "getMotorModelName", "text that is not ASCII",
@@ -1098,6 +1261,8 @@ private slots:
     void settingsOpen() { strike(::settingsOpen()); }
     void historyOpen_data() { rows(::historyOpen()); }
     void historyOpen() { strike(::historyOpen()); }
+    void sequenceRunning_data() { rows(::sequenceRunning()); }
+    void sequenceRunning() { strike(::sequenceRunning()); }
     void consoleOpen_data() { rows(::consoleOpen()); }
     void consoleOpen() { strike(::consoleOpen()); }
     void closing_data() { rows(::closing()); }
@@ -1129,8 +1294,9 @@ void tst_Faults::cleanupTestCase()
 void tst_Faults::everyFunctionIsReached()
 {
     std::set<std::string> reached;
-    const Situation situations[] = {::idle(),         ::connecting(),  ::moving(),      ::loopRun(), ::everyWindow(),
-                                    ::settingsOpen(), ::historyOpen(), ::consoleOpen(), ::closing()};
+    const Situation situations[] = {::idle(),        ::connecting(),   ::moving(),      ::loopRun(),
+                                    ::everyWindow(), ::settingsOpen(), ::historyOpen(), ::sequenceRunning(),
+                                    ::consoleOpen(), ::closing()};
     for (const Situation &situation : situations) {
         for (const std::set<std::string> &calls : survey(situation))
             reached.insert(calls.begin(), calls.end());
@@ -1247,6 +1413,7 @@ QStringList tst_Faults::strikeOnce(
     if (!text.isEmpty() && !session.shown().contains(text))
         broken.append(QStringLiteral("does not show \"%1\" but\n    %2")
                           .arg(text, session.shown().join(QStringLiteral("\n    "))));
+    broken += session.takeWrong();
     broken += rules.take();
     const QString overlap = QString::fromStdString(simulator::overlap());
     if (!overlap.isEmpty() && !overlap.contains(QStringLiteral("setClearIDChip")) &&
