@@ -207,7 +207,7 @@ private:
     SequenceEnd m_end;
     QTimer m_next{this};  // asks the axes that move, or ends a wait
     QTimer m_looks{this}; // for what is not told
-    int m_iAwaited = 0; // answers of axes that were asked
+    int m_iAwaited = 0;   // answers of axes that were asked
     QElapsedTimer m_sinceAsked;
     int m_iRun = 0;
     QString m_sController; // serial number

@@ -805,7 +805,8 @@ public:
               {step(SequenceStep::SetSpeed, 0, 4), step(SequenceStep::MoveTo, 0, 8), together,
                step(SequenceStep::Home, 1, 0), step(SequenceStep::Wait, 0, 0.02), step(SequenceStep::Ask, 0, 0),
                step(SequenceStep::MoveTo, 0, 40, 2)}}});
-        if (auto *rewind = m_page->findChild<QAbstractButton *>(QStringLiteral("pushButton_rewind")); !rewind->isHidden())
+        if (auto *rewind = m_page->findChild<QAbstractButton *>(QStringLiteral("pushButton_rewind"));
+            !rewind->isHidden())
             rewind->click();
         Session::press(m_page, "pushButton_run");
         if (!runner().isActive())
@@ -862,10 +863,7 @@ public:
 
 private:
     static SequenceRunner &runner() { return ControlSession::instance()->sequences(); }
-    QString status() const
-    {
-        return m_page->findChild<QLabel *>(QStringLiteral("label_sequenceStatus"))->text();
-    }
+    QString status() const { return m_page->findChild<QLabel *>(QStringLiteral("label_sequenceStatus"))->text(); }
     void passUntil(const std::function<bool()> &isTrue) const
     {
         const auto isOver = [&] {

@@ -88,7 +88,10 @@ void Fingers::clickOn(QWidget *widget)
 
 void Fingers::press(QWidget *window, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
-    QTest::keyClick(window->windowHandle(), key, modifiers);
+    const QPointer<QWindow> handle = window->windowHandle();
+    QTest::keyPress(handle, key, modifiers);
+    if (handle) // a dialog may have been closed by it, and is gone
+        QTest::keyRelease(handle, key, modifiers);
 }
 
 void Fingers::click(QWidget *window)

@@ -7,6 +7,8 @@
 #include "workbench/WorkbenchWidget.h"
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
+#include "session/ControlSession.h"
+#include "session/SequenceRunner.h"
 #include "shell/MoverWidget.h"
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/LiveObjects.h"
@@ -155,6 +157,14 @@ QString Invariants::broken(const MoverWidget &window)
         return QStringLiteral("library calls overlap: ") + overlap;
     if (!isLibraryHeld() && !LibraryLock(libraryLimitMs).isLocked())
         return QStringLiteral("somebody keeps the library");
+
+    const auto session = ControlSession::instance();
+    for (int axis = 0; axis < session->axisCount(); ++axis) {
+        if (SerialComDev::instance()->isReserved(axis) != session->sequences().uses(axis))
+            return QStringLiteral("axis %1 %2 reserved")
+                .arg(axis)
+                .arg(session->sequences().uses(axis) ? "is used by a sequence and not" : "is");
+    }
 
     QString complaint = boardBroken(window);
     if (!complaint.isEmpty())

@@ -7,12 +7,15 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "device/moverLibrary.h"
+#include "session/ControlSession.h"
+#include "session/SequenceRunner.h"
 #include "shell/ConnectionWidget.h"
 #include "shell/MoverWidget.h"
 #include "shell/SerialPortChangeFilter.h"
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/LiveObjects.h"
 #include "support/Robot.h"
+#include "workbench/SequenceWidget.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -21,6 +24,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSemaphore>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QTableView>
 #include <QThread>
 #include <QTimer>
 #include <QtTest>
@@ -121,6 +127,11 @@ QMap<int, double> positions(const QSet<int> &axes)
     return found;
 }
 
+SequenceRunner &sequences()
+{
+    return ControlSession::instance()->sequences();
+}
+
 /** Waits until a thread has handled everything that was asked of it so far. */
 bool drained(QObject *object)
 {
@@ -206,6 +217,11 @@ void Monkey::run()
         {
             MoverWidget window;
             m_window = &window;
+            connect(&sequences(), &SequenceRunner::signal_ended, this, [this](const SequenceEnd &end) {
+                ++m_iEnded;
+                std::printf(
+                    "   a sequence ends in line %d, reason %d, status %d\n", end.line, int(end.reason), end.status);
+            });
             StartUp::registerStageModel();
             window.show();
             m_bComingBack = true; // begins with what every user does first
@@ -213,6 +229,7 @@ void Monkey::run()
             QApplication::exec();
             m_window = nullptr;
         }
+        m_iEnded = 0; // with the program
         m_actingLevel = 0;
         if (!SerialComDev::endThread(5000))
             fail(QStringLiteral("the worker does not end"));
@@ -251,7 +268,9 @@ void Monkey::tick()
 void Monkey::step()
 {
     ++m_beats;
+    goOn();
     settle();
+    checkEndedSequence();
     check();
     ++steps.count;
     if (steps.count > m_steps) {
@@ -302,8 +321,23 @@ void Monkey::holdTimers()
         const bool polls = !timer->isSingleShot() && (timer->interval() == MoverControlWidget::PollIntervalMs ||
                                                       timer->interval() == Heart::IntervalMs);
         const bool hidesMessage = timer->isSingleShot() && timer->interval() >= messageMs;
-        if ((polls || hidesMessage) && timer->thread() == thread() && timer->interval() < held)
+        const bool runsSequence = qobject_cast<SequenceRunner *>(timer->parent());
+        if ((polls || hidesMessage || runsSequence) && timer->thread() == thread() && timer->interval() < held)
             timer->setInterval(held);
+    }
+}
+
+/** A sequence: what it waits for has come, whether that is a time or the next look at its axes, which have moved on. */
+void Monkey::goOn()
+{
+    if (sequences().isActive())
+        simulator::advance(1);
+    for (QTimer *timer : sequences().findChildren<QTimer *>()) {
+        if (!timer->isActive())
+            continue;
+        if (timer->isSingleShot())
+            timer->stop();
+        QMetaObject::invokeMethod(timer, "timeout");
     }
 }
 
@@ -354,6 +388,8 @@ void Monkey::act()
     const int choice = m_random.below(100);
     if (choice < 2)
         stopAll();
+    else if (choice < 10)
+        useSequences();
     else if (choice < 45)
         m_fingers.click(window);
     else if (choice < 50)
@@ -392,8 +428,16 @@ void Monkey::stopAll()
     if (!QTest::qWaitFor([] { return !SerialComDev::instance()->isStoppingAll(); }, 20000))
         fail(QStringLiteral("the stop of all axes does not get through"));
     settle();
+    if (sequences().isActive())
+        fail(QStringLiteral("a sequence runs on after a stop of all axes"));
+    checkRest(QStringLiteral("a stop of all axes"));
+}
 
-    // Whoever has accepted it comes to rest and stays there: nobody has started anything since.
+/**
+ * Whoever has accepted the last stop in the journal comes to rest and stays there: nobody has started anything since.
+ */
+void Monkey::checkRest(const QString &after)
+{
     QSet<int> stopped;
     for (const simulator::Call &call : simulator::journal()) {
         const bool accepted = call.result.front() != '-';
@@ -413,10 +457,120 @@ void Monkey::stopAll()
     const QMap<int, double> later = positions(stopped);
     for (const int axis : qAsConst(stopped)) {
         if (atRest.contains(axis) && later.contains(axis) && later[axis] != atRest[axis])
-            fail(QStringLiteral("Axis%1 moves from %2 to %3 after a stop of all axes")
+            fail(QStringLiteral("Axis%1 moves from %2 to %3 after %4")
                      .arg(axis + 1)
                      .arg(atRest[axis])
-                     .arg(later[axis]));
+                     .arg(later[axis])
+                     .arg(after));
+    }
+}
+
+/** What was stopped with it stays where it is, and none of its orders comes later. */
+void Monkey::checkEndedSequence()
+{
+    const int ended = std::exchange(m_iEnded, 0);
+    if (ended == 0 || Invariants::isLibraryHeld())
+        return;
+    if (ended > 1 || sequences().isActive())
+        return; // whose orders the journal has is not known
+    const QSet<int> axes = sequences().plan().axes;
+    QSet<int> stopped;
+    for (const simulator::Call &call : simulator::journal()) {
+        const int axis = QString::fromStdString(call.arguments).section(QStringLiteral(", "), 1, 1).toInt();
+        if (!axes.contains(axis))
+            continue;
+        if (!stopped.isEmpty() && (call.function == "startMove" || call.function == "home"))
+            fail(QStringLiteral("an order after the end of a sequence: ") + QString::fromStdString(call.text()));
+        if (call.function == "stopRuning")
+            stopped.insert(axis);
+    }
+    if (sequences().lastEnd().reason == SequenceEnd::Finished)
+        return;
+    if (stopped != axes)
+        fail(QStringLiteral("a sequence ends, and its axes are not stopped"));
+    int joystick = 0;
+    {
+        const LibraryLock library;
+        joystick = getRockerEnable(SerialComDev::instance()->deviceId());
+    }
+    if (joystick == 0)
+        checkRest(QStringLiteral("the end of a sequence"));
+}
+
+/** Steps of every kind, most of them such that they can be run. */
+SequenceDocument Monkey::someSequence()
+{
+    const auto place = [this] { return m_random.between(-20, 60) / 4.0; };
+    SequenceDocument document;
+    for (int k = m_random.below(3); k >= 0; --k) {
+        NamedPosition position{QStringLiteral("P%1").arg(k), {{0, place()}}};
+        if (m_random.oneIn(2))
+            position.axes.insert(1, place());
+        document.positions.append(position);
+    }
+    const int count = m_random.between(1, 6);
+    for (int line = 0; line < count; ++line) {
+        SequenceStep step;
+        step.kind = line == 0 && m_random.oneIn(2) ? SequenceStep::Home
+                                                   : SequenceStep::Kind(m_random.below(SequenceStep::KindCount));
+        step.axis = step.kind == SequenceStep::Home && line == 0 ? SequenceStep::AllAxes : m_random.below(2);
+        step.value = step.kind == SequenceStep::SetSpeed ? m_random.between(1, 6)
+                     : step.kind == SequenceStep::Wait   ? m_random.below(4)
+                                                         : place();
+        step.speed = m_random.oneIn(3) ? m_random.between(1, 6) : 0;
+        step.wait = m_random.below(2);
+        step.text = QStringLiteral("P0");
+        step.from = m_random.below(line + 1);
+        step.count = m_random.between(1, 3);
+        document.sequence.steps.append(step);
+    }
+    document.sequence.name = QStringLiteral("Sequence");
+    return document;
+}
+
+/** Its page, by name: what the window is too small to show too. */
+void Monkey::useSequences()
+{
+    static constexpr const char *buttons[] = {
+        "pushButton_run",      "pushButton_run",     "pushButton_run",    "pushButton_stepRun",
+        "pushButton_pauseRun", "pushButton_stopRun", "pushButton_rewind", "pushButton_addPosition",
+    };
+    if (QApplication::activePopupWidget() || QApplication::activeModalWidget()) {
+        m_fingers.click(someWindow());
+        return;
+    }
+    const auto click = [](QAbstractButton *button) { QTest::mouseClick(button, Qt::LeftButton); };
+    const QList<SequenceWidget *> pages = LiveObjects::all<SequenceWidget>();
+    if (pages.isEmpty() || !pages.first()->isVisible()) {
+        note(QStringLiteral("open the page of sequences"));
+        click(m_window->findChild<QPushButton *>(QStringLiteral("pushButton_workbench")));
+        for (SequenceWidget *page : LiveObjects::all<SequenceWidget>()) {
+            auto *stack = page->window()->findChild<QStackedWidget *>(QStringLiteral("stackedWidget_pages"));
+            page->window()->findChild<QTabBar *>(QStringLiteral("tabBar"))->setCurrentIndex(stack->indexOf(page));
+        }
+        return;
+    }
+    SequenceWidget *page = pages.first();
+    const int choice = m_random.below(16);
+    if (choice == 0) {
+        note(QStringLiteral("close the workbench"));
+        page->window()->close();
+    } else if (choice < 4 && !sequences().isActive()) {
+        const SequenceDocument document = someSequence();
+        note(QStringLiteral("a sequence of %1 steps").arg(document.sequence.steps.size()));
+        page->change(document);
+        if (m_random.oneIn(2))
+            clearFaults(); // or few would get far
+    } else if (choice == 4) {
+        note(QStringLiteral("go to a position"));
+        auto *table = page->findChild<QTableView *>(QStringLiteral("tableView_positions"));
+        table->setCurrentIndex(table->model()->index(0, table->model()->columnCount() - 1));
+        QTest::keyClick(table, Qt::Key_Return);
+    } else {
+        auto *button = page->findChild<QPushButton *>(QLatin1String(m_random.of(buttons)));
+        note(QStringLiteral("%1 of the sequence").arg(button->objectName()));
+        if (button->isVisible())
+            click(button);
     }
 }
 
@@ -532,10 +686,19 @@ void Monkey::fault()
         break;
     default:
         noted(QStringLiteral("all is well again"));
-        simulator::clearFaults();
+        clearFaults();
+    }
+}
+
+void Monkey::clearFaults()
+{
+    simulator::clearFaults();
+    simulator::releaseHung();
+    for (const int id : controllers) {
         simulator::restoreLink(id);
         simulator::plug(id);
-        simulator::setState(id, axis, std::nullopt);
+        for (int axis = 0; axis < 3; ++axis)
+            simulator::setState(id, axis, std::nullopt);
     }
 }
 
@@ -556,12 +719,10 @@ void Monkey::comeBack()
     note(QStringLiteral("back to normal"));
     m_bComingBack = false;
     m_sinceComingBack = 0;
-    simulator::clearFaults();
-    simulator::releaseHung();
-    for (const int id : controllers) {
-        simulator::restoreLink(id);
-        simulator::plug(id);
-    }
+    clearFaults();
+    sequences().stop(); // or the workbench would ask
+    settle();
+    checkEndedSequence();
     for (QWidget *window : Invariants::visibleWindows()) {
         if (window != m_window)
             window->close();

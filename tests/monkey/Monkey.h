@@ -5,6 +5,8 @@
 #include "Invariants.h"
 #include "Random.h"
 
+#include "session/SequenceFiles.h"
+
 #include <QObject>
 #include <QSemaphore>
 
@@ -21,7 +23,8 @@ class MoverWidget;
  *
  * A seed stands for its steps. The panels' and the heart's timers are held and their polls made by the steps, the
  * simulated clock moves with the steps only, and each step waits until the threads have nothing left to do. What may
- * still differ between two runs are Qt's own timers (double click, tips, the repeating of spin boxes).
+ * still differ between two runs are Qt's own timers (double click, tips, the repeating of spin boxes), and how soon a
+ * sequence gives up an axis that stands elsewhere or does not answer.
  */
 class Monkey final : public QObject
 {
@@ -43,15 +46,21 @@ private:
     void settle();
     void act();
     void fault();
+    void clearFaults();
     void stopAll();
+    void useSequences();
+    SequenceDocument someSequence();
     void passTime();
     void leave();
     QWidget *someWindow();
     void holdTimers();
     void poll();
+    void goOn();
     void comeBack();
     void connectAndMove();
     void check();
+    void checkEndedSequence();
+    void checkRest(const QString &after);
     [[noreturn]] void fail(const QString &what);
     void startScenario();
 
@@ -61,6 +70,7 @@ private:
     int m_steps;
     int m_actingLevel = 0; // of the event loop in which a step is being made
     int m_sinceComingBack = 0;
+    int m_iEnded = 0; // sequences, since they were looked at
     bool m_bComingBack = false;
     bool m_bLoopRuns = true; // the event loop has gone round since the last step
     MoverWidget *m_window = nullptr;
