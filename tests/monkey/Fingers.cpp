@@ -25,6 +25,23 @@ bool takesInput(const QWidget *widget)
            qobject_cast<const QAbstractItemView *>(widget);
 }
 
+/** With a modifier held or none. Each of them may close a menu or a dialog, which is gone before the next. */
+void strike(
+    const QPointer<QWindow> &window, Qt::Key key, const QString &text, Qt::Key modifier = Qt::Key_unknown,
+    Qt::KeyboardModifiers modifiers = {})
+{
+    const auto send = [&window](bool isPress, Qt::Key each, const QString &its, Qt::KeyboardModifiers with) {
+        if (window)
+            QTest::simulateEvent(window, isPress, each, with, its, false);
+    };
+    if (modifiers)
+        send(true, modifier, QString(), {});
+    send(true, key, text, modifiers);
+    send(false, key, text, modifiers);
+    if (modifiers)
+        send(false, modifier, QString(), modifiers);
+}
+
 bool endsProgram(const QWidget *widget)
 {
     return widget->objectName() == QLatin1String("pushButton_close") &&
@@ -88,10 +105,14 @@ void Fingers::clickOn(QWidget *widget)
 
 void Fingers::press(QWidget *window, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
-    const QPointer<QWindow> handle = window->windowHandle();
-    QTest::keyPress(handle, key, modifiers);
-    if (handle) // a dialog may have been closed by it, and is gone
-        QTest::keyRelease(handle, key, modifiers);
+    const char character = QTest::keyToAscii(key);
+    strike(
+        window->windowHandle(), key, character ? QString(QLatin1Char(character)) : QString(),
+        modifiers & Qt::ShiftModifier     ? Qt::Key_Shift
+        : modifiers & Qt::ControlModifier ? Qt::Key_Control
+        : modifiers & Qt::AltModifier     ? Qt::Key_Alt
+                                          : Qt::Key_unknown,
+        modifiers);
 }
 
 void Fingers::click(QWidget *window)
@@ -185,8 +206,7 @@ void Fingers::type(QWidget *window)
         break;
     default:
         for (const QChar character : text.left(40)) {
-            if (handle)
-                QTest::sendKeyEvent(QTest::Click, handle, Qt::Key_unknown, QString(character), Qt::NoModifier);
+            strike(handle, Qt::Key_unknown, QString(character));
         }
     }
 }

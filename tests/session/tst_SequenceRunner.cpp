@@ -379,6 +379,104 @@ private slots:
         QCOMPARE(runner().records().size(), 1);
         QVERIFY(!runner().records().first().isDone);
     }
+
+    void endsInWhateverStateItIs_data()
+    {
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<int>("reason");
+        for (const char *state : {"waits", "asks", "will pause", "is paused"}) {
+            QTest::addRow("%s, stop all", state) << state << int(End::StoppedAll);
+            QTest::addRow("%s, stop on the panel", state) << state << int(End::StoppedOnPanel);
+            QTest::addRow("%s, the panel is closed", state) << state << int(End::PanelClosed);
+            QTest::addRow("%s, a start by the console", state) << state << int(End::StartedElsewhere);
+            QTest::addRow("%s, disconnecting", state) << state << int(End::Disconnected);
+            QTest::addRow("%s, the program ends", state) << state << int(End::Quit);
+        }
+    }
+    void endsInWhateverStateItIs()
+    {
+        QFETCH(QString, state);
+        QFETCH(int, reason);
+        const bool pauses = state.endsWith(QLatin1String("pause")) || state.endsWith(QLatin1String("paused"));
+        const Step first = pauses                            ? step(Step::MoveTo, 0, 1)
+                           : state == QLatin1String("waits") ? step(Step::Wait, 0, 3600)
+                                                             : step(Step::Ask, 0, 0);
+        QVERIFY(run({first, step(Step::MoveTo, 0, 2), step(Step::MoveTo, 2, 2)}));
+        if (pauses)
+            runner().pause();
+        if (state == QLatin1String("is paused"))
+            passUntil([this] { return runner().state() == Run::Paused; });
+        else if (pauses)
+            QTRY_COMPARE(simulator::callCount("startMove"), 1);
+        simulator::clearJournal();
+        switch (reason) {
+        case End::StoppedAll:
+            m_session->stopAll();
+            break;
+        case End::StoppedOnPanel:
+            emit SerialComDev::instance()->signal_stopMotor(0);
+            break;
+        case End::PanelClosed:
+            runner().abort(End::PanelClosed, 0);
+            break;
+        case End::StartedElsewhere:
+            SerialComDev::instance()->noteCommand({0, OPERATION_TYPE_JOG, 1, MotionCommand::Console, 0});
+            break;
+        case End::Disconnected:
+            QVERIFY(m_session->disconnectController());
+            break;
+        default:
+            m_session->leave(5000);
+        }
+        QTRY_VERIFY(!runner().isActive());
+        QCOMPARE(int(runner().lastEnd().reason), reason);
+        QCOMPARE(runner().lastEnd().line, state == QLatin1String("is paused") ? 1 : 0);
+        for (const int axis : {0, 2}) {
+            QTRY_VERIFY(calls().contains(QStringLiteral("stopRuning(1001, %1)").arg(axis)));
+            QVERIFY(!isReserved(axis));
+        }
+        // Nothing is left that could go on.
+        const QList<QTimer *> timers = runner().findChildren<QTimer *>();
+        for (const QTimer *timer : timers)
+            QVERIFY(!timer->isActive());
+        simulator::advance(10);
+        QCOMPARE(simulator::callCount("startMove"), 0);
+    }
+
+    /** An axis that refuses the stop may still move: nobody says that it stands. */
+    void tellsWhenAStopIsRefused_data()
+    {
+        QTest::addColumn<int>("refused");
+        QTest::newRow("none") << 0;
+        QTest::newRow("one") << 1;
+    }
+    void tellsWhenAStopIsRefused()
+    {
+        QFETCH(int, refused);
+        QVERIFY(run({step(Step::MoveTo, 0, 50), step(Step::MoveTo, 2, 1)}));
+        QTRY_COMPARE(simulator::callCount("startMove"), 1);
+        if (refused > 0)
+            simulator::failCall("stopRuning", -9, 2);
+        runner().stop();
+        QTRY_COMPARE(simulator::callCount("stopRuning"), 2);
+        QTRY_COMPARE(runner().lastEnd().isStopped, refused == 0);
+    }
+
+    /** Its position is answered, its state is not: it is over by no time, and it is not waited for without an end. */
+    void anAxisThatDoesNotTellItsStateEndsIt()
+    {
+        QVERIFY(run({step(Step::MoveTo, 0, 5)}));
+        QTRY_COMPARE(simulator::callCount("startMove"), 1);
+        simulator::failAlways("getRuningState", -9);
+        const auto poll = [] { emit SerialComDev::instance()->signal_getCurrentPos(0); };
+        QTimer panel;
+        connect(&panel, &QTimer::timeout, this, poll);
+        panel.start(20);
+        QTRY_VERIFY(!runner().isActive());
+        QCOMPARE(runner().lastEnd().reason, End::LinkLost);
+        QCOMPARE(runner().lastEnd().axis, 0);
+    }
+
     void anOrderThatIsRefusedEndsIt()
     {
         simulator::failCall("startMove", -7, 2);

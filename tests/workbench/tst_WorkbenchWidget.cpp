@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "workbench/WorkbenchWidget.h"
 
+#include "console/ConsoleCommands.h"
+#include "console/DebugWidget.h"
 #include "session/ControlSession.h"
 #include "session/SequenceRunner.h"
 #include "shell/OpenWindow.h"
@@ -11,6 +13,8 @@
 #include <QTabBar>
 #include <QTemporaryDir>
 #include <private/qzipreader_p.h>
+
+#include <algorithm>
 
 /** The workbench of the main window. */
 class tst_WorkbenchWidget : public WindowTest
@@ -77,6 +81,55 @@ private slots:
         simulator::clearJournal();
         QTest::keyClick(bench(), Qt::Key(key));
         QTRY_COMPARE(simulator::callCount("stopRuning"), 3);
+    }
+
+    void aStopOfAllEndsTheSequence_data()
+    {
+        QTest::addColumn<int>("key"); // in the workbench; 0: the button in the main window
+        QTest::newRow("F12") << int(Qt::Key_F12);
+        QTest::newRow("Pause") << int(Qt::Key_Pause);
+        QTest::newRow("button") << 0;
+    }
+    void aStopOfAllEndsTheSequence()
+    {
+        QFETCH(int, key);
+        OpenWindow program;
+        program.connectTo();
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        const auto session = ControlSession::instance();
+        QVERIFY(runThreeSteps(*session));
+        if (key == 0)
+            OpenWindow::click(program.titleButton("pushButton_stopAll"));
+        else
+            QTest::keyClick(bench(), Qt::Key(key));
+        QVERIFY(!session->sequences().isActive());
+        QCOMPARE(
+            program.titleButton("pushButton_notice")->toolTip(),
+            QStringLiteral("序列“Three”在第 1 步结束：已全部停止"));
+        for (int axis = 0; axis < 3; ++axis)
+            QTRY_VERIFY(isCalled(QStringLiteral("stopRuning(1001, %1)").arg(axis)));
+        QVERIFY(!SerialComDev::instance()->isReserved(0));
+    }
+
+    void aStartByTheConsoleEndsTheSequenceThatUsesItsAxis()
+    {
+        OpenWindow program;
+        program.connectTo();
+        OpenWindow::click(program.titleButton("pushButton_debug"));
+        auto *console = topLevel<DebugWidget>();
+        QVERIFY(console);
+        const auto session = ControlSession::instance();
+        QVERIFY(runThreeSteps(*session, true)); // which stand meanwhile
+        console->findChild<QComboBox *>(QStringLiteral("comboBox_axis"))->setCurrentIndex(1);
+        const auto command =
+            std::find_if(std::begin(consoleCommands), std::end(consoleCommands), [](const ConsoleCommand &row) {
+                return qstrcmp(row.function, "startMove") == 0;
+            });
+        OpenWindow::click(console->findChild<QPushButton *>(QStringLiteral("pushButton_%1").arg(command->button)));
+        QTRY_VERIFY(!session->sequences().isActive());
+        QCOMPARE(session->sequences().lastEnd().reason, SequenceEnd::StartedElsewhere);
+        QCOMPARE(session->sequences().lastEnd().axis, 1);
+        QTRY_VERIFY(isCalled(QStringLiteral("stopRuning(1001, 1)")));
     }
 
     void speaksTheChosenLanguage()
@@ -174,17 +227,34 @@ private slots:
         QVERIFY(zip.fileData(QStringLiteral("log/Axis1.txt")).size() > 0);
     }
 
+    void closesWithTheProgram_data()
+    {
+        QTest::addColumn<bool>("runs");
+        QTest::newRow("nothing runs") << false;
+        QTest::newRow("a sequence runs") << true;
+    }
     void closesWithTheProgram()
     {
+        QFETCH(bool, runs);
         OpenWindow program;
         OpenWindow::click(program.titleButton("pushButton_workbench"));
-        OpenWindow::click(program.titleButton("pushButton_close"));
+        const auto session = ControlSession::instance();
+        if (runs) {
+            program.connectTo();
+            QVERIFY(runThreeSteps(*session));
+        }
+        OpenWindow::click(program.titleButton("pushButton_close")); // which asks nothing
         QVERIFY(!bench()->isVisible());
+        if (!runs)
+            return;
+        QCOMPARE(session->sequences().lastEnd().reason, SequenceEnd::Quit);
+        for (int axis = 0; axis < 2; ++axis)
+            QVERIFY(isCalled(QStringLiteral("stopRuning(1001, %1)").arg(axis)));
     }
 
 private:
-    /** Of two axes. */
-    static bool runThreeSteps(ControlSession &session)
+    /** Of two axes; `asks`: the operator before. */
+    static bool runThreeSteps(ControlSession &session, bool asks = false)
     {
         for (int axis = 0; axis < 2; ++axis) {
             if (!QTest::qWaitFor([&] { return session.axis(axis)->lastPosition() && session.axis(axis)->lastState(); }))
@@ -195,18 +265,33 @@ private:
         step.value = 40;
         SequenceStep other = step;
         other.axis = 1;
-        return session.sequences().run({QStringLiteral("Three"), {step, other, step}}, {});
+        QVector<SequenceStep> steps{step, other, step};
+        SequenceStep question;
+        question.kind = SequenceStep::Ask;
+        if (asks)
+            steps.prepend(question);
+        return session.sequences().run({QStringLiteral("Three"), steps}, {});
+    }
+    /** With success. */
+    static bool isCalled(const QString &call)
+    {
+        const std::vector<simulator::Call> journal = simulator::journal();
+        return std::any_of(journal.begin(), journal.end(), [&call](const simulator::Call &made) {
+            return QString::fromStdString(made.text()).startsWith(call) && made.result.front() != '-';
+        });
     }
 
-    static WorkbenchWidget *bench()
+    template <typename Window>
+    static Window *topLevel()
     {
         const QWidgetList windows = QApplication::topLevelWidgets();
         for (QWidget *window : windows) {
-            if (auto *found = qobject_cast<WorkbenchWidget *>(window))
+            if (auto *found = qobject_cast<Window *>(window))
                 return found;
         }
         return nullptr;
     }
+    static WorkbenchWidget *bench() { return topLevel<WorkbenchWidget>(); }
 };
 
 QTEST_MAIN(tst_WorkbenchWidget)
