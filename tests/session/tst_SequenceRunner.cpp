@@ -489,20 +489,43 @@ private slots:
         QCOMPARE(simulator::callCount("startMove"), 2); // the third axis was not started
     }
 
+    void aStopOfAnAxisThatItDoesNotUseLeavesItAlone()
+    {
+        QVERIFY(run({step(Step::Ask, 0, 0), step(Step::MoveTo, 0, 1)}));
+        emit SerialComDev::instance()->signal_stopMotor(1);
+        QTRY_COMPARE(m_messages.size(), 1); // what the stop would have ended has ended by then
+        QCoreApplication::processEvents();
+        QVERIFY(runner().isActive());
+        QVERIFY(runner().resume());
+        passUntilOver();
+        QCOMPARE(runner().lastEnd().reason, End::Finished);
+    }
+
     /** The stop is on its way behind a call that hangs when the sequence asks for its next motion. */
+    void noOrderFollowsAStop_data()
+    {
+        QTest::addColumn<int>("reason");
+        QTest::newRow("on the panel") << int(End::StoppedOnPanel);
+        QTest::newRow("its own") << int(End::Stopped);
+    }
     void noOrderFollowsAStop()
     {
+        QFETCH(int, reason);
         QVERIFY(run({step(Step::Ask, 0, 0), step(Step::MoveTo, 0, 50)}));
         simulator::hangCall("getCurrentPos");
         emit SerialComDev::instance()->signal_getCurrentPos(0);
         QVERIFY(simulator::waitUntilHanging(5000));
-        emit SerialComDev::instance()->signal_stopMotor(0);
+        const bool isOwn = reason == End::Stopped;
+        if (!isOwn)
+            emit SerialComDev::instance()->signal_stopMotor(0);
         QVERIFY(runner().resume());
+        if (isOwn)
+            runner().stop();
         QCoreApplication::processEvents();
         simulator::releaseHung();
         QTRY_VERIFY(!runner().isActive());
-        QCOMPARE(runner().lastEnd().reason, End::StoppedOnPanel);
-        QTRY_COMPARE(simulator::callCount("stopRuning"), 2);
+        QCOMPARE(int(runner().lastEnd().reason), reason);
+        QTRY_COMPARE(simulator::callCount("stopRuning"), isOwn ? 1 : 2);
         QCOMPARE(simulator::callCount("startMove"), 0);
     }
 
