@@ -4,9 +4,7 @@
 #include <QDataStream>
 #include <QFile>
 #include <QLibraryInfo>
-#include <QProcess>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QTranslator>
 #include <QtTest>
 
@@ -56,12 +54,7 @@ QByteArray readFile(const QString &path)
 
 QByteArray compressed()
 {
-    const QTemporaryDir folder;
-    const QString qm = folder.filePath(QStringLiteral("compressed.qm"));
-    QProcess::execute(
-        QStringLiteral(LRELEASE), {QStringLiteral("-silent"), QStringLiteral("-compress"),
-                                   QStringLiteral(ENGLISH_TEXTS), QStringLiteral("-qm"), qm});
-    return readFile(qm);
+    return readFile(QStringLiteral(COMPRESSED_CATALOGUE));
 }
 
 QByteArray qtCatalogue(const char *name)

@@ -106,6 +106,7 @@ class WindowTest : public QObject
 protected:
     void begin()
     {
+        QApplication::setWindowIcon(QPixmap(16, 16)); // where a desktop shows notices, each has the program's icon
         simulator::reset();
         m_log.reset(); // one at a time, also after a failure
         m_log = std::make_unique<DebugLog>();

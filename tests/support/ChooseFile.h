@@ -15,6 +15,7 @@
 inline void chooseFile(
     const QString &file, QDialogButtonBox::StandardButtons with = QDialogButtonBox::Save | QDialogButtonBox::Open)
 {
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); // as the program does
     QTimer::singleShot(0, qApp, [file, with] {
         auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
         QVERIFY(dialog);

@@ -344,12 +344,12 @@ private slots:
         QCOMPARE(in<AxisRow>("axisRow_0")->texts().at(2), QStringLiteral("–"));
         const PlotLayout layout{QRectF(plot()->rect())};
         QTest::mouseMove(plot(), layout.position.center().toPoint());
+        QTRY_VERIFY(plot()->cursorSample(0)); // Windows tells of the mouse in its own time
         const auto sample = plot()->cursorSample(0);
-        QVERIFY(sample);
         QCOMPARE(in<AxisRow>("axisRow_0")->texts().at(2), QString::number(sample->position, 'f', 3));
         QVERIFY(plot()->picture(plot()->width()).traces.first().cursorPosition);
         QTest::mouseMove(plot(), QPoint(2, 2));
-        QVERIFY(!plot()->cursorSample(0));
+        QTRY_VERIFY(!plot()->cursorSample(0));
     }
 
     void eventsAreListedNewestFirstAndLeadToTheirTime()

@@ -252,7 +252,7 @@ uninstall
 rm -r "$(dirname "$settings")"
 
 say "Driving the unpacked $(basename "$archive")"
-drive "$place" "$scratch/tools" --short
+drive "$place" "$scratch/tools"
 cp "$tools/emptyWindow.exe" "$place"
 [ -e "$place/appConfig.ini" ] || die "The settings are not kept beside the program."
 
