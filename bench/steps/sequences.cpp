@@ -30,7 +30,7 @@ void Rows::sequence(int effort)
     session->readJoystick();
     QEventLoop loop;
     QTimer polls; // as its panel does, and there is a position to begin with
-    QObject::connect(&polls, &QTimer::timeout, [&] {
+    QObject::connect(&polls, &QTimer::timeout, &polls, [&] {
         emit worker->signal_getDevState(axis);
         emit worker->signal_getCurrentPos(axis);
         if (session->axis(axis)->lastPosition())
