@@ -33,13 +33,16 @@ ManualMoveRow::ManualMoveRow(QWidget *parent)
     ui->comboBox_manualAxis->setView(new QListView(this)); // so that the style sheet reaches the items of the list
     const struct {
         QPushButton *button;
-        const char *name;
+        const char *normal;
+        const char *disabled;
         int direction;
-    } arrows[] = {{ui->pushButton_holdNegative, "left", -1}, {ui->pushButton_holdPositive, "right", 1}};
+    } arrows[] = {
+        {ui->pushButton_holdNegative, ":/image/sequence/left_normal.png", ":/image/sequence/left_unabled.png", -1},
+        {ui->pushButton_holdPositive, ":/image/sequence/right_normal.png", ":/image/sequence/right_unabled.png", 1},
+    };
     for (const auto &arrow : arrows) {
-        QIcon icon(QStringLiteral(":/image/sequence/%1_normal.png").arg(QLatin1String(arrow.name)));
-        icon.addFile(
-            QStringLiteral(":/image/sequence/%1_unabled.png").arg(QLatin1String(arrow.name)), {}, QIcon::Disabled);
+        QIcon icon(QLatin1String(arrow.normal));
+        icon.addFile(QLatin1String(arrow.disabled), {}, QIcon::Disabled);
         arrow.button->setIcon(icon);
         arrow.button->installEventFilter(this);
         connect(arrow.button, &QPushButton::pressed, this, [this, direction = arrow.direction] { hold(direction); });
