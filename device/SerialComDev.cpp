@@ -19,6 +19,7 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <type_traits>
 
 namespace {
 
@@ -259,8 +260,8 @@ SerialComDev::SerialComDev()
             LibraryLock::announce(LibraryLock::Urgency::Stop, thread());
         },
         Qt::DirectConnection);
-    connectCommand(&SerialComDev::signal_stopMotor, &SerialComDev::slot_stopMotor);
-    connect(this, &SerialComDev::signal_stopMotor, this, [this] {
+    connectCommand(&SerialComDev::signal_stopMotor, [this](int axis) {
+        slot_stopMotor(axis);
         LibraryLock::retract(LibraryLock::Urgency::Stop);
         --m_iStopsWaiting;
     });
@@ -341,8 +342,15 @@ void SerialComDev::connectCommand(Signal signal, Slot slot)
 {
     connect(
         this, signal, this, [this] { ++m_iCommandsWaiting; }, Qt::DirectConnection);
-    connect(this, signal, this, slot); // first: the command must be on its way before the round ends
-    connect(this, signal, this, [this] { --m_iCommandsWaiting; });
+    // First: the command must be on its way before the round ends. One event for all of it: while it is worked on,
+    // nobody else is at the worker's queue.
+    connect(this, signal, this, [this, slot](auto... values) {
+        if constexpr (std::is_member_function_pointer_v<Slot>)
+            (this->*slot)(values...);
+        else
+            slot(values...);
+        --m_iCommandsWaiting;
+    });
     connect(
         this, signal, this, [this] { m_polls.endRound(); }, Qt::DirectConnection);
 }
