@@ -93,7 +93,7 @@ double Axis::speedLimit() const
     const double braking = m_board.setting(ramp + boardAxis(), stage().maxAcc) * Board::brakingTime;
     const double all = std::min({stage().maxSpeed, board / fastestFeed, braking});
     const double slow = m_board.setting(slowHoming, 25) / 60;
-    return m_board.switchDirection(boardAxis()) == 0 ? all : std::min(all, slow);
+    return m_board.isOnSwitch(boardAxis()) ? std::min(all, slow) : all;
 }
 
 int Axis::speedSetting() const
@@ -147,6 +147,11 @@ int Axis::setEnabled(bool enabled)
     return enabled && m_board.locked() ? m_board.unlock() : Ok;
 }
 
+bool Axis::arrives() const
+{
+    return !running() && m_endsByItself && !m_board.isThere(boardAxis());
+}
+
 void Axis::finishFrom(double position, double now)
 {
     const double end = this->position();
@@ -171,7 +176,7 @@ double Axis::resolution() const
 void Axis::sayCap(double asked)
 {
     const double cap = speedLimit();
-    if (cap >= stage().maxSpeed || asked <= cap || m_board.switchDirection(boardAxis()) != 0)
+    if (cap >= stage().maxSpeed || asked <= cap || m_board.isOnSwitch(boardAxis()))
         return;
     if (std::exchange(m_toldCap, cap) == cap)
         return;
@@ -222,7 +227,7 @@ MotorStageState Axis::state() const
 {
     MotorStageState state{};
     const double resolution = 1 / m_board.setting(stepsPerUnit + boardAxis(), 250);
-    const bool arrived = m_board.still() || std::abs(stagePosition() - position()) <= resolution;
+    const bool arrived = m_board.still() || m_board.isThere(boardAxis());
     const bool busy = m_board.phase() == Board::Phase::Homing || m_board.phase() == Board::Phase::Cancelling;
     state.isStop = !running() && arrived && !busy;
     // A locked board can be homed, which is the usual way out of its lock: what else is asked of it is refused in

@@ -51,8 +51,18 @@ public:
     double toStage(double mm) const;
     /** The axis runs and is not merely slowing down. */
     bool goesOn() const { return running() && run() != Run::Stop; }
-    void slowDown() { brake(); }
-    void stand(double position) { standAt(position); }
+    /** The plan has ended by itself, and the board is not there yet. */
+    bool arrives() const;
+    void slowDown()
+    {
+        m_endsByItself = false;
+        brake();
+    }
+    void stand(double position)
+    {
+        m_endsByItself = false;
+        standAt(position);
+    }
     void takeUp(double position, double now) { takeUpAt(position, now); }
     /** Stands at `position` since `now`, and goes on to where the plan had it. */
     void finishFrom(double position, double now);
@@ -85,6 +95,7 @@ protected:
     double legBegin(double) const override { return now(); }
     double stagePosition() const override;
     void leaves() override;
+    void ended(Run run) override { m_endsByItself = run != Run::Stop; }
 
 private:
     bool hasSwitch() const; ///< to home on
@@ -98,6 +109,7 @@ private:
     bool m_enabled = true;
     bool m_homed = false;
     bool m_stopped = false;
+    bool m_endsByItself = false;      ///< the last run was not stopped
     bool m_endsAtMinus = false;       ///< where the last homing ended, as far as one can tell
     std::optional<double> m_switchAt; ///< in the board's mm, where that is not at an end of [-travel, 0]
     double m_toldCap = 0;             ///< what has been said of the speed, so that it is said once

@@ -23,6 +23,7 @@ constexpr double restingPoll = 0.2;
 constexpr double answerTimeout = 0.7;
 constexpr double bannerTimeout = 3;
 constexpr double deafAfter = 0.3; // in Idle, with answers missing
+constexpr double limitsAgainAfter = 5;
 
 const char *alarmWords(int alarm)
 {
@@ -81,6 +82,8 @@ void Board::opened(double now)
     m_settings.clear();
     m_hasSettings = m_hasChanged = false;
     m_alarm = 0;
+    m_homesSingly = false; // it may be another board
+    m_limitsTried = -100;
     m_asked.clear();
     m_lost = false;
     m_reports = 0;
@@ -136,6 +139,8 @@ void Board::take(const Reply &reply)
             int blocks = 0;
             int bytes = 0;
             const std::size_t comma = reply.text.find(',');
+            // A letter for each option that the firmware was built with.
+            m_homesSingly = m_homesSingly || reply.text.substr(4, comma - 4).find('H') != std::string::npos;
             if (comma != std::string::npos && std::sscanf(reply.text.c_str() + comma, ",%d,%d", &blocks, &bytes) == 2 &&
                 blocks > 4 && bytes > 40) {
                 m_totalBlocks = blocks;
@@ -254,6 +259,8 @@ void Board::takeAlarm(int number)
                     m_ranOn[i] = way > 0 ? 1 : -1;
             }
         }
+        if (changed)
+            changed();
     }
     endRuns();
     m_then = Then::Stand;
@@ -376,13 +383,13 @@ void Board::takeReport(const Report &told)
         countAnswers(report);
         if (m_phase == Phase::Ready)
             compare(report);
-        if (m_limitsOff && report.pins == 0 && m_phase == Phase::Ready && still()) {
-            say({LimitsOn, "The switch is open: hard limits are on again ($21=1)"});
-            m_limitsOff = false;
-            if (changed)
-                changed();
+        if (m_phase == Phase::Ready && still())
+            forgetOpenSwitches();
+        if (m_limitsOff && report.pins == 0 && m_phase == Phase::Ready && still() &&
+            m_now > m_limitsTried + limitsAgainAfter) {
+            m_limitsTried = m_now;
             m_writing.clear();
-            begin({"$21=1"}, Phase::Writing);
+            begin({"$21=1", "$$"}, Phase::Writing); // what it says then counts
         }
     }
 }
@@ -517,6 +524,15 @@ void Board::lose(const std::string &why)
     m_pending.clear();
     m_then = Then::Stand;
     endRuns();
+}
+
+/** Whoever is on a switch later came from who knows where. */
+void Board::forgetOpenSwitches()
+{
+    for (int i = 0; i < maxBoardAxes; ++i) {
+        if ((m_report.pins >> i & 1U) == 0 && std::exchange(m_ranOn[i], 0) != 0 && changed)
+            changed();
+    }
 }
 
 void Board::endRuns()

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <deque>
 #include <functional>
 #include <map>
@@ -81,6 +82,11 @@ public:
     bool locked() const { return m_locked; }
     /** Direction, in the board's coordinates, in which an axis ran on the limit switch that it is still on; or 0. */
     int switchDirection(int boardAxis) const;
+    /** It is on a limit switch, and driven off it by hand: hard limits are off, or it ran on it. */
+    bool isOnSwitch(int boardAxis) const;
+    /** As switchDirection(), whether the switch is closed or not; kept over an end of the program. */
+    int ranOn(int boardAxis) const { return m_ranOn[boardAxis]; }
+    void setRanOn(int boardAxis, int direction) { m_ranOn[boardAxis] = direction; }
     /** Hard limits are off, to be on again when the axis is off its switch; kept over an end of the program. */
     bool limitsOff() const { return m_limitsOff; }
     void setLimitsOff(bool off) { m_limitsOff = off; }
@@ -88,6 +94,8 @@ public:
     std::function<void()> changed;
     /** Everything stands and nothing is under way. */
     bool still() const;
+    /** The last report has the axis where the last line sends it. */
+    bool isThere(int boardAxis) const { return std::abs(missing(boardAxis)) <= reportRounding(boardAxis); }
     const Report &report() const { return m_report; }
     /** Reports since the port was opened. */
     unsigned long long reports() const { return m_reports; }
@@ -173,6 +181,7 @@ private:
     void restAt(const Report &report, Then then);
     void lose(const std::string &why);
     void trouble(const std::string &what);
+    void forgetOpenSwitches();
     void endRuns();
     void notHomed();
 
@@ -181,6 +190,13 @@ private:
     long long toSteps(int boardAxis, double mm) const;
     /** The same for a target: never a step beyond the end that the board's own limits leave. */
     long long targetSteps(int boardAxis, double mm) const;
+    /** How far the last report has the axis from where the last line sends it, in mm. */
+    double missing(int boardAxis) const
+    {
+        return m_report.position[boardAxis] - static_cast<double>(m_sent[boardAxis]) / stepsPerMm(boardAxis);
+    }
+    /** By how much an axis may seem to be off its step, as reports have three decimals. */
+    double reportRounding(int boardAxis) const { return 0.5 / stepsPerMm(boardAxis) + 0.0006; }
     /** A jog of all axes to `steps`, without its feed. */
     std::string jogTo(const std::array<long long, maxBoardAxes> &steps) const;
 
@@ -274,6 +290,7 @@ private:
     // Limit switches
     std::array<int, maxBoardAxes> m_ranOn{}; ///< direction in which each axis last ran when a switch was hit
     bool m_limitsOff = false;                ///< until the axis is off its switch
+    double m_limitsTried = -100;             ///< when they were to be on again
 };
 
 } // namespace grbl

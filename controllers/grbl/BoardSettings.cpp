@@ -13,6 +13,7 @@ using namespace moverMessages;
 namespace {
 
 constexpr double pressAgain = 10;
+constexpr int hardLimits = 21;
 
 } // namespace
 
@@ -43,6 +44,12 @@ void Board::asked()
     if (!m_read.empty())
         m_settings = std::exchange(m_read, {});
     m_hasSettings = true;
+    if (m_limitsOff && setting(hardLimits, 1) != 0) {
+        say({LimitsOn, "Hard limits are on again ($21=1)"});
+        m_limitsOff = false;
+        if (changed)
+            changed();
+    }
     if (m_phase == Phase::Asking && setting(13, 0) != 0 && m_hasChanged) {
         say("The board does not take $13=0: its positions are in inches");
         closed();
@@ -156,6 +163,11 @@ void Board::breakWrite()
         m_toUndo = m_before;
 }
 
+bool Board::isOnSwitch(int boardAxis) const
+{
+    return (m_report.pins >> boardAxis & 1U) != 0 && (m_limitsOff || m_ranOn[boardAxis] != 0);
+}
+
 int Board::switchDirection(int boardAxis) const
 {
     return (m_report.pins >> boardAxis & 1U) != 0 ? m_ranOn[boardAxis] : 0;
@@ -171,12 +183,13 @@ int Board::unlock()
     }
     m_writing.clear();
     std::vector<std::string> lines{"$X"};
-    if (m_report.pins != 0 && setting(21, 0) != 0) {
+    if (m_report.pins != 0 && setting(hardLimits, 0) != 0) {
         // The switch that opens again would be the next alarm.
         say(
             {LimitsOff,
              "Hard limits are off ($21=0) until the axis has been driven off its switch, slowly and the way it came"});
         lines.emplace_back("$21=0");
+        lines.emplace_back("$$");
         m_limitsOff = true;
         if (changed)
             changed();

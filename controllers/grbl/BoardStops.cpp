@@ -47,8 +47,9 @@ int Board::stop(Axis &axis)
     }
     if (!axis.running() && still())
         return Ok;
-    const bool othersGoOn = std::any_of(
-        m_axes.begin(), m_axes.end(), [&axis](const auto &one) { return one.get() != &axis && one->goesOn(); });
+    const bool othersGoOn = std::any_of(m_axes.begin(), m_axes.end(), [&axis](const auto &one) {
+        return one.get() != &axis && (one->goesOn() || one->arrives());
+    });
     if (othersGoOn)
         axis.slowDown();
     else
@@ -60,7 +61,6 @@ int Board::stop(Axis &axis)
 void Board::stopHoming()
 {
     reset("Homing was stopped; the position is lost", HomingStopped);
-    notHomed();
     m_urgent = true;
 }
 
@@ -153,7 +153,6 @@ void Board::watchCancel()
         sendByte(jogCancel);
         m_cancelAt = m_now;
     } else {
-        notHomed();
         reset("The board does not stop and is reset in motion; the position is lost", PositionLost);
     }
 }
@@ -162,6 +161,8 @@ void Board::reset(const std::string &why, Code code)
 {
     breakWrite();
     say({code, why});
+    if (code == HomingStopped || code == PositionLost)
+        notHomed();
     sendByte(softReset);
     m_awaited.clear();
     m_awaitedBytes = 0;
@@ -184,6 +185,9 @@ void Board::restAt(const Report &report, Then then)
     m_phase = Phase::Ready;
     m_since = m_now;
     m_locked = report.state != Report::State::Idle;
+    // Behind an alarm or a start that was not heard of, too.
+    if (m_locked && report.state != Report::State::Hold && report.state != Report::State::Door && m_alarm != 2)
+        notHomed();
     if (m_locked && m_alarm == 1) {
         for (int i = 0; i < m_boardAxes; ++i) {
             if ((report.pins >> i & 1U) != 0)

@@ -218,10 +218,8 @@ void Board::compare(const Report &report)
     if (!m_idleSeen || !m_rests || !m_pending.empty())
         return;
     bool beside = false;
-    for (int i = 0; i < m_boardAxes; ++i) {
-        const double off = std::abs(report.position[i] - m_sent[i] / stepsPerMm(i));
-        beside = beside || off > 0.5 / stepsPerMm(i) + 0.0006;
-    }
+    for (int i = 0; i < m_boardAxes; ++i)
+        beside = beside || !isThere(i);
     if (!beside) {
         m_corrections = 0;
     } else if (m_corrections++ < 3) {

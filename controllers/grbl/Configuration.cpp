@@ -164,9 +164,12 @@ nlohmann::ordered_json stageJson(const MotorParams &stage)
     };
 }
 
-void restoreAxis(const JsonValue &value, Axis *axis)
+void restoreAxis(const JsonValue &value, Axis *axis, Board *board)
 {
     ObjectReader object(value, "the axis");
+    int ranOn = 0;
+    object.number("ranOn", &ranOn, -1, 1);
+    board->setRanOn(axis->boardAxis(), ranOn);
     MotorParams before = axis->setUpStage();
     if (const JsonValue *setUp = object.find("setUp"))
         controllers::readStage(*setUp, &before);
@@ -263,7 +266,7 @@ void Configuration::restore(const std::filesystem::path &keptFile, controllers::
         int axis = 0;
         for (const JsonValue &kept : object.list("axes")) {
             if (axis < controller->axisCount)
-                restoreAxis(kept, static_cast<Axis *>(&controller->axis(axis++)));
+                restoreAxis(kept, static_cast<Axis *>(&controller->axis(axis++)), board);
         }
     } catch (const JsonError &) {
         return; // begun again with the next change
@@ -279,6 +282,7 @@ std::string Configuration::kept(controllers::Controller &controller, const Board
     for (int i = 0; i < controller.axisCount; ++i) {
         const auto &axis = static_cast<const Axis &>(controller.axis(i));
         nlohmann::ordered_json one;
+        one["ranOn"] = board.ranOn(axis.boardAxis());
         one["setUp"] = stageJson(axis.setUpStage());
         one["stage"] = stageJson(axis.stage());
         for (const auto &[name, member] : numbers)

@@ -127,6 +127,12 @@ int Controller::openLink(std::unique_lock<std::mutex> &lock)
     if (const int status = startLink(); status != Ok)
         return status;
     m_released = false;
+    if (!m_board.opening() && !m_board.answers()) {
+        // It has fallen silent, behind an alarm that did not come over, say: only a reset is heard then.
+        m_board.closed();
+        m_board.opened(now());
+        m_serial.wake();
+    }
     waitFor(lock, &Controller::isOpened, openTimeout);
     if (!m_board.answers())
         return LinkLost;

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -58,6 +60,19 @@ public:
         board.opened(firmware.now());
         runUntil([this] { return !board.opening(); }, 6);
     }
+
+    /** No test may pass in which such a line was sent. */
+    ~Bench()
+    {
+        for (const emulator::Violation &one : firmware.violations()) {
+            if (one.kind == emulator::Violation::Kind::NoAxisWord || one.kind == emulator::Violation::Kind::Relative) {
+                std::fprintf(stderr, "%s: %s\n", nameOf(one.kind), one.line.c_str());
+                std::abort();
+            }
+        }
+    }
+    Bench(const Bench &) = delete;
+    Bench &operator=(const Bench &) = delete;
 
     grbl::Axis &axis(int number) { return *board.axes()[number]; }
     double now() const { return firmware.now(); }

@@ -14,6 +14,7 @@ private slots:
     void homingMovesAllAxesAtTheSecondCall();
     void homingTellsWhereTheTravelBegins_data();
     void homingTellsWhereTheTravelBegins();
+    void homesOneAxisWhereTheBoardCan_data();
     void homesOneAxisWhereTheBoardCan();
     void aBoardThatCannotHomeOneAxisIsFreed();
     void aHomingThatDoesNotEndIsNotWaitedFor_data();
@@ -25,6 +26,8 @@ private slots:
     void nothingIsHomedAnyMoreAfter();
     void moveNeedsAReference();
     void aHardLimitNamesItsAxisAndIsLeftSlowly();
+    void aSwitchThatWasReachedOtherwiseIsLeftSlowly();
+    void hardLimitsComeBackAfterARestart_data();
     void hardLimitsComeBackAfterARestart();
     void aHoldIsLeftAtRest();
     void enableIsAPermission();
@@ -169,14 +172,22 @@ void tst_GrblAlarms::homingTellsWhereTheTravelBegins()
     QVERIFY(bench.firmware.violations().empty());
 }
 
+void tst_GrblAlarms::homesOneAxisWhereTheBoardCan_data()
+{
+    QTest::addColumn<QByteArray>("tells");
+    QTest::newRow("its kin") << QByteArray("[FIRMWARE:grblHAL]\r\n");
+    QTest::newRow("built with it") << QByteArray("[OPT:VHL,15,128]\r\n");
+}
+
 void tst_GrblAlarms::homesOneAxisWhereTheBoardCan()
 {
+    QFETCH(QByteArray, tells);
     // Stock firmware gets stuck by "$HX": it is sent to boards that say what they are.
     emulator::Options options = homingBoard();
     options.homesSingleAxes = true;
     Bench bench(options);
     setStages(bench);
-    bench.firmware.garble("[FIRMWARE:grblHAL]\r\n");
+    bench.firmware.garble(tells.toStdString());
     bench.run(0.1);
     QCOMPARE(home(bench, 1), 0);
     QVERIFY(stands(bench));
@@ -285,7 +296,7 @@ void tst_GrblAlarms::nothingIsHomedAnyMoreAfter_data()
     QTest::addColumn<QByteArray>("what");
     for (const char *const what :
          {"a reset at rest", "a reset in motion", "power off and on", "an alarm", "the port opened again",
-          "a homing that fails"})
+          "a homing that fails", "a reset that nobody heard", "a stop in motion whose end is not seen"})
         QTest::newRow(what) << QByteArray(what);
 }
 
@@ -300,12 +311,16 @@ void tst_GrblAlarms::nothingIsHomedAnyMoreAfter()
     QCOMPARE(home(bench, 0), 0);
     QVERIFY(stands(bench));
     QCOMPARE(bench.moveTo(1, 20, 20, 50), 0);
-    if (what == "a reset in motion")
+    if (what.contains("in motion"))
         bench.run(0.5);
     else
         QVERIFY(stands(bench));
     QVERIFY(bench.axis(0).isHomed() && bench.axis(1).isHomed() && bench.axis(2).isHomed());
 
+    const bool isCut = what.contains("nobody heard") || what.contains("not seen");
+    if (what.contains("not seen"))
+        QCOMPARE(bench.stop(1), 0);
+    bench.firmware.toHost().cut(isCut);
     if (what.contains("reset"))
         bench.firmware.pressReset();
     else if (what == "power off and on")
@@ -321,8 +336,9 @@ void tst_GrblAlarms::nothingIsHomedAnyMoreAfter()
         home(bench, 0);
         QCOMPARE(home(bench, 0), 0);
     }
-    bench.run(1);
-    QVERIFY(stands(bench));
+    bench.run(isCut ? 13 : 1);
+    bench.firmware.toHost().cut(false);
+    QVERIFY(bench.runUntil([&] { return bench.board.answers() && stands(bench); }, 10));
     for (int i = 0; i < 3; ++i) {
         QVERIFY(!bench.axis(i).isHomed());
         QCOMPARE(int(bench.axis(i).state().isHome), 0);
@@ -381,8 +397,54 @@ void tst_GrblAlarms::aHardLimitNamesItsAxisAndIsLeftSlowly()
     QVERIFY(!bench.board.locked());
 }
 
+void tst_GrblAlarms::aSwitchThatWasReachedOtherwiseIsLeftSlowly()
+{
+    emulator::Options options = homingBoard();
+    options.settings[21] = 1;
+    Bench bench(options);
+    setStages(bench);
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    bench.board.setRanOn(0, -1); // once, long ago
+    bench.run(1);
+    bench.firmware.forceSwitch(0, 1); // pushed onto it by hand, at rest
+    QVERIFY(bench.runUntil([&] { return bench.board.locked() && stands(bench); }, 5));
+    QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+    QVERIFY(bench.runUntil([&] { return !bench.board.locked() && stands(bench); }, 5));
+    // Nobody knows which way is off it: each can be tried, slowly.
+    bench.axis(0).settings.relativeDispEnable = 1;
+    bench.axis(0).settings.relativeDisp = 3;
+    bench.axis(0).settings.speed = 25;
+    for (const int direction : {1, -1}) {
+        const double from = bench.now();
+        QCOMPARE(bench.call([&] { return bench.axis(0).startDrive(direction); }), 0);
+        QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 10));
+        QVERIFY(bench.now() - from > 0.55); // 5 mm/s
+    }
+    // It comes to a second time as to the first.
+    for (int again = 0; again < 2; ++again) {
+        bench.firmware.forceSwitch(0, 0);
+        QVERIFY(bench.runUntil([&] { return !bench.board.limitsOff() && bench.isStill(); }, 10));
+        QCOMPARE(bench.firmware.settings()[21], 1.0);
+        bench.firmware.forceSwitch(0, 1);
+        QVERIFY(bench.runUntil([&] { return bench.board.locked() && stands(bench); }, 5));
+        QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
+        QVERIFY(bench.runUntil([&] { return !bench.board.locked() && stands(bench); }, 5));
+        QCOMPARE(bench.firmware.settings()[21], 0.0);
+    }
+}
+
+void tst_GrblAlarms::hardLimitsComeBackAfterARestart_data()
+{
+    QTest::addColumn<bool>("isLost");
+    QTest::newRow("at once") << false;
+    QTest::newRow("the line is lost") << true;
+}
+
 void tst_GrblAlarms::hardLimitsComeBackAfterARestart()
 {
+    QFETCH(bool, isLost);
     Bench bench(homingBoard());
     QCOMPARE(bench.firmware.settings()[21], 0.0);
     bench.run(1);
@@ -390,7 +452,10 @@ void tst_GrblAlarms::hardLimitsComeBackAfterARestart()
     QCOMPARE(bench.call([&] { return bench.axis(0).setEnabled(true); }), 0);
     QVERIFY(bench.runUntil([&] { return !bench.board.locked() && bench.isStill(); }, 5));
     bench.board.setLimitsOff(true); // as it was kept when the program ended
-    QVERIFY(bench.runUntil([&] { return bench.firmware.settings()[21] == 1; }, 2));
+    if (isLost)
+        bench.firmware.toBoard().add({emulator::WireFault::Kind::DropLine, 0, 0, 0});
+    QVERIFY(bench.runUntil([&] { return hasSaid(bench, moverMessages::LimitsOn); }, 20));
+    QCOMPARE(bench.firmware.settings()[21], 1.0); // not said before it is so
     QVERIFY(!bench.board.limitsOff());
 }
 

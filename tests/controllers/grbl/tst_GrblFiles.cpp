@@ -85,6 +85,7 @@ private slots:
         grbl::BoardSetup setUp{7, "none", {{}, {}}};
         for (grbl::AxisSetup &axis : setUp.axes)
             axis.stage = Bench::stage();
+        setUp.axes[1].boardAxis = 1;
         std::mutex mutex;
         grbl::Controller before(setUp, mutex, file);
         before.serialNumber = "room 3";
@@ -97,12 +98,15 @@ private slots:
         settings.posConpenEnable = 1;
         settings.positivePosConpen = {{0, 0.002}, {10, 10.004}};
         before.board().setLimitsOff(true);
+        before.board().setRanOn(1, -1);
         QVERIFY(grbl::Configuration::write(kept, grbl::Configuration::kept(before, before.board())));
 
         grbl::Controller after(setUp, mutex, file);
         QCOMPARE(after.serialNumber, before.serialNumber);
         QCOMPARE(after.modelName, before.modelName);
         QVERIFY(after.board().limitsOff());
+        QCOMPARE(after.board().ranOn(0), 0);
+        QCOMPARE(after.board().ranOn(1), -1);
         const controllers::AxisSettings &back = after.axis(1).settings;
         QCOMPARE(back.speed, 7.5);
         QCOMPARE(back.jogStep, 0.25);

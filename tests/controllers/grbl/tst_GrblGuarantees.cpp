@@ -21,6 +21,9 @@ private slots:
     void otherAxesAreNotDisturbed();
     void oneAxisStopsInTime();
     void theLastAxisIsStoppedByOneCancel();
+    void aStopLeavesAnotherAxisToItsEnd();
+    void aStopRightBehindAStartIsNotLost();
+    void fineStepsArriveWhileOthersRun();
     void aDeadComputerStopsAllAxes();
     void aStallEndsExactly_data();
     void aStallEndsExactly();
@@ -332,6 +335,74 @@ void tst_GrblGuarantees::theLastAxisIsStoppedByOneCancel()
     qInfo("call to byte: median %.1f ms, most %.1f ms", delays[50] * 1000, delays.back() * 1000);
     QVERIFY(delays[50] <= 0.002);
     QVERIFY(delays[98] <= 0.010);
+}
+
+void tst_GrblGuarantees::aStopLeavesAnotherAxisToItsEnd()
+{
+    // The plan of Y has come to its end, and the board is behind it.
+    Bench bench;
+    QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+    QCOMPARE(bench.moveTo(1, 5, 10, 50), 0);
+    QVERIFY(bench.runUntil([&] { return !bench.axis(1).running(); }, 5));
+    QVERIFY(bench.firmware.steps(1) < Bench::steps(5));
+    const double called = bench.now();
+    QCOMPARE(bench.stop(0), 0);
+    QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 5));
+    QCOMPARE(bench.firmware.steps(1), Bench::steps(5));
+    QVERIFY(bench.firmware.lastStep() - called <= grbl::Board::lead + grbl::Board::slice + 10.0 / 50);
+
+    // Where all are stopped it is not waited for, in whatever order.
+    for (const int first : {0, 1}) {
+        QCOMPARE(bench.moveTo(0, 0, 10, 50), 0);
+        QCOMPARE(bench.moveTo(1, bench.axis(1).position() + 3, 10, 50), 0);
+        QVERIFY(bench.runUntil([&] { return !bench.axis(1).running(); }, 5));
+        QCOMPARE(bench.stop(first), 0);
+        QCOMPARE(bench.stop(1 - first), 0);
+        QCOMPARE(bench.board.phase(), grbl::Board::Phase::Cancelling);
+        QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 5));
+    }
+    verifyClean(bench);
+}
+
+void tst_GrblGuarantees::aStopRightBehindAStartIsNotLost()
+{
+    // A cancel that comes before the board has read its first line is lost.
+    for (int phase = 0; phase < 60; ++phase) {
+        Bench bench(Bench::options(), unsigned(phase));
+        bench.jitter = 0;
+        QCOMPARE(bench.moveTo(0, 60, 10, 50), 0);
+        bench.longestWait = 0.0002;
+        bench.run(phase * 0.0004);
+        const double called = bench.now();
+        QCOMPARE(bench.stop(0), 0);
+        QVERIFY(bench.runUntil([&] { return bench.isStill(); }, 2));
+        bench.run(1);
+        QVERIFY2(bench.firmware.lastStep() - called < 0.12, qPrintable(QString::number(phase)));
+        QCOMPARE(bench.firmware.steps(0), Bench::steps(bench.axis(0).position()));
+        const auto &lines = bench.firmware.sentLines();
+        QVERIFY(std::count(lines.begin(), lines.end(), std::string(1, '\x85')) <= 1);
+        QVERIFY2(bench.log.empty(), said(bench));
+        verifyClean(bench);
+    }
+}
+
+void tst_GrblGuarantees::fineStepsArriveWhileOthersRun()
+{
+    emulator::Options options = Bench::options();
+    for (int i = 0; i < 3; ++i)
+        options.settings[100 + i] = 3200; // finer than a report shows
+    for (unsigned phase = 0; phase < 10; ++phase) {
+        Bench bench(options, phase);
+        QCOMPARE(bench.moveTo(0, 20, 1.8, 20), 0);
+        QCOMPARE(bench.moveTo(1, 20, 1.5 + phase * 0.0137, 20), 0); // to be stopped anywhere
+        bench.run(1);
+        QCOMPARE(bench.stop(1), 0);
+        QVERIFY(bench.runUntil([&] { return bench.axis(1).state().isStop == 1; }, 0.6));
+        QCOMPARE(int(bench.axis(0).state().isStop), 0);
+        const long long at = bench.firmware.steps(1);
+        bench.run(0.5);
+        QCOMPARE(bench.firmware.steps(1), at);
+    }
 }
 
 void tst_GrblGuarantees::aDeadComputerStopsAllAxes()

@@ -32,6 +32,14 @@ private slots:
     void noCallWaitsForTheWire();
     void silenceIsALostLinkForWhateverIsAsked();
     void losesAndFindsThePort();
+    void openingFreesASilentBoard();
+    void cleanupTestCase()
+    {
+        for (const emulator::Violation &one : m_port->use([](const emulator::Board &it) { return it.violations(); })) {
+            QVERIFY2(one.kind != emulator::Violation::Kind::NoAxisWord, one.line.c_str());
+            QVERIFY2(one.kind != emulator::Violation::Kind::Relative, one.line.c_str());
+        }
+    }
 
 private:
     int position(int axis) { return static_cast<int>(std::lround(getCurrentPos(s_id, axis, nullptr) * 1000)); }
@@ -83,6 +91,7 @@ void tst_GrblLibrary::listsTheBoardsThatAreSetUp()
     int ids[10] = {};
     QCOMPARE(listTSMotorControlerDevices(ids, 10), 1);
     QCOMPARE(ids[0], s_id);
+    QVERIFY(!m_port->isOpen());
 }
 
 void tst_GrblLibrary::refusesAPortThatIsInUse()
@@ -279,6 +288,21 @@ void tst_GrblLibrary::losesAndFindsThePort()
     QCOMPARE(getRuningState(s_id, 0, &state), int(Ok));
     QCOMPARE(int(state.isHome), 0);
     QCOMPARE(int(state.isStop), 1);
+}
+
+void tst_GrblLibrary::openingFreesASilentBoard()
+{
+    m_port->use([](emulator::Board &board) { return board.send("$21=1\n"), 0; });
+    QTRY_VERIFY(m_port->use([](const emulator::Board &board) { return board.settings()[21] == 1; }));
+    // Its alarm does not come over, and behind it the board hears nothing but a reset.
+    m_port->use([](emulator::Board &board) { return board.toHost().cut(true), board.forceSwitch(0, 1), 0; });
+    MotorStageState state{};
+    QTRY_COMPARE(getRuningState(s_id, 0, &state), int(LinkLost));
+    m_port->use([](emulator::Board &board) { return board.toHost().cut(false), 0; });
+    QCOMPARE(closeTSDevice(s_id), int(Ok));
+    QCOMPARE(openTSDevice(s_id), int(Ok));
+    QCOMPARE(getRuningState(s_id, 0, &state), int(Ok));
+    QCOMPARE(startDrive(s_id, 0, 1), int(Locked));
 }
 
 QTEST_GUILESS_MAIN(tst_GrblLibrary)
