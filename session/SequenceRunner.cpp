@@ -155,6 +155,8 @@ void SequenceRunner::activate(Mode mode)
     m_uAxes = bits;
     *m_live = ++m_iRun;
     m_looks.start();
+    m_secondsOfStep = 0; // of the step that is to begin: who hears of the state asks for the time left
+    m_sinceBegin.start();
     change(State::Running);
     begin();
 }

@@ -11,7 +11,7 @@ desktop_packages=(xvfb openbox xcompmgr xdotool x11-utils)
 kit_packages=(python3 mono-mcs mono-runtime)
 manual_packages=(pandoc weasyprint poppler-utils)
 style_packages=(clang-format python3)
-fuzz_packages=(clang-14 libclang-rt-14-dev)
+clang_packages=(clang-14 libclang-rt-14-dev lld llvm-14)
 static_packages=(clang-tidy clazy)
 coverage_packages=(gcovr)
 mutants_packages=(ccache)
@@ -64,6 +64,7 @@ install_missing() {
 build() {
     local preset=$1
     shift
+    case $preset in asan | fuzz) install_missing "${clang_packages[@]}" ;; esac
     # CMake looks for changes in its own files by itself, but not in the presets: those of the last time are kept.
     if [ ! -f "build/$preset/build.ninja" ] || ! cmp -s CMakePresets.json "build/$preset/presets.json"; then
         say "Configuring ($preset)"

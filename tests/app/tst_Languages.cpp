@@ -587,7 +587,7 @@ void tst_Languages::switchingKeepsTheState()
         m_open->dialog<HelpWidget>()->findChild<QLabel *>("label_firmwareVersion")->text(), QString("2.4.1 simulated"));
 
     // The choice of language itself is what changes.
-    const auto rest = [this] {
+    const auto rest = [] {
         Texts rest = state();
         for (const QString &place : rest.keys()) {
             if (place.endsWith("/radioButton_cn") || place.endsWith("/radioButton_en"))

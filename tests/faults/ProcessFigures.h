@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <malloc.h>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(MOVER_SANITIZED)
 // GCC brings the sanitizer, but not its headers.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
@@ -34,7 +34,7 @@ struct ProcessFigures {
 private:
     static qint64 allocated()
     {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(MOVER_SANITIZED)
         return qint64(__sanitizer_get_current_allocated_bytes());
 #else
         return qint64(mallinfo2().uordblks);

@@ -2,6 +2,7 @@
 // Every library function × every fault that it can have × every situation in which the program calls it.
 #include "LibraryTable.h"
 #include "OpenWindow.h"
+#include "ShortRun.h"
 #include "Watchdog.h"
 
 #include "app/StartUp.h"
@@ -811,7 +812,7 @@ public:
         Session::press(m_page, "pushButton_run");
         if (!runner().isActive())
             m_session.complain(QStringLiteral("the sequence does not start: ") + status());
-        passUntil([this] { return runner().state() == SequenceRunner::State::Asking; });
+        passUntil([] { return runner().state() == SequenceRunner::State::Asking; });
     }
     /** Stopped in the middle of its last motion by the panel, if it has come so far. */
     void goOn() const
@@ -1329,7 +1330,7 @@ void tst_Faults::strike(const Situation &situation)
     const std::string name = function.toStdString();
     const bool leaves = qstrcmp(situation.name, "closing") == 0;
     // In short: a quarter of the faults, other ones for each function.
-    const bool isShort = qEnvironmentVariableIsSet("MOVER_FAULTS_SHORT");
+    const bool isShort = isShortRun();
     std::size_t number = name.size();
     QStringList findings;
     {

@@ -2,6 +2,7 @@
 // What happens around the program while it runs: links, plugs, notices and clocks.
 #include "OpenWindow.h"
 #include "ProcessFigures.h"
+#include "ShortRun.h"
 
 #include "shell/NativeMessage.h"
 #include "support/DebugLog.h"
@@ -60,7 +61,7 @@ namespace {
 
 constexpr int device = 1001;
 constexpr int other = 1002;
-constexpr int rounds = 1000;
+const int rounds = isShortRun() ? 250 : 1000;
 constexpr qint64 memorySlack = 64 * 1024;
 // For a thousand connections: Qt keeps by its address what it looked up of a viewport, and here none comes twice.
 constexpr qint64 connectionSlack = 300 * 1024;
@@ -131,7 +132,7 @@ private slots:
     void initTestCase()
     {
         QStandardPaths::setTestModeEnabled(true);
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(MOVER_SANITIZED)
         // As the program: without it Qt draws the buttons itself, and keeps for half a minute what it has drawn of
         // each. Under the sanitizer no address comes twice, and what Qt looks up of a style sheet it keeps by address.
         QFile sheet(QStringLiteral(":/style.qss"));

@@ -50,7 +50,7 @@ Step repeat(int from, int count)
 /** Of this process; 0 under sanitizers, which keep what was given back. */
 qint64 residentKiB()
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(MOVER_SANITIZED)
     return 0;
 #else
     QFile file(QStringLiteral("/proc/self/statm"));
@@ -96,6 +96,11 @@ private slots:
 
     void runsEachKindOfStep()
     {
+        const QObject listener;
+        double least = 1;
+        connect(&runner(), &SequenceRunner::signal_stateChanged, &listener, [&] {
+            least = std::min(least, runner().progress());
+        });
         QVERIFY(run(
             {step(Step::Home, Step::AllAxes, 0), goTo(QStringLiteral("Load")), step(Step::SetSpeed, 0, 4),
              step(Step::MoveBy, 0, 2.5), step(Step::MoveTo, 1, -3, 2), step(Step::MoveBy, 0, -0.5), repeat(5, 3)}));
@@ -104,6 +109,7 @@ private slots:
         QCOMPARE(position(0), 6.);
         QCOMPARE(position(1), -3.);
         QCOMPARE(position(2), 3.);
+        QCOMPARE(least, 0.);
         QCOMPARE(runner().progress(), 1.);
         QCOMPARE(runner().secondsLeft(), 0.);
         // The report tells what was reached, and in which pass.

@@ -376,8 +376,8 @@ void tst_MotorParamEdits::hiddenFieldsAreWrittenBackBitByBit()
     QCOMPARE(message(), QString("写入电机参数成功"));
     const MotorParams after = inController(0);
     QCOMPARE(after.unitType, uint16_t(0));
-    const size_t hidden = offsetof(MotorParams, optOrder);
-    const auto tail = [hidden](const MotorParams &params) {
+    constexpr size_t hidden = offsetof(MotorParams, optOrder);
+    const auto tail = [](const MotorParams &params) {
         return bytes(reinterpret_cast<const char *>(&params) + hidden, sizeof params - hidden);
     };
     QCOMPARE(tail(after).toHex(' '), tail(before).toHex(' '));

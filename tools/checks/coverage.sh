@@ -18,7 +18,8 @@ ctest --preset asan -j "$(nproc)"
 
 say "Coverage"
 # Meta objects are generated. An exception's way out of every call is no branch that anyone wrote.
-gcovr --root . --filter '(app|device|session|shell|axis|models|settings|console|widgets|workbench|controllers)/' \
+gcovr --root . --gcov-executable "llvm-cov-14 gcov" \
+    --filter '(app|device|session|shell|axis|models|settings|console|widgets|workbench|controllers)/' \
     --exclude controllers/emulator/ --exclude-directories '.*_autogen.*' --exclude-throw-branches \
     --exclude-unreachable-branches -j "$(nproc)" --json build/asan/counts.json build/asan
 gcovr --root . --add-tracefile build/asan/counts.json --branches --txt build/asan/branches.txt

@@ -19,7 +19,7 @@ seconds=${1:-20}
 targets=("${@:2}")
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(basename -s .cpp tests/fuzz/fuzz*.cpp)
 
-install_missing "${build_packages[@]}" "${fuzz_packages[@]}"
+install_missing "${build_packages[@]}"
 build fuzz "${targets[@]}"
 
 export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:allocator_may_return_null=0

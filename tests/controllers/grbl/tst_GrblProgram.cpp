@@ -7,6 +7,7 @@
 #include "controllers/emulator/SerialPort.h"
 #include "device/LibraryLock.h"
 #include "device/MotionLibrary.h"
+#include "faults/ShortRun.h"
 #include "session/ControlAxis.h"
 #include "session/ControlSession.h"
 #include "session/Recorder.h"
@@ -176,7 +177,7 @@ void tst_GrblProgram::connectAndHome()
     }
     QCOMPARE(m_program->panelNames(), all);
     // The second press homes; the board may still be at what befell it.
-    const auto isHomed = [this] {
+    const auto isHomed = [] {
         MotorStageState state{};
         return SerialComDev::instance()->getRuningState(0, state) >= 0 && state.isHome == 1 && state.isCanRun == 1;
     };
@@ -224,7 +225,7 @@ void tst_GrblProgram::tour()
         QCOMPARE(counted(axis), shown(axis));
         QTRY_VERIFY(canMove(axis)); // the state comes behind the position
     }
-    const auto rests = [this](int axis) {
+    const auto rests = [](int axis) {
         MotorStageState state{};
         return SerialComDev::instance()->getRuningState(axis, state) >= 0 && state.isStop == 1;
     };
@@ -273,7 +274,7 @@ void tst_GrblProgram::faults()
 {
     QTest::addColumn<QString>("fault");
     // In short: a quarter of the faults, other ones in each situation.
-    const bool isShort = qEnvironmentVariableIsSet("MOVER_FAULTS_SHORT");
+    const bool isShort = isShortRun();
     std::size_t number = std::strlen(QTest::currentTestFunction());
     for (const char *const fault :
          {"unplugged", "muted", "reset", "power", "rubbish", "late", "a switch closes", "hold"}) {
