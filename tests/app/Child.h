@@ -114,7 +114,8 @@ public:
             std::remove_if(
                 lines.begin(), lines.end(),
                 [](const QString &line) {
-                    return line.startsWith(QLatin1String("debug|")) ||
+                    // "profiling": a program that was killed has left its counts of reached lines half written.
+                    return line.startsWith(QLatin1String("debug|")) || line.startsWith(QLatin1String("profiling: ")) ||
                            line.endsWith(QLatin1String("This plugin does not support propagateSizeHints()"));
                 }),
             lines.end());

@@ -12,7 +12,6 @@ install_missing "${build_packages[@]}" "${desktop_packages[@]}" "${coverage_pack
 minimum=95 # percent
 
 build asan
-find build/asan -name '*.gcda' -delete # what an earlier run has reached
 say "Testing (asan)"
 ctest --preset asan -j "$(nproc)"
 
