@@ -12,6 +12,7 @@
 namespace {
 
 constexpr double longestWait = 86400; // s
+constexpr double longestMove = 1e7;   // s; four months
 
 /** Where an axis is while it is followed through. */
 struct Place {
@@ -254,7 +255,7 @@ private:
         case SequenceStep::Repeat:
             break;
         }
-        return seconds + (step.wait > 0 ? step.wait : 0);
+        return seconds + (step.wait > 0 && step.wait <= longestWait ? step.wait : 0);
     }
 
     const QVector<SequenceStep> &m_steps;
@@ -282,5 +283,6 @@ double SequencePlan::secondsOf(const SequenceSetting::Axis &axis, double distanc
     const double acceleration = axis.acceleration > 0 ? axis.acceleration : description.maxAcceleration;
     if (!(limited > 0) || !(acceleration > 0))
         return 0;
-    return MotionTime::of(distance, limited, acceleration);
+    const double seconds = MotionTime::of(distance, limited, acceleration);
+    return seconds <= longestMove ? seconds : 0;
 }

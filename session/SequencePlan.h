@@ -65,6 +65,9 @@ struct SequencePlan {
     double stepCount = 0;          // with all passes; without the repeats themselves
 
     static SequencePlan of(const Sequence &sequence, const Positions &positions, const SequenceSetting &setting);
-    /** How long a step takes that moves an axis over a distance, without what comes after it; s. */
+    /**
+     * How long a step takes that moves an axis over a distance, without what comes after it; s. 0 where that cannot be
+     * told: a controller may say anything of its axes.
+     */
     static double secondsOf(const SequenceSetting::Axis &axis, double distance, double speed);
 };

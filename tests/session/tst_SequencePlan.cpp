@@ -246,6 +246,23 @@ private slots:
         QCOMPARE(plan.seconds, MotionTime::of(10, 5, 50) + (30 / 20. + 20 / 50. + 0.5) + (40 / 10. + 10 / 50.) + 2);
     }
 
+    /** Of a controller that talks nonsense. */
+    void noTimeIsBeyondAllMeasure()
+    {
+        for (const double nonsense : {1e-300, 1e300, double(NAN), double(INFINITY)}) {
+            SequenceSetting odd = setting();
+            odd.axes[0].acceleration = nonsense;
+            odd.axes[1].position = nonsense;
+            const double seconds =
+                SequencePlan::of(
+                    {QString(),
+                     {step(Step::MoveTo, 0, 5), step(Step::MoveTo, 1, 5), step(Step::Wait, 0, 2, 0, nonsense)}},
+                    places, odd)
+                    .seconds;
+            QVERIFY2(seconds >= 2 && seconds < 1e6, QByteArray::number(seconds));
+        }
+    }
+
     /** Every pass is followed through only where that can be seen: here against all of them. */
     void followsEveryPassThrough()
     {
