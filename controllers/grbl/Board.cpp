@@ -84,6 +84,7 @@ void Board::opened(double now)
     m_alarm = 0;
     m_homesSingly = false; // it may be another board
     m_limitsTried = -100;
+    m_sent.fill(0); // as after power-on, to a step
     m_asked.clear();
     m_lost = false;
     m_reports = 0;
@@ -304,7 +305,7 @@ void Board::takeReport(const Report &told)
         m_asked.pop_front();
     m_heard = m_now;
     ++m_reports;
-    m_report = report;
+    m_positionsBefore = std::exchange(m_report, report).position;
     m_sentSinceReport = 0;
     m_boardAxes = report.axes;
     const bool back = std::exchange(m_lost, false);
@@ -395,6 +396,12 @@ void Board::takeReport(const Report &told)
 }
 
 // ---- What is due
+
+bool Board::isThere(int boardAxis) const
+{
+    const bool isFine = 1 / stepsPerMm(boardAxis) <= 2 * reportRounding;
+    return !isBeside(boardAxis) && (!isFine || m_report.position[boardAxis] == m_positionsBefore[boardAxis]);
+}
 
 bool Board::still() const
 {

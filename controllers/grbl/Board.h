@@ -94,8 +94,9 @@ public:
     std::function<void()> changed;
     /** Everything stands and nothing is under way. */
     bool still() const;
-    /** The last report has the axis where the last line sends it. */
-    bool isThere(int boardAxis) const { return std::abs(missing(boardAxis)) <= reportRounding(boardAxis); }
+    /** Reports have the axis where the last line sends it. Where steps are finer than what a report shows, two of them.
+     */
+    bool isThere(int boardAxis) const;
     const Report &report() const { return m_report; }
     /** Reports since the port was opened. */
     unsigned long long reports() const { return m_reports; }
@@ -193,10 +194,9 @@ private:
     /** How far the last report has the axis from where the last line sends it, in mm. */
     double missing(int boardAxis) const
     {
-        return m_report.position[boardAxis] - static_cast<double>(m_sent[boardAxis]) / stepsPerMm(boardAxis);
+        return std::abs(m_report.position[boardAxis] - m_sent[boardAxis] / stepsPerMm(boardAxis));
     }
-    /** By how much an axis may seem to be off its step, as reports have three decimals. */
-    double reportRounding(int boardAxis) const { return 0.5 / stepsPerMm(boardAxis) + 0.0006; }
+    bool isBeside(int boardAxis) const { return missing(boardAxis) > 0.5 / stepsPerMm(boardAxis) + reportRounding; }
     /** A jog of all axes to `steps`, without its feed. */
     std::string jogTo(const std::array<long long, maxBoardAxes> &steps) const;
 
@@ -218,7 +218,9 @@ private:
     bool m_saying = false; ///< a line of a conversation waits for its answer
 
     // Reports
+    static constexpr double reportRounding = 0.0006; ///< mm: three decimals, and a little
     Report m_report;
+    std::array<double, maxBoardAxes> m_positionsBefore{}; ///< positions of the report before the last
     std::array<double, maxBoardAxes> m_offset{};
     std::deque<double> m_asked; ///< when each "?" was sent that has no report yet, the oldest first
     double m_lastAsk = 0;

@@ -206,8 +206,9 @@ void Board::restAt(const Report &report, Then then)
     m_lineEnd = m_now - 1;
     m_rests = true;
     m_idleSeen = true;
+    // One that stood stays on its step, which may be finer than what the report shows.
     for (int i = 0; i < maxBoardAxes; ++i)
-        m_sent[i] = toSteps(i, report.position[i]);
+        m_sent[i] = missing(i) <= reportRounding ? m_sent[i] : toSteps(i, report.position[i]);
     m_slices.assign(1, {m_now, m_sent});
     for (auto &axis : m_axes) {
         if ((m_referenced >> axis->boardAxis() & 1U) != 0)

@@ -219,7 +219,7 @@ void Board::compare(const Report &report)
         return;
     bool beside = false;
     for (int i = 0; i < m_boardAxes; ++i)
-        beside = beside || !isThere(i);
+        beside = beside || isBeside(i);
     if (!beside) {
         m_corrections = 0;
     } else if (m_corrections++ < 3) {
