@@ -46,10 +46,13 @@ public:
         return stage;
     }
 
-    explicit Bench(const emulator::Options &options = Bench::options(), unsigned seed = 1, int axes = 3)
+    /** `boardAxes`: the board's axis of each axis of the library. */
+    explicit Bench(
+        const emulator::Options &options = Bench::options(), unsigned seed = 1,
+        const std::vector<int> &boardAxes = {0, 1, 2})
         : firmware(options)
         , board(
-              setup(axes),
+              setup(boardAxes),
               [this](const grbl::Board::Note &note) {
                   if (note.code != moverMessages::Coarse) // as random targets are
                       log.push_back(note.text);
@@ -139,12 +142,12 @@ public:
     double longestWait = 1; ///< between two looks at what a test waits for
 
 private:
-    static std::vector<grbl::AxisSetup> setup(int axes)
+    static std::vector<grbl::AxisSetup> setup(const std::vector<int> &boardAxes)
     {
         std::vector<grbl::AxisSetup> setups;
-        for (int i = 0; i < axes; ++i) {
+        for (const int boardAxis : boardAxes) {
             grbl::AxisSetup one;
-            one.boardAxis = i;
+            one.boardAxis = boardAxis;
             one.stage = stage();
             one.hasStage = true;
             setups.push_back(one);

@@ -51,6 +51,7 @@ private slots:
     void theEndOfTheTravelIsReached();
     void outsideItsTravelADirectionIsKept();
     void aTargetThatTheBoardRefusesStopsAllAxes();
+    void axesMayHaveAnyLetters();
 };
 
 namespace {
@@ -856,6 +857,37 @@ void tst_GrblAlarms::aTargetThatTheBoardRefusesStopsAllAxes()
     QCOMPARE(bench.moveTo(0, 10, 10, 50), 0);
     QVERIFY(stands(bench));
     QCOMPARE(bench.axis(0).reportedPosition(), 10.0);
+}
+
+void tst_GrblAlarms::axesMayHaveAnyLetters()
+{
+    emulator::Options options = homingBoard();
+    options.axes = 4;
+    options.settings[21] = 1;
+    options.settings[23] = 15;
+    options.settings[133] = 40;
+    options.settings[103] = 250;
+    options.settings[113] = 1800;
+    options.settings[123] = 500;
+    options.stages.push_back({-40, 0, -20});
+    Bench bench(options, 1, {3, 0}); // A and X
+    for (int i = 0; i < 2; ++i)
+        bench.axis(i).restore(stage40());
+    home(bench, 0);
+    QCOMPARE(home(bench, 0), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.moveTo(0, 12.5, 10, 50), 0);
+    QCOMPARE(bench.moveTo(1, 7, 10, 50), 0);
+    QVERIFY(stands(bench));
+    QCOMPARE(bench.firmware.positionMm(3), 12.5 - 40);
+    QCOMPARE(bench.firmware.positionMm(0), 7.0 - 40);
+    QCOMPARE(bench.firmware.positionMm(1), -39.0); // the pull-off, where homing has left it
+    QCOMPARE(bench.firmware.positionMm(2), -39.0);
+    QCOMPARE(bench.axis(0).reportedPosition(), 12.5);
+    bench.firmware.forceSwitch(3, 1);
+    QVERIFY(bench.runUntil([&] { return bench.board.locked() && stands(bench); }, 5));
+    QVERIFY(hasSaid(bench, "switch of axis A"));
+    QVERIFY(bench.firmware.violations().empty());
 }
 
 QTEST_GUILESS_MAIN(tst_GrblAlarms)
