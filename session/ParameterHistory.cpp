@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 namespace {
 
@@ -315,15 +316,17 @@ void ParameterHistory::save(const ParameterSnapshot &snapshot, const std::functi
 {
     m_files.start([this, snapshot, then] {
         m_unsaved.append(snapshot);
-        const bool isSaved = m_store.add(m_unsaved);
+        const bool isSaved = m_store.add(m_unsaved, &m_damaged);
         if (isSaved)
             m_unsaved.clear();
         while (m_unsaved.size() > ParameterStore::MostOfAnAxis)
             m_unsaved.removeFirst();
         QMetaObject::invokeMethod(
             this,
-            [this, snapshot, then, isSaved] {
+            [this, snapshot, then, isSaved, isDamaged = !m_damaged.isEmpty()] {
                 emit signal_kept(snapshot);
+                if (isDamaged && m_bLoaded)
+                    load();
                 if (!isSaved)
                     emit signal_saveFailed();
                 if (then)
@@ -335,11 +338,19 @@ void ParameterHistory::save(const ParameterSnapshot &snapshot, const std::functi
 
 void ParameterHistory::load()
 {
+    m_bLoaded = true;
     m_files.start([this] {
         ParameterStore::Contents contents = m_store.load();
         contents.snapshots += m_unsaved;
+        contents.damaged = std::exchange(m_damaged, {}) + contents.damaged;
         QMetaObject::invokeMethod(
-            this, [this, contents] { emit signal_loaded(contents.snapshots, contents.damaged); }, Qt::QueuedConnection);
+            this,
+            [this, contents, isSaved = m_unsaved.isEmpty()] {
+                if (!isSaved) // which nobody may have heard then
+                    emit signal_saveFailed();
+                emit signal_loaded(contents.snapshots, contents.damaged);
+            },
+            Qt::QueuedConnection);
     });
 }
 
@@ -350,7 +361,7 @@ void ParameterHistory::importFrom(const QString &file)
         const QVector<ParameterSnapshot> snapshots =
             ParameterStore::fromText(SmallFile::read(file, maxImport), &isWhole);
         const int count = isWhole || !snapshots.isEmpty() ? snapshots.size() : -1;
-        const bool isSaved = count >= 0 && m_store.add(snapshots);
+        const bool isSaved = count >= 0 && m_store.add(snapshots, &m_damaged);
         QMetaObject::invokeMethod(
             this,
             [this, count, isWhole, isSaved] {

@@ -106,6 +106,8 @@ private:
     const std::shared_ptr<Link> m_link;
     QThreadPool m_files;                         // one thread
     QVector<ParameterSnapshot> m_unsaved;        // of that thread
+    QStringList m_damaged;                       // of that thread: found by writes, and not told yet
+    bool m_bLoaded = false;                      // somebody has asked for what there is
     QMap<int, ParameterSnapshot::Why> m_waiting; // axes whose reading has not begun
     qint64 m_lastTime = 0;                       // of a snapshot
     bool m_bRestoring = false;

@@ -125,7 +125,7 @@ ParameterStore::Contents ParameterStore::load() const
     return contents;
 }
 
-bool ParameterStore::add(const QVector<ParameterSnapshot> &snapshots) const
+bool ParameterStore::add(const QVector<ParameterSnapshot> &snapshots, QStringList *damaged) const
 {
     QMap<QString, QVector<ParameterSnapshot>> files;
     for (const ParameterSnapshot &snapshot : snapshots)
@@ -136,9 +136,9 @@ bool ParameterStore::add(const QVector<ParameterSnapshot> &snapshots) const
     if (!lock.tryLock(lockLimitMs))
         return false;
     bool isSaved = true;
+    QStringList untold;
     for (auto file = files.cbegin(); file != files.cend(); ++file) {
-        QStringList damaged; // load() has told, or will
-        QVector<ParameterSnapshot> all = readFile(file.key(), &damaged);
+        QVector<ParameterSnapshot> all = readFile(file.key(), damaged ? damaged : &untold);
         for (const ParameterSnapshot &snapshot : file.value()) {
             if (std::none_of(all.cbegin(), all.cend(), [&](const auto &known) { return known.isSame(snapshot); }))
                 all.append(snapshot);

@@ -34,8 +34,9 @@ public:
     /**
      * Adds those that are not there yet. Of more than MostOfAnAxis the oldest are thinned: first those that repeat the
      * one before them, then every second one. False when a file could not be written; it is then as it was.
+     * `damaged`: files that were kept aside, as with load(), are added to it.
      */
-    bool add(const QVector<ParameterSnapshot> &snapshots) const;
+    bool add(const QVector<ParameterSnapshot> &snapshots, QStringList *damaged = nullptr) const;
 
     /** The text of a file. */
     static QByteArray toText(const QVector<ParameterSnapshot> &snapshots);

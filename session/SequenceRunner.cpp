@@ -136,10 +136,37 @@ bool SequenceRunner::resume(Mode mode)
         stepDone();
         return true;
     }
-    if (resumeLine() < 0 || !canStart() || m_session->serialNumber() != m_sController)
+    if (resumeLine() < 0 || !canStart() || m_session->serialNumber() != m_sController || obstacle() || !hasSameAxes())
         return false;
     activate(mode);
     return true;
+}
+
+std::optional<SequenceFault> SequenceRunner::obstacle() const
+{
+    const SequenceSetting now = setting();
+    for (const int index : m_plan.axes) {
+        const auto axis = now.axes.constFind(index);
+        if (axis == now.axes.cend())
+            return SequenceFault{-1, SequenceFault::NoAxis, index};
+        if (!axis->isEnabled)
+            return SequenceFault{-1, SequenceFault::NotEnabled, index};
+        if (axis->isMoving)
+            return SequenceFault{-1, SequenceFault::Moves, index};
+    }
+    return std::nullopt;
+}
+
+/** The stages that the sequence was checked with: another one may have been chosen for an axis. */
+bool SequenceRunner::hasSameAxes() const
+{
+    return std::all_of(m_plan.axes.cbegin(), m_plan.axes.cend(), [this](int index) {
+        const auto axis = m_session->axis(index);
+        const AxisDescription now = axis ? axis->description() : AxisDescription();
+        const AxisDescription then = m_setting.axes.value(index).description;
+        return now.unit == then.unit && now.minPos == then.minPos && now.maxPos == then.maxPos &&
+               now.maxSpeed == then.maxSpeed && now.pulse == then.pulse;
+    });
 }
 
 void SequenceRunner::activate(Mode mode)

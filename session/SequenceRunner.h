@@ -105,9 +105,12 @@ public:
     int resumeLine() const { return m_state == State::Idle && m_canResume ? m_line : -1; }
     /**
      * Goes on after a pause, after the operator was asked, or, from the step that was not over, after an end. What a
-     * step moves by counts from where it should have begun. False when it cannot.
+     * step moves by counts from where it should have begun. False when it cannot: after an end its axes must be what
+     * they were, enabled, and stand.
      */
     bool resume(Mode mode = Mode::Run);
+    /** What keeps its axes from going on after an end, if anything; of no line. */
+    std::optional<SequenceFault> obstacle() const;
     /** Forgets where it could be resumed. */
     void rewind();
     /** Pauses after the step. */
@@ -166,6 +169,7 @@ private:
     void parametersWritten(int axis, Time at) override;
 
     bool canStart() const;
+    bool hasSameAxes() const;
     void activate(Mode mode);
     void change(State state);
     void begin();

@@ -136,10 +136,20 @@ MoverWidget::MoverWidget(QWidget *parent)
     connect(&m_session->watchdog(), &MoveWatchdog::signal_moveOverdue, this, &MoverWidget::showOverdue);
     connect(&m_session->sequences(), &SequenceRunner::signal_ended, this, &MoverWidget::sequenceEnded);
     connect(&m_session->sequences(), &SequenceRunner::signal_stateChanged, this, [this] {
-        if (m_session->sequences().isActive())
+        const SequenceRunner &sequences = m_session->sequences();
+        if (sequences.state() == SequenceRunner::State::Asking)
+            showNotice(
+                tr("序列“%1”等待操作者：%2")
+                    .arg(sequences.sequence().name, sequences.sequence().steps.at(sequences.line()).text),
+                false);
+        else if (sequences.isActive())
             clearNotice();
     });
-    connect(ui->pushButton_notice, &QPushButton::clicked, this, &MoverWidget::clearNotice);
+    connect(ui->pushButton_notice, &QPushButton::clicked, this, [this] {
+        if (m_session->sequences().state() == SequenceRunner::State::Asking)
+            openWorkbench(); // where the answer is given
+        clearNotice();
+    });
     connect(ui->pushButton_workbench, &QPushButton::clicked, this, &MoverWidget::openWorkbench);
     auto *const workbenchKey = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_B), this);
     workbenchKey->setContext(Qt::ApplicationShortcut);
@@ -547,8 +557,12 @@ void MoverWidget::sequenceEnded(const SequenceEnd &end)
     const QString name = m_session->sequences().sequence().name;
     if (m_bClosing || name.isEmpty() || end.reason == SequenceEnd::Stopped)
         return;
-    const QString text = SequenceTexts::ended(name, end);
-    ui->pushButton_notice->setProperty("failed", end.isFailure());
+    showNotice(SequenceTexts::ended(name, end), end.isFailure());
+}
+
+void MoverWidget::showNotice(const QString &text, bool isFailure)
+{
+    ui->pushButton_notice->setProperty("failed", isFailure);
     ui->pushButton_notice->style()->unpolish(ui->pushButton_notice);
     ui->pushButton_notice->style()->polish(ui->pushButton_notice);
     ui->pushButton_notice->show();
@@ -562,7 +576,7 @@ void MoverWidget::sequenceEnded(const SequenceEnd &end)
         return;
     m_tray = std::make_unique<QSystemTrayIcon>(windowIcon());
     m_tray->show();
-    m_tray->showMessage(tr("工作台"), text, end.isFailure() ? QSystemTrayIcon::Warning : QSystemTrayIcon::Information);
+    m_tray->showMessage(tr("工作台"), text, isFailure ? QSystemTrayIcon::Warning : QSystemTrayIcon::Information);
 }
 
 void MoverWidget::clearNotice()

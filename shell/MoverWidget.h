@@ -96,6 +96,7 @@ private:
     QVector<Diagnostics::File> logs() const;
     void showHint();
     void sequenceEnded(const SequenceEnd &end);
+    void showNotice(const QString &text, bool isFailure);
     void clearNotice();
 
     std::unique_ptr<Ui::MoverWidget> ui;

@@ -28,6 +28,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <chrono>
 #include <numeric>
 
 namespace {
@@ -41,6 +42,9 @@ constexpr int goWidth = 60;
 constexpr int saveAfterMs = 1000;
 constexpr int progressMs = 200;
 constexpr int holdAgainMs = 50;
+constexpr int askEveryMs = 500;
+constexpr auto silentAfter = std::chrono::seconds(1);
+constexpr int ownTicket = -1; // none of the runner's
 constexpr double leastWay = 0.001; // in the axis's unit
 constexpr int mostEdits = 200;
 
@@ -231,6 +235,12 @@ SequenceWidget::SequenceWidget(const QString &folder, QWidget *parent)
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &SequenceWidget::saveNow);
     m_progress.setInterval(progressMs);
     connect(&m_progress, &QTimer::timeout, this, &SequenceWidget::showProgress);
+    m_asks.setInterval(askEveryMs);
+    connect(&m_asks, &QTimer::timeout, this, &SequenceWidget::askSilentAxes);
+    connect(SerialComDev::instance().data(), &SerialComDev::signal_axisWatched, this, [this](int ticket) {
+        if (ticket == ownTicket && m_iAwaited > 0)
+            --m_iAwaited;
+    });
     connect(&m_runner, &SequenceRunner::signal_stateChanged, this, [this] {
         if (m_runner.isActive() && !m_progress.isActive())
             begun();
@@ -365,6 +375,7 @@ bool SequenceWidget::isEditable() const
 /** To the controller that is connected. */
 void SequenceWidget::follow()
 {
+    m_iAwaited = 0; // a controller that was closed answers nothing more
     const QString controller = m_session->serialNumber();
     if (m_store && m_session->isConnected() && controller != m_sController) {
         saveNow();
@@ -919,7 +930,7 @@ void SequenceWidget::exportReport()
     const QPointer<SequenceWidget> alive(this);
     const QString path = m_askPath(this, true, QStringLiteral("report.csv"), {filter}, &filter);
     if (alive && !path.isEmpty())
-        writeFile(path, QStringLiteral("csv"), SequenceFiles::recordsToCsv(m_runner.sequence(), m_runner.records()));
+        writeFile(path, QStringLiteral("csv"), SequenceFiles::recordsToCsv(m_reported, m_report));
 }
 
 // ---- Files ---------------------------------------------------------------------------------------------------------
@@ -954,6 +965,24 @@ void SequenceWidget::writeFile(const QString &path, const QString &ending, const
 }
 
 // ---- Running -------------------------------------------------------------------------------------------------------
+
+/** An axis whose panel is closed is asked by nobody else, and has a place all the same. */
+void SequenceWidget::askSilentAxes()
+{
+    if (!m_session->isConnected() || m_runner.isActive() || m_iAwaited > 0)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    QVector<int> silent;
+    for (int index = 0; index < m_session->axisCount(); ++index) {
+        const auto axis = m_session->axis(index);
+        const auto position = axis ? axis->lastPosition() : std::nullopt;
+        if (axis && (!position || now - position->at > silentAfter))
+            silent.append(index);
+    }
+    m_iAwaited = silent.size();
+    if (!silent.isEmpty())
+        SerialComDev::instance()->watch(ownTicket, silent);
+}
 
 /** Why nothing can be started now; empty: it can. */
 QString SequenceWidget::whyNot() const
@@ -1053,6 +1082,10 @@ void SequenceWidget::runSequence(SequenceRunner::Mode mode)
     const QString question = tr("仍然运行吗？");
     const QString note = tr("位置不可靠，仍然运行序列");
     if (m_runs == Runs::Sequence && m_runner.resumeLine() >= 0) {
+        if (const auto obstacle = m_runner.obstacle()) {
+            tell(SequenceTexts::fault(*obstacle));
+            return;
+        }
         QSet<int> doubtful;
         const SequenceSetting setting = m_runner.setting();
         for (const int axis : m_runner.plan().axes) {
@@ -1144,8 +1177,12 @@ void SequenceWidget::ended(const SequenceEnd &end)
     m_seconds = double(m_since.elapsed()) / 1000;
     const QString text = endText(end);
     log(m_runner.plan().axes, end.isFailure() ? OPERATION_TYPE_WARNING : OPERATION_TYPE_GENERAL, text);
-    if (m_runs != Runs::Sequence)
+    if (m_runs == Runs::Sequence) {
+        m_reported = m_runner.sequence();
+        m_report = m_runner.records();
+    } else {
         m_sNotice = text;
+    }
     showMarks();
     showState();
 }
@@ -1190,7 +1227,7 @@ void SequenceWidget::showMarks()
             end.reason == SequenceEnd::LinkLost || end.reason == SequenceEnd::Disconnected || !end.isStopped;
         const QString words = mayStillMove                            ? tr("%1。轴可能仍在运动。")
                               : end.reason == SequenceEnd::StoppedAll ? tr("%1。") // which says it already
-                                                                      : tr("%1。所有轴已停止。");
+                                                                      : tr("%1。序列的轴均已停止。");
         m_steps->setRun(end.line, Mark::Failed, words.arg(SequenceTexts::end(end)));
         tall = end.line;
     }
@@ -1303,7 +1340,7 @@ void SequenceWidget::showState()
     const QList<QAction *> save = ui->pushButton_exportSteps->menu()->actions();
     save.at(0)->setText(tr("步骤 …"));
     save.at(1)->setText(tr("运行报告 …"));
-    save.at(1)->setEnabled(!isActive && !m_runner.records().isEmpty());
+    save.at(1)->setEnabled(!isActive && !m_report.isEmpty());
 
     const QString status = statusText();
     ui->label_sequenceStatus->setText(status);
@@ -1360,11 +1397,14 @@ void SequenceWidget::showEvent(QShowEvent *event)
         showAxes();
         showState();
     }
+    m_asks.start();
+    askSilentAxes();
     QWidget::showEvent(event);
 }
 
 void SequenceWidget::hideEvent(QHideEvent *event)
 {
+    m_asks.stop();
     save();
     QWidget::hideEvent(event);
 }

@@ -130,6 +130,7 @@ private:
     void writeFile(const QString &path, const QString &ending, const QByteArray &bytes);
 
     // Running.
+    void askSilentAxes();
     QString whyNot() const;
     SequencePlan check();
     bool agree(const QSet<int> &doubtful, const QString &question, const QString &note);
@@ -167,10 +168,14 @@ private:
     bool m_isUnsaved = false;
     QPointer<QDialog> m_dialog;
     QTimer m_progress;           // while one runs
+    QTimer m_asks;               // while the page is shown
+    int m_iAwaited = 0;          // answers of axes that were asked
     Runs m_runs = Runs::Nothing; // or ran last
     QTimer m_holdAgain;          // while an arrow is held and its axis still moves
     QElapsedTimer m_since;
     double m_seconds = 0; // that the last run took
+    Sequence m_reported;  // the last sequence that has ended; moves by hand since leave its report alone
+    QVector<SequenceRecord> m_report;
     int m_iTallRow = -1;  // with a reason
     QString m_sNotice;    // what has happened; shown until something else does
     AskPath m_askPath;

@@ -1645,6 +1645,10 @@ is correctly connected!</translation>
         <source>序列的消息</source>
         <translation>Message of the sequence</translation>
     </message>
+    <message>
+        <source>序列“%1”等待操作者：%2</source>
+        <translation>Sequence “%1” waits for the operator: %2</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>
@@ -2793,8 +2797,8 @@ is correctly connected!</translation>
         <translation>%1. The axes may still move.</translation>
     </message>
     <message>
-        <source>%1。所有轴已停止。</source>
-        <translation>%1. All axes are stopped.</translation>
+        <source>%1。序列的轴均已停止。</source>
+        <translation>%1. All its axes are stopped.</translation>
     </message>
     <message>
         <source>第 %1 步，共 %2 步</source>

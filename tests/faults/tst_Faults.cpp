@@ -1005,10 +1005,10 @@ const Shown shownFailures[] = {
     {"closing", nullptr, nullptr}, // the panels are gone before anybody could read their logs
 
     // A sequence: the line, and why it ended there
-    {"sequenceRunning", "setSpeed", "sequence: 1 Axis1 拒绝执行：%2。所有轴已停止。"},
-    {"sequenceRunning", "setTargetPos", "sequence: 2 Axis1 拒绝执行：%2。所有轴已停止。"},
-    {"sequenceRunning", "startMove", "sequence: 2 Axis1 拒绝执行：%2。所有轴已停止。"},
-    {"sequenceRunning", "home", "sequence: 4 Axis2 拒绝执行：%2。所有轴已停止。"},
+    {"sequenceRunning", "setSpeed", "sequence: 1 Axis1 拒绝执行：%2。序列的轴均已停止。"},
+    {"sequenceRunning", "setTargetPos", "sequence: 2 Axis1 拒绝执行：%2。序列的轴均已停止。"},
+    {"sequenceRunning", "startMove", "sequence: 2 Axis1 拒绝执行：%2。序列的轴均已停止。"},
+    {"sequenceRunning", "home", "sequence: 4 Axis2 拒绝执行：%2。序列的轴均已停止。"},
     {"sequenceRunning", "getRuningState", "sequence: 2 Axis1 没有应答。轴可能仍在运动。"},
     {"sequenceRunning", "getCurrentPos", "sequence: 2 Axis1 没有应答。轴可能仍在运动。"},
     {"sequenceRunning", "stopRuning", "sequence: 7 Axis1 被面板停止。轴可能仍在运动。"},
@@ -1169,9 +1169,9 @@ const std::vector<ShownAnswer> &shownAnswers()
         {"loopRun", "getCurrentPos", "answers", QStringLiteral("label_currentPos: %1 mm")},
         {"loopRun", "getRuningState", "flags", QStringLiteral("log: 当前运行次数 4294967295 运行中")},
         {"sequenceRunning", "getCurrentPos", "answers 1e+308",
-         QStringLiteral("sequence: 2 Axis1 停在 %1 mm，未到达目标。所有轴已停止。").arg(1e308, 0, 'f', 3)},
+         QStringLiteral("sequence: 2 Axis1 停在 %1 mm，未到达目标。序列的轴均已停止。").arg(1e308, 0, 'f', 3)},
         {"sequenceRunning", "getCurrentPos", "answers",
-         QStringLiteral("sequence: 2 Axis1 停在 %1 mm，未到达目标。所有轴已停止。")},
+         QStringLiteral("sequence: 2 Axis1 停在 %1 mm，未到达目标。序列的轴均已停止。")},
         {"connecting", "getMotorModelName", "text without an end",
          QStringLiteral("label_modelName: ") + QString(32, QLatin1Char('W'))},
         {"connecting", "getMotorModelName", "text that is not ASCII",

@@ -107,6 +107,40 @@ private slots:
             QCOMPARE(m_kept.constFirst().compensation, std::optional<bool>(true));
     }
 
+    void namesADamagedFileThatAWriteHasFound()
+    {
+        QVERIFY(QDir().mkpath(path()));
+        QFile file(path() + QStringLiteral("/SIM-A-Axis1.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{\"format\":") > 0);
+        file.close();
+        m_session->setUpAxis(0);
+        QTRY_COMPARE(m_kept.size(), 1);
+        const QSignalSpy loaded(m_history.get(), &ParameterHistory::signal_loaded);
+        m_history->load();
+        QTRY_COMPARE(loaded.size(), 1);
+        const QStringList damaged = loaded.first().at(1).toStringList();
+        QCOMPARE(damaged.size(), 1);
+        QVERIFY2(QFile::exists(damaged.first()), qPrintable(damaged.first()));
+        // From then on at once.
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.close();
+        m_history->keep(0, ParameterSnapshot::ByHand);
+        QTRY_COMPARE(loaded.size(), 2);
+        QCOMPARE(loaded.at(1).at(1).toStringList().size(), 1);
+    }
+
+    void saysWhenItIsAskedThatSomethingIsNotSaved()
+    {
+        QFile inTheWay(path());
+        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+        m_session->setUpAxis(0);
+        QTRY_COMPARE(m_kept.size(), 1);
+        const QSignalSpy failed(m_history.get(), &ParameterHistory::signal_saveFailed);
+        m_history->load();
+        QTRY_COMPARE(m_loaded.size(), 1);
+        QCOMPARE(failed.size(), 1);
+    }
+
     void marksWhatCannotBeReadAsUnknown()
     {
         simulator::failAlways("getMotorParams", -9);

@@ -553,6 +553,39 @@ private slots:
         QCOMPARE(runner().resumeLine(), -1);
         QVERIFY(!runner().resume());
     }
+    void goesOnOnlyWithAxesThatAreAsTheyWere_data()
+    {
+        QTest::addColumn<int>("what");
+        QTest::newRow("moves") << 0;
+        QTest::newRow("not enabled") << 1;
+        QTest::newRow("another stage") << 2;
+    }
+    void goesOnOnlyWithAxesThatAreAsTheyWere()
+    {
+        QFETCH(int, what);
+        QVERIFY(run({step(Step::MoveTo, 0, 10), step(Step::MoveTo, 0, 20)}));
+        runner().stop();
+        QTRY_COMPARE(simulator::callCount("stopRuning"), 1);
+        simulator::advance(5);
+        MotorStageState state = {};
+        state.isStop = qint16(what != 0);
+        state.isEnable = qint16(what != 1);
+        simulator::setState(device, 0, state);
+        const AxisDescription before = m_session->axis(0)->description();
+        AxisDescription other = before;
+        other.maxPos = 15;
+        if (what == 2)
+            m_session->addAxis(other);
+        poll();
+        QCOMPARE(runner().obstacle().has_value(), what != 2);
+        QVERIFY(!runner().resume());
+        QVERIFY(!runner().isActive());
+        simulator::setState(device, 0, std::nullopt);
+        m_session->addAxis(before);
+        poll();
+        QVERIFY(runner().resume());
+        runner().stop();
+    }
     void forgetsWhereItWasEnded()
     {
         QVERIFY(run({step(Step::MoveTo, 0, 10)}));

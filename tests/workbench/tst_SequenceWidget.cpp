@@ -140,6 +140,14 @@ private slots:
         QTRY_COMPARE(m_page->document().positions.at(2).name, QStringLiteral("Sample"));
     }
 
+    /** As while its panel is closed. */
+    void asksAnAxisThatNobodyElseAsks()
+    {
+        open({places, {}});
+        simulator::setPosition(device, 1, 4.5);
+        QTRY_COMPARE(m_session->axis(1)->lastPosition()->value, 4.5);
+        QVERIFY(!m_session->axis(1)->trust().isStale());
+    }
     void editsInPlaceAndRefusesWhatCannotBe_data()
     {
         QTest::addColumn<int>("column");
@@ -565,6 +573,14 @@ private slots:
         QCOMPARE(status(), QStringLiteral("停止：第 3 步，共 5 步，第 1 遍，共 2 遍。运行会从这里继续。"));
         QVERIFY(m_messages.last().contains(QStringLiteral("在第 3 步结束：Axis2 拒绝执行")));
         QVERIFY(find<QPushButton>("pushButton_rewind")->isVisible());
+        MotorStageState moves = {};
+        moves.isEnable = 1;
+        simulator::setState(device, 0, moves);
+        poll();
+        click("pushButton_run");
+        QVERIFY(!runner().isActive());
+        QCOMPARE(status(), QStringLiteral("Axis1 正在运动"));
+        simulator::setState(device, 0, std::nullopt);
         poll();
         click("pushButton_run");
         QCOMPARE(runner().line(), 2);
@@ -691,7 +707,19 @@ private slots:
         find<QPushButton>("pushButton_exportSteps")->menu()->actions().at(1)->trigger();
         QFile file(m_folder->filePath(QStringLiteral("report.csv")));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll().count('\n'), 7); // the head, and six steps
+        const QByteArray report = file.readAll();
+        QCOMPARE(report.count('\n'), 7); // the head, and six steps
+        // It is still there when an axis was moved by hand.
+        poll();
+        QTest::keyClicks(find<QLineEdit>("lineEdit_target"), QStringLiteral("3"));
+        QTest::keyClick(find<QLineEdit>("lineEdit_target"), Qt::Key_Return);
+        passUntilOver();
+        QCOMPARE(place(0), 3.);
+        answer(QStringLiteral("later.csv"));
+        find<QPushButton>("pushButton_exportSteps")->menu()->actions().at(1)->trigger();
+        QFile later(m_folder->filePath(QStringLiteral("later.csv")));
+        QVERIFY(later.open(QIODevice::ReadOnly));
+        QCOMPARE(later.readAll(), report);
     }
 
     /** None of it takes as long as a user would notice; the bounds leave room for slow machines. */

@@ -190,6 +190,22 @@ private slots:
         QVERIFY(!notice->isVisible());
     }
 
+    /** Who waits for the operator may have been left without its window. */
+    void tellsInTheTitleBarThatTheOperatorIsAsked()
+    {
+        OpenWindow program;
+        program.connectTo();
+        const auto session = ControlSession::instance();
+        auto *notice = program.titleButton("pushButton_notice");
+        QVERIFY(runThreeSteps(*session, true));
+        QTRY_VERIFY(notice->isVisible());
+        QCOMPARE(notice->toolTip(), QStringLiteral("序列“Three”等待操作者：Change the sample"));
+        OpenWindow::click(notice);
+        QVERIFY(bench() && bench()->isVisible());
+        QVERIFY(!notice->isVisible());
+        session->sequences().stop();
+    }
+
     void aClosedPanelEndsTheSequenceThatUsesItsAxis()
     {
         OpenWindow program;
@@ -268,6 +284,7 @@ private:
         QVector<SequenceStep> steps{step, other, step};
         SequenceStep question;
         question.kind = SequenceStep::Ask;
+        question.text = QStringLiteral("Change the sample");
         if (asks)
             steps.prepend(question);
         return session.sequences().run({QStringLiteral("Three"), steps}, {});
