@@ -40,11 +40,12 @@ constexpr int axisWidth = 88;
 constexpr int takeWidth = 124;
 constexpr int goWidth = 60;
 constexpr int saveAfterMs = 1000;
+constexpr int saveAgainMs = 3000; // what could not be saved
 constexpr int progressMs = 200;
 constexpr int holdAgainMs = 50;
 constexpr int askEveryMs = 500;
 constexpr auto silentAfter = std::chrono::seconds(1);
-constexpr int ownTicket = -1; // none of the runner's
+constexpr int ownTicket = -1;      // none of the runner's
 constexpr double leastWay = 0.001; // in the axis's unit
 constexpr int mostEdits = 200;
 
@@ -230,7 +231,6 @@ SequenceWidget::SequenceWidget(const QString &folder, QWidget *parent)
         [this] { m_undo.redo(); }, Qt::WidgetWithChildrenShortcut);
 
     m_saveSoon.setSingleShot(true);
-    m_saveSoon.setInterval(saveAfterMs);
     connect(&m_saveSoon, &QTimer::timeout, this, &SequenceWidget::save);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &SequenceWidget::saveNow);
     m_progress.setInterval(progressMs);
@@ -361,7 +361,7 @@ void SequenceWidget::change(const SequenceDocument &document)
 void SequenceWidget::applied()
 {
     m_isUnsaved = true;
-    m_saveSoon.start();
+    m_saveSoon.start(saveAfterMs);
     m_sNotice.clear();
     showAxes();
     showState();
@@ -407,7 +407,7 @@ void SequenceWidget::save()
     if (!m_isUnsaved || !m_store || m_store->isReadOnly() || m_sController.isEmpty())
         return;
     if (m_saving) {
-        m_saveSoon.start();
+        m_saveSoon.start(saveAfterMs);
         return;
     }
     m_isUnsaved = false;
@@ -429,9 +429,13 @@ void SequenceWidget::endSaving()
         return;
     m_saving->wait();
     m_saving.reset();
-    if (*std::exchange(m_isSaved, nullptr))
+    const bool isSaved = *std::exchange(m_isSaved, nullptr);
+    if (std::exchange(m_hasFailedToSave, !isSaved) && isSaved)
+        tell({});
+    if (isSaved)
         return;
-    m_isUnsaved = true; // with the next edit, or when the window closes
+    m_isUnsaved = true;
+    m_saveSoon.start(saveAgainMs);
     tell(tr("位置和序列未能写入磁盘，稍后会再试。"));
 }
 

@@ -166,6 +166,7 @@ private:
     std::unique_ptr<QThread> m_saving;
     std::shared_ptr<bool> m_isSaved; // once that thread has ended
     bool m_isUnsaved = false;
+    bool m_hasFailedToSave = false; // the last time
     QPointer<QDialog> m_dialog;
     QTimer m_progress;           // while one runs
     QTimer m_asks;               // while the page is shown
@@ -176,7 +177,7 @@ private:
     double m_seconds = 0; // that the last run took
     Sequence m_reported;  // the last sequence that has ended; moves by hand since leave its report alone
     QVector<SequenceRecord> m_report;
-    int m_iTallRow = -1;  // with a reason
-    QString m_sNotice;    // what has happened; shown until something else does
+    int m_iTallRow = -1; // with a reason
+    QString m_sNotice;   // what has happened; shown until something else does
     AskPath m_askPath;
 };
