@@ -423,9 +423,6 @@ void tst_Resources::standsInItsColours()
 
 int main(int argc, char *argv[])
 {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
     // Sizes are compared in the pixels of the files.
     qunsetenv("QT_SCALE_FACTOR");
     QApplication app(argc, argv);

@@ -3,7 +3,6 @@
 
 #include <QDataStream>
 #include <QFile>
-#include <QLibraryInfo>
 #include <QRandomGenerator>
 #include <QTranslator>
 #include <QtTest>
@@ -59,9 +58,7 @@ QByteArray compressed()
 
 QByteArray qtCatalogue(const char *name)
 {
-    return readFile(
-        QLibraryInfo::location(QLibraryInfo::TranslationsPath) + QLatin1Char('/') + QLatin1String(name) +
-        QStringLiteral(".qm"));
+    return readFile(QStringLiteral(QT_CATALOGUES) + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".qm"));
 }
 
 /** Bytes that end where memory ends: whoever reads on crashes. */

@@ -31,6 +31,9 @@ public:
         : m_window(std::make_unique<MoverWidget>())
     {
         m_window->show();
+        // A desktop that tells of it late would take its activity from a window that has come meanwhile.
+        if (!QTest::qWaitForWindowActive(m_window.get()))
+            qWarning("The main window does not become active.");
     }
 
     MoverWidget &window() { return *m_window; }
