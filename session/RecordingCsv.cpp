@@ -3,6 +3,7 @@
 
 #include "device/SerialComDev.h"
 #include "session/BoardFailures.h"
+#include "session/CsvCell.h"
 
 #include <QDateTime>
 #include <QSaveFile>
@@ -89,8 +90,7 @@ QString commandWords(const RecorderEvent &event)
 QByteArray RecordingCsv::cell(const QString &text, char separator)
 {
     QByteArray bytes = text.toUtf8();
-    // Spreadsheets take what begins so for a formula, also within quotes.
-    if (!bytes.isEmpty() && std::strchr("=+-@\t\r\n", bytes.front()))
+    if (CsvCell::isLive(text))
         bytes.prepend('\'');
     const bool isQuoted = std::any_of(bytes.begin(), bytes.end(), [separator](char each) {
         return each == separator || each == '"' || each == '\r' || each == '\n' || each == ',' || each == ';';

@@ -2,6 +2,7 @@
 #include "session/SequenceFiles.h"
 
 #include "session/AxisDescription.h"
+#include "session/CsvCell.h"
 #include "session/SequenceRunner.h"
 #include "session/SmallFile.h"
 
@@ -148,12 +149,22 @@ bool fromTexts(const QString &word, const QMap<QString, QString> &texts, int lin
 
 // ---- CSV -----------------------------------------------------------------------------------------------------------
 
-QString quoted(const QString &text)
+/** The apostrophe is ours, and not the user's. */
+bool isMarked(const QString &text)
 {
+    return text.startsWith(QLatin1Char('\'')) && (CsvCell::isLive(text.mid(1)) || text.startsWith(QLatin1String("''")));
+}
+
+QString quoted(QString text)
+{
+    bool isNumber = false;
+    text.toDouble(&isNumber);
+    if (!isNumber && (CsvCell::isLive(text) || isMarked(text)))
+        text.prepend(QLatin1Char('\''));
     if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) && !text.contains(QLatin1Char('\n')) &&
         !text.contains(QLatin1Char('\r')))
         return text;
-    return QLatin1Char('"') + QString(text).replace(QLatin1Char('"'), QLatin1String("\"\"")) + QLatin1Char('"');
+    return QLatin1Char('"') + text.replace(QLatin1Char('"'), QLatin1String("\"\"")) + QLatin1Char('"');
 }
 
 QByteArray line(const QStringList &cells)
@@ -180,9 +191,12 @@ QVector<CsvLine> readCsv(const QByteArray &bytes)
     QString cell;
     int number = 1;
     bool isQuoted = false;
-    const auto endLine = [&] {
-        current.cells.append(cell);
+    const auto endCell = [&] {
+        current.cells.append(isMarked(cell) ? cell.mid(1) : cell);
         cell.clear();
+    };
+    const auto endLine = [&] {
+        endCell();
         if (current.cells.size() > 1 || !current.cells.first().trimmed().isEmpty())
             lines.append(current);
         current = {number, {}};
@@ -203,8 +217,7 @@ QVector<CsvLine> readCsv(const QByteArray &bytes)
         } else if (sign == QLatin1Char('"') && cell.isEmpty()) {
             isQuoted = true;
         } else if (sign == QLatin1Char(',')) {
-            current.cells.append(cell);
-            cell.clear();
+            endCell();
         } else if (sign == QLatin1Char('\n')) {
             endLine();
         } else if (sign != QLatin1Char('\r')) {

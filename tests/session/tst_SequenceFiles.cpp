@@ -65,6 +65,26 @@ private slots:
             written.positions);
         QCOMPARE(int(fault.kind), int(Fault::None));
     }
+    void noCellIsAFormula_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("cell");
+        for (const char *name : {"=1+1", "+a", "-a", "@SUM(1)", "''", "'=1"})
+            QTest::newRow(name) << name << QByteArray("'") + name;
+        for (const char *name : {"-3", "'", "'a'", "a=b"})
+            QTest::newRow(name) << name << QByteArray(name);
+        QTest::newRow("link") << "=HYPERLINK(\"x\",1)" << QByteArray("\"'=HYPERLINK(\"\"x\"\",1)\"");
+    }
+    void noCellIsAFormula()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, cell);
+        const Positions written{{name, {{0, -1.5}}}};
+        const QByteArray text = SequenceFiles::positionsToCsv(written);
+        QCOMPARE(text, QByteArray("name,Axis1\r\n") + cell + ",-1.5\r\n");
+        Fault fault;
+        QCOMPARE(*SequenceFiles::positionsFromCsv(text, &fault), written);
+    }
     void readsWhatASpreadsheetWrites()
     {
         Fault fault;
