@@ -15,17 +15,33 @@ constexpr double silentRounds = 2.5;
 
 ControlAxis::ControlAxis(AxisDescription description)
     : m_description(std::move(description))
+    , m_current(m_description)
 {
     m_history.heardAt = std::chrono::steady_clock::now();
 }
 
 ControlAxis::ControlAxis(AxisDescription description, const ControlAxis &before)
     : m_description(std::move(description))
+    , m_current(m_description)
 {
     const QMutexLocker lock(&before.m_mutex);
     m_history = before.m_history;
     m_history.failingSince.reset(); // nobody has polled it meanwhile
     m_history.heardAt = std::chrono::steady_clock::now();
+}
+
+AxisDescription ControlAxis::currentDescription() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_current;
+}
+
+void ControlAxis::noteParameters(const MotorParams &params)
+{
+    AxisDescription current = describe(m_description.index, m_description.modelName, params);
+    current.tellsHoming = m_description.tellsHoming;
+    const QMutexLocker lock(&m_mutex);
+    m_current = current;
 }
 
 std::optional<ControlAxis::Answer<double>> ControlAxis::lastPosition() const

@@ -43,7 +43,10 @@ public:
     /** Another description of the same axis. What is known of its position stays. */
     ControlAxis(AxisDescription description, const ControlAxis &before);
 
+    /** What a panel works by: it stays until the axis is added again. */
     const AxisDescription &description() const { return m_description; }
+    /** The same as the motor parameters are now: somebody may have written them since. */
+    AxisDescription currentDescription() const;
 
     /** Nothing before the first answer. */
     std::optional<Answer<double>> lastPosition() const;
@@ -58,6 +61,7 @@ public:
      */
     AxisTrust trust(AnswerListener::Time now = std::chrono::steady_clock::now()) const;
 
+    void noteParameters(const MotorParams &params);
     void notePosition(double position, AnswerListener::Time at);
     void noteState(const MotorStageState &state, AnswerListener::Time at);
     void noteFailure(AnswerListener::Time at);
@@ -86,6 +90,7 @@ private:
 
     const AxisDescription m_description;
     mutable QMutex m_mutex;
+    AxisDescription m_current;
     std::optional<Answer<double>> m_position;
     std::optional<Answer<MotorStageState>> m_state;
     History m_history;

@@ -264,6 +264,16 @@ QSharedPointer<const ControlAxis> ControlSession::addAxis(const AxisDescription 
     return axis;
 }
 
+void ControlSession::noteParameters(int index, const MotorParams &params)
+{
+    const QSharedPointer<ControlAxis> axis = find(index);
+    if (!axis)
+        return;
+    axis->noteParameters(params);
+    m_watchdog->describe(axis->currentDescription());
+    emit axisChanged(index);
+}
+
 QSharedPointer<const ControlAxis> ControlSession::axis(int index) const
 {
     return find(index);

@@ -114,6 +114,8 @@ public:
     int readAxis(int index);
     /** Makes an axis known, or describes a known one again; how far its position can be trusted stays. */
     QSharedPointer<const ControlAxis> addAxis(const AxisDescription &description);
+    /** The motor parameters of a known axis as they were read after somebody had written them. */
+    void noteParameters(int index, const MotorParams &params);
     /** Null for an axis that is not known. */
     QSharedPointer<const ControlAxis> axis(int index) const;
     void clearAxes();
@@ -136,6 +138,8 @@ signals:
     void stateChanged();
     /** An axis has become known; one that is described again has been already. */
     void axisAdded(int index);
+    /** ControlAxis::currentDescription() of a known axis may be another one now. */
+    void axisChanged(int index);
     /** Somebody stops everything. Whatever would start something later must end, and must not go on by itself. */
     void stopAllRequested();
 

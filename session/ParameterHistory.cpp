@@ -174,6 +174,8 @@ void ParameterHistory::read(int axis, ParameterSnapshot::Why why, Then then)
         const qint64 now = QDateTime::currentMSecsSinceEpoch();
         m_lastTime = now > m_lastTime || now < m_lastTime - 1000 ? now : m_lastTime + 1;
         snapshot->time = QDateTime::fromMSecsSinceEpoch(m_lastTime, Qt::UTC);
+        if (isWhole && snapshot->why == ParameterSnapshot::Written && snapshot->params)
+            m_session->noteParameters(snapshot->axis, *snapshot->params);
         then(isWhole ? snapshot.get() : nullptr);
     };
     run(job);

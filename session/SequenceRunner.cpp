@@ -75,7 +75,7 @@ SequenceSetting SequenceRunner::setting() const
         const auto state = axis->lastState();
         const MotorDevInfo info = m_worker->axisInfo(index);
         setting.axes.insert(
-            index, {axis->description(), position->value, info.speed, info.acceleration,
+            index, {axis->currentDescription(), position->value, info.speed, info.acceleration,
                     axis->trust().kind == AxisTrust::Homed, !state || state->value.isEnable != 0, axis->isMoving()});
     }
     return setting;
@@ -162,7 +162,7 @@ bool SequenceRunner::hasSameAxes() const
 {
     return std::all_of(m_plan.axes.cbegin(), m_plan.axes.cend(), [this](int index) {
         const auto axis = m_session->axis(index);
-        const AxisDescription now = axis ? axis->description() : AxisDescription();
+        const AxisDescription now = axis ? axis->currentDescription() : AxisDescription();
         const AxisDescription then = m_setting.axes.value(index).description;
         return now.unit == then.unit && now.minPos == then.minPos && now.maxPos == then.maxPos &&
                now.maxSpeed == then.maxSpeed && now.pulse == then.pulse;

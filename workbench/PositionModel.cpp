@@ -91,7 +91,7 @@ QVariant PositionModel::headerData(int section, Qt::Orientation orientation, int
         return QString();
     const int axis = m_axes.at(section - 1);
     const auto known = ControlSession::instance()->axis(axis);
-    return AxisDescription::nameOf(axis) + (known ? QLatin1Char(' ') + known->description().unit : QString());
+    return AxisDescription::nameOf(axis) + (known ? QLatin1Char(' ') + known->currentDescription().unit : QString());
 }
 
 Qt::ItemFlags PositionModel::flags(const QModelIndex &index) const

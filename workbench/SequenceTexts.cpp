@@ -84,7 +84,7 @@ QString tr(const char *text)
 QString unitWords(int axis)
 {
     const auto known = ControlSession::instance()->axis(axis);
-    return known ? QLatin1Char(' ') + known->description().unit : QString();
+    return known ? QLatin1Char(' ') + known->currentDescription().unit : QString();
 }
 
 QString digits(double value, int least)

@@ -254,6 +254,10 @@ SequenceWidget::SequenceWidget(const QString &folder, QWidget *parent)
     connect(&m_runner, &SequenceRunner::signal_ended, this, &SequenceWidget::ended);
     connect(m_session.data(), &ControlSession::stateChanged, this, &SequenceWidget::follow);
     connect(m_session.data(), &ControlSession::axisAdded, this, &SequenceWidget::follow);
+    connect(m_session.data(), &ControlSession::axisChanged, this, [this] {
+        showAxes();
+        showState();
+    });
     showAxes();
     showState();
 }
@@ -451,7 +455,7 @@ QVector<AxisDescription> SequenceWidget::axes() const
     QVector<AxisDescription> axes;
     for (int index = 0; index < m_session->axisCount(); ++index) {
         if (const auto axis = m_session->axis(index))
-            axes.append(axis->description());
+            axes.append(axis->currentDescription());
     }
     return axes;
 }

@@ -107,6 +107,19 @@ private slots:
             QCOMPARE(m_kept.constFirst().compensation, std::optional<bool>(true));
     }
 
+    void aWriteDescribesTheAxisAgain()
+    {
+        MotorParams params = {};
+        QCOMPARE(SerialComDev::instance()->getMotorParams(0, params), 0);
+        const auto axis = ControlSession::instance()->addAxis(describe(0, QStringLiteral("LIN-100"), params));
+        QTRY_COMPARE(m_kept.size(), 1);
+        params.maxPos -= 1;
+        SerialComDev::instance()->setMotorParams(0, params);
+        QTRY_COMPARE(m_kept.size(), 2);
+        QCOMPARE(axis->currentDescription().maxPos, params.maxPos);
+        QCOMPARE(axis->description().maxPos, params.maxPos + 1); // by which a panel works
+    }
+
     void namesADamagedFileThatAWriteHasFound()
     {
         QVERIFY(QDir().mkpath(path()));

@@ -559,6 +559,7 @@ private slots:
         QTest::newRow("moves") << 0;
         QTest::newRow("not enabled") << 1;
         QTest::newRow("another stage") << 2;
+        QTest::newRow("other motor parameters") << 3;
     }
     void goesOnOnlyWithAxesThatAreAsTheyWere()
     {
@@ -576,8 +577,15 @@ private slots:
         other.maxPos = 15;
         if (what == 2)
             m_session->addAxis(other);
+        if (what == 3) {
+            MotorParams params = {};
+            QCOMPARE(SerialComDev::instance()->getMotorParams(0, params), 0);
+            params.maxPos = 15;
+            m_session->noteParameters(0, params);
+            QCOMPARE(m_session->axis(0)->description().maxPos, before.maxPos); // a panel's stays
+        }
         poll();
-        QCOMPARE(runner().obstacle().has_value(), what != 2);
+        QCOMPARE(runner().obstacle().has_value(), what < 2);
         QVERIFY(!runner().resume());
         QVERIFY(!runner().isActive());
         simulator::setState(device, 0, std::nullopt);
