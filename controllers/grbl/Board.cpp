@@ -17,6 +17,8 @@ constexpr char askReport = '?';
 constexpr double reportTimeout = 1;
 constexpr double askAgainAfter = 0.25; // a "?" may get lost
 constexpr double forgetAsked = 1.5;    // and never be answered
+constexpr double listenAfter = 0.4;    // for an answer that is still to come, of those asked for all askAgainAfter
+constexpr int answersInDoubt = 3;      // each with one more still to come
 constexpr double longestPause = 0.3;   // between two run(); beyond it what has arrived may not have been read yet
 constexpr double movingPoll = 0.1;
 constexpr double restingPoll = 0.2;
@@ -303,6 +305,7 @@ void Board::takeReport(const Report &told)
     m_reportAsked = m_asked.empty() ? m_lastAsk : m_asked.front();
     if (!m_asked.empty())
         m_asked.pop_front();
+    m_stillAsked = m_asked.empty() ? 0 : m_stillAsked + 1;
     m_heard = m_now;
     ++m_reports;
     m_positionsBefore = std::exchange(m_report, report).position;
@@ -450,8 +453,15 @@ double Board::run(double now)
     m_nextPoll = std::min(m_nextPoll, m_lastAsk + period);
     // Between two lines, so that the report tells whether the last one has been read.
     const bool justSent = !m_awaited.empty() && m_now < m_awaited.back().since + onTheWay && m_now < m_nextPoll + slice;
+    // One "?" that was lost would make each answer count as that to the one before, for ever. Of late answers one would
+    // come while nothing is asked.
+    const bool listens = m_stillAsked >= answersInDoubt;
+    if (listens && m_now >= m_lastAsk + listenAfter && m_now >= m_heard + askAgainAfter) {
+        m_asked.clear();
+        m_stillAsked = 0;
+    }
     if (mayAsk && m_now >= m_nextPoll && !(justSent && m_phase == Phase::Ready) &&
-        (m_asked.empty() || m_now >= m_lastAsk + askAgainAfter)) {
+        (m_asked.empty() || m_now >= m_lastAsk + (listens ? listenAfter : askAgainAfter))) {
         poll();
         m_nextPoll = m_now + period;
     }

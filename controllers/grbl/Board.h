@@ -213,7 +213,8 @@ private:
     // Lines
     std::deque<Awaited> m_awaited;
     std::size_t m_awaitedBytes = 0;
-    int m_doubts = 0; ///< reports in a row that missed an answer
+    int m_doubts = 0;     ///< reports in a row that missed an answer
+    int m_stillAsked = 0; ///< reports in a row behind which another one was still to come
     std::deque<std::string> m_toSay;
     bool m_saying = false; ///< a line of a conversation waits for its answer
 

@@ -121,7 +121,8 @@ void Board::watchCancel()
     case Report::State::Sleep:
     case Report::State::Check:
         if (m_awaited.empty()) {
-            if (m_reportAsked >= m_lastAnswer)
+            // Said twice: a byte of one report may be wrong.
+            if (m_reportAsked >= m_lastAnswer && m_report.position == m_positionsBefore)
                 restAt(m_report, m_then);
         } else if (m_idleSince < 0) {
             m_idleSince = m_now;

@@ -201,6 +201,7 @@ void Board::compare(const Report &report)
         if (m_suspectAsked < 0 || m_reportAsked <= m_suspectAsked) {
             m_suspectAsked = m_reportAsked;
             m_nextPoll = m_now;
+            m_report.position = m_positionsBefore;
             return;
         }
         m_suspectAsked = -1;

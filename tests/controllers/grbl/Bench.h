@@ -138,6 +138,7 @@ public:
     std::size_t sentBytes = 0;
     std::size_t receivedBytes = 0;
     int cancelsToLose = 0; ///< of the next ones, on the wire
+    int questionsToLose = 0;
     double jitter = 0.006;
     double longestWait = 1; ///< between two looks at what a test waits for
 
@@ -154,6 +155,14 @@ private:
         }
         return setups;
     }
+    static void lose(std::string &out, char byte, int &count)
+    {
+        const std::size_t place = count > 0 ? out.find(byte) : std::string::npos;
+        if (place == std::string::npos)
+            return;
+        out.erase(place, 1);
+        --count;
+    }
     void exchange()
     {
         const std::string in = firmware.receive();
@@ -161,10 +170,8 @@ private:
         board.received(in, now());
         m_wait = board.run(now());
         std::string out = board.takeOutput();
-        if (const std::size_t cancel = out.find('\x85'); cancel != std::string::npos && cancelsToLose > 0) {
-            out.erase(cancel, 1);
-            --cancelsToLose;
-        }
+        lose(out, '\x85', cancelsToLose);
+        lose(out, '?', questionsToLose);
         sentBytes += out.size();
         firmware.send(out);
     }
