@@ -5,6 +5,7 @@
 #include "device/MotionLibrary.h"
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
+#include "session/SequenceRunner.h"
 #include "session/SmallFile.h"
 
 #include <QStandardPaths>
@@ -241,11 +242,16 @@ void ParameterHistory::restore(const ParameterSnapshot &wanted)
             return;
         }
         save(*before, [this, result, before = *before](bool isSaved) mutable {
-            if (isSaved && isConnected(before)) {
+            if (!isSaved)
+                result.outcome = ParameterRestore::NotKept;
+            else if (!isConnected(before))
+                result.outcome = ParameterRestore::Vanished;
+            else if (m_session->sequences().uses(before.axis))
+                result.outcome = ParameterRestore::InUse;
+            else {
                 write(result.wanted, before);
                 return;
             }
-            result.outcome = isSaved ? ParameterRestore::Vanished : ParameterRestore::NotKept;
             end(result);
         });
     });

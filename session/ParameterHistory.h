@@ -22,6 +22,7 @@ struct ParameterRestore {
         NotRead,  ///< what the controller has now could not be read: nothing was written
         NotKept,  ///< the snapshot before it could not be saved: nothing was written
         Vanished, ///< the controller was closed meanwhile
+        InUse,    ///< by a sequence: nothing was written
     };
     Outcome outcome = Done;
     ParameterSnapshot wanted;

@@ -296,6 +296,16 @@ void Recorder::stateAnswered(int index, const MotorStageState &state, Time at)
     axis.state = state;
 }
 
+void Recorder::note(const SequenceNote &note)
+{
+    RecorderEvent event;
+    event.us = usOf(std::chrono::steady_clock::now());
+    event.kind = note.end ? RecorderEvent::SequenceEnded : RecorderEvent::StepBegun;
+    event.sequence = std::make_shared<const SequenceNote>(note);
+    const QMutexLocker lock(&m_mutex);
+    add(event);
+}
+
 /** The axis stands. The caller holds the mutex. */
 void Recorder::noteEnd(Axis &axis, int index, const MotorStageState &state, qint64 us)
 {

@@ -4,11 +4,13 @@
 #include "device/AnswerFeed.h"
 #include "session/AxisDescription.h"
 #include "session/SampleTrack.h"
+#include "session/SequenceEnd.h"
 
 #include <QMap>
 #include <QObject>
 
 #include <atomic>
+#include <memory>
 
 /** Something that happened while it was recorded. */
 struct RecorderEvent {
@@ -20,7 +22,9 @@ struct RecorderEvent {
         Limit, ///< `direction` says which end
         Failure,
         LinkLost,
-        LinkBack, ///< after `lastedUs`
+        LinkBack,  ///< after `lastedUs`
+        StepBegun, ///< `sequence`
+        SequenceEnded,
     };
     static constexpr int AllAxes = -1;
     // The `type` of a failure that is no refused command.
@@ -36,6 +40,7 @@ struct RecorderEvent {
     int status = 0; // of a command that was refused, below 0
     qint64 lastedUs = 0;
     double value = 0; // of a board's message
+    std::shared_ptr<const SequenceNote> sequence{};
 
     /** Whether it is kept in a file by itself. */
     bool isIncident() const { return kind == Limit || kind == Failure || kind == LinkLost; }
@@ -85,6 +90,8 @@ public:
     void end();
     bool isRecording() const { return m_isRecording; }
     void describe(const AxisDescription &description);
+    /** That happens now. */
+    void note(const SequenceNote &note);
 
     /** Changes with each sample and event. */
     quint64 revision() const { return m_revision; }

@@ -4,6 +4,7 @@
 #include "device/SerialComDev.h"
 #include "session/BoardFailures.h"
 #include "session/CsvCell.h"
+#include "session/SequenceFiles.h"
 
 #include <QDateTime>
 #include <QSaveFile>
@@ -69,6 +70,20 @@ constexpr Word commands[] = {
     {OPERATION_TYPE_LOOP, "loop"}, {OPERATION_TYPE_HOME, "home"},   {OPERATION_TYPE_STOP, "stop"},
 };
 
+constexpr const char *ends[] = {
+    "finished",           "stopped",       "stopped on a panel", "stopped with all", "started by the console",
+    "parameters written", "refused",       "negative limit",     "positive limit",   "not at its target",
+    "not homed",          "does not move", "beyond the travel",  "no answer",        "disconnected",
+    "panel closed",       "joystick",      "program closed",
+};
+static_assert(sizeof(ends) / sizeof(*ends) == SequenceEnd::Quit + 1);
+
+QString endWords(const SequenceEnd &end)
+{
+    const QString why = QLatin1String(ends[end.reason]);
+    return end.axis < 0 ? why : AxisDescription::nameOf(end.axis) + QStringLiteral(": ") + why;
+}
+
 template <typename Row, std::size_t Count>
 QString wordOf(const Row (&rows)[Count], int code, const char *otherwise)
 {
@@ -133,6 +148,13 @@ QString RecordingCsv::words(const RecorderEvent &event)
         break;
     case RecorderEvent::LinkBack:
         text = QStringLiteral("link back after %1 s").arg(double(event.lastedUs) / 1e6, 0, 'f', 1);
+        break;
+    case RecorderEvent::StepBegun:
+        text = QStringLiteral("sequence, step %1: ").arg(event.sequence->line + 1) +
+               SequenceFiles::words(event.sequence->step);
+        break;
+    case RecorderEvent::SequenceEnded:
+        text = QStringLiteral("sequence, at step %1: ").arg(event.sequence->line + 1) + endWords(*event.sequence->end);
         break;
     }
     return event.axis < 0 ? text : AxisDescription::nameOf(event.axis) + QStringLiteral(": ") + text;

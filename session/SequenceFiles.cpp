@@ -338,6 +338,18 @@ std::optional<SequenceDocument> SequenceFiles::fromJson(const QByteArray &text, 
 
 // ---- CSV -----------------------------------------------------------------------------------------------------------
 
+QString SequenceFiles::words(const SequenceStep &step)
+{
+    const QMap<QString, QString> texts = toTexts(step);
+    QStringList words{QLatin1String(kinds[step.kind].word)};
+    for (const char *name : {"axis", "value", "text"}) {
+        const auto text = texts.constFind(QLatin1String(name));
+        if (text != texts.cend())
+            words.append(*text);
+    }
+    return words.join(QLatin1Char(' '));
+}
+
 QByteArray SequenceFiles::stepsToCsv(const Sequence &sequence)
 {
     QByteArray text = line(stepHead());

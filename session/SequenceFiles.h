@@ -51,6 +51,8 @@ constexpr qint64 MostBytes = 32 * 1024 * 1024;
 QByteArray toJson(const SequenceDocument &document);
 std::optional<SequenceDocument> fromJson(const QByteArray &text, SequenceFileFault *fault);
 
+/** "move to Axis2 60" */
+QString words(const SequenceStep &step);
 QByteArray stepsToCsv(const Sequence &sequence);
 std::optional<QVector<SequenceStep>> stepsFromCsv(const QByteArray &text, SequenceFileFault *fault);
 

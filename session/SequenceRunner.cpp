@@ -3,6 +3,7 @@
 
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
+#include "session/Recorder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -232,6 +233,7 @@ void SequenceRunner::begin()
     m_record.line = m_line;
     m_record.pass = pass().first;
     m_record.begin = QDateTime::currentDateTimeUtc();
+    record();
     emit signal_lineChanged(m_line);
     switch (step.kind) {
     case SequenceStep::GoTo: {
@@ -433,6 +435,15 @@ void SequenceRunner::note()
     emit signal_stepDone(m_record);
 }
 
+/** Of a sequence that has a name: others are a single motion, which is recorded anyway. */
+void SequenceRunner::record(std::optional<SequenceEnd> end)
+{
+    if (m_sequence.name.isEmpty())
+        return;
+    const int line = std::min(m_line, m_sequence.steps.size() - 1);
+    m_session->recorder().note({m_sequence.name, line, m_sequence.steps.at(line), end});
+}
+
 /** To the next line that does something. */
 void SequenceRunner::advance()
 {
@@ -498,8 +509,9 @@ void SequenceRunner::commandAnswered(const MotionCommand &command, Time)
     const bool isStop = command.type == OPERATION_TYPE_STOP;
     if (isStop && command.source == MotionCommand::Request && m_iOwnStops > 0) {
         --m_iOwnStops;
-        if (!command.isAccepted())
-            QMetaObject::invokeMethod(this, &SequenceRunner::stopRefused, Qt::QueuedConnection);
+        const bool isAccepted = command.isAccepted();
+        QMetaObject::invokeMethod(
+            this, [this, isAccepted] { stopAnswered(isAccepted); }, Qt::QueuedConnection);
         return;
     }
     if (command.source == MotionCommand::Holder || (!isStop && !command.isAccepted()))
@@ -511,11 +523,12 @@ void SequenceRunner::commandAnswered(const MotionCommand &command, Time)
 }
 
 /** Of a stop that came with the end. */
-void SequenceRunner::stopRefused()
+void SequenceRunner::stopAnswered(bool isAccepted)
 {
-    if (isActive())
+    m_isStopRefused = m_isStopRefused || !isAccepted;
+    if (--m_iStopsDue > 0 || m_isStopRefused || isActive())
         return;
-    m_end.isStopped = false;
+    m_end.isStopped = true;
     emit signal_stateChanged();
 }
 
@@ -551,7 +564,9 @@ void SequenceRunner::end(SequenceEnd end)
     m_targets.clear();
     m_moving.clear();
     if (end.reason != SequenceEnd::Finished) {
+        m_isStopRefused = false;
         for (const int axis : qAsConst(m_plan.axes)) {
+            ++m_iStopsDue;
             ++m_iOwnStops;
             emit m_worker->signal_stopMotor(axis);
         }
@@ -559,9 +574,11 @@ void SequenceRunner::end(SequenceEnd end)
         if (m_state != State::Paused)
             note();
         end.line = m_line;
+        end.isStopped = m_plan.axes.isEmpty();
     }
     m_worker->reserve({});
     m_end = end;
+    record(end);
     m_state = State::Idle;
     emit signal_stateChanged();
     emit signal_ended(end);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device/AnswerFeed.h"
+#include "session/SequenceEnd.h"
 #include "session/SequencePlan.h"
 
 #include <QDateTime>
@@ -18,39 +19,6 @@ class ControlSession;
 class SerialComDev;
 struct AxisOrder;
 struct MotorStageState;
-
-/** Why a sequence is over, and where. */
-struct SequenceEnd {
-    enum Reason {
-        Finished,
-        Stopped,        ///< by whoever has started it
-        StoppedOnPanel, ///< `axis`
-        StoppedAll,
-        StartedElsewhere,  ///< `axis`, by the console
-        ParametersWritten, ///< `axis`: what it moves by is no longer what was planned with
-        Refused,           ///< an order, by the library with `status`
-        NegativeLimit,     ///< `axis` stands at `value`, at that limit
-        PositiveLimit,
-        OffTarget,    ///< `axis` stands at `value`
-        NotHomed,     ///< `axis` came to rest elsewhere
-        DoesNotMove,  ///< `axis`
-        BeyondTravel, ///< `axis` would go to `value`
-        LinkLost,     ///< `axis` no longer answers
-        Disconnected,
-        PanelClosed, ///< of `axis`
-        Joystick,    ///< was given the axes
-        Quit,        ///< the program
-    };
-    Reason reason = Finished;
-    int line = -1;
-    int axis = -1;
-    double value = 0;
-    int status = 0;
-    bool isStopped = true; ///< no axis has refused the stop that came with the end
-
-    bool isFailure() const { return reason != Finished && reason != Stopped; }
-};
-Q_DECLARE_METATYPE(SequenceEnd)
 
 /** A step that was run. */
 struct SequenceRecord {
@@ -180,9 +148,10 @@ private:
     void watch();
     void stand();
     void broken(int axis, SequenceEnd::Reason reason);
-    void stopRefused();
+    void stopAnswered(bool isAccepted);
     void stepDone();
     void note();
+    void record(std::optional<SequenceEnd> end = std::nullopt);
     void advance();
     void look();
     void end(SequenceEnd end);
@@ -214,6 +183,8 @@ private:
     int m_iAwaited = 0;   // answers of axes that were asked
     QElapsedTimer m_sinceAsked;
     int m_iRun = 0;
+    int m_iStopsDue = 0; // answers to those of the last end
+    bool m_isStopRefused = false;
     QString m_sController; // serial number
 
     // For the threads that make calls.

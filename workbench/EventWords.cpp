@@ -4,6 +4,7 @@
 #include "device/SerialComDev.h"
 #include "device/StatusWords.h"
 #include "device/moverMessages.h"
+#include "workbench/SequenceTexts.h"
 
 #include <QCoreApplication>
 
@@ -96,6 +97,11 @@ QString EventWords::of(const RecorderEvent &event)
             QCoreApplication::translate("EventWords", "%1 秒后恢复连接").arg(QString::number(seconds, 'f', 1));
         return axis.isEmpty() ? text : axis + QLatin1Char(' ') + text;
     }
+    case RecorderEvent::StepBegun:
+        return QCoreApplication::translate("EventWords", "第 %1 步：%2")
+            .arg(QString::number(event.sequence->line + 1), SequenceTexts::step(event.sequence->step));
+    case RecorderEvent::SequenceEnded:
+        return SequenceTexts::ended(event.sequence->name, *event.sequence->end);
     }
     return {};
 }
@@ -130,8 +136,13 @@ PlotPicture::Mark EventWords::markOf(const RecorderEvent &event, const PlotColou
     case RecorderEvent::LinkBack:
         shape = Shape::Ring;
         break;
+    case RecorderEvent::StepBegun:
+    case RecorderEvent::SequenceEnded:
+        shape = Shape::Bar;
+        break;
     }
-    const bool isAlarm = event.isIncident();
+    const bool isAlarm =
+        event.isIncident() || (event.kind == RecorderEvent::SequenceEnded && event.sequence->end->isFailure());
     return {
         double(event.us) / 1e6, shape, event.direction, isAlarm ? colours.alarm : colourOf(event.axis, colours),
         isAlarm};

@@ -119,7 +119,7 @@ void HistoryWidget::loaded(const QVector<ParameterSnapshot> &snapshots, const QS
     showList();
     select(before);
     if (!damaged.isEmpty())
-        tell(tr("以下文件已损坏，已另存保留：%1").arg(damaged.join(QStringLiteral(", "))));
+        tell(tr("以下文件已损坏或由较新版本写成，已另存保留：%1").arg(damaged.join(QStringLiteral(", "))));
 }
 
 void HistoryWidget::add(const ParameterSnapshot &snapshot)
@@ -406,6 +406,9 @@ void HistoryWidget::restored(const ParameterRestore &result)
         break;
     case ParameterRestore::Vanished:
         text = tr("恢复过程中控制器已断开，请重新连接后检查参数。");
+        break;
+    case ParameterRestore::InUse:
+        text = tr("该轴正由序列使用，没有写入任何内容。");
         break;
     case ParameterRestore::Done:
         if (result.missing.isEmpty()) {

@@ -29,7 +29,7 @@ struct PlotColours {
 
 /** What the plots show. x is seconds since the recorder was made. */
 struct PlotPicture {
-    enum class Shape { Command, Arrival, Stop, Limit, Cross, Ring };
+    enum class Shape { Command, Arrival, Stop, Limit, Cross, Ring, Bar };
     /** A mark of an event; `direction`: of a limit. */
     struct Mark {
         double at = 0;
@@ -125,6 +125,9 @@ inline void drawMark(QPainter *painter, QPointF at, PlotPicture::Shape shape, in
     case Shape::Ring:
         painter->setBrush(Qt::NoBrush);
         painter->drawEllipse(QPointF(), 4, 4);
+        break;
+    case Shape::Bar:
+        painter->drawLine(QPointF(0, -4), QPointF(0, 4));
         break;
     }
     painter->restore();

@@ -214,6 +214,14 @@ QString SequenceTexts::wait(const SequenceStep &step)
     return seconds == 0 ? QStringLiteral("–") : plain(seconds) + QStringLiteral(" s");
 }
 
+QString SequenceTexts::step(const SequenceStep &step)
+{
+    const QString what = step.kind == SequenceStep::Wait       ? wait(step)
+                         : step.kind == SequenceStep::SetSpeed ? where(step) + QLatin1Char(' ') + speed(step)
+                                                               : where(step);
+    return (kind(step.kind) + QLatin1Char(' ') + what).simplified();
+}
+
 QString SequenceTexts::fault(const SequenceFault &fault)
 {
     return fill(faults[fault.kind], fault.axis, fault.value);

@@ -26,6 +26,8 @@ QString place(int axis, double value);
 QString kind(SequenceStep::Kind kind);
 /** What a step is about: "Axis1 +5.000 mm". */
 QString where(const SequenceStep &step);
+/** All of it in one line: "Move to Axis2 60.000 °". */
+QString step(const SequenceStep &step);
 /** "2 mm/s", "as set", or a dash. */
 QString speed(const SequenceStep &step);
 QString wait(const SequenceStep &step);

@@ -401,7 +401,9 @@ void SequenceWidget::load(const QString &controller)
     m_positions->setRows(contents.document.positions);
     m_steps->setRows(contents.document.sequence.steps);
     m_sName = contents.document.sequence.name;
-    m_sNotice = contents.damaged.isEmpty() ? QString() : tr("保存的文件已损坏，已另存保留：%1").arg(contents.damaged);
+    m_sNotice = contents.damaged.isEmpty()
+                    ? QString()
+                    : tr("保存的文件已损坏或由较新版本写成，已另存保留：%1").arg(contents.damaged);
 }
 
 /** In a thread of its own. */

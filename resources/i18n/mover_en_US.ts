@@ -937,6 +937,10 @@ The serial number does not tell it apart: the board has to stay in this socket.<
         <source>%1（序列）</source>
         <translation>%1 (sequence)</translation>
     </message>
+    <message>
+        <source>第 %1 步：%2</source>
+        <translation>Step %1: %2</translation>
+    </message>
 </context>
 <context>
     <name>FirstMoveWidget</name>
@@ -1201,8 +1205,8 @@ Is the way free?</translation>
         <translation>%1 could not be written</translation>
     </message>
     <message>
-        <source>以下文件已损坏，已另存保留：%1</source>
-        <translation>Damaged, and kept aside as: %1</translation>
+        <source>以下文件已损坏或由较新版本写成，已另存保留：%1</source>
+        <translation>Damaged or of a later version, and kept aside as: %1</translation>
     </message>
     <message>
         <source>所有轴</source>
@@ -1281,6 +1285,10 @@ Is the way free?</translation>
     <message>
         <source>正在导入 …</source>
         <translation>Importing …</translation>
+    </message>
+    <message>
+        <source>该轴正由序列使用，没有写入任何内容。</source>
+        <translation>The axis is in use by a sequence. Nothing was written.</translation>
     </message>
 </context>
 <context>
@@ -2661,8 +2669,8 @@ is correctly connected!</translation>
         <translation>Back to start</translation>
     </message>
     <message>
-        <source>保存的文件已损坏，已另存保留：%1</source>
-        <translation>The saved file was damaged; it is kept as %1</translation>
+        <source>保存的文件已损坏或由较新版本写成，已另存保留：%1</source>
+        <translation>The saved file was damaged or of a later version; it is kept as %1</translation>
     </message>
     <message>
         <source>位置和序列未能写入磁盘，稍后会再试。</source>

@@ -15,6 +15,7 @@
 #include "controllers/simulated/SimulatorControl.h"
 #include "support/LiveObjects.h"
 #include "support/Robot.h"
+#include "workbench/HistoryWidget.h"
 #include "workbench/SequenceWidget.h"
 
 #include <QAbstractEventDispatcher>
@@ -27,6 +28,7 @@
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTableView>
+#include <QTableWidget>
 #include <QThread>
 #include <QTimer>
 #include <QtTest>
@@ -528,6 +530,25 @@ SequenceDocument Monkey::someSequence()
     return document;
 }
 
+void Monkey::showPage(QWidget *page)
+{
+    auto *stack = page->window()->findChild<QStackedWidget *>(QStringLiteral("stackedWidget_pages"));
+    page->window()->findChild<QTabBar *>(QStringLiteral("tabBar"))->setCurrentIndex(stack->indexOf(page));
+}
+
+/** Keeps what an axis has now, or restores what it had. */
+void Monkey::useHistory(QWidget *page)
+{
+    showPage(page);
+    auto *list = page->findChild<QTableWidget *>(QStringLiteral("tableWidget_snapshots"));
+    if (list->rowCount() > 0)
+        list->setCurrentCell(m_random.below(list->rowCount()), 0);
+    auto *button = page->findChild<QPushButton *>(
+        m_random.oneIn(3) ? QStringLiteral("pushButton_snapshot") : QStringLiteral("pushButton_restore"));
+    note(QStringLiteral("%1 of the history, %2 snapshots").arg(button->objectName()).arg(list->rowCount()));
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
 /** Its page, by name: what the window is too small to show too. */
 void Monkey::useSequences()
 {
@@ -544,10 +565,8 @@ void Monkey::useSequences()
     if (pages.isEmpty() || !pages.first()->isVisible()) {
         note(QStringLiteral("open the page of sequences"));
         click(m_window->findChild<QPushButton *>(QStringLiteral("pushButton_workbench")));
-        for (SequenceWidget *page : LiveObjects::all<SequenceWidget>()) {
-            auto *stack = page->window()->findChild<QStackedWidget *>(QStringLiteral("stackedWidget_pages"));
-            page->window()->findChild<QTabBar *>(QStringLiteral("tabBar"))->setCurrentIndex(stack->indexOf(page));
-        }
+        for (SequenceWidget *page : LiveObjects::all<SequenceWidget>())
+            showPage(page);
         return;
     }
     SequenceWidget *page = pages.first();
@@ -562,6 +581,9 @@ void Monkey::useSequences()
         if (m_random.oneIn(2))
             clearFaults(); // or few would get far
     } else if (choice == 4) {
+        for (HistoryWidget *history : LiveObjects::all<HistoryWidget>())
+            useHistory(history);
+    } else if (choice == 5) {
         note(QStringLiteral("go to a position"));
         auto *table = page->findChild<QTableView *>(QStringLiteral("tableView_positions"));
         table->setCurrentIndex(table->model()->index(0, table->model()->columnCount() - 1));

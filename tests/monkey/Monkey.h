@@ -48,6 +48,8 @@ private:
     void fault();
     void clearFaults();
     void stopAll();
+    static void showPage(QWidget *page);
+    void useHistory(QWidget *page);
     void useSequences();
     SequenceDocument someSequence();
     void passTime();

@@ -3,6 +3,7 @@
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "session/ParameterHistory.h"
+#include "session/SequenceRunner.h"
 #include "shell/Scenario.h"
 
 #include <QTemporaryDir>
@@ -268,6 +269,29 @@ private slots:
         QVERIFY(!m_history->isConnected(wanted));
         m_history->restore(wanted);
         QVERIFY(!m_history->isRestoring());
+    }
+
+    void restoresNothingToAnAxisOfASequence()
+    {
+        m_session->setUpAxis(0); // of which a snapshot is kept
+        QTRY_COMPARE(m_kept.size(), 1);
+        ParameterSnapshot wanted = m_kept.first();
+        wanted.params->dispOneCircle += 1;
+        SequenceStep step;
+        step.kind = SequenceStep::MoveTo;
+        step.value = 50;
+        SequenceRunner &sequences = m_session->sequences();
+        emit SerialComDev::instance()->signal_getCurrentPos(0);
+        emit SerialComDev::instance()->signal_getDevState(0);
+        QVERIFY(!m_session->readJoystick());
+        QTRY_VERIFY(sequences.setting().axes.contains(0));
+        QVERIFY(sequences.run({QStringLiteral("Far"), {step}}, {}));
+        m_history->restore(wanted);
+        QTRY_COMPARE(m_restored.size(), 1);
+        QCOMPARE(m_restored.first().outcome, ParameterRestore::InUse);
+        QCOMPARE(simulator::callCount("setMotorParams"), 0);
+        QVERIFY(sequences.isActive());
+        sequences.stop();
     }
 
     void givesUpWhenTheControllerIsClosed()

@@ -14,6 +14,7 @@
 #endif
 
 Q_DECLARE_METATYPE(RecordingCsv::Format)
+Q_DECLARE_METATYPE(SequenceStep)
 
 class tst_RecordingCsv : public QObject
 {
@@ -161,6 +162,50 @@ private slots:
         event.status = status;
         event.lastedUs = 2500000;
         event.value = 1.5;
+        QTEST(RecordingCsv::words(event), "words");
+    }
+
+    void stepsHaveWords_data()
+    {
+        QTest::addColumn<SequenceStep>("step");
+        QTest::addColumn<QString>("words");
+        const auto row = [](const SequenceStep &step, const char *words) { QTest::newRow(words) << step << words; };
+        row({SequenceStep::GoTo, 0, 0, 0, 0, QStringLiteral("Load")}, "sequence, step 3: go to Load");
+        row({SequenceStep::MoveTo, 1, 60.5, 2, 1}, "sequence, step 3: move to Axis2 60.5");
+        row({SequenceStep::Home, SequenceStep::AllAxes}, "sequence, step 3: home all");
+        row({SequenceStep::Wait, 0, 1.5}, "sequence, step 3: wait 1.5");
+        row({SequenceStep::Ask, 0, 0, 0, 0, QStringLiteral("=1")}, "sequence, step 3: ask =1");
+        row({SequenceStep::SetSpeed, 0, 4}, "sequence, step 3: set speed Axis1 4");
+    }
+    void stepsHaveWords()
+    {
+        QFETCH(SequenceStep, step);
+        RecorderEvent event;
+        event.kind = RecorderEvent::StepBegun;
+        event.sequence = std::make_shared<SequenceNote>(SequenceNote{QStringLiteral("Scan"), 2, step});
+        QTEST(RecordingCsv::words(event), "words");
+    }
+
+    void endsHaveWords_data()
+    {
+        using End = SequenceEnd;
+        QTest::addColumn<int>("reason");
+        QTest::addColumn<int>("axis");
+        QTest::addColumn<QString>("words");
+        QTest::newRow("finished") << int(End::Finished) << -1 << "sequence, at step 3: finished";
+        QTest::newRow("limit") << int(End::PositiveLimit) << 1 << "sequence, at step 3: Axis2: positive limit";
+        QTest::newRow("quit") << int(End::Quit) << -1 << "sequence, at step 3: program closed";
+    }
+    void endsHaveWords()
+    {
+        QFETCH(int, reason);
+        QFETCH(int, axis);
+        SequenceEnd end;
+        end.reason = SequenceEnd::Reason(reason);
+        end.axis = axis;
+        RecorderEvent event;
+        event.kind = RecorderEvent::SequenceEnded;
+        event.sequence = std::make_shared<SequenceNote>(SequenceNote{QStringLiteral("Scan"), 2, {}, end});
         QTEST(RecordingCsv::words(event), "words");
     }
 

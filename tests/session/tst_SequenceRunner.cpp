@@ -2,6 +2,8 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
+#include "session/Recorder.h"
+#include "session/RecordingCsv.h"
 #include "session/SequenceRunner.h"
 #include "shell/Scenario.h"
 
@@ -449,7 +451,7 @@ private slots:
         QCOMPARE(simulator::callCount("startMove"), 0);
     }
 
-    /** An axis that refuses the stop may still move: nobody says that it stands. */
+    /** An axis that has not accepted the stop may still move: nobody says that it stands. */
     void tellsWhenAStopIsRefused_data()
     {
         QTest::addColumn<int>("refused");
@@ -465,7 +467,19 @@ private slots:
             simulator::failCall("stopRuning", -9, 2);
         runner().stop();
         QTRY_COMPARE(simulator::callCount("stopRuning"), 2);
-        QTRY_COMPARE(runner().lastEnd().isStopped, refused == 0);
+        poll();
+        QCOMPARE(runner().lastEnd().isStopped, refused == 0);
+    }
+    void tellsWhenAStopIsNotAnswered()
+    {
+        QVERIFY(run({step(Step::MoveTo, 0, 50)}));
+        QTRY_COMPARE(simulator::callCount("startMove"), 1);
+        simulator::hangCall("stopRuning");
+        runner().stop();
+        QVERIFY(simulator::waitUntilHanging(5000));
+        QVERIFY(!runner().lastEnd().isStopped);
+        simulator::releaseHung();
+        QTRY_VERIFY(runner().lastEnd().isStopped);
     }
 
     /** Its position is answered, its state is not: it is over by no time, and it is not waited for without an end. */
@@ -603,12 +617,42 @@ private slots:
         QVERIFY(!runner().resume());
     }
 
-    /** Ten thousand steps, of which most find their axis where it is to be. The report is all that grows. */
+    /** Of one that has a name: another is a single motion. */
+    void stepsAreRecorded()
+    {
+        const auto recorded = [this] {
+            QStringList words;
+            const QVector<RecorderEvent> events = m_session->recorder().recording().events;
+            for (const RecorderEvent &event : events) {
+                if (event.sequence)
+                    words.append(RecordingCsv::words(event));
+            }
+            return words;
+        };
+        QVERIFY(run({step(Step::MoveTo, 0, 1)}));
+        passUntilOver();
+        QCOMPARE(recorded(), QStringList());
+        const QVector<Step> steps{
+            goTo(QStringLiteral("Load")), step(Step::MoveBy, 1, -2), repeat(1, 2), step(Step::Home, Step::AllAxes, 0)};
+        QVERIFY(runner().run({QStringLiteral("Scan"), steps}, places));
+        passUntilOver();
+        const QStringList begun{
+            QStringLiteral("sequence, step 1: go to Load"), QStringLiteral("sequence, step 2: move by Axis2 -2"),
+            QStringLiteral("sequence, step 2: move by Axis2 -2"), QStringLiteral("sequence, step 4: home all")};
+        QCOMPARE(recorded(), begun + QStringList{QStringLiteral("sequence, at step 4: finished")});
+        QVERIFY(runner().run({QStringLiteral("Scan"), {step(Step::Wait, 0, 60)}}, places));
+        runner().abort(End::PanelClosed);
+        QCOMPARE(recorded().last(), QStringLiteral("sequence, at step 1: panel closed"));
+    }
+
+    /** Ten thousand steps, of which most find their axis where it is to be. The report, and at first the record, grow.
+     */
     void aLongSequenceNeedsNoMoreMemory()
     {
         qint64 before = 0;
         for (int round = 0; round < 2; ++round) {
-            QVERIFY(run({step(Step::MoveTo, 0, round), step(Step::MoveTo, 1, 0), repeat(0, 5000)}));
+            const QVector<Step> steps{step(Step::MoveTo, 0, round), step(Step::MoveTo, 1, 0), repeat(0, 5000)};
+            QVERIFY(runner().run({QStringLiteral("Long"), steps}, places));
             passUntil([this] { return runner().line() > 0 || !runner().isActive(); });
             QEventLoop loop; // without the pauses of a test that waits
             connect(&runner(), &SequenceRunner::signal_ended, &loop, &QEventLoop::quit);

@@ -3,6 +3,8 @@
 #include "device/LibraryLock.h"
 #include "session/ControlAxis.h"
 #include "session/ControlSession.h"
+#include "session/IncidentFiles.h"
+#include "session/Recorder.h"
 #include "shell/MyBorderContainer.h"
 #include "shell/NativeMessage.h"
 #include "shell/PanelArea.h"
@@ -132,6 +134,26 @@ private slots:
         QTRY_VERIFY(simulator::callCount("getRuningState") > polls + 9);
         QCOMPARE(count(0), 1);
         QCOMPARE(count(1), 0);
+    }
+
+    /** Of an axis into its own log, of the controller into all of them. */
+    void whereAnIncidentWasKeptStandsInTheLog()
+    {
+        OpenWindow program;
+        program.connectTo();
+        auto *const incidents = program.window().findChild<IncidentFiles *>();
+        incidents->setDelays(0, 0);
+        QTRY_VERIFY(ControlSession::instance()->axis(0)->lastPosition());
+        const QString kept = QStringLiteral("此前 60 秒的记录已存入 ");
+        simulator::failCall("startMove", -7);
+        emit SerialComDev::instance()->signal_startMotor(0, MOVE_CODE_MOVE);
+        QTRY_VERIFY(logOf(program.panel(0)).contains(kept));
+        const QString path = logOf(program.panel(0)).section(kept, 1).section(QLatin1Char('\n'), 0, 0).trimmed();
+        QVERIFY2(QFileInfo(path).size() > 0, qPrintable(path));
+        QVERIFY(!logOf(program.panel(1)).contains(kept));
+        emit incidents->signal_failed(RecorderEvent::AllAxes, QStringLiteral("disk full"));
+        for (const int axis : {0, 1})
+            QTRY_VERIFY(logOf(program.panel(axis)).contains(QStringLiteral("此前 60 秒的记录无法保存：disk full")));
     }
 
     // Title bar

@@ -394,6 +394,19 @@ private slots:
         };
         for (const auto &[event, words] : rows)
             QTest::newRow(words) << event << QString::fromUtf8(words);
+        const auto step = [](const SequenceStep &step, const char *words) {
+            Event event{0, Event::StepBegun};
+            event.sequence = std::make_shared<SequenceNote>(SequenceNote{QStringLiteral("Scan"), 2, step});
+            QTest::newRow(words) << event << QString::fromUtf8(words);
+        };
+        step({SequenceStep::MoveTo, 1, 60}, "Step 3: Move to Axis2 60.000");
+        step({SequenceStep::Wait, 0, 1.5}, "Step 3: Wait 1.5 s");
+        step({SequenceStep::SetSpeed, 0, 4}, "Step 3: Set speed Axis1 4");
+        step({SequenceStep::Ask, 0, 0, 0, 0, QStringLiteral("Lamp\non?")}, "Step 3: Ask Lamp on?");
+        Event end{0, Event::SequenceEnded};
+        end.sequence = std::make_shared<SequenceNote>(
+            SequenceNote{QStringLiteral("Scan"), 2, {}, SequenceEnd{SequenceEnd::PanelClosed, 2, 1}});
+        QTest::newRow("end") << end << "Sequence “Scan” ended at step 3: The panel of Axis2 was closed";
     }
     void eventsAreToldInWords()
     {

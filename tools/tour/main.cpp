@@ -794,18 +794,54 @@ private:
             "workbench-sequence-checked", [&] { Guide::click(in(bench, "pushButton_check")); },
             [] { return box() != nullptr; });
         confirm();
+        const auto run = [&] {
+            Guide::click(in(bench, "pushButton_run"));
+            // An axis that is not homed is asked about.
+            Guide::wait([&] { return box() || runner()->isActive(); }, 5000);
+            if (inGui([] { return box() != nullptr; }))
+                confirm();
+        };
         m_guide.step(
-            "workbench-sequence-running",
-            [&] {
-                Guide::click(in(bench, "pushButton_run"));
-                // An axis that is not homed is asked about.
-                Guide::wait([&] { return box() || runner()->isActive(); }, 5000);
-                if (inGui([] { return box() != nullptr; }))
-                    confirm();
-            },
-            [&] { return runner()->line() == 1 && runner()->progress() > 0.1; });
+            "workbench-sequence-running", run, [&] { return runner()->line() == 1 && runner()->progress() > 0.1; });
         m_guide.step(
             "workbench-sequence-stopped", [] { Guide::press("F12"); }, [&] { return !runner()->isActive(); });
+        const auto isIn = [&](SequenceRunner::State state) { return runner()->state() == state; };
+        const auto stop = [&] {
+            Guide::press("F12");
+            Guide::wait([&] { return !runner()->isActive(); }, 5000);
+        };
+        m_guide.step(
+            "workbench-sequence-paused",
+            [&] {
+                inGui([&] {
+                    SequenceDocument document = page->document();
+                    SequenceStep ask;
+                    ask.kind = SequenceStep::Ask;
+                    ask.text = QStringLiteral("Lamp on?");
+                    document.sequence.steps.prepend(ask);
+                    document.sequence.steps[3].from = 2;
+                    page->change(document);
+                });
+                run();
+                Guide::wait([&] { return isIn(SequenceRunner::State::Asking); }, 5000);
+                Guide::click(in(bench, "pushButton_stepRun"));
+            },
+            [&] { return isIn(SequenceRunner::State::Paused); });
+        m_guide.step(
+            "workbench-sequence-asking",
+            [&] {
+                stop();
+                Guide::click(in(bench, "pushButton_rewind"));
+                run();
+            },
+            [&] { return isIn(SequenceRunner::State::Asking); });
+        m_guide.step(
+            "workbench-recorder-steps",
+            [&] {
+                stop();
+                inGui([&] { in<QTabBar>(bench, "tabBar")->setCurrentIndex(0); });
+            },
+            [&] { return in<QWidget>(bench, "listView_events")->isVisible(); });
     }
 
     static QString historyFolder()
