@@ -71,7 +71,7 @@ SequenceSetting SequenceRunner::setting() const
     for (int index = 0; index < m_session->axisCount(); ++index) {
         const auto axis = m_session->axis(index);
         const auto position = axis ? axis->lastPosition() : std::nullopt;
-        if (!position)
+        if (!position || axis->trust().kind == AxisTrust::LinkLost)
             continue;
         const auto state = axis->lastState();
         const MotorDevInfo info = m_worker->axisInfo(index);

@@ -26,7 +26,7 @@ static_assert(sizeof(kinds) / sizeof(*kinds) == SequenceStep::KindCount);
 constexpr const char *faults[] = {
     QT_TRANSLATE_NOOP("SequenceTexts", "没有这个名称的位置"),
     QT_TRANSLATE_NOOP("SequenceTexts", "该位置没有任何轴"),
-    QT_TRANSLATE_NOOP("SequenceTexts", "%1 不存在"),
+    QT_TRANSLATE_NOOP("SequenceTexts", "%1 不存在或没有应答"),
     QT_TRANSLATE_NOOP("SequenceTexts", "%1 未使能"),
     QT_TRANSLATE_NOOP("SequenceTexts", "%1 正在运动"),
     QT_TRANSLATE_NOOP("SequenceTexts", "%1 将移到 %2，超出行程"),

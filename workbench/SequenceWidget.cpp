@@ -268,6 +268,8 @@ SequenceWidget::~SequenceWidget()
     for (const QTableView *table : {ui->tableView_positions, ui->tableView_steps})
         table->selectionModel()->disconnect(this);
     saveNow();
+    for (auto document = m_unsaved.cbegin(); document != m_unsaved.cend(); ++document)
+        m_store->save(document.key(), *document);
 }
 
 void SequenceWidget::setColours(const QString &colours)
@@ -393,9 +395,15 @@ void SequenceWidget::load(const QString &controller)
 {
     if (m_dialog)
         m_dialog->reject();
-    const SequenceStore::Contents contents = m_store->load(controller);
+    if (m_isUnsaved)
+        m_unsaved.insert(m_sController, document());
+    SequenceStore::Contents contents = m_store->load(controller);
     m_sController = controller;
-    m_isUnsaved = false;
+    m_isUnsaved = m_unsaved.contains(controller);
+    if (m_isUnsaved) {
+        contents.document = m_unsaved.take(controller);
+        m_saveSoon.start(saveAgainMs);
+    }
     forgetRun();
     m_undo.clear();
     m_positions->setRows(contents.document.positions);

@@ -166,7 +166,8 @@ private:
     std::unique_ptr<QThread> m_saving;
     std::shared_ptr<bool> m_isSaved; // once that thread has ended
     bool m_isUnsaved = false;
-    bool m_hasFailedToSave = false; // the last time
+    QMap<QString, SequenceDocument> m_unsaved; // of other controllers: could not be saved before they went
+    bool m_hasFailedToSave = false;            // the last time
     QPointer<QDialog> m_dialog;
     QTimer m_progress;           // while one runs
     QTimer m_asks;               // while the page is shown

@@ -2386,8 +2386,8 @@ is correctly connected!</translation>
         <translation>The position has no axis</translation>
     </message>
     <message>
-        <source>%1 不存在</source>
-        <translation>%1 is not there</translation>
+        <source>%1 不存在或没有应答</source>
+        <translation>%1 is not there, or does not answer</translation>
     </message>
     <message>
         <source>%1 未使能</source>

@@ -253,6 +253,22 @@ private slots:
         QCOMPARE(ControllersFile(m_file).library(), QString());
         QVERIFY(dialog.in("pushButton_restart")->isHidden());
     }
+    void goesBackAndCloses()
+    {
+        Dialog dialog;
+        dialog.click("radioButton_simulated");
+        QCOMPARE(ControllersFile(m_file).library(), QStringLiteral("simulated"));
+        dialog.click("pushButton_add");
+        QVERIFY(!dialog.isOn("page_overview"));
+        plugIn();
+        dialog.click("pushButton_rescan");
+        dialog.click("pushButton_back");
+        QVERIFY(dialog.isOn("page_overview"));
+        QVERIFY(!m_port->isOpen());
+        dialog.click("pushButton_close");
+        QVERIFY(!dialog.widget.isVisible());
+    }
+
     void restartingAsksWhileAControllerIsConnected()
     {
         const auto session = ControlSession::instance();

@@ -166,6 +166,54 @@ private slots:
         QTRY_VERIFY2(answer.startsWith(QStringLiteral("以下参数未生效：型号, 复位速度\n-7")), qPrintable(answer));
     }
 
+    void saysWhyNothingWasRestored_data()
+    {
+        QTest::addColumn<int>("outcome");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("not read") << int(ParameterRestore::NotRead) << "未能读取控制器的当前参数，没有写入任何内容。";
+        QTest::newRow("not kept") << int(ParameterRestore::NotKept) << "未能保存恢复前的快照，没有写入任何内容。";
+        QTest::newRow("vanished") << int(ParameterRestore::Vanished)
+                                  << "恢复过程中控制器已断开，请重新连接后检查参数。";
+        QTest::newRow("in use") << int(ParameterRestore::InUse) << "该轴正由序列使用，没有写入任何内容。";
+    }
+    void saysWhyNothingWasRestored()
+    {
+        QFETCH(int, outcome);
+        open();
+        ParameterRestore result;
+        result.outcome = ParameterRestore::Outcome(outcome);
+        OnMessageBox box;
+        emit m_history->signal_restored(result);
+        QTRY_COMPARE(box.shown(), 1);
+        QTEST(box.text(), "said");
+    }
+
+    void saysWhenThereIsNothingToRestore()
+    {
+        setUpAxes();
+        open();
+        QTRY_COMPARE(list()->rowCount(), 2);
+        list()->setCurrentCell(1, 0);
+        OnMessageBox box;
+        click("pushButton_restore");
+        QTRY_COMPARE(box.shown(), 1);
+        QCOMPARE(box.text(), QStringLiteral("控制器的值与该快照相同，无需恢复。"));
+    }
+
+    void saysWhatIsWrongWithItsFiles()
+    {
+        open();
+        emit m_history->signal_saveFailed();
+        QCOMPARE(status(), QStringLiteral("快照未能写入磁盘，将随下一个快照一起保存。"));
+        emit m_history->signal_loaded({}, {QStringLiteral("/a"), QStringLiteral("/b")});
+        QCOMPARE(status(), QStringLiteral("以下文件已损坏或由较新版本写成，已另存保留：/a, /b"));
+        OnMessageBox box;
+        emit m_history->signal_imported(3, false, true);
+        QVERIFY2(
+            (box.text() + status()).contains(QStringLiteral("该文件已损坏，只导入了其中完好的 3 个快照。")),
+            qPrintable(box.text() + status()));
+    }
+
     void exportsAndImportsWhileTheWindowGoesOn()
     {
         setUpAxes();

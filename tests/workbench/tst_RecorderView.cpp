@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
+#include <QPainter>
 #include <QPushButton>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
@@ -39,6 +40,13 @@ class tst_RecorderView : public WorkerFixture
         if (!found)
             qFatal("There is no %s", name);
         return found;
+    }
+    static PlotColours plotColours()
+    {
+        PlotColours colours;
+        colours.alarm = Qt::red;
+        colours.axes = {Qt::green};
+        return colours;
     }
     QString text(const char *label) const { return in<QLabel>(label)->text(); }
     void click(const char *name) const { QTest::mouseClick(in(name), Qt::LeftButton); }
@@ -412,6 +420,62 @@ private slots:
     {
         QFETCH(RecorderEvent, event);
         QTEST(EventWords::of(event), "words");
+    }
+
+    /** By its shape alone, for those who do not see colours. */
+    void eventsAreToldByShape_data()
+    {
+        using Event = RecorderEvent;
+        using Shape = PlotPicture::Shape;
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("shape");
+        QTest::addColumn<bool>("isAlarm");
+        const struct {
+            const char *name;
+            Event::Kind kind;
+            Shape shape;
+            bool isAlarm;
+        } rows[] = {
+            {"command", Event::Command, Shape::Command, false}, {"arrived", Event::Arrived, Shape::Arrival, false},
+            {"homed", Event::Homed, Shape::Arrival, false},     {"stopped", Event::Stopped, Shape::Stop, false},
+            {"limit", Event::Limit, Shape::Limit, true},        {"failure", Event::Failure, Shape::Cross, true},
+            {"link lost", Event::LinkLost, Shape::Cross, true}, {"link back", Event::LinkBack, Shape::Ring, false},
+            {"step", Event::StepBegun, Shape::Bar, false},
+        };
+        for (const auto &row : rows)
+            QTest::newRow(row.name) << int(row.kind) << int(row.shape) << row.isAlarm;
+    }
+    void eventsAreToldByShape()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, shape);
+        RecorderEvent event{2500000, RecorderEvent::Kind(kind), 0, 0, 1};
+        const PlotPicture::Mark mark = EventWords::markOf(event, plotColours());
+        QCOMPARE(mark.at, 2.5);
+        QCOMPARE(int(mark.shape), shape);
+        QTEST(mark.isAlarm, "isAlarm");
+        QCOMPARE(mark.colour, QColor(mark.isAlarm ? Qt::red : Qt::green));
+        QSet<QByteArray> pictures;
+        for (int each = 0; each <= int(PlotPicture::Shape::Bar); ++each) {
+            QImage image(16, 16, QImage::Format_RGB32);
+            image.fill(Qt::black);
+            QPainter painter(&image);
+            drawMark(&painter, {8, 8}, PlotPicture::Shape(each), 1, Qt::white);
+            painter.end();
+            pictures.insert(QByteArray(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes())));
+        }
+        QCOMPARE(pictures.size(), int(PlotPicture::Shape::Bar) + 1);
+    }
+
+    void theCursorGoesWithTheMouse()
+    {
+        record(10);
+        show();
+        QTest::mouseMove(plot(), plot()->rect().center());
+        QVERIFY(plot()->picture(800).cursor);
+        QEvent leaves(QEvent::Leave);
+        QCoreApplication::sendEvent(plot(), &leaves);
+        QVERIFY(!plot()->picture(800).cursor);
     }
 
     void hiddenItLooksAtNothing()

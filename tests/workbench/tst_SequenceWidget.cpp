@@ -2,6 +2,7 @@
 #include "device/LibraryLock.h"
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
+#include "support/Catalogue.h"
 #include "support/DebugLog.h"
 #include "support/Mouse.h"
 #include "support/OnMessageBox.h"
@@ -27,6 +28,7 @@
 namespace {
 
 constexpr int device = 1001;
+constexpr int other = 1002;
 
 using Step = SequenceStep;
 using Mark = StepModel::Mark;
@@ -77,7 +79,7 @@ private slots:
     {
         m_log = std::make_unique<DebugLog>();
         m_folder = std::make_unique<QTemporaryDir>();
-        play({{device, "A", {{'w', "LIN-100"}, {'w', "ROT-60", 1}}}});
+        play({{device, "A", {{'w', "LIN-100"}, {'w', "ROT-60", 1}}}, {other, "B", {{'w', "LIN-100"}}}});
         m_session = ControlSession::instance();
         QCOMPARE(m_session->connectTo({device, "SIM-A"}), device);
         m_session->beginSetUp();
@@ -211,6 +213,42 @@ private slots:
         undo();
         undo();
         QCOMPARE(m_page->document().positions, places);
+    }
+
+    void enterEditsACellOrPressesItsButton()
+    {
+        open({places, {}});
+        positions()->setFocus();
+        positions()->setCurrentIndex(model()->index(0, 1));
+        QTest::keyClick(positions(), Qt::Key_Return);
+        auto *editor = positions()->findChild<QLineEdit *>();
+        QVERIFY(editor);
+        editor->setText(QStringLiteral("3"));
+        QTest::keyClick(editor, Qt::Key_Return);
+        QTRY_COMPARE(m_page->document().positions.at(0).axes.value(0), 3.);
+        positions()->setCurrentIndex(model()->index(0, model()->goColumn()));
+        QTest::keyClick(positions(), Qt::Key_Return);
+        QVERIFY(runner().isActive());
+        runner().stop();
+    }
+
+    void anAxisThatDoesNotAnswerHasNoPosition()
+    {
+        open({places, {}});
+        simulator::failAlways("getCurrentPos", -9);
+        simulator::failAlways("getRuningState", -9);
+        QTRY_COMPARE(m_session->axis(0)->trust().kind, AxisTrust::LinkLost);
+        click("pushButton_addPosition");
+        QCOMPARE(status(), QStringLiteral("Axis1 没有应答，当前位置未知。"));
+        QCOMPARE(m_page->document().positions, places);
+        m_page->change({places, turns}); // and the line is free again
+        QTest::mousePress(find<QPushButton>("pushButton_holdPositive"), Qt::LeftButton);
+        QVERIFY(!runner().isActive());
+        QCOMPARE(status(), QStringLiteral("Axis1 没有应答，当前位置未知。"));
+        QTest::mouseRelease(find<QPushButton>("pushButton_holdPositive"), Qt::LeftButton);
+        click("pushButton_run");
+        QVERIFY(!runner().isActive());
+        QVERIFY2(status().endsWith(QStringLiteral("Axis1 不存在或没有应答")), qPrintable(status()));
     }
 
     void manyAxesScrollBetweenTheNameAndTheButtons()
@@ -466,6 +504,39 @@ private slots:
         QCOMPARE(m_page->document().sequence.steps.at(1), step(Step::MoveTo, 1, 4.5, 2));
     }
 
+    /** Also one whose position or axis is not there, and in another language. */
+    void showsAStepAsItIs_data()
+    {
+        QTest::addColumn<int>("kind");
+        for (int kind = 0; kind < Step::KindCount; ++kind)
+            QTest::addRow("%d", kind) << kind;
+    }
+    void showsAStepAsItIs()
+    {
+        QFETCH(int, kind);
+        open({places, turns});
+        Step whole = step(Step::Kind(kind), 2, 4.5, 0.5);
+        if (kind == Step::Ask || kind == Step::GoTo)
+            whole = withText(Step::Kind(kind), QStringLiteral("Gone"));
+        else if (kind == Step::Repeat)
+            whole = repeat(1, 3);
+        else if (kind == Step::Home)
+            whole.value = 0;
+        else if (kind == Step::Wait)
+            whole = step(Step::Wait, 0, 4.5);
+        else if (kind == Step::SetSpeed)
+            whole.wait = 0;
+        else
+            whole.speed = 2;
+        AxisDescription axis;
+        axis.unit = QStringLiteral("mm");
+        SequenceStepDialog dialog(whole, places, {axis}, m_page.get());
+        QCOMPARE(dialog.step(), whole);
+        const Catalogue english;
+        QCOMPARE(dialog.step(), whole);
+        QVERIFY(!dialog.findChild<QComboBox *>(QStringLiteral("comboBox_kind"))->currentText().contains(QChar(0x79FB)));
+    }
+
     void makesAScan()
     {
         open({places, turns});
@@ -477,7 +548,16 @@ private slots:
         dialog->findChild<QCheckBox *>(QStringLiteral("checkBox_slow"))->setChecked(true);
         dialog->findChild<QDoubleSpinBox *>(QStringLiteral("doubleSpinBox_toSlow"))->setValue(2);
         dialog->findChild<QDoubleSpinBox *>(QStringLiteral("doubleSpinBox_wait"))->setValue(0.5);
-        QCOMPARE(dialog->findChild<QLabel *>(QStringLiteral("label_count"))->text(), QStringLiteral("共 18 步"));
+        const auto *count = dialog->findChild<QLabel *>(QStringLiteral("label_count"));
+        QCOMPARE(count->text(), QStringLiteral("共 18 步"));
+        auto *slow = dialog->findChild<QComboBox *>(QStringLiteral("comboBox_axisSlow"));
+        slow->setCurrentIndex(0);
+        QCOMPARE(count->text(), QStringLiteral("两个轴必须不同"));
+        slow->setCurrentIndex(1);
+        dialog->findChild<QDoubleSpinBox *>(QStringLiteral("doubleSpinBox_toSlow"))->setValue(90000);
+        QCOMPARE(count->text(), QStringLiteral("步数太多，最多 100000 步"));
+        QVERIFY(!dialog->findChild<QPushButton *>(QStringLiteral("pushButton_confirm"))->isEnabled());
+        dialog->findChild<QDoubleSpinBox *>(QStringLiteral("doubleSpinBox_toSlow"))->setValue(2);
         dialog->accept();
         QCOMPARE(stepModel()->rowCount(), turns.steps.size() + 18);
         QCOMPARE(m_page->document().sequence.steps.last(), step(Step::MoveTo, 0, 4, 0.5));
@@ -503,6 +583,18 @@ private slots:
         QCOMPARE(m_page->document().sequence, turns);
         QTest::keyClick(m_page.get(), Qt::Key_Y, Qt::ControlModifier);
         QCOMPARE(m_page->document().sequence.steps.at(2), before[0]);
+    }
+
+    void itsButtonsMoveSteps()
+    {
+        open({places, turns});
+        steps()->selectRow(1);
+        click("pushButton_stepDown");
+        QCOMPARE(m_page->document().sequence.steps.at(2), turns.steps.at(1));
+        click("pushButton_stepUp");
+        QCOMPARE(m_page->document().sequence, turns);
+        click("pushButton_deleteStep");
+        QCOMPARE(m_page->document().sequence.steps.size(), turns.steps.size() - 1);
     }
 
     void marksWhatTheCheckFinds()
@@ -592,6 +684,36 @@ private slots:
         QCOMPARE(runner().resumeLine(), -1);
     }
 
+    void runsOneStep()
+    {
+        open({places, turns});
+        click("pushButton_stepRun");
+        passUntil([this] { return runner().state() == SequenceRunner::State::Paused; });
+        QCOMPARE(runner().line(), 1);
+        QCOMPARE(markOf(1), Mark::Pauses);
+        click("pushButton_stopRun");
+    }
+
+    /** As of an axis that has not answered for a while, and does again. */
+    void asksBeforeItGoesOnFromAPositionInDoubt()
+    {
+        open({places, turns});
+        click("pushButton_run");
+        click("pushButton_stopRun");
+        passUntil([this] { return stands(0) && stands(1); });
+        simulator::failAlways("getCurrentPos", -9);
+        simulator::failAlways("getRuningState", -9);
+        QTRY_COMPARE(m_session->axis(0)->trust().kind, AxisTrust::LinkLost);
+        simulator::clearFaults();
+        poll();
+        OnMessageBox question; // says no
+        click("pushButton_run");
+        QCOMPARE(question.shown(), 1);
+        QVERIFY2(question.text().contains(QStringLiteral("Axis1")), qPrintable(question.text()));
+        QVERIFY(!runner().isActive());
+        QVERIFY(runner().resumeLine() >= 0);
+    }
+
     void anEditForgetsWhereItWasStopped()
     {
         open({places, turns});
@@ -644,6 +766,70 @@ private slots:
         QVERIFY(QDir(file).removeRecursively());
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(file).isFile(), 30000); // it tries again
         QTRY_VERIFY2(!status().startsWith(QStringLiteral("位置和序列未能写入磁盘")), qPrintable(status()));
+    }
+
+    /** Comes back with its controller, and is saved in the end. */
+    void whatCouldNotBeSavedOutlivesAnotherController()
+    {
+        open({places, turns});
+        const QString file = m_folder->filePath(QStringLiteral("SIM-A.json"));
+        QVERIFY(QDir().mkpath(file + QStringLiteral("/in the way")));
+        const auto change = [this](int id, const char *name) {
+            QVERIFY(m_session->disconnectController());
+            QCOMPARE(m_session->connectTo({id, QString::fromLatin1(name)}), id);
+        };
+        change(other, "SIM-B");
+        QCOMPARE(m_page->document(), SequenceDocument());
+        change(device, "SIM-A");
+        QCOMPARE(m_page->document(), (SequenceDocument{places, turns}));
+        change(other, "SIM-B");
+        QVERIFY(QDir(file).removeRecursively());
+        m_page.reset();
+        QVERIFY(QFileInfo(file).size() > 0);
+    }
+
+    void aDamagedFileIsKeptAndNamed()
+    {
+        QFile file(m_folder->filePath(QStringLiteral("SIM-A.json")));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{\"format\":") > 0);
+        file.close();
+        show();
+        QVERIFY2(status().startsWith(QStringLiteral("保存的文件已损坏或由较新版本写成")), qPrintable(status()));
+        QVERIFY2(QFileInfo::exists(status().section(QChar(0xFF1A), 1)), qPrintable(status()));
+    }
+
+    void saysWhyAFileIsOfNoUse_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("positions, not there") << "pushButton_importPositions"
+                                              << "none.csv"
+                                              << "没有导入任何内容。\n文件无法读取，或者太大";
+        QTest::newRow("steps, not there") << "pushButton_importSteps"
+                                          << "none.csv"
+                                          << "没有导入任何内容。\n文件无法读取，或者太大";
+        QTest::newRow("positions, another kind") << "pushButton_importPositions"
+                                                 << "steps.csv"
+                                                 << "没有导入任何内容。\n文件不是所需的类型";
+        QTest::newRow("export, no such folder") << "pushButton_exportPositions"
+                                                << "none/places.csv"
+                                                << "无法保存文件：";
+    }
+    void saysWhyAFileIsOfNoUse()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, file);
+        QFETCH(QString, said);
+        open({places, turns});
+        answer(QStringLiteral("steps.csv"));
+        find<QPushButton>("pushButton_exportSteps")->menu()->actions().at(0)->trigger();
+        answer(file);
+        OnMessageBox box;
+        click(qPrintable(button));
+        QTRY_COMPARE(box.shown(), 1);
+        QVERIFY2(box.text().startsWith(said), qPrintable(box.text()));
+        QCOMPARE(m_page->document(), (SequenceDocument{places, turns}));
     }
 
     void exportsAndImports_data()

@@ -66,6 +66,19 @@ private slots:
         QVERIFY(bench() && bench()->isVisible());
     }
 
+    void itsTitleBarMaximisesAndCloses()
+    {
+        OpenWindow program;
+        OpenWindow::click(program.titleButton("pushButton_workbench"));
+        OpenWindow::click(bench()->findChild<QPushButton *>(QStringLiteral("pushButton_showMax")));
+        QVERIFY(bench()->isMaximized());
+        auto *title = bench()->findChild<QWidget *>(QStringLiteral("widget_workbenchTitle"));
+        QTest::mouseDClick(title, Qt::LeftButton, {}, QPoint(title->width() / 2, 8));
+        QVERIFY(!bench()->isMaximized());
+        OpenWindow::click(bench()->findChild<QPushButton *>(QStringLiteral("pushButton_close")));
+        QVERIFY(!bench()->isVisible());
+    }
+
     void itsKeysStopEverything_data()
     {
         QTest::addColumn<int>("key");

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 #
 # fuzz.sh [SECONDS [TARGET...]]   runs every target of tests/fuzz (or those named) for SECONDS (20), two at a time
+# fuzz.sh --short                 for 5 s each, in the build folder of asan, which finds less in that time but is there
 #
 # Starts from the inputs kept in tests/fuzz/corpus (*.hex are bytes in hexadecimal, the others stand as they are) and
 # from what earlier runs on this machine have found, in build/fuzz/corpus. An input that breaks a target stays in
@@ -14,13 +15,18 @@ cd "$(dirname "$0")/../.."
 # shellcheck source=tools/setup.sh
 . tools/setup.sh
 
+tree=fuzz
+if [ "${1:-}" = --short ]; then
+    tree=asan
+    set -- 5
+fi
 seconds=${1:-20}
 [[ $seconds =~ ^[1-9][0-9]*$ ]] || die "usage: fuzz.sh [SECONDS [TARGET...]]"
 targets=("${@:2}")
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(basename -s .cpp tests/fuzz/fuzz*.cpp)
 
 install_missing "${build_packages[@]}"
-build fuzz "${targets[@]}"
+build "$tree" "${targets[@]}"
 
 export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:allocator_may_return_null=0
 export LSAN_OPTIONS=suppressions=$PWD/tests/sanitizers/lsan.supp:print_suppressions=0
@@ -31,8 +37,8 @@ export LC_ALL=C.UTF-8
 
 # run TARGET: from its seeds, for the time given.
 run() {
-    local target=$1 options=() log=build/fuzz/$1.log
-    local seeds=build/fuzz/seeds/$target corpus=build/fuzz/corpus/$target findings=build/fuzz/findings/$target
+    local target=$1 options=() log=build/$tree/$1.log
+    local seeds=build/$tree/seeds/$target corpus=build/fuzz/corpus/$target findings=build/fuzz/findings/$target
     rm -rf "$seeds"
     mkdir -p "$seeds" "$corpus" "$findings"
     local file
@@ -46,13 +52,13 @@ run() {
     [ ! -f "tests/fuzz/$target.dict" ] || options+=("-dict=tests/fuzz/$target.dict")
     # Qt's JSON reader does not free an object that ends in the middle, and most do here.
     [ "$target" != fuzzModelFile ] || ASAN_OPTIONS=${ASAN_OPTIONS/detect_leaks=1/detect_leaks=0}
-    "build/fuzz/tests/fuzz/$target" "$corpus" "$seeds" "${options[@]}" -seed="${FUZZ_SEED:-0}" -max_total_time="$seconds" -timeout=20 \
+    "build/$tree/tests/fuzz/$target" "$corpus" "$seeds" "${options[@]}" -seed="${FUZZ_SEED:-0}" -max_total_time="$seconds" -timeout=20 \
         -rss_limit_mb=2048 -max_len=4096 -print_final_stats=1 -artifact_prefix="$findings/" >"$log" 2>&1
 }
 
 # "executions coverage features corpus" of a run, from its log.
 figures() {
-    sed -nE 's/^#([0-9]+).*DONE +cov: ([0-9]+) ft: ([0-9]+) corp: ([0-9]+).*/\1 executions, \2 edges, \3 features, \4 inputs/p' "build/fuzz/$1.log"
+    sed -nE 's/^#([0-9]+).*DONE +cov: ([0-9]+) ft: ([0-9]+) corp: ([0-9]+).*/\1 executions, \2 edges, \3 features, \4 inputs/p' "build/$tree/$1.log"
 }
 
 failed=0
@@ -62,8 +68,8 @@ finish() {
         printf '%-17s %s\n' "$target" "$(figures "$target")"
     else
         failed=1
-        printf '%-17s FINDING, see build/fuzz/%s.log:\n' "$target" "$target"
-        grep -E '== finding|ERROR: |runtime error|SUMMARY|Test unit written' "build/fuzz/$target.log" | head -n 8
+        printf '%-17s FINDING, see build/%s/%s.log:\n' "$target" "$tree" "$target"
+        grep -E '== finding|ERROR: |runtime error|SUMMARY|Test unit written' "build/$tree/$target.log" | head -n 8
     fi
 }
 
