@@ -16,7 +16,7 @@ namespace {
 
 constexpr qint64 maxSize = 64 * 1024 * 1024;
 constexpr int lockLimitMs = 5000; // longer than another program takes for a file
-constexpr int version = 1;
+constexpr int historyVersion = 1;
 
 const QString suffix = QStringLiteral(".json");
 
@@ -49,7 +49,7 @@ QByteArray ParameterStore::toText(const QVector<ParameterSnapshot> &snapshots)
 {
     // One line each: what follows a damaged line can still be read.
     QByteArray text =
-        "{\"format\":\"mover parameter history\",\"version\":" + QByteArray::number(version) + ",\"snapshots\":[\n";
+        "{\"format\":\"mover parameter history\",\"version\":" + QByteArray::number(historyVersion) + ",\"snapshots\":[\n";
     for (int k = 0; k < snapshots.size(); ++k)
         text += QJsonDocument(snapshots.at(k).toJson()).toJson(QJsonDocument::Compact) +
                 (k + 1 < snapshots.size() ? ",\n" : "\n");
@@ -68,7 +68,7 @@ QVector<ParameterSnapshot> ParameterStore::fromText(const QByteArray &text, bool
     const QJsonObject whole = QJsonDocument::fromJson(text).object();
     const QJsonValue list = whole.value(QStringLiteral("snapshots"));
     *isWhole = whole.value(QStringLiteral("format")).toString() == QLatin1String("mover parameter history") &&
-               whole.value(QStringLiteral("version")).toInt() == version && list.isArray();
+               whole.value(QStringLiteral("version")).toInt() == historyVersion && list.isArray();
     if (list.isArray()) {
         const QJsonArray array = list.toArray();
         for (const QJsonValue &value : array)

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr int version = 1;
+constexpr int sequencesVersion = 1;
 constexpr int mostAxes = 8;
 constexpr int longestText = 1000;
 
@@ -276,7 +276,7 @@ QByteArray SequenceFiles::toJson(const SequenceDocument &document)
     }
     return QJsonDocument(QJsonObject{
                              {QStringLiteral("format"), QStringLiteral("mover sequence")},
-                             {QStringLiteral("version"), version},
+                             {QStringLiteral("version"), sequencesVersion},
                              {QStringLiteral("name"), document.sequence.name},
                              {QStringLiteral("positions"), positions},
                              {QStringLiteral("steps"), steps}})
@@ -293,7 +293,7 @@ std::optional<SequenceDocument> SequenceFiles::fromJson(const QByteArray &text, 
         refuse(fault, Fault::NotSuchFile, isJson ? 0 : text.left(error.offset).count('\n') + 1);
         return std::nullopt;
     }
-    if (whole.value(QStringLiteral("version")).toInt() > version) {
+    if (whole.value(QStringLiteral("version")).toInt() > sequencesVersion) {
         refuse(fault, Fault::Newer, 0);
         return std::nullopt;
     }

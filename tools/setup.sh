@@ -64,7 +64,7 @@ install_missing() {
 build() {
     local preset=$1
     shift
-    case $preset in asan | fuzz) install_missing "${clang_packages[@]}" ;; esac
+    case $preset in asan | tsan | fuzz) install_missing "${clang_packages[@]}" ;; esac
     # CMake looks for changes in its own files by itself, but not in the presets: those of the last time are kept.
     if [ ! -f "build/$preset/build.ninja" ] || ! cmp -s CMakePresets.json "build/$preset/presets.json"; then
         say "Configuring ($preset)"

@@ -467,7 +467,10 @@ private slots:
             simulator::failCall("stopRuning", -9, 2);
         runner().stop();
         QTRY_COMPARE(simulator::callCount("stopRuning"), 2);
-        poll();
+        // Both have been answered when the worker comes to this.
+        QMetaObject::invokeMethod(
+            SerialComDev::instance().data(), [] {}, Qt::BlockingQueuedConnection);
+        QCoreApplication::sendPostedEvents();
         QCOMPARE(runner().lastEnd().isStopped, refused == 0);
     }
     void tellsWhenAStopIsNotAnswered()
