@@ -619,6 +619,16 @@ private slots:
         QCOMPARE(calls(), QStringList());
         QCOMPARE(messages.count(), 0);
     }
+    /** Called by their names, start and home do what they do for a request. */
+    void startAndHomeByName()
+    {
+        const auto worker = openDevice();
+        for (const int mode : {MOVE_CODE_JOG_NEGATIVE, MoveCode(99)})
+            QMetaObject::invokeMethod(worker.data(), "slot_startMotor", Q_ARG(int, 1), Q_ARG(int, mode));
+        QMetaObject::invokeMethod(worker.data(), "slot_homeMotor", Q_ARG(int, 1));
+        settle(*worker);
+        QCOMPARE(calls(), (QStringList{"startJog(1001, 1, 2)", "home(1001, 1)"}));
+    }
     void aMotorConfigurationDoesNothing()
     {
         const auto worker = openDevice();

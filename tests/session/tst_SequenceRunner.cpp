@@ -127,6 +127,19 @@ private slots:
         QCOMPARE(SerialComDev::instance()->getAxisSpeed(1), 2.);
     }
 
+    /** The inner ones begin again with each pass of the outer ones. */
+    void repeatsWithinRepeats()
+    {
+        QVERIFY(run(
+            {step(Step::MoveBy, 0, 1), repeat(0, 2), step(Step::MoveBy, 1, 1), repeat(2, 2), step(Step::MoveBy, 2, 1),
+             repeat(0, 3)}));
+        passUntilOver();
+        QCOMPARE(runner().lastEnd().reason, End::Finished);
+        QCOMPARE(position(0), 6.);
+        QCOMPARE(position(1), 6.);
+        QCOMPARE(position(2), 3.);
+    }
+
     /** All targets first, then all starts: one that is refused is not noticed when others have long been moving. */
     void startsTheAxesOfAPositionTogether()
     {

@@ -600,6 +600,12 @@ private slots:
             QCOMPARE(dialog.rows(), rows);
         }
         QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), files);
+        // A file of another kind
+        writeTo("letter.txt", "Dear colleague,\n");
+        chooseFile(m_folder->filePath("letter.txt"));
+        dialog.click("pushButton_restore");
+        QVERIFY(dialog.text("label_msg").contains(QStringLiteral("letter.txt 不是参数备份")));
+        QCOMPARE(dialog.rows(), rows);
         // The differences, by the button and by leaving
         writeTo("other.txt", "$100=200\n");
         auto *settings = dialog.in<BoardSettingsWidget>("widget_settings");

@@ -2,6 +2,7 @@
 #include "workbench/RecorderView.h"
 
 #include "device/SerialComDev.h"
+#include "device/moverMessages.h"
 #include "session/ControlSession.h"
 #include "support/Catalogue.h"
 #include "support/OnMessageBox.h"
@@ -395,6 +396,10 @@ private slots:
             {{0, Event::Failure, 0, Event::OptoFault, 1}, "Axis1 positive opto-coupler failed"},
             {{0, Event::Failure, 0, OPERATION_TYPE_LOOP, 1, Source::Request, -1000},
              "Axis1 loops + was refused: -1000"},
+            {{0, Event::Failure, Event::AllAxes, Event::BoardMessage, 0, Source::Request, moverMessages::OnHold},
+             "The board was put on hold (button or safety door): all axes are stopped"},
+            {{0, Event::Failure, 1, Event::BoardMessage, 0, Source::Request, moverMessages::PositionLost},
+             "Axis2 The board has restarted, the position is lost: home"},
             {{0, Event::LinkLost}, "Link lost"},
             {{0, Event::LinkLost, 0}, "Axis1 link lost"},
             {{0, Event::LinkBack, Event::AllAxes, 0, 0, Source::Request, 0, 1540000}, "Link back after 1.5 s"},

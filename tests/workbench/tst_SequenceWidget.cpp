@@ -3,6 +3,7 @@
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "support/Catalogue.h"
+#include "support/ChooseFile.h"
 #include "support/DebugLog.h"
 #include "support/Mouse.h"
 #include "support/OnMessageBox.h"
@@ -131,6 +132,9 @@ private slots:
         pressButton(1, model()->takeColumn()); // of the axis that it has
         QCOMPARE(m_page->document().positions.at(1).axes, (QMap<int, double>{{0, 12.5}}));
         QCOMPARE(text(1, 2), QStringLiteral("–"));
+        model()->setData(model()->index(1, 1), QString(), Qt::EditRole);
+        pressButton(1, model()->takeColumn()); // of all, now that it has none
+        QCOMPARE(m_page->document().positions.at(1).axes, (QMap<int, double>{{0, 12.5}, {1, -3}}));
         click("pushButton_addPosition");
         QCOMPARE(m_page->document().positions.size(), 3);
         const NamedPosition added = m_page->document().positions.at(2);
@@ -321,6 +325,46 @@ private slots:
         simulator::setState(device, 0, std::nullopt);
     }
 
+    /** Whatever is to move them. */
+    void theJoystickKeepsTheAxes()
+    {
+        open({places, turns});
+        simulator::setJoystick(device, true);
+        SerialComDev::instance()->setRockerEnable(1);
+        const QString said = QStringLiteral("摇杆正在控制各轴。");
+        click("pushButton_run");
+        QCOMPARE(status(), said);
+        m_page->change({places, {}}); // and the line is free again
+        QVERIFY(status() != said);
+        QTest::keyClicks(find<QLineEdit>("lineEdit_target"), QStringLiteral("3"));
+        QTest::keyClick(find<QLineEdit>("lineEdit_target"), Qt::Key_Return);
+        QCOMPARE(status(), said);
+        QVERIFY(!runner().isActive());
+        QCOMPARE(simulator::callCount("startMove"), 0);
+    }
+
+    /** While the operator is asked, an axis may come to be used otherwise. */
+    void looksAgainAfterTheQuestion()
+    {
+        reconnect();
+        open({places, turns});
+        OnMessageBox question([this](QMessageBox &box) {
+            MotorStageState state = {};
+            state.isStop = 1; // and not enabled
+            simulator::setState(device, 0, state);
+            poll();
+            for (QAbstractButton *button : box.buttons()) {
+                if (box.buttonRole(button) == QMessageBox::AcceptRole)
+                    button->click();
+            }
+        });
+        click("pushButton_run");
+        QCOMPARE(question.shown(), 1);
+        QCOMPARE(status(), QStringLiteral("轴的状态已改变，请重试。"));
+        QVERIFY(!runner().isActive());
+        simulator::setState(device, 0, std::nullopt);
+    }
+
     void asksBeforeItGoesFromAPositionInDoubt_data()
     {
         QTest::addColumn<bool>("consent");
@@ -330,13 +374,7 @@ private slots:
     void asksBeforeItGoesFromAPositionInDoubt()
     {
         QFETCH(bool, consent);
-        QVERIFY(m_session->disconnectController());
-        QCOMPARE(m_session->connectTo({device, "SIM-A"}), device);
-        m_session->beginSetUp();
-        for (int axis = 0; axis < 2; ++axis)
-            m_session->setUpAxis(axis); // not homed since it was connected
-        QVERIFY(!m_session->readJoystick());
-        poll();
+        reconnect();
         open({places, {}});
         OnMessageBox question([consent](QMessageBox &box) {
             for (QAbstractButton *button : box.buttons()) {
@@ -535,6 +573,39 @@ private slots:
         const Catalogue english;
         QCOMPARE(dialog.step(), whole);
         QVERIFY(!dialog.findChild<QComboBox *>(QStringLiteral("comboBox_kind"))->currentText().contains(QChar(0x79FB)));
+    }
+
+    /** It asks about axes that are not there any more. */
+    void anotherControllerTakesTheQuestionAway()
+    {
+        open({places, turns});
+        find<QPushButton>("pushButton_addStep")->menu()->actions().at(0)->trigger();
+        const QPointer<SequenceStepDialog> dialog = m_page->findChild<SequenceStepDialog *>();
+        QVERIFY(dialog);
+        QVERIFY(m_session->disconnectController());
+        QCOMPARE(m_session->connectTo({other, "SIM-B"}), other);
+        QTRY_VERIFY(!dialog);
+        QVERIFY(m_page->document().sequence.steps.isEmpty());
+    }
+
+    void hasAnEnd()
+    {
+        open({places, {QString(), QVector<Step>(SequenceFiles::MostSteps, step(Step::Wait, 0, 1))}});
+        find<QPushButton>("pushButton_addStep")->menu()->actions().at(0)->trigger();
+        auto *dialog = m_page->findChild<SequenceStepDialog *>();
+        QVERIFY(dialog);
+        dialog->accept();
+        QCOMPARE(status(), QStringLiteral("一个序列最多 %1 步。").arg(SequenceFiles::MostSteps));
+        QCOMPARE(stepModel()->rowCount(), SequenceFiles::MostSteps);
+    }
+
+    void noAxisIsScannedWithoutAController()
+    {
+        open({});
+        QVERIFY(m_session->disconnectController());
+        find<QPushButton>("pushButton_addStep")->menu()->actions().at(1)->trigger();
+        QVERIFY(!m_page->findChild<ScanDialog *>());
+        QCOMPARE(status(), QStringLiteral("没有可用的轴。"));
     }
 
     void makesAScan()
@@ -812,6 +883,9 @@ private slots:
         QTest::newRow("positions, another kind") << "pushButton_importPositions"
                                                  << "steps.csv"
                                                  << "没有导入任何内容。\n文件不是所需的类型";
+        QTest::newRow("steps, no JSON") << "pushButton_importSteps"
+                                        << "bad.json"
+                                        << "没有导入任何内容。\n";
         QTest::newRow("export, no such folder") << "pushButton_exportPositions"
                                                 << "none/places.csv"
                                                 << "无法保存文件：";
@@ -824,11 +898,29 @@ private slots:
         open({places, turns});
         answer(QStringLiteral("steps.csv"));
         find<QPushButton>("pushButton_exportSteps")->menu()->actions().at(0)->trigger();
+        QFile bad(m_folder->filePath(QStringLiteral("bad.json")));
+        QVERIFY(bad.open(QIODevice::WriteOnly) && bad.write("{]") > 0);
+        bad.close();
         answer(file);
         OnMessageBox box;
         click(qPrintable(button));
         QTRY_COMPARE(box.shown(), 1);
         QVERIFY2(box.text().startsWith(said), qPrintable(box.text()));
+        QCOMPARE(m_page->document(), (SequenceDocument{places, turns}));
+    }
+
+    void whatIsCancelledChangesNothing()
+    {
+        open({places, turns});
+        const QString before = status();
+        for (const char *button :
+             {"pushButton_importPositions", "pushButton_importSteps", "pushButton_exportPositions"}) {
+            chooseFile(QStringLiteral("turns"), QDialogButtonBox::Cancel);
+            click(button);
+        }
+        m_page->setAskPath([](QWidget *, bool, const QString &, const QStringList &, QString *) { return QString(); });
+        find<QPushButton>("pushButton_exportSteps")->menu()->actions().at(0)->trigger();
+        QCOMPARE(status(), before);
         QCOMPARE(m_page->document(), (SequenceDocument{places, turns}));
     }
 
@@ -966,6 +1058,17 @@ private:
     {
         show();
         m_page->change(document);
+    }
+    /** Its axes are not homed since then. */
+    void reconnect()
+    {
+        QVERIFY(m_session->disconnectController());
+        QCOMPARE(m_session->connectTo({device, "SIM-A"}), device);
+        m_session->beginSetUp();
+        for (int axis = 0; axis < 2; ++axis)
+            m_session->setUpAxis(axis);
+        QVERIFY(!m_session->readJoystick());
+        poll();
     }
     /** To whoever asks for the name of a file. */
     void answer(const QString &name)
