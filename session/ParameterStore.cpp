@@ -48,8 +48,8 @@ void thin(QVector<ParameterSnapshot> &snapshots)
 QByteArray ParameterStore::toText(const QVector<ParameterSnapshot> &snapshots)
 {
     // One line each: what follows a damaged line can still be read.
-    QByteArray text =
-        "{\"format\":\"mover parameter history\",\"version\":" + QByteArray::number(historyVersion) + ",\"snapshots\":[\n";
+    QByteArray text = "{\"format\":\"mover parameter history\",\"version\":" + QByteArray::number(historyVersion) +
+                      ",\"snapshots\":[\n";
     for (int k = 0; k < snapshots.size(); ++k)
         text += QJsonDocument(snapshots.at(k).toJson()).toJson(QJsonDocument::Compact) +
                 (k + 1 < snapshots.size() ? ",\n" : "\n");
