@@ -1655,7 +1655,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>序列“%1”等待操作者：%2</source>
-        <translation>Sequence “%1” waits for the operator: %2</translation>
+        <translation>Sequence &quot;%1&quot; waits for the operator: %2</translation>
     </message>
 </context>
 <context>
@@ -2040,7 +2040,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>已有名为“%1”的位置。</source>
-        <translation>There is a position called “%1” already.</translation>
+        <translation>There is a position called &quot;%1&quot; already.</translation>
     </message>
 </context>
 <context>
@@ -2551,11 +2551,11 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>序列“%1”已完成</source>
-        <translation>Sequence “%1” finished</translation>
+        <translation>Sequence &quot;%1&quot; finished</translation>
     </message>
     <message>
         <source>序列“%1”在第 %2 步结束：%3</source>
-        <translation>Sequence “%1” ended at step %2: %3</translation>
+        <translation>Sequence &quot;%1&quot; ended at step %2: %3</translation>
     </message>
     <message>
         <source>第 %1 行：%2</source>
@@ -2571,7 +2571,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>“%1”不是数字。</source>
-        <translation>“%1” is not a number.</translation>
+        <translation>&quot;%1&quot; is not a number.</translation>
     </message>
 </context>
 <context>
@@ -2782,23 +2782,23 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>前往位置“%1”</source>
-        <translation>Going to position “%1”</translation>
+        <translation>Going to position &quot;%1&quot;</translation>
     </message>
     <message>
         <source>序列“%1”从第 %2 步继续</source>
-        <translation>Sequence “%1” goes on from step %2</translation>
+        <translation>Sequence &quot;%1&quot; goes on from step %2</translation>
     </message>
     <message>
         <source>序列“%1”开始</source>
-        <translation>Sequence “%1” started</translation>
+        <translation>Sequence &quot;%1&quot; started</translation>
     </message>
     <message>
         <source>已到达位置“%1”</source>
-        <translation>Position “%1” reached</translation>
+        <translation>Position &quot;%1&quot; reached</translation>
     </message>
     <message>
         <source>未到达位置“%1”：%2</source>
-        <translation>Position “%1” not reached: %2</translation>
+        <translation>Position &quot;%1&quot; not reached: %2</translation>
     </message>
     <message>
         <source>%1。轴可能仍在运动。</source>
@@ -2818,7 +2818,7 @@ is correctly connected!</translation>
     </message>
     <message>
         <source>正在前往“%1”</source>
-        <translation>Going to “%1”</translation>
+        <translation>Going to &quot;%1&quot;</translation>
     </message>
     <message>
         <source>已暂停，下一步是%1</source>

@@ -419,7 +419,7 @@ private slots:
         Event end{0, Event::SequenceEnded};
         end.sequence = std::make_shared<SequenceNote>(
             SequenceNote{QStringLiteral("Scan"), 2, {}, SequenceEnd{SequenceEnd::PanelClosed, 2, 1}});
-        QTest::newRow("end") << end << "Sequence “Scan” ended at step 3: The panel of Axis2 was closed";
+        QTest::newRow("end") << end << "Sequence \"Scan\" ended at step 3: The panel of Axis2 was closed";
     }
     void eventsAreToldInWords()
     {

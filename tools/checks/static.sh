@@ -22,14 +22,18 @@ say "Static checks"
 rm -rf build/static
 mkdir -p build/static
 python3 - "$@" <<'EOF'
-import json, os, sys
+import json, os, re, sys
 own, alike = {}, {}
 for entry in json.load(open("build/release/compile_commands.json")):
-    name = os.path.relpath(entry["file"])
-    if name.endswith(".cpp") and not name.startswith(("build/", "tests/")) and (len(sys.argv) == 1 or name in sys.argv):
-        own.setdefault(name, entry)
+    # The build includes sources in one too, but not across a whole folder.
+    files = re.findall('^#include "(.*)"', open(entry["file"]).read(), re.M) if "/Unity/" in entry["file"] else [entry["file"]]
+    command = entry["command"].partition(" -o ")[0]
+    for file in files:
+        name = os.path.relpath(file)
+        if name.endswith(".cpp") and not name.startswith(("build/", "tests/")) and (len(sys.argv) == 1 or name in sys.argv):
+            own.setdefault(name, {"directory": entry["directory"], "file": file, "command": f"{command} -c {file}"})
 for entry in own.values():
-    alike.setdefault((entry["directory"], entry["command"].partition(" -o ")[0]), []).append(entry["file"])
+    alike.setdefault((entry["directory"], entry["command"].partition(" -c ")[0]), []).append(entry["file"])
 together = {}
 for (directory, command), files in alike.items():
     name = f"build/static/{len(together)}.cpp"

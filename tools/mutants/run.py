@@ -14,8 +14,9 @@ The function is one that begins at the left edge of the file (or a table, by its
     words => others  puts others in place of the words
 
 White space counts for nothing; the words have to stand just once in the function. A mutant is tried against the tests of
-its folder, those of its own class first; "FILE, tests of FOLDER" takes those of another folder. It all happens in a copy of the tree with a build folder of its own
-(build/mutants), so that nothing else is disturbed.
+its own class, and the others of its folder are built and run if these pass; "FILE, tests of FOLDER" takes those of
+another folder. It all happens in a copy of the tree with a build folder of its own (build/mutants), so that nothing else
+is disturbed.
 
     run.py [REGEX...]     tries those whose file or title fits one of the expressions, or all
     run.py --sample N     tries N of them, spread over all
@@ -149,19 +150,33 @@ def run(command):
     return subprocess.run(command, cwd=COPY, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
 
 
-def build(folder):
-    """The text of a failure, or nothing. A test of the help panel opens the manual."""
-    result = run(["cmake", "--build", "--preset", "dev", "--target", f"tests/{folder}/all", "manual_withoutPictures"])
+def failure_of_build(*targets):
+    """The text of a failure, or nothing."""
+    result = run(["cmake", "--build", "--preset", "dev", "--target", *targets])
     return result.stdout.decode(errors="replace") if result.returncode else ""
 
 
-def tests_pass(folder, first=""):
-    """Whether the folder's tests pass: those whose name begins with `first`, then the others, up to a failure."""
-    command = ["ctest", "--test-dir", f"{BUILD}/tests/{folder}", "--timeout", str(TIME_LIMIT), "--stop-on-failure",
-               "--label-exclude", "faults"]
-    if first and run([*command, "--no-tests=ignore", "-R", f"^tst_{first}"]).returncode:
-        return False
-    return run([*command, "--no-tests=error", "-j2", *(["-E", f"^tst_{first}"] if first else [])]).returncode == 0
+def build_all(folder):
+    """The folder's tests; one of them opens the manual."""
+    return failure_of_build(f"tests/{folder}/all", "manual_withoutPictures")
+
+
+def ctest(folder, *options):
+    return run(["ctest", "--test-dir", f"{BUILD}/tests/{folder}", "--timeout", str(TIME_LIMIT), "--stop-on-failure",
+                "-j2", "--label-exclude", "faults", *options])
+
+
+def outcome_of(mutant):
+    """What its tests say of the tree as it stands: whether it is noticed, and why it does not compile if it does not."""
+    own = "^tst_" + os.path.splitext(os.path.basename(mutant.file))[0]
+    listed = ctest(mutant.folder, "--show-only", "-R", own).stdout.decode()
+    targets = re.findall(r"Test +#\d+: (\w+)", listed)
+    if targets:
+        failure = failure_of_build(*targets)
+        if failure or ctest(mutant.folder, "-R", own).returncode:
+            return not failure, failure
+    failure = build_all(mutant.folder)
+    return not failure and ctest(mutant.folder, "-E", own).returncode != 0, failure
 
 
 def main():
@@ -180,13 +195,14 @@ def main():
     mutants, problems = fitting(mutants)
     copy_tree()
 
-    if not os.path.isfile(os.path.join(BUILD, "build.ninja")) and run(["cmake", "--preset", "dev"]).returncode:
+    if not os.path.isfile(os.path.join(BUILD, "build.ninja")) and run(
+            ["cmake", "--preset", "dev", "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O0"]).returncode:
         print("Configuring failed.")
         return 1
     for folder in sorted({mutant.folder for mutant in mutants}):
         print(f"{folder} without a mutant", flush=True)
-        failure = build(folder)
-        if failure or not tests_pass(folder):
+        failure = build_all(folder)
+        if failure or ctest(folder, "--no-tests=error").returncode:
             print(failure or f"Without any mutant a test of tests/{folder} fails.")
             return 1
 
@@ -198,12 +214,12 @@ def main():
         text = open(file, encoding="utf-8").read()
         with open(file, "w", encoding="utf-8") as out:
             out.write(mutant.applied(text))
-        failure = build(mutant.folder)
+        noticed, failure = outcome_of(mutant)
         outcome = "killed"
         if failure:
             outcome = "DOES NOT COMPILE"
             problems.append(f"{mutant.name}\n{failure[-2000:]}")
-        elif tests_pass(mutant.folder, os.path.splitext(os.path.basename(mutant.file))[0]):
+        elif not noticed:
             outcome = "survives, explained" if mutant.excuse else "SURVIVES"
             (explained if mutant.excuse else survivors).append(mutant)
         else:
