@@ -253,6 +253,25 @@ private slots:
         QCOMPARE(ControllersFile(m_file).library(), QString());
         QVERIFY(dialog.in("pushButton_restart")->isHidden());
     }
+    void aMakersLibraryThatIsGoneStaysToBeSeen()
+    {
+        write(R"({"library": "makers"})");
+        const Dialog dialog;
+        auto *makers = dialog.in<QRadioButton>("radioButton_makers");
+        QVERIFY(makers->isChecked());
+        QVERIFY(makers->text().contains(QStringLiteral("未找到")));
+        dialog.click("radioButton_grbl");
+        QCOMPARE(ControllersFile(m_file).library(), QStringLiteral("grbl"));
+        QVERIFY(!makers->isEnabled()); // once given up
+    }
+    void noTwoBoardsAreSetUpAtOnePort()
+    {
+        write(R"({"controllers": [{"id": 7, "kind": "grbl", "name": "bench", "port": "/dev/none", "axes": [{}]}]})");
+        const Dialog dialog;
+        dialog.ask("/dev/none");
+        QVERIFY(dialog.isOn("page_port"));
+        QCOMPARE(dialog.text("label_reason"), QStringLiteral("这个串口上已经设置了 bench。"));
+    }
     void goesBackAndCloses()
     {
         Dialog dialog;
@@ -466,8 +485,15 @@ private slots:
             dialog.text("label_moved").contains(QString::number(double(there) / 250, 'f', 3)),
             qPrintable(dialog.text("label_moved")));
     }
-    void theStopKeyStopsTheSetUpToo()
+    void stopsByTheKeyOfAllAndByItsButton_data()
     {
+        QTest::addColumn<bool>("isByButton");
+        QTest::newRow("F12") << false;
+        QTest::newRow("button") << true;
+    }
+    void stopsByTheKeyOfAllAndByItsButton()
+    {
+        QFETCH(bool, isByButton);
         m_options.settings[22] = 1;
         m_options.settings[24] = 100;
         m_options.settings[25] = 300;
@@ -479,7 +505,10 @@ private slots:
         const MessageBoxes boxes;
         dialog.click("pushButton_home");
         QTRY_VERIFY(m_port->use([](emulator::Board &it) { return it.state() == emulator::State::Home; }));
-        ControlSession::instance()->stopAll(); // F12
+        if (isByButton)
+            dialog.click("pushButton_stop");
+        else
+            ControlSession::instance()->stopAll(); // F12
         QTRY_VERIFY(m_port->use([](emulator::Board &it) { return it.state() == emulator::State::Alarm; }));
     }
     void switchesAreShownAsTheyAre()

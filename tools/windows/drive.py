@@ -194,6 +194,8 @@ def loop_run(program):
     program.click("MoverWidget", "pushButton_right")
     wait("the loop run does not begin", lambda: program.text("MoverWidget", "label_currentPos") != f"{TARGET:.3f} mm")
     program.click("MoverWidget", "pushButton_stop", last=True)
+    # Closing it before the axis was seen to stand would ask.
+    wait("the loop run does not end", lambda: "运行完成" in program.text("MoverWidget", "textBrowser_operatioInfo"))
     program.click("MoverWidget", "pushButton_close", last=True)
     wait("the loop run stays", lambda: not program.find("MoverWidget", "doubleSpinBox_relativeDisp"))
     print("A loop run was begun and stopped.")
