@@ -252,16 +252,20 @@ private slots:
         QCOMPARE(calls(), QStringList());
         QVERIFY(!worker->isOpened());
     }
-    void closeDoesNotOvertakeAStop()
+    void closeDoesNotOvertakeWhatWasRequestedBefore()
     {
         const auto worker = openDevice();
-        simulator::delayCall("getRuningState", 50);
-        emit worker->signal_getDevState(0);
+        QSemaphore released;
+        occupy(*worker, released);
+        emit worker->signal_home(0);
+        const bool isClosed = worker->tryClose(50); // the library is free
         emit worker->signal_stopMotor(0);
+        released.release();
+        QVERIFY(!isClosed);
         worker->close();
         QCOMPARE(
-            calls(),
-            (QStringList{"getRuningState(1001, 0)", "stopRuning(1001, 0)", "closeTSDevice(1001)", "removeDev(1001)"}));
+            calls().mid(calls().size() - 3),
+            (QStringList{"stopRuning(1001, 0)", "closeTSDevice(1001)", "removeDev(1001)"}));
     }
     void aLimitedCloseGivesUpOnAHangingCallAndSaysSo()
     {
