@@ -38,6 +38,27 @@ private slots:
         QCOMPARE(boards.front().id, 7);
     }
 
+#ifndef _WIN32
+    void withoutANameTheyAreTheUsers()
+    {
+        const QTemporaryDir folder;
+        const QByteArray before = qgetenv("HOME");
+        qunsetenv("MOVER_CONTROLLERS");
+        qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
+        const auto found = [] { return QString::fromStdString(grbl::Configuration::file().u8string()); };
+        QCOMPARE(found(), folder.filePath("mover/controllers.json"));
+        qunsetenv("XDG_CONFIG_HOME");
+        qputenv("HOME", folder.path().toUtf8());
+        QCOMPARE(found(), folder.filePath(".config/mover/controllers.json"));
+        qputenv("HOME", before);
+
+        std::vector<grbl::BoardSetup> boards(1); // of a file that was there before
+        std::string error;
+        QVERIFY(grbl::Configuration::read(folder.filePath("none").toStdString(), &boards, &error));
+        QVERIFY(boards.empty());
+    }
+#endif
+
     void whatIsWrongIsToldWithItsLine_data()
     {
         QTest::addColumn<QByteArray>("content");

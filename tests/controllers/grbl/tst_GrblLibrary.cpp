@@ -33,6 +33,7 @@ private slots:
     void silenceIsALostLinkForWhateverIsAsked();
     void losesAndFindsThePort();
     void openingFreesASilentBoard();
+    void closingEndsAHoming();
     void cleanupTestCase()
     {
         for (const emulator::Violation &one : m_port->use([](const emulator::Board &it) { return it.violations(); })) {
@@ -303,6 +304,26 @@ void tst_GrblLibrary::openingFreesASilentBoard()
     QCOMPARE(openTSDevice(s_id), int(Ok));
     QCOMPARE(getRuningState(s_id, 0, &state), int(Ok));
     QCOMPARE(startDrive(s_id, 0, 1), int(Locked));
+}
+
+/** Which only a reset does, and nobody could send that afterwards. */
+void tst_GrblLibrary::closingEndsAHoming()
+{
+    const auto state = [this] { return m_port->use([](const emulator::Board &board) { return board.state(); }); };
+    m_port->use([](emulator::Board &board) {
+        board.forceSwitch(0, 0);
+        board.send("$22=1\n");
+        return 0;
+    });
+    QTRY_VERIFY(m_port->use([](const emulator::Board &board) { return board.settings()[22] == 1; }));
+    m_port->unplug(); // and the library reads the settings again
+    QTRY_COMPARE(getRuningState(s_id, 0, nullptr), int(LinkLost));
+    m_port->plug();
+    QTRY_COMPARE(getRuningState(s_id, 0, nullptr), int(NotOpen));
+    QCOMPARE(openTSDevice(s_id), int(Ok));
+    QTRY_VERIFY(home(s_id, 0) != NotAvailable && state() == emulator::State::Home);
+    QCOMPARE(closeTSDevice(s_id), int(Ok));
+    QTRY_VERIFY(state() == emulator::State::Alarm);
 }
 
 QTEST_GUILESS_MAIN(tst_GrblLibrary)
