@@ -5,7 +5,9 @@
 #include "device/SerialComDev.h"
 #include "session/ControlSession.h"
 #include "shell/BoardSettingsWidget.h"
+#include "device/moverStatus.h"
 #include "shell/ControllerSetupWidget.h"
+#include "shell/FirstMoveWidget.h"
 #include "support/Catalogue.h"
 #include "support/ChooseFile.h"
 #include "support/Chinese.h"
@@ -682,6 +684,38 @@ private slots:
         QCOMPARE(dialog.rows().size(), 34);
     }
 
+    void withoutABoardEverythingIsALostLink()
+    {
+        const MoverSetUp *set = BoardLink::functions();
+        QVERIFY(set);
+        MoverBoard board{};
+        set->look(&board);
+        QCOMPARE(int(board.phase), int(moverSetUp::Closed));
+        MoverSetting setting{100, 250};
+        QCOMPARE(set->settings(&setting, 1), 0);
+        QCOMPARE(set->write(&setting, 1), int(moverStatus::LinkLost));
+        QCOMPARE(set->move(0, 1, 1), int(moverStatus::LinkLost));
+        QCOMPARE(set->unlock(), int(moverStatus::LinkLost));
+        QCOMPARE(set->home(0), int(moverStatus::LinkLost));
+        set->stop();
+        write("{\n\"controllers\": [");
+        QVERIFY2(BoardLink::faultOf(m_file).contains(":2: "), qPrintable(BoardLink::faultOf(m_file)));
+    }
+    void aRefusalIsToldInWordsOrByItsNumber()
+    {
+        const Dialog dialog;
+        auto *page = dialog.in<FirstMoveWidget>("widget_firstMove");
+        emit page->signal_refused(moverStatus::AxisRunning);
+        const QString words = dialog.text("label_msg");
+        QVERIFY(!words.isEmpty());
+        emit page->signal_refused(-12345);
+        QCOMPARE(dialog.text("label_msg"), QStringLiteral("控制板拒绝（-12345）"));
+        const Catalogue english;
+        QVERIFY2(!isChinese(dialog.text("label_msg")), qPrintable(dialog.text("label_msg")));
+        QVERIFY(dialog.text("label_msg").contains("-12345"));
+        emit page->signal_refused(moverStatus::AxisRunning);
+        QVERIFY(dialog.text("label_msg") != words);
+    }
     void speaksBothLanguages()
     {
         plugIn();

@@ -5,6 +5,7 @@
 #include "device/moverMessages.h"
 #include "session/ControlSession.h"
 #include "support/Catalogue.h"
+#include "support/ChooseFile.h"
 #include "support/OnMessageBox.h"
 #include "support/WorkerFixture.h"
 #include "workbench/AxisRow.h"
@@ -562,6 +563,16 @@ private slots:
             QVERIFY(svg.isValid());
             QCOMPARE(svg.viewBox().size(), plot()->size());
         }
+    }
+
+    void aPictureGoesWhereTheDialogSays()
+    {
+        record(30);
+        show();
+        const QString path = m_folder->filePath(QStringLiteral("c.png"));
+        chooseFile(path);
+        click("pushButton_exportPicture");
+        QCOMPARE(QImage(path).size(), plot()->size() * 2);
     }
 
     void whatCannotBeWrittenIsSaid()
